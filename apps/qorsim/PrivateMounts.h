@@ -1,0 +1,21 @@
+// A view of the file system in which a simulated server can be laid out.
+//
+// EnterPrivateMounts() moves the calling process into a mount namespace of its own (and, without
+// privilege, a user namespace of its own) in which "/opt/tarmica" and "/etc/opt/tarmica" are empty
+// directories in memory. The real machine does not see them; they vanish with the last process in
+// the namespace. Everything else, the other entries of "/opt" and "/etc/opt" included, stays as it
+// is. Children inherit the view.
+//
+// The process must have one thread only when it calls this.
+#ifndef QORSIM_PRIVATEMOUNTS_H
+#define QORSIM_PRIVATEMOUNTS_H
+
+namespace qorsim {
+
+// Throws std::runtime_error that says which step failed, why, and what to do about it. The process
+// should end then: it may be in the namespaces with half of the mounts.
+void EnterPrivateMounts();
+
+}  // namespace qorsim
+
+#endif  // QORSIM_PRIVATEMOUNTS_H

@@ -1,0 +1,38 @@
+# Flags travel with these INTERFACE targets; no directory-wide flags anywhere.
+
+# What every target of ours is compiled with.
+add_library(qor_flags INTERFACE)
+target_compile_options(qor_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wcast-qual -Wformat=2
+  -Wundef -Wnull-dereference
+  $<$<BOOL:${QOR_WERROR}>:-Werror>)
+
+# Hardening of what is shipped. FORTIFY needs optimisation and replaces what a distribution's
+# compiler may predefine.
+add_library(qor_hardening INTERFACE)
+target_compile_options(qor_hardening INTERFACE
+  -fstack-protector-strong
+  $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>
+  $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${QOR_SANITIZE}>>>:-U_FORTIFY_SOURCE>
+  $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${QOR_SANITIZE}>>>:-D_FORTIFY_SOURCE=2>)
+target_link_options(qor_hardening INTERFACE -Wl,-z,relro -Wl,-z,now)
+
+# Sanitizers and coverage reach everything that is linked into one process.
+add_library(qor_instrumentation INTERFACE)
+if(QOR_SANITIZE)
+  set(qor_sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(qor_instrumentation INTERFACE ${qor_sanitizers})
+  target_link_options(qor_instrumentation INTERFACE ${qor_sanitizers})
+endif()
+if(QOR_COVERAGE)
+  target_compile_options(qor_instrumentation INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(qor_instrumentation INTERFACE --coverage)
+endif()
+
+# A shared library must name every library it needs. The sanitizers' run time is supplied by the
+# program, so an instrumented library may leave its symbols open.
+add_library(qor_no_undefined INTERFACE)
+if(NOT QOR_SANITIZE)
+  target_link_options(qor_no_undefined INTERFACE -Wl,-z,defs)
+endif()

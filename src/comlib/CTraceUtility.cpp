@@ -1,0 +1,3 @@
+#include "plugin/ComLib.h"
+
+void CTraceUtility::WriteDebug(const char*, TRACE_DBG_LEVEL, const char*, ...) {}
