@@ -5,7 +5,7 @@ add_library(qor_flags INTERFACE)
 target_compile_options(qor_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wcast-qual -Wformat=2
-  -Wundef -Wnull-dereference
+  -Wundef
   $<$<BOOL:${QOR_WERROR}>:-Werror>)
 
 # Hardening of what is shipped. FORTIFY needs optimisation and replaces what a distribution's
