@@ -1,3 +1,80 @@
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdarg>
+#include <cstring>
+#include <mutex>
+
+#include "comlib/CTraceLine.h"
+#include "comlib/CTraceSettings.h"
 #include "plugin/ComLib.h"
 
-void CTraceUtility::WriteDebug(const char*, TRACE_DBG_LEVEL, const char*, ...) {}
+namespace {
+
+using comlib::CTraceLine;
+using comlib::CTraceSettings;
+using comlib::ETraceSink;
+
+constexpr unsigned NOT_READ = 0x80000000;
+
+// The settings, read at the first line and kept until the library is unloaded. Plain memory without
+// a destructor: threads of the host may trace while the process exits.
+constinit std::mutex s_ReadMutex;
+constinit std::atomic<unsigned> s_Levels = NOT_READ;  // the rest is valid once this is
+constinit ETraceSink s_Sink = ETraceSink::NONE;
+constinit std::array<char, PATH_MAX> s_File = {};
+
+unsigned ReadSettings() {
+    const std::lock_guard<std::mutex> lock(s_ReadMutex);
+    if (s_Levels.load(std::memory_order_relaxed) == NOT_READ) {
+        const CTraceSettings settings = CTraceSettings::Read();
+        s_Sink = settings.m_Sink;
+        std::memcpy(s_File.data(), settings.m_File.c_str(), settings.m_File.size() + 1);
+        const unsigned levels = settings.m_Sink == ETraceSink::NONE ? 0 : settings.m_Levels;
+        s_Levels.store(levels, std::memory_order_release);
+    }
+    return s_Levels.load(std::memory_order_relaxed);
+}
+
+bool IsOn(CTraceUtility::TRACE_DBG_LEVEL level) {
+    unsigned levels = s_Levels.load(std::memory_order_acquire);
+    if (levels == NOT_READ) {
+        levels = ReadSettings();
+    }
+    return (levels & static_cast<unsigned>(level)) != 0;
+}
+
+void Write(const CTraceLine& line) {
+    switch (s_Sink) {
+        case ETraceSink::SYSLOG:
+            line.WriteToSyslog();
+            return;
+        case ETraceSink::FILE:
+            line.WriteToFile(s_File.data());
+            return;
+        case ETraceSink::STDERR:
+            line.WriteToDescriptor(STDERR_FILENO);
+            return;
+        case ETraceSink::NONE:
+            return;
+    }
+}
+
+}  // namespace
+
+void CTraceUtility::WriteDebug(const char* module, TRACE_DBG_LEVEL level, const char* format, ...) {
+    const int callerErrno = errno;
+    if (IsOn(level)) {
+        CTraceLine line(module, level);
+        errno = callerErrno;
+        va_list arguments;
+        va_start(arguments, format);
+        line.Format(format, arguments);
+        va_end(arguments);
+        Write(line);
+    }
+    errno = callerErrno;
+}

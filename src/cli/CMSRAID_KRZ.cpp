@@ -1,0 +1,104 @@
+#include "cli/CMSRAID_KRZ.h"
+
+#include <fstream>
+
+#include "cli/ExecForeignModule.h"
+#include "cli/ResultFile.h"
+#include "plugin/Trace.h"
+
+namespace {
+
+constexpr const char* KRZ_CLI_DIR = "/opt/tarmica/krz/cli/";
+constexpr const char* KRZ_CLI_PATH = "/opt/tarmica/krz/cli/krzcli";
+constexpr const char* VERSION_COMMAND = "krzcli -v";
+constexpr const char* VERSION_KEY = "Product Version";
+constexpr const char* ERROR_HEAD = "Error - ";
+constexpr const char* INVALID_INPUT_HEAD = "Error - Invalid input at or near token";
+constexpr int RETRY_COUNT = 2;
+constexpr unsigned long RETRY_PAUSE_MS = 1000;
+constexpr unsigned long EXIT_CODE_UNKNOWN = 255;
+
+unsigned int JudgeSuccess(const std::string& command, const std::string& rsltFile) {
+    if (FirstLineBeginsWith(rsltFile, ERROR_HEAD)) {
+        QOR_TRACE(FAILURE, "KRZ CLI has an error(%s).", command.c_str());
+        return KRZ_TOOL_ERROR;
+    }
+    return KRZ_OK;
+}
+
+std::string VersionOfLine(const std::string& line) {
+    const size_t colon = line.find(':');
+    if (colon == std::string::npos) {
+        return "";
+    }
+    // The colon and the blank behind it, whatever stands there.
+    const std::string version = line.substr(colon + 2);
+    return version.substr(0, version.find_last_not_of(" \t\r\n") + 1);
+}
+
+std::string ReadVersion(const std::string& rsltFile) {
+    std::ifstream file(rsltFile);
+    for (std::string line; std::getline(file, line);) {
+        if (line.find(VERSION_KEY) != std::string::npos) {
+            return VersionOfLine(line);
+        }
+    }
+    return "";
+}
+
+}  // namespace
+
+bool CMSRAID_KRZ::IsKRZInstalled() {
+    return CFileUtility::IsFileExist(KRZ_CLI_PATH);
+}
+
+unsigned int CMSRAID_KRZ::ExecCli(const std::string& command, unsigned long* cliRtn,
+                                  const std::string& rsltFile) {
+    return _ExecCli(command, cliRtn, rsltFile, RETRY_COUNT);
+}
+
+unsigned int CMSRAID_KRZ::ExecCliNoRetry(const std::string& command, unsigned long* cliRtn,
+                                         const std::string& rsltFile) {
+    return _ExecCli(command, cliRtn, rsltFile, 0);
+}
+
+unsigned int CMSRAID_KRZ::_ExecCli(const std::string& command, unsigned long* cliRtn,
+                                   const std::string& rsltFile, int retry) {
+    *cliRtn = EXIT_CODE_UNKNOWN;
+    if (!IsKRZInstalled()) {
+        QOR_TRACE(FAILURE, "KRZ is not installed.");
+        return KRZ_NOT_INSTALLED;
+    }
+    QOR_TRACE(RESULT, "execute krzcli command.(%s)", command.c_str());
+    unsigned long exitStatus = 0;
+    for (int attempt = 0;; ++attempt) {
+        const int run = ExecForeignModule(KRZ_CLI_DIR + command, rsltFile, &exitStatus);
+        *cliRtn = exitStatus;
+        if (run == EXEC_OK && exitStatus == 0) {
+            return JudgeSuccess(command, rsltFile);
+        }
+        if (FirstLineBeginsWith(rsltFile, INVALID_INPUT_HEAD)) {
+            QOR_TRACE(FAILURE, "Failed to execute krzcli command.(%s)", command.c_str());
+            return KRZ_TOOL_ERROR;
+        }
+        if (run < 0) {
+            QOR_TRACE(FAILURE, "krzcli command timeout.(%s)", command.c_str());
+            return KRZ_TIMEOUT;
+        }
+        if (attempt >= retry) {
+            QOR_TRACE(FAILURE, "Failed to execute krzcli command.(%s,cliRtn=%d)", command.c_str(),
+                      static_cast<int>(exitStatus));
+            return run == EXEC_OK ? KRZ_TOOL_ERROR : KRZ_RUN_FAILED;
+        }
+        Sleep(RETRY_PAUSE_MS);
+    }
+}
+
+std::string CMSRAID_KRZ::GetKRZVersion(const std::string& rsltFile) {
+    const CResultFile file(rsltFile);
+    unsigned long cliRtn = 0;
+    if (ExecCli(VERSION_COMMAND, &cliRtn, rsltFile) != KRZ_OK) {
+        return "";
+    }
+    return ReadVersion(rsltFile);
+}

@@ -1,0 +1,213 @@
+#include "cli/ExecForeignModule.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <fstream>
+#include <vector>
+
+#include "cli/ChildProcess.h"
+#include "cli/UniqueFd.h"
+#include "plugin/Trace.h"
+
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr unsigned long EXIT_CODE_UNKNOWN = 255;
+constexpr unsigned long EXIT_CODE_NOT_STARTED = 1;
+constexpr std::chrono::seconds TOOL_TIME_LIMIT(150);
+constexpr const char* TOOL_LIBRARY_DIR = "/opt/tarmica/krz/lib";
+constexpr const char* LIBRARY_PATH_NAME = "LD_LIBRARY_PATH";
+constexpr const char* NULL_DEVICE = "/dev/null";
+constexpr mode_t OUTPUT_MODE = 0666;
+
+// The host's environment with the tool's library directory at the end of LD_LIBRARY_PATH. Points
+// into the host's own environment, so it lives for one start only.
+class CToolEnvironment {
+public:
+    CToolEnvironment() : m_LibraryPath(std::string(LIBRARY_PATH_NAME) + "=") {
+        const std::string prefix = m_LibraryPath;
+        if (const char* libraryPath = getenv(LIBRARY_PATH_NAME)) {
+            m_LibraryPath.append(libraryPath).append(":");
+        }
+        m_LibraryPath.append(TOOL_LIBRARY_DIR);
+        for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+            if (!std::string_view(*entry).starts_with(prefix)) {
+                m_Entries.push_back(*entry);
+            }
+        }
+        m_Entries.push_back(m_LibraryPath.data());
+        m_Entries.push_back(nullptr);
+    }
+    CToolEnvironment(const CToolEnvironment&) = delete;  // points into itself
+    CToolEnvironment& operator=(const CToolEnvironment&) = delete;
+
+    char* const* Entries() const { return m_Entries.data(); }
+
+private:
+    std::string m_LibraryPath;
+    std::vector<char*> m_Entries;
+};
+
+// Opens the output file as the child would, on a descriptor that is not one of the child's own
+// three: a host may have those closed. -1 with errno on failure.
+int OpenOutput(const std::string& outFile) {
+    const CUniqueFd file(
+        open(outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, OUTPUT_MODE));
+    return file.IsValid() ? fcntl(file.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : -1;
+}
+
+// A child that is stopped would stay for ever; nobody else knows of it.
+void EndChildThatDidNotEnd(pid_t child, int status) {
+    if (!WIFEXITED(status) && !WIFSIGNALED(status)) {
+        KillChildGroup(child);
+    }
+}
+
+bool IsNoProcessError(int error) {
+    return error == EAGAIN || error == ENOMEM;
+}
+
+// What a child that could not become the command would have said before it ended with status 1.
+void TraceStartFailure(int error) {
+    errno = error;
+    const auto code = static_cast<unsigned int>(GetLastError());
+    if (error == EBADF || error == EBUSY || error == EMFILE) {
+        QOR_TRACE(FAILURE, "ExecForeignModule dup2 Error %08x.", code);
+    } else {
+        QOR_TRACE(FAILURE, "ExecForeignModule execlp Error %08x.", code);
+    }
+}
+
+int StartTool(const std::string& command, int output, pid_t& child) {
+    CChildSetup setup;
+    setup.Duplicate(output, STDOUT_FILENO);
+    setup.Duplicate(STDOUT_FILENO, STDERR_FILENO);
+    const CToolEnvironment environment;
+    return setup.Start(command, environment.Entries(), child);
+}
+
+int WaitForTool(pid_t child, unsigned long* exitCode, milliseconds limit) {
+    int status = 0;
+    const EChildWait wait = WaitForChild(child, limit, status);
+    if (wait == EChildWait::TimedOut) {
+        KillChildGroup(child);
+        return EXEC_TIMEOUT;
+    }
+    if (wait == EChildWait::Failed) {
+        QOR_TRACE(FAILURE, "ExecForeignModule waitpid Error.");
+        return EXEC_FAILED;
+    }
+    if (!WIFEXITED(status)) {
+        QOR_TRACE(FAILURE, "ExecForeignModule WEXITSTATUS Error %08x.",
+                  static_cast<unsigned int>(status));
+        EndChildThatDidNotEnd(child, status);
+        return EXEC_FAILED;
+    }
+    *exitCode = static_cast<unsigned long>(WEXITSTATUS(status));
+    return EXEC_OK;
+}
+
+int StartUtility(const std::string& command, const std::string& outFile, const std::string& workDir,
+                 pid_t& child) {
+    CChildSetup setup;
+    if (!workDir.empty()) {
+        setup.ChangeDirectory(workDir);
+    }
+    setup.OpenForWriting(STDOUT_FILENO, outFile.empty() ? NULL_DEVICE : outFile);
+    setup.OpenForWriting(STDERR_FILENO, NULL_DEVICE);
+    return setup.Start(command, environ, child);
+}
+
+// One look a second, then the rest of the time-out, then the child is left alone.
+EChildWait WaitBySeconds(pid_t child, unsigned long timeoutMs, int& status) {
+    for (unsigned long seconds = timeoutMs / 1000;; --seconds) {
+        const pid_t changed = waitpid(child, &status, WNOHANG | WUNTRACED | WCONTINUED);
+        if (changed != 0) {
+            return changed == child ? EChildWait::Changed : EChildWait::Failed;
+        }
+        if (seconds == 0) {
+            Sleep(timeoutMs % 1000);
+            return EChildWait::TimedOut;
+        }
+        Sleep(1000);
+    }
+}
+
+unsigned int WaitForUtility(pid_t child, unsigned long* exitCode, unsigned long timeoutMs) {
+    int status = 0;
+    const EChildWait wait = timeoutMs == EXEC_NO_TIMEOUT
+                                ? WaitForChild(child, NO_TIME_LIMIT, status)
+                                : WaitBySeconds(child, timeoutMs, status);
+    if (wait == EChildWait::TimedOut) {
+        return EXEC_LSI_TIMEOUT;
+    }
+    if (wait == EChildWait::Failed) {
+        return EXEC_FAILED;
+    }
+    if (!WIFEXITED(status)) {
+        EndChildThatDidNotEnd(child, status);
+        return EXEC_FAILED;
+    }
+    *exitCode = static_cast<unsigned long>(WEXITSTATUS(status));
+    return EXEC_OK;
+}
+
+}  // namespace
+
+int ExecForeignModule(const std::string& command, const std::string& outFile,
+                      unsigned long* exitCode) {
+    return ExecForeignModuleWithLimit(command, outFile, exitCode, TOOL_TIME_LIMIT);
+}
+
+int ExecForeignModuleWithLimit(const std::string& command, const std::string& outFile,
+                               unsigned long* exitCode, milliseconds limit) {
+    if (command.empty() || outFile.empty()) {
+        return EXEC_FAILED;
+    }
+    *exitCode = EXIT_CODE_UNKNOWN;
+    const CUniqueFd output(OpenOutput(outFile));
+    if (!output.IsValid()) {
+        QOR_TRACE(FAILURE, "ExecForeignModule open Error %08x.",
+                  static_cast<unsigned int>(GetLastError()));
+        *exitCode = EXIT_CODE_NOT_STARTED;
+        return EXEC_OK;
+    }
+    pid_t child = 0;
+    const int error = StartTool(command, output.Get(), child);
+    if (IsNoProcessError(error)) {
+        return EXEC_FAILED;
+    }
+    if (error != 0) {
+        TraceStartFailure(error);
+        *exitCode = EXIT_CODE_NOT_STARTED;
+        return EXEC_OK;
+    }
+    return WaitForTool(child, exitCode, limit);
+}
+
+unsigned int ExecForeignModule(const std::string& command, const std::string& outFile,
+                               const std::string& workDir, unsigned long* exitCode,
+                               unsigned long timeoutMs) {
+    *exitCode = EXIT_CODE_UNKNOWN;
+    if (command.empty()) {
+        return EXEC_FAILED;
+    }
+    if (!workDir.empty() && !std::ifstream(workDir)) {
+        return EXEC_FAILED;
+    }
+    pid_t child = 0;
+    const int error = StartUtility(command, outFile, workDir, child);
+    if (IsNoProcessError(error)) {
+        return EXEC_FAILED;
+    }
+    if (error != 0) {
+        *exitCode = EXIT_CODE_NOT_STARTED;
+        return EXEC_OK;
+    }
+    return WaitForUtility(child, exitCode, timeoutMs);
+}

@@ -1,0 +1,16 @@
+#ifndef QOR_CLI_KRZVERSION_H
+#define QOR_CLI_KRZVERSION_H
+
+#include <optional>
+#include <string>
+
+// A tool version of the form "major.minor". Leading digits count; a part without any is 0.
+struct CKRZVersion {
+    int major = 0;
+    int minor = 0;
+
+    // Nothing unless `text` has exactly two parts.
+    static std::optional<CKRZVersion> Parse(const std::string& text);
+};
+
+#endif  // QOR_CLI_KRZVERSION_H

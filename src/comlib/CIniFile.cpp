@@ -1,0 +1,116 @@
+#include "comlib/CIniFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <string_view>
+
+#include "comlib/CUniqueFd.h"
+
+// Bytes pass through unchanged: no character set, no wide characters. Debian's header leaves the
+// code out unless it is asked for; its shared library would bring ICU along.
+#define SI_NO_CONVERSION
+#define SI_IMPLEMENTATION
+#include <SimpleIni.h>
+
+namespace comlib {
+namespace {
+
+// A file system's clock may stand still for as long as a timer tick (10 ms at 100 Hz). A file that
+// changed less than this before it was read may change once more and keep its stamp.
+constexpr long long CLOCK_RESOLUTION_NS = 20'000'000;
+
+long long Nanoseconds(const timespec& time) {
+    return static_cast<long long>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+}
+
+std::optional<CFileStamp> StampOf(const struct stat& status) {
+    if (!S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    return CFileStamp{status.st_dev, status.st_ino, status.st_size, Nanoseconds(status.st_mtim),
+                      Nanoseconds(status.st_ctim)};
+}
+
+// A clock that was set back must not switch the cache off: a change in the future counts as long
+// ago.
+bool IsLongAgo(long long changedNs) {
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const long long ageNs = Nanoseconds(now) - changedNs;
+    return ageNs < 0 || ageNs > CLOCK_RESOLUTION_NS;
+}
+
+bool ReadAll(int fd, std::string& text) {
+    std::array<char, 4096> block;
+    while (true) {
+        const ssize_t count = read(fd, block.data(), block.size());
+        if (count > 0) {
+            text.append(block.data(), static_cast<size_t>(count));
+        } else if (count == 0) {
+            return true;
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+}
+
+std::string_view WithoutQuotes(std::string_view value) {
+    const bool quoted = value.size() >= 2 && value.front() == value.back() &&
+                        (value.front() == '"' || value.front() == '\'');
+    return quoted ? value.substr(1, value.size() - 2) : value;
+}
+
+}  // namespace
+
+struct CIniFile::CParsed {
+    CSimpleIniA m_Ini;
+};
+
+std::optional<CFileStamp> CFileStamp::Of(const char* path) {
+    struct stat status = {};
+    return stat(path, &status) == 0 ? StampOf(status) : std::nullopt;
+}
+
+CIniFile::CIniFile(const char* path) : m_Path(path), m_Parsed(std::make_unique<CParsed>()) {}
+
+CIniFile::~CIniFile() = default;
+
+std::unique_ptr<CIniFile> CIniFile::Load(const char* path) {
+    // Not blocking: opening a named pipe must not wait for its writer.
+    const CUniqueFd fd(open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    struct stat status = {};
+    if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0) {
+        return nullptr;
+    }
+    const std::optional<CFileStamp> stamp = StampOf(status);
+    if (!stamp) {
+        return nullptr;
+    }
+    std::unique_ptr<CIniFile> file(new CIniFile(path));
+    file->m_Stamp = *stamp;
+    file->m_Settled = IsLongAgo(stamp->m_ChangedNs);
+    std::string text;
+    if (!ReadAll(fd.Get(), text) || file->m_Parsed->m_Ini.LoadData(text) != SI_OK) {
+        return nullptr;
+    }
+    return file;
+}
+
+std::optional<std::string> CIniFile::Find(const char* section, const char* key) const {
+    const char* value = m_Parsed->m_Ini.GetValue(section, key);
+    if (value == nullptr) {
+        return std::nullopt;
+    }
+    return std::string(WithoutQuotes(value));
+}
+
+bool CIniFile::IsCurrent(const std::string& path, const CFileStamp& stamp) const {
+    return m_Settled && m_Path == path && m_Stamp == stamp;
+}
+
+}  // namespace comlib

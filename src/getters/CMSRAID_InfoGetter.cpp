@@ -1,0 +1,174 @@
+#include "getters/CMSRAID_InfoGetter.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+
+#include "cli/CMSRAID_KRZ.h"
+#include "cli/ResultFile.h"
+#include "getters/Text.h"
+#include "plugin/Trace.h"
+
+namespace {
+
+constexpr const char* ERR_RUN_FAILED = "01";
+constexpr const char* ERR_REPORT_NOT_OPENED = "03";
+constexpr const char* ERR_REPORT_NOT_UNDERSTOOD = "04";
+constexpr const char* ERR_TIMEOUT = "05";
+constexpr size_t NAME_BUFFER_SIZE = 768;
+
+}  // namespace
+
+CMSRAID_InfoGetter::CMSRAID_InfoGetter()
+    : m_RootItem(m_RaidList.end()), m_CurTitle(m_RaidList.end()) {
+    const CTraceScope trace("CMSRAID_InfoGetter::CMSRAID_InfoGetter");
+}
+
+CMSRAID_InfoGetter::~CMSRAID_InfoGetter() {
+    const CTraceScope trace("CMSRAID_InfoGetter::~CMSRAID_InfoGetter");
+}
+
+bool CMSRAID_InfoGetter::GetInfo(long ctrlNo, std::list<CItemDisp*>& out) {
+    const CTraceScope trace("CMSRAID_InfoGetter::GetInfo");
+    return _GetInfo(FormatCommand(m_CommandFormat, CStringUtil::NumberToTString(ctrlNo)), out);
+}
+
+bool CMSRAID_InfoGetter::GetInfo(std::list<CItemDisp*>& out) {
+    const CTraceScope trace("CMSRAID_InfoGetter::GetInfo");
+    return _GetInfo(m_CommandFormat, out);
+}
+
+bool CMSRAID_InfoGetter::_GetInfo(const std::string& command, std::list<CItemDisp*>& out) {
+    m_RaidList.clear();
+    const CResultFile file(GetRsltFilePath());
+    unsigned long cliRtn = 0;
+    const unsigned int run = CMSRAID_KRZ::ExecCli(command, &cliRtn, file.Path());
+    if (run != KRZ_OK) {
+        QOR_TRACE(FAILURE, "Failed to execute krzcli command ret=%08x.", run);
+        NoteRunFailure(run, command);
+        return false;
+    }
+    return ParseReport(file.Path(), command, out);
+}
+
+bool CMSRAID_InfoGetter::ParseReport(const std::string& path, const std::string& command,
+                                     std::list<CItemDisp*>& out) {
+    std::ifstream stream;
+    if (!OpenReport(path, stream)) {
+        return false;
+    }
+    CItemListGuard guard(m_RaidList);
+    if (!Parse(stream, command)) {
+        QOR_TRACE(FAILURE, "Failed to parse RAID Information ret=%08x.", 0U);
+        m_ErrCode.insert(0, ERR_REPORT_NOT_UNDERSTOOD);
+        return false;
+    }
+    guard.Dismiss();
+    out.splice(out.end(), m_RaidList);
+    return true;
+}
+
+void CMSRAID_InfoGetter::NoteRunFailure(unsigned int result, const std::string& command) {
+    m_ErrCode.insert(0, result == KRZ_TIMEOUT ? ERR_TIMEOUT : ERR_RUN_FAILED);
+    m_ErrDetail = command;
+}
+
+bool CMSRAID_InfoGetter::OpenReport(const std::string& path, std::ifstream& stream) {
+    stream.open(path);
+    if (!stream) {
+        QOR_TRACE(FAILURE, "Failed to open file output by krzcli(%s).", path.c_str());
+        m_ErrCode.insert(0, ERR_REPORT_NOT_OPENED);
+        return false;
+    }
+    return true;
+}
+
+bool CMSRAID_InfoGetter::Parse(std::ifstream& stream, std::string) {
+    const CTraceScope trace("CMSRAID_InfoGetter::Parse");
+    bool result = true;
+    for (std::string line; result && std::getline(stream, line);) {
+        result = CreateRAIDItem(stream, line);
+    }
+    if (!result) {
+        QOR_TRACE(FAILURE, "CreateRAIDItem is FAILED (ret=%08x).", 0U);
+    }
+    FreeItemList();
+    return result;
+}
+
+bool CMSRAID_InfoGetter::ParseTitle(std::ifstream&, std::string line) {
+    if (m_RaidList.empty()) {
+        QOR_TRACE(FAILURE, "m_RaidList size is zero.");
+        return false;
+    }
+    if (!line.starts_with(TITLE_BEGIN_NAME)) {
+        QOR_TRACE(FAILURE, "Failed to ParseTitle. (%s)", line.c_str());
+        return false;
+    }
+    Trim(line);
+    m_CurTitle = AddItem(m_RaidList, (*m_RootItem)->ItemName(), line, "");
+    return true;
+}
+
+bool CMSRAID_InfoGetter::ParseKeyValue(std::ifstream&, std::string line,
+                                       std::list<CItemDisp*>& list) {
+    if (m_RaidList.empty()) {
+        QOR_TRACE(FAILURE, "m_RaidList size is zero.");
+        return false;
+    }
+    if (!IsKeyValueLine(line)) {
+        QOR_TRACE(FAILURE, "Failed to parse ParseKeyValue.(%s)", line.c_str());
+        return false;
+    }
+    const size_t colon = line.find(':');
+    std::string key = line.substr(0, colon);
+    std::string value = line.substr(colon + 1);
+    Trim(key);
+    Trim(value);
+    AddItem(list, CurTitleName(), key, value);
+    return true;
+}
+
+void CMSRAID_InfoGetter::AddRootItem() {}
+
+void CMSRAID_InfoGetter::FreeItemList() {}
+
+void CMSRAID_InfoGetter::Trim(std::string& text) {
+    text = Trimmed(text);
+}
+
+void CMSRAID_InfoGetter::StartRoot(const char* rootName) {
+    m_RootItem = AddItem(m_RaidList, "", rootName, "");
+    m_CurTitle = m_RootItem;
+}
+
+bool CMSRAID_InfoGetter::ReadSectionLine(std::ifstream& stream, std::string& line) {
+    if (!std::getline(stream, line)) {
+        return false;
+    }
+    Trim(line);
+    return !line.empty();
+}
+
+void CMSRAID_InfoGetter::UngetLine(std::ifstream& stream, const std::string& line) {
+    const std::streamoff lineFeed = stream.eof() ? 0 : 1;
+    stream.clear();
+    stream.seekg(-(static_cast<std::streamoff>(line.size()) + lineFeed), std::ios::cur);
+}
+
+std::string CMSRAID_InfoGetter::GetRsltFilePath() {
+    static std::uint64_t count = 0;
+    const unsigned long thread = GetCurrentThreadId();
+    const std::string installPath = CFileUtility::GetInstallPath(0);
+    if (installPath.empty()) {
+        QOR_TRACE(FAILURE, "Failed to get INSTALLPATH_CIM.");
+    }
+    const std::string tmpDir = installPath + "/" + PROVIDER_TMP_DIR;
+    _mkdir(tmpDir.c_str());
+    const std::string resultDir = tmpDir + "/" + MSRAID_DIR;
+    _mkdir(resultDir.c_str());
+    std::array<char, NAME_BUFFER_SIZE> prefix = {};
+    std::snprintf(prefix.data(), prefix.size(), "%08lx_%08lx_", thread,
+                  static_cast<unsigned long>(count++));
+    return resultDir + "/" + prefix.data() + KRZ_RSLT_FILE;
+}

@@ -1,0 +1,143 @@
+#include "orchestration/CMSRAID_InterFace.h"
+
+#include <optional>
+
+#include "cli/CMSRAID_KRZ.h"
+#include "cli/KRZVersion.h"
+#include "getters/CMSRAID_CtrlInfoGetter.h"
+#include "getters/CMSRAID_LDInfoGetter.h"
+#include "getters/CMSRAID_PDInfoGetter.h"
+#include "plugin/ItemList.h"
+#include "plugin/Trace.h"
+#include "presence/CMSRAID_MegaStorCLI.h"
+#include "presence/CMSRAID_PCICard.h"
+
+namespace {
+
+constexpr const char* ERR_NOT_INSTALLED = "02";
+constexpr const char* NOTICE_OLD_VERSION = "01";
+constexpr const char* NOTICE_NO_DISK = "02";
+constexpr const char* NO_DETAIL = "none";
+
+// The caller's three result texts.
+struct CResultTexts {
+    std::string& errCode;
+    std::string& notice;
+    std::string& detail;
+
+    void Reset() {
+        errCode.clear();
+        notice.clear();
+        detail = NO_DETAIL;
+    }
+    void TakeFrom(const CMSRAID_InfoGetter& getter) {
+        errCode.insert(0, getter.ErrCode());
+        detail = getter.ErrDetail();
+    }
+};
+
+// The last release that lacks something in its reports is 4.3.
+bool IsOldForRAID(const CKRZVersion& version) {
+    return version.major <= 3 || (version.major == 4 && version.minor <= 3);
+}
+
+// An old tool is asked all the same: the notice only informs.
+void CheckVersion(const std::string& version, std::string& notice) {
+    const std::optional<CKRZVersion> parsed = CKRZVersion::Parse(version);
+    if (!parsed) {
+        QOR_TRACE(FAILURE, "KRZ CLI Version is invalid.(tsKRZver=%s)", version.c_str());
+        notice.insert(0, NOTICE_OLD_VERSION);
+    } else if (IsOldForRAID(*parsed)) {
+        QOR_TRACE(SKIP, "KRZ CLI Version is old.(tsKRZver=%s)", version.c_str());
+        notice.insert(0, NOTICE_OLD_VERSION);
+    }
+}
+
+// Without the tool, a host with disks cannot be answered for; a host without has nothing to report.
+bool AnswerWithoutTool(const std::list<DevicePCIID>& controllers, CResultTexts& texts) {
+    QOR_TRACE(SKIP, "KRZ is not installed.");
+    texts.errCode.insert(0, ERR_NOT_INSTALLED);
+    if (CMSRAID_MegaStorCLI::IsPresentRAIDPhysDisk(controllers)) {
+        return false;
+    }
+    texts.notice.insert(0, NOTICE_NO_DISK);
+    return true;
+}
+
+// Runs one getter for one controller and appends its items to `list`.
+bool CollectFrom(CMSRAID_InfoGetter& getter, const char* operation, long ctrlNo, ItemList& holding,
+                 ItemList& list, CResultTexts& texts) {
+    if (!getter.GetInfo(ctrlNo, holding)) {
+        QOR_TRACE(FAILURE, "%s is FAILED (ret=%08x).", operation, 0U);
+        texts.TakeFrom(getter);
+        return false;
+    }
+    list.splice(list.end(), holding);
+    return true;
+}
+
+bool CollectControllers(ItemList& holding, ItemList& list, CResultTexts& texts) {
+    const std::string version = CMSRAID_KRZ::GetKRZVersion(CMSRAID_InfoGetter::GetRsltFilePath());
+    CMSRAID_CtrlInfoGetter ctrlGetter;
+    CMSRAID_LDInfoGetter ldGetter;
+    CMSRAID_PDInfoGetter pdGetter(version);
+    CheckVersion(version, texts.notice);
+
+    char countByte = 0;
+    if (!ctrlGetter.GetCtrlNum(&countByte)) {
+        QOR_TRACE(FAILURE, "CMSRAID_InterFace::GetCtrlNum is FAILED (ret=%08x).", 0U);
+        texts.TakeFrom(ctrlGetter);
+        return false;
+    }
+    const auto count = static_cast<signed char>(countByte);
+    for (long i = 0; i < count; ++i) {
+        if (!CollectFrom(ctrlGetter, "CMSRAID_CtrlInfoGetter::GetInfo", i, holding, list, texts) ||
+            !CollectFrom(ldGetter, "CMSRAID_LDInfoGetter::GetInfo", i, holding, list, texts) ||
+            !CollectFrom(pdGetter, "CMSRAID_PDInfoGetter::GetInfo", i, holding, list, texts)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool CollectRAIDInfo(ItemList& holding, ItemList& list, CResultTexts& texts) {
+    std::list<DevicePCIID> controllers;
+    if (!CMSRAID_PCICard::IsPresentRAID(&controllers)) {
+        return true;
+    }
+    if (!CMSRAID_KRZ::IsKRZInstalled()) {
+        return AnswerWithoutTool(controllers, texts);
+    }
+    return CollectControllers(holding, list, texts);
+}
+
+}  // namespace
+
+CMSRAID_InterFace::CMSRAID_InterFace() {
+    const CTraceScope trace("CMSRAID_InterFace::CMSRAID_InterFace");
+}
+
+CMSRAID_InterFace::~CMSRAID_InterFace() {
+    const CTraceScope trace("CMSRAID_InterFace::~CMSRAID_InterFace");
+}
+
+unsigned char CMSRAID_InterFace::GetRAIDInfo(std::list<CItemDisp*>* list, std::string* errCode,
+                                             std::string* notice, std::string* detail) {
+    const CTraceScope trace("CMSRAID_InterFace::GetRAIDInfo");
+    CResultTexts texts = {*errCode, *notice, *detail};
+    texts.Reset();
+    CItemListOwner holding;
+    CItemListGuard guard(*list);
+    const bool result = CollectRAIDInfo(holding, *list, texts);
+    guard.Dismiss();
+    FreeItemList(&holding);
+    if (!result) {
+        FreeItemList(list);
+    }
+    return result ? 1 : 0;
+}
+
+void CMSRAID_InterFace::FreeItemList(std::list<CItemDisp*>* list) {
+    const CTraceScope trace("CMSRAID_InterFace::FreeItemList");
+    DeleteItems(*list);
+}

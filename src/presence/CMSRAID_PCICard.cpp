@@ -1,0 +1,153 @@
+#include "presence/CMSRAID_PCICard.h"
+
+#include <array>
+#include <fstream>
+
+#include "plugin/Trace.h"
+
+namespace {
+
+constexpr const char* DEVICE_LIST_PATH = "/opt/tarmica/qor/kam/work/devices.tmp";
+constexpr size_t LONGEST_IGNORED_WORD = 16;
+constexpr size_t VENDOR_POSITION = 8;
+constexpr size_t DEVICE_POSITION = 13;
+constexpr size_t ID_LENGTH = 4;
+
+constexpr const char* RAID_INI_NAME = "RaidVCFac.ini";
+constexpr const char* SSD_INI_NAME = "PciessdVCFac.ini";
+// Spelled with one "p" in every ini file in the field.
+constexpr const char* INI_SECTION = "SuportDevice";
+constexpr const char* INI_COUNT_KEY = "SuportDeviceNum";
+constexpr size_t INI_VALUE_SIZE = 256;
+// Supported whatever the ini file holds.
+constexpr const char* BUILT_IN_SSD_VENDOR = "VEN_1AED";
+constexpr const char* BUILT_IN_SSD_DEVICE = "DEV_2001";
+
+std::string ReadIniValue(const std::string& path, const std::string& key) {
+    std::array<char, INI_VALUE_SIZE> value = {};
+    GetPrivateProfileStringA(INI_SECTION, key.c_str(), "", value.data(), value.size(),
+                             path.c_str());
+    return value.data();
+}
+
+std::string IniPath(const char* name) {
+    return CFileUtility::GetInstallPath(0) + "/" + name;
+}
+
+bool Matches(const std::string& id, const DevicePCIID& entry) {
+    return !id.empty() && id.find(entry.vendor) != std::string::npos &&
+           id.find(entry.device) != std::string::npos;
+}
+
+}  // namespace
+
+void GetWindowsDeviceID(std::string word, std::string& id) {
+    word = CStringUtil::StringToUpperCase(word);
+    id = "VEN_" + word.substr(VENDOR_POSITION, ID_LENGTH) + "&DEV_" +
+         word.substr(DEVICE_POSITION, ID_LENGTH);
+}
+
+bool CMSRAID_PCICard::GetPresentPCIList(std::list<std::string>* list) {
+    if (list == nullptr) {
+        return false;
+    }
+    list->clear();
+    if (!CFileUtility::IsFileExist(DEVICE_LIST_PATH)) {
+        COsInfo().makeDeviceInfo();
+    }
+    std::ifstream file(DEVICE_LIST_PATH);
+    for (std::string word; file >> word;) {
+        if (word.size() > LONGEST_IGNORED_WORD) {
+            GetWindowsDeviceID(word, list->emplace_back());
+        }
+    }
+    return true;
+}
+
+bool CMSRAID_PCICard::GetSupportPCIListFromIniFile(std::string& path,
+                                                   std::list<DevicePCIID>* list) {
+    list->clear();
+    const int count = GetPrivateProfileIntA(INI_SECTION, INI_COUNT_KEY, 0, path.c_str());
+    for (long i = 1; i <= count; ++i) {
+        const std::string number = CStringUtil::NumberToTString(i);
+        DevicePCIID entry = {ReadIniValue(path, "Vendor" + number),
+                             ReadIniValue(path, "Device" + number)};
+        if (!entry.vendor.empty() && !entry.device.empty()) {
+            list->push_back(std::move(entry));
+        }
+    }
+    if (list->empty()) {
+        // Traced under the orchestrator's name: support tools know it so.
+        QOR_TRACE(SKIP,
+                  "CMSRAID_InterFace::GetSupportPCIListFromIniFile Support Device is empty. "
+                  "iniFile=%s",
+                  path.c_str());
+    }
+    return true;
+}
+
+bool CMSRAID_PCICard::GetSupportRAIDList(std::list<DevicePCIID>* list) {
+    std::string path = IniPath(RAID_INI_NAME);
+    return GetSupportPCIListFromIniFile(path, list);
+}
+
+bool CMSRAID_PCICard::GetSupportPCIeSSDList(std::list<DevicePCIID>* list) {
+    std::string path = IniPath(SSD_INI_NAME);
+    const bool result = GetSupportPCIListFromIniFile(path, list);
+    if (result) {
+        list->push_back({BUILT_IN_SSD_VENDOR, BUILT_IN_SSD_DEVICE});
+    }
+    return result;
+}
+
+bool CMSRAID_PCICard::IsPresentSupportDevice(const std::list<DevicePCIID>& supported,
+                                             std::list<DevicePCIID>* found) {
+    if (found != nullptr) {
+        found->clear();
+    }
+    std::list<std::string> present;
+    GetPresentPCIList(&present);
+    bool result = false;
+    for (const std::string& id : present) {
+        for (const DevicePCIID& entry : supported) {
+            if (!Matches(id, entry)) {
+                continue;
+            }
+            if (found != nullptr) {
+                found->push_back(entry);
+            }
+            QOR_TRACE(RESULT, "Support PCI Device(RAID/SSD) found.(vendor=%s,device=%s)",
+                      entry.vendor.c_str(), entry.device.c_str());
+            result = true;
+        }
+    }
+    return result;
+}
+
+bool CMSRAID_PCICard::IsPresentRAID(std::list<DevicePCIID>* found) {
+    const CTraceScope trace("CMSRAID_PCICard::IsPresentRAID");
+    std::list<DevicePCIID> supported;
+    if (!GetSupportRAIDList(&supported)) {
+        QOR_TRACE(FAILURE, "CMSRAID_PCICard::IsPresentRAID() GetSupportRAIDList is FAILED.");
+        return false;
+    }
+    const bool result = IsPresentSupportDevice(supported, found);
+    if (!result) {
+        QOR_TRACE(RESULT, "RAID Card is not present.");
+    }
+    return result;
+}
+
+bool CMSRAID_PCICard::IsPresentPCIeSSD(std::list<DevicePCIID>* found) {
+    const CTraceScope trace("CMSRAID_PCICard::IsPresentPCIeSSD");
+    std::list<DevicePCIID> supported;
+    if (!GetSupportPCIeSSDList(&supported)) {
+        QOR_TRACE(FAILURE, "CMSRAID_PCICard::IsPresentPCIeSSD() GetSupportPCIeSSDList is FAILED.");
+        return false;
+    }
+    const bool result = IsPresentSupportDevice(supported, found);
+    if (!result) {
+        QOR_TRACE(RESULT, "PCIe SSD is not present.");
+    }
+    return result;
+}
