@@ -1,1 +1,276 @@
-#include <gtest/gtest.h>
+// The shipped library in a host process of its own (comlib_caller), from configuration to sink.
+#include <fcntl.h>
+#include <sched.h>
+#include <spawn.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <regex>
+
+#include "ComLibTest.h"
+#include "comlib/CUniqueFd.h"
+#include "plugin/ComLib.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using comlib::CUniqueFd;
+using qortest::Lines;
+using qortest::ReadFile;
+using qortest::WriteFile;
+using Texts = std::vector<std::string>;
+
+constexpr const char* CALLER = QOR_COMLIB_CALLER;
+constexpr const char* NO_ENVIRONMENT = "";
+
+std::vector<char*> Pointers(Texts& texts) {
+    std::vector<char*> pointers;
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+std::string Message(const std::string& line) {
+    const size_t processEnd = line.find(' ', line.find(' ') + 1);
+    return line.substr(processEnd + 1);
+}
+
+class CTraceUtilityTest : public qortest::CComLibTest {
+protected:
+    fs::path Trace() const { return Scratch() / "trace.log"; }
+    std::string StandardError() const { return ReadFile(Scratch() / "stderr"); }
+
+    // Starts the caller with QOR_TRACE set to `trace`, standard error into a file.
+    pid_t Start(const std::string& trace, Texts arguments) const {
+        arguments.insert(arguments.begin(), CALLER);
+        Texts environment;
+        if (trace != NO_ENVIRONMENT) {
+            environment.push_back("QOR_TRACE=" + trace);
+        }
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (Scratch() / "stderr").c_str(),
+                                         O_WRONLY | O_CREAT | O_APPEND, 0600);
+        pid_t child = -1;
+        EXPECT_EQ(posix_spawn(&child, CALLER, &actions, nullptr, Pointers(arguments).data(),
+                              Pointers(environment).data()),
+                  0);
+        posix_spawn_file_actions_destroy(&actions);
+        return child;
+    }
+
+    static void ExpectSuccess(pid_t child) {
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+    }
+
+    void Call(const std::string& trace, const Texts& arguments) const {
+        ExpectSuccess(Start(trace, arguments));
+    }
+
+    Texts TracedMessages() const {
+        Texts messages;
+        for (const std::string& line : Lines(ReadFile(Trace()))) {
+            messages.push_back(Message(line));
+        }
+        return messages;
+    }
+};
+
+TEST_F(CTraceUtilityTest, FileGetsTheLine) {
+    Call("file:" + Trace().string() + ":31", {"4", "a\nb"});
+    EXPECT_EQ(TracedMessages(), Texts{"Caller FLOW a\\nb"});
+    EXPECT_EQ(StandardError(), "");
+}
+
+TEST_F(CTraceUtilityTest, StandardErrorGetsTheLine) {
+    Call("stderr:31", {"1", "found"});
+    EXPECT_EQ(Message(StandardError()), "Caller RESULT found\n");
+}
+
+TEST_F(CTraceUtilityTest, NoneGetsNothing) {
+    Call("none", {"2", "x"});
+    Call("none:31", {"2", "x"});
+    EXPECT_EQ(StandardError(), "");
+}
+
+TEST_F(CTraceUtilityTest, LevelIsOnIfItsBitIsSet) {
+    for (const int mask : {0, 1, 2, 3, 16, 31}) {
+        for (const int level : {1, 2, 4, 8, 16}) {
+            fs::remove(Scratch() / "stderr");
+            Call("stderr:" + std::to_string(mask), {std::to_string(level), "x"});
+            EXPECT_EQ(StandardError().empty(), (mask & level) == 0) << mask << ' ' << level;
+        }
+    }
+}
+
+TEST_F(CTraceUtilityTest, ConfigurationFileChoosesTheSink) {
+    WriteFile(qortest::CONFIGURATION_FILE,
+              "[Trace]\nSink=file\nLevels=4\nFile=" + Trace().string() + "\n");
+    Call(NO_ENVIRONMENT, {"4", "flow"});
+    Call(NO_ENVIRONMENT, {"2", "failure"});
+    EXPECT_EQ(TracedMessages(), Texts{"Caller FLOW flow"});
+}
+
+TEST_F(CTraceUtilityTest, EnvironmentOverridesTheConfigurationFile) {
+    WriteFile(qortest::CONFIGURATION_FILE,
+              "[Trace]\nSink=file\nLevels=31\nFile=" + Trace().string() + "\n");
+    Call("stderr", {"4", "flow"});
+    EXPECT_EQ(Message(StandardError()), "Caller FLOW flow\n") << "levels of the file";
+    Call("stdout:7", {"4", "ignored"});
+    EXPECT_EQ(TracedMessages(), Texts{"Caller FLOW ignored"});
+}
+
+TEST_F(CTraceUtilityTest, RotatedFileIsLeftAtOnce) {
+    Call("file:" + Trace().string() + ":31", {"1", "line ", "3", "8", Trace()});
+    EXPECT_FALSE(fs::exists(Trace()));
+    for (const char* number : {"0", "1", "2"}) {
+        EXPECT_EQ(Message(ReadFile(Trace().string() + "." + number)),
+                  std::string("Caller RESULT line ") + number + " x\n");
+    }
+}
+
+TEST_F(CTraceUtilityTest, MissingDirectoryFullDiskAndForbiddenFileHarmNothing) {
+    Call("file:" + (Scratch() / "missing" / "t.log").string() + ":31", {"2", "x", "10"});
+    Call("file:/dev/full:31", {"2", "x", "10"});
+    Call("file:" + Scratch().string() + ":31", {"2", "x", "10"});
+    EXPECT_EQ(StandardError(), "");
+}
+
+TEST_F(CTraceUtilityTest, LinesOfTwoProcessesDoNotMix) {
+    constexpr size_t LENGTH = 9000;
+    constexpr size_t LINES = 300;
+    const std::string trace = "file:" + Trace().string() + ":31";
+    const pid_t first = Start(trace, {"1", "a", std::to_string(LINES), std::to_string(LENGTH)});
+    const pid_t second = Start(trace, {"1", "b", std::to_string(LINES), std::to_string(LENGTH)});
+    ExpectSuccess(first);
+    ExpectSuccess(second);
+    const std::regex whole("Caller RESULT [ab][0-9]+ x+");
+    const Texts messages = TracedMessages();
+    EXPECT_EQ(messages.size(), 2 * LINES);
+    for (const std::string& message : messages) {
+        ASSERT_EQ(message.size(), std::strlen("Caller RESULT ") + LENGTH);
+        ASSERT_EQ(message.find_first_not_of('x', message.rfind(' ') + 1), std::string::npos);
+    }
+}
+
+// Runs `action` in a child; demands exit status 0.
+template <typename Action>
+void InChild(Action action) {
+    const pid_t child = fork();
+    if (child == 0) {
+        action();
+        _exit(127);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+}
+
+void ExecCaller(const char* program, const std::string& trace) {
+    std::string variable = "QOR_TRACE=" + trace;
+    Texts arguments = {program, "2", "message"};
+    Texts environment = {variable};
+    execve(program, Pointers(arguments).data(), Pointers(environment).data());
+}
+
+TEST_F(CTraceUtilityTest, EnvironmentIsIgnoredByASetUserIdProgram) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can make a set-user-id program of somebody else";
+    }
+    constexpr uid_t NOBODY = 65534;
+    const std::string directory = "/opt/tarmica/suid";
+    const std::string program = directory + "/caller";
+    const std::string trace = "file:" + Trace().string() + ":31";
+    fs::create_directory(directory);
+    ASSERT_EQ(mount("none", directory.c_str(), "tmpfs", 0, "mode=0755"), 0);
+    fs::copy_file(CALLER, program);
+    WriteFile(qortest::CONFIGURATION_FILE, "[Trace]\nSink=none\n");
+    fs::permissions(Scratch(), fs::perms::all);
+    const auto callAsNobody = [&] {
+        InChild([&] {
+            if (setresgid(NOBODY, NOBODY, NOBODY) == 0 && setresuid(NOBODY, NOBODY, NOBODY) == 0) {
+                ExecCaller(program.c_str(), trace);
+            }
+        });
+    };
+    ASSERT_EQ(chmod(program.c_str(), 04755), 0);
+    callAsNobody();
+    EXPECT_FALSE(fs::exists(Trace()));
+    ASSERT_EQ(chmod(program.c_str(), 0755), 0);
+    callAsNobody();
+    EXPECT_TRUE(fs::exists(Trace())) << "the same call without the set-user-id bit";
+    umount2(directory.c_str(), MNT_DETACH);
+}
+
+// In the calling child: a "/dev" of its own in which `socket` is the system log.
+bool BecomeSystemLog(int socket) {
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::strcpy(address.sun_path, "/dev/log");
+    return unshare(CLONE_NEWNS) == 0 && mount("none", "/dev", "tmpfs", 0, nullptr) == 0 &&
+           bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
+}
+
+std::string Received(int socket) {
+    std::array<char, 1024> text;
+    const ssize_t size = recv(socket, text.data(), text.size(), MSG_DONTWAIT);
+    return size < 0 ? "nothing" : std::string(text.data(), static_cast<size_t>(size));
+}
+
+TEST_F(CTraceUtilityTest, SystemLogGetsTheMessageAtItsPriority) {
+    const CUniqueFd log(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    InChild([&log] {
+        if (!BecomeSystemLog(log.Get())) {
+            _exit(1);
+        }
+        for (const int level : {1, 2, 4, 16}) {
+            CTraceUtility::WriteDebug("x", CTraceUtility::TRACE_DBG_FLOW, "to the file");
+            const std::string command = std::string(CALLER) + " " + std::to_string(level) +
+                                        " '100%s\n' # syslog keeps a descriptor: status 2";
+            setenv("QOR_TRACE", "syslog:31", 1);
+            if (WEXITSTATUS(std::system(command.c_str())) != 2) {
+                _exit(2);
+            }
+        }
+        _exit(0);
+    });
+    // <facility * 8 + severity>: user (1), and notice (5), error (3), debug (7), information (6)
+    for (const char* priority : {"<13>", "<11>", "<15>", "<14>"}) {
+        const std::regex layout(std::string(priority) + ".* comlib_caller: Caller: 100%s\\\\n");
+        const std::string text = Received(log.Get());
+        EXPECT_TRUE(std::regex_match(text, layout)) << text;
+    }
+    EXPECT_EQ(Received(log.Get()), "nothing");
+    TakeTraces();
+}
+
+TEST_F(CTraceUtilityTest, LevelThatIsOffCostsNoFormatting) {
+    int formatted = -1;
+    constexpr auto NO_LEVEL = static_cast<CTraceUtility::TRACE_DBG_LEVEL>(0);
+    CTraceUtility::WriteDebug("M", NO_LEVEL, "%n", &formatted);
+    EXPECT_EQ(formatted, -1);
+    EXPECT_EQ(TakeTraces(), Texts{});
+}
+
+// "%m" is not ISO C++, but hosts use it.
+#pragma GCC diagnostic ignored "-Wformat"
+
+TEST_F(CTraceUtilityTest, ErrnoStaysAndCanBeFormatted) {
+    errno = EACCES;
+    CTraceUtility::WriteDebug("M", CTraceUtility::TRACE_DBG_FLOW, "%m");
+    EXPECT_EQ(errno, EACCES);
+    EXPECT_EQ(TakeTraces(), Texts{"M FLOW Permission denied"});
+}
+
+}  // namespace

@@ -1,0 +1,1 @@
+#include "plugin/MngSrv_QorLibIF.h"

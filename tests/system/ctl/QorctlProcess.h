@@ -1,0 +1,31 @@
+// Runs the built qorctl as a process, in an environment that the test says in full.
+#ifndef QORTEST_QORCTLPROCESS_H
+#define QORTEST_QORCTLPROCESS_H
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace qortest {
+
+struct CQorctlRun {
+    std::filesystem::path program;            // the built program when empty
+    std::vector<std::string> arguments = {};  // without the program's name
+    std::map<std::string, std::string> environment = {};
+    std::string outputPath = {};  // standard output goes to this existing file instead
+    bool terminal = false;        // standard output is a terminal
+};
+
+struct CQorctlOutcome {
+    int status = -1;  // exit status; 128 + n when signal n ended it
+    std::string out = {};
+    std::string err = {};
+};
+
+// `folder` takes the files that hold the outputs. A terminal's line ends come back as "\n".
+CQorctlOutcome RunQorctl(const std::filesystem::path& folder, const CQorctlRun& run);
+
+}  // namespace qortest
+
+#endif  // QORTEST_QORCTLPROCESS_H

@@ -1,0 +1,88 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ResultTexts.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr qorctl::CTextStyle ASCII = {.utf8 = false, .colour = false};
+
+std::vector<std::string> Explain(const qorctl::CResultTexts& texts) {
+    return qorctl::ExplainResult(texts, ASCII);
+}
+
+TEST(ResultTextsTest, NoTextsSayNothing) {
+    EXPECT_THAT(Explain({"", "", "none"}), IsEmpty());
+    EXPECT_THAT(Explain({"", "", ""}), IsEmpty());
+}
+
+struct CCase {
+    const char* code;
+    const char* meaning;
+    const char* remedy;
+};
+
+TEST(ResultTextsTest, EveryErrorCodeHasAMeaningAndARemedy) {
+    const CCase cases[] = {
+        {"01", "the RAID tool reported an error, or could not be run", "Run the command below"},
+        {"02", "the RAID tool is not installed", "Install the RAID management tool."},
+        {"03", "its report could not be read", "Check that the directory tmp/MSRAID"},
+        {"04", "report was not understood", "Check that the RAID tool is a supported version"},
+        {"05", "did not answer in time", "Try again when the server is less busy"},
+    };
+    for (const CCase& row : cases) {
+        const std::vector<std::string> messages = Explain({row.code, "", "none"});
+        ASSERT_THAT(messages, SizeIs(1)) << row.code;
+        EXPECT_TRUE(messages[0].starts_with(std::string("error code ") + row.code + ": "));
+        EXPECT_LT(messages[0].find(row.meaning), messages[0].find('\n')) << messages[0];
+        EXPECT_NE(messages[0].find(std::string("\n  ") + row.remedy), std::string::npos)
+            << messages[0];
+    }
+}
+
+TEST(ResultTextsTest, EveryNoticeCodeHasAMeaningAndARemedy) {
+    const CCase cases[] = {
+        {"01", "version is older than 4.4, or could not be read", "What it reported is shown"},
+        {"02", "no physical drive is attached", "Nothing needs to be done"},
+    };
+    for (const CCase& row : cases) {
+        const std::vector<std::string> messages = Explain({"", row.code, "none"});
+        ASSERT_THAT(messages, SizeIs(1)) << row.code;
+        EXPECT_TRUE(messages[0].starts_with(std::string("notice code ") + row.code + ": "));
+        EXPECT_LT(messages[0].find(row.meaning), messages[0].find('\n')) << messages[0];
+        EXPECT_NE(messages[0].find(std::string("\n  ") + row.remedy), std::string::npos)
+            << messages[0];
+    }
+}
+
+TEST(ResultTextsTest, UnknownCodesAreStatedAsTheyAre) {
+    EXPECT_THAT(Explain({"0104", "X\n", ""}),
+                ElementsAre("error code 0104: no meaning is known for this code",
+                            "notice code X\\n: no meaning is known for this code"));
+}
+
+TEST(ResultTextsTest, FailingCommandIsGivenAsALineToRun) {
+    EXPECT_THAT(Explain({"", "", "krzcli -ctrlinfo -a0"}),
+                ElementsAre("the command that failed: krzcli -ctrlinfo -a0\n"
+                            "  By hand: LD_LIBRARY_PATH=/opt/tarmica/krz/lib "
+                            "/opt/tarmica/krz/cli/krzcli -ctrlinfo -a0"));
+}
+
+TEST(ResultTextsTest, NoLineIsTooLongForATerminal) {
+    for (const char* code : {"01", "02", "03", "04", "05"}) {
+        for (const std::string& message : Explain({code, code, "krzcli -pdinfo -nosmart -a0"})) {
+            size_t begin = 0;
+            while (begin < message.size()) {
+                const size_t end = std::min(message.find('\n', begin), message.size());
+                EXPECT_LE(end - begin, 100U) << message;
+                begin = end + 1;
+            }
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,24 @@
+// What the stand-in plug-in is told to answer, and what it reports about the calls it got.
+//
+// The environment variable QOR_STAND_IN_ANSWER names a file of records, each ended by RECORD_END,
+// its fields separated by FIELD_END:
+//
+//     result N            returned by GetRAIDInfo (1 when not given)
+//     error T, notice T, detail T
+//     item PARENT NAME VALUE ENABLE
+//     throw WHERE WHAT    WHERE: CreateLibIF, GetRAIDInfo (after the items were appended) or
+//                         FreeItemList; WHAT: out_of_range, private (a type of the plug-in) or int
+//     no-object           CreateLibIF returns null
+//
+// Each call is appended as a line to the file that QOR_STAND_IN_LOG names.
+#ifndef QORTEST_STANDINANSWER_H
+#define QORTEST_STANDINANSWER_H
+
+namespace qortest {
+
+inline constexpr char FIELD_END = '\x1f';
+inline constexpr char RECORD_END = '\x1e';
+
+}  // namespace qortest
+
+#endif  // QORTEST_STANDINANSWER_H

@@ -1,0 +1,166 @@
+// A plug-in that answers as a test tells it.
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "StandInAnswer.h"
+#include "plugin/ItemDisp.h"
+#include "plugin/MngSrv_QorLibIF.h"
+
+namespace {
+
+using CRecord = std::vector<std::string>;
+
+// An exception whose code is unloaded with this library.
+class CPrivateError : public std::exception {
+public:
+    const char* what() const noexcept override { return "private to the plug-in"; }
+};
+
+std::vector<std::string> Split(const std::string& text, char end) {
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, end);) {
+        parts.push_back(part);
+    }
+    return parts;
+}
+
+std::vector<CRecord> ReadAnswer() {
+    const char* path = std::getenv("QOR_STAND_IN_ANSWER");
+    std::ifstream file(path == nullptr ? "" : path, std::ios::binary);
+    const std::string text((std::istreambuf_iterator<char>(file)), {});
+    std::vector<CRecord> records;
+    for (const std::string& record : Split(text, qortest::RECORD_END)) {
+        records.push_back(Split(record, qortest::FIELD_END));
+        records.back().resize(5);
+    }
+    return records;
+}
+
+void Log(const std::string& line) {
+    if (const char* path = std::getenv("QOR_STAND_IN_LOG")) {
+        std::ofstream(path, std::ios::app) << line << '\n';
+    }
+}
+
+void ThrowIfAsked(const std::string& where) {
+    for (const CRecord& record : ReadAnswer()) {
+        if (record[0] != "throw" || record[1] != where) {
+            continue;
+        }
+        if (record[2] == "out_of_range") {
+            throw std::out_of_range("position 9\x1b[31m beyond the text");
+        }
+        if (record[2] == "private") {
+            throw CPrivateError();
+        }
+        throw 7;
+    }
+}
+
+bool IsAsked(const std::string& word) {
+    for (const CRecord& record : ReadAnswer()) {
+        if (record[0] == word) {
+            return true;
+        }
+    }
+    return false;
+}
+
+__attribute__((destructor)) void LogUnload() {
+    Log("unload");
+}
+
+}  // namespace
+
+CMngSrv_QorLibIF::CMngSrv_QorLibIF() : m_pLibMan(nullptr) {}
+
+CMngSrv_QorLibIF::~CMngSrv_QorLibIF() {
+    Log(m_pLibMan == nullptr ? "delete" : "delete twice");
+}
+
+unsigned char CMngSrv_QorLibIF::GetRAIDInfo(std::list<CItemDisp*>* items, std::string* errorCode,
+                                            std::string* noticeCode, std::string* errorDetail) {
+    Log("GetRAIDInfo " + std::to_string(items->size()) + *errorCode + *noticeCode + *errorDetail);
+    unsigned char result = 1;
+    for (const CRecord& record : ReadAnswer()) {
+        if (record[0] == "item") {
+            items->push_back(CreateItemDisp(record[1].c_str(), record[2].c_str(), record[3].c_str(),
+                                            record[4].c_str()));
+        } else if (record[0] == "result") {
+            result = static_cast<unsigned char>(std::stoi(record[1]));
+        } else if (record[0] == "error") {
+            *errorCode = record[1];
+        } else if (record[0] == "notice") {
+            *noticeCode = record[1];
+        } else if (record[0] == "detail") {
+            *errorDetail = record[1];
+        }
+    }
+    ThrowIfAsked("GetRAIDInfo");
+    return result;
+}
+
+void CMngSrv_QorLibIF::FreeItemList(std::list<CItemDisp*>* items) {
+    Log("FreeItemList " + std::to_string(items->size()));
+    for (CItemDisp* item : *items) {
+        DeleteItemDisp(item);
+    }
+    items->clear();
+    ThrowIfAsked("FreeItemList");
+}
+
+// The operations that the program has no use for.
+
+unsigned int CMngSrv_QorLibIF::XmlSerialize(unsigned int, const char*, void*, char**) {
+    Log("XmlSerialize");
+    return 0;
+}
+
+unsigned char CMngSrv_QorLibIF::GetRAIDInfo(std::list<CItemDisp*>*, std::string*, std::string*) {
+    Log("short GetRAIDInfo");
+    return 0;
+}
+
+unsigned char CMngSrv_QorLibIF::GetPDInfo(long, long, long, std::list<CItemDisp*>*, std::string*,
+                                          std::string*) {
+    Log("short GetPDInfo");
+    return 0;
+}
+
+unsigned char CMngSrv_QorLibIF::GetPDInfo(long, long, long, std::list<CItemDisp*>*, std::string*,
+                                          std::string*, std::string*) {
+    Log("GetPDInfo");
+    return 0;
+}
+
+unsigned char CMngSrv_QorLibIF::GetCtrlPDInfoBinaryString(std::string*, std::string*,
+                                                          std::string*) {
+    Log("GetCtrlPDInfoBinaryString");
+    return 0;
+}
+
+unsigned char CMngSrv_QorLibIF::GetStorageInfo(std::list<CItemDisp*>*, std::string*, std::string*,
+                                               std::string*) {
+    Log("GetStorageInfo");
+    return 0;
+}
+
+unsigned int CMngSrv_QorLibIF::KRZExecCli(const std::string&, unsigned long*, const std::string&) {
+    Log("KRZExecCli");
+    return 0;
+}
+
+void* CreateLibIF() {
+    Log("create");
+    ThrowIfAsked("CreateLibIF");
+    return IsAsked("no-object") ? nullptr : new CMngSrv_QorLibIF;
+}
+
+void DeleteLibIF(void* object) {
+    delete static_cast<CMngSrv_QorLibIF*>(object);
+}

@@ -1,0 +1,75 @@
+#include <gtest/gtest.h>
+
+#include "TerminalText.h"
+
+namespace {
+
+using qorctl::CountColumns;
+using qorctl::CTextStyle;
+using qorctl::MakeVisible;
+
+constexpr CTextStyle UTF8 = {.utf8 = true, .colour = false};
+constexpr CTextStyle ASCII = {.utf8 = false, .colour = false};
+
+TEST(TerminalTextTest, PrintableAsciiStays) {
+    std::string text;
+    for (char character = ' '; character <= '~'; ++character) {
+        text += character;
+    }
+    EXPECT_EQ(MakeVisible(text, ASCII), text);
+    EXPECT_EQ(MakeVisible(text, UTF8), text);
+}
+
+TEST(TerminalTextTest, EveryByteOutsidePrintableAsciiIsEscapedInAscii) {
+    for (int byte = 0; byte < 256; ++byte) {
+        const std::string out = MakeVisible(std::string(1, static_cast<char>(byte)), ASCII);
+        const bool printable = byte >= 0x20 && byte <= 0x7E;
+        EXPECT_EQ(out.size() == 1, printable) << byte;
+        for (const char character : out) {
+            EXPECT_TRUE(character >= ' ' && character <= '~') << byte;
+        }
+    }
+}
+
+struct CCase {
+    const char* what;
+    std::string text;
+    std::string utf8;
+    std::string ascii;
+};
+
+TEST(TerminalTextTest, TextsBecomeVisible) {
+    const CCase cases[] = {
+        {"empty", "", "", ""},
+        {"tab, line feed, carriage return", "a\tb\nc\rd", "a\\tb\\nc\\rd", "a\\tb\\nc\\rd"},
+        {"escape sequence", "\x1b[31mred", "\\x1b[31mred", "\\x1b[31mred"},
+        {"zero byte", std::string("a\0b", 3), "a\\x00b", "a\\x00b"},
+        {"delete", "\x7f", "\\x7f", "\\x7f"},
+        {"two bytes", "25 \u00B0C", "25 \u00B0C", "25 \\xc2\\xb0C"},
+        {"three bytes", "\u20AC", "\u20AC", "\\xe2\\x82\\xac"},
+        {"four bytes", "\U0001F600", "\U0001F600", "\\xf0\\x9f\\x98\\x80"},
+        {"second set of control characters", "\u009B1m", "\\xc2\\x9b1m", "\\xc2\\x9b1m"},
+        {"right-to-left override", "\u202E", "\\xe2\\x80\\xae", "\\xe2\\x80\\xae"},
+        {"line separator", "\u2028", "\\xe2\\x80\\xa8", "\\xe2\\x80\\xa8"},
+        {"byte of another character set", "25 \xB0\x43", "25 \\xb0C", "25 \\xb0C"},
+        {"character cut off", "\xE2\x82", "\\xe2\\x82", "\\xe2\\x82"},
+        {"character interrupted", "\xE2(\u20AC", "\\xe2(\u20AC", "\\xe2(\\xe2\\x82\\xac"},
+        {"overlong form", "\xC0\x9B", "\\xc0\\x9b", "\\xc0\\x9b"},
+        {"surrogate", "\xED\xA0\x80", "\\xed\\xa0\\x80", "\\xed\\xa0\\x80"},
+        {"beyond the character set", "\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80",
+         "\\xf4\\x90\\x80\\x80"},
+        {"lead byte that does not exist", "\xFF", "\\xff", "\\xff"},
+    };
+    for (const CCase& row : cases) {
+        EXPECT_EQ(MakeVisible(row.text, UTF8), row.utf8) << row.what;
+        EXPECT_EQ(MakeVisible(row.text, ASCII), row.ascii) << row.what;
+    }
+}
+
+TEST(TerminalTextTest, ColumnsAreCharactersNotBytes) {
+    EXPECT_EQ(CountColumns(""), 0U);
+    EXPECT_EQ(CountColumns("abc"), 3U);
+    EXPECT_EQ(CountColumns("\u00B0\u20AC\U0001F600"), 3U);
+}
+
+}  // namespace

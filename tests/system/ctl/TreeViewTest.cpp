@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "TreeView.h"
+
+namespace {
+
+constexpr qorctl::CTextStyle UTF8 = {.utf8 = true, .colour = false};
+constexpr qorctl::CTextStyle ASCII = {.utf8 = false, .colour = false};
+constexpr qorctl::CTextStyle COLOUR = {.utf8 = true, .colour = true};
+
+struct CRow {
+    std::string parent;
+    std::string name;
+    std::string value = "";
+    const char* enable = "TRUE";
+};
+
+std::string Format(const std::vector<CRow>& rows, const qorctl::CTextStyle& style) {
+    std::vector<std::unique_ptr<CItemDisp>> items;
+    std::list<CItemDisp*> list;
+    for (const CRow& row : rows) {
+        items.push_back(std::make_unique<CItemDisp>(row.parent.c_str(), row.name.c_str(),
+                                                    row.value.c_str(), row.enable));
+        list.push_back(items.back().get());
+    }
+    return qorctl::FormatTree(qorctl::CItemTree(list), style);
+}
+
+const std::vector<CRow> DRIVE = {
+    {"", "Physical Drive Information"},
+    {"Physical Drive Information", "### General Information ###"},
+    {"### General Information ###", "PD No.", "PD3"},
+    {"### General Information ###", "Temperature", "", "FALSE"},
+    {"### General Information ###", "Comment"},
+    {"Physical Drive Information", "### Enclosure Properties Information ###"},
+    {"### Enclosure Properties Information ###", "Enclosure ID", "252"},
+};
+
+TEST(TreeViewTest, EmptyTreeGivesNoText) {
+    EXPECT_EQ(Format({}, UTF8), "");
+}
+
+TEST(TreeViewTest, DriveInBoxDrawingLines) {
+    EXPECT_EQ(Format(DRIVE, UTF8),
+              "Physical Drive Information\n"
+              "├─ [General Information]\n"
+              "│  ├─ PD No.      : PD3\n"
+              "│  ├─ Temperature : (not reported)\n"
+              "│  └─ Comment     :\n"
+              "└─ [Enclosure Properties Information]\n"
+              "   └─ Enclosure ID : 252\n");
+}
+
+TEST(TreeViewTest, DriveInPlainAscii) {
+    EXPECT_EQ(Format(DRIVE, ASCII),
+              "Physical Drive Information\n"
+              "|- [General Information]\n"
+              "|  |- PD No.      : PD3\n"
+              "|  |- Temperature : (not reported)\n"
+              "|  `- Comment     :\n"
+              "`- [Enclosure Properties Information]\n"
+              "   `- Enclosure ID : 252\n");
+}
+
+TEST(TreeViewTest, ColourMakesHeadingsBoldAndMissingValuesDim) {
+    EXPECT_EQ(Format(DRIVE, COLOUR),
+              "\x1b[1mPhysical Drive Information\x1b[0m\n"
+              "├─ \x1b[1m[General Information]\x1b[0m\n"
+              "│  ├─ PD No.      : PD3\n"
+              "│  ├─ \x1b[2mTemperature : (not reported)\x1b[0m\n"
+              "│  └─ Comment     :\n"
+              "└─ \x1b[1m[Enclosure Properties Information]\x1b[0m\n"
+              "   └─ Enclosure ID : 252\n");
+}
+
+TEST(TreeViewTest, GroupWithChildrenIsAHeadingAndKeepsTheColonsOfItsSection) {
+    EXPECT_EQ(Format({{"", "Logical Drive Information"},
+                      {"Logical Drive Information", "### General Information ###"},
+                      {"### General Information ###", "LD No.", "LD0"},
+                      {"### General Information ###", "Associated CacheCade LD"},
+                      {"Associated CacheCade LD", "LD No.", "LD1"},
+                      {"Associated CacheCade LD", "State", "Optimal"},
+                      {"### General Information ###", "Name", "data"}},
+                     UTF8),
+              "Logical Drive Information\n"
+              "└─ [General Information]\n"
+              "   ├─ LD No. : LD0\n"
+              "   ├─ Associated CacheCade LD\n"
+              "   │  ├─ LD No. : LD1\n"
+              "   │  └─ State  : Optimal\n"
+              "   └─ Name   : data\n");
+}
+
+TEST(TreeViewTest, TreesAreSeparatedByAnEmptyLineAndSingleLinesAreNot) {
+    EXPECT_EQ(
+        Format({{"", "A"}, {"A", "Key", "1"}, {"", "B"}, {"B", "Key", "2"}, {"", "C"}, {"", "D"}},
+               UTF8),
+        "A\n└─ Key : 1\n\nB\n└─ Key : 2\n\nC\nD\n");
+}
+
+TEST(TreeViewTest, MissingParentIsNamed) {
+    EXPECT_EQ(Format({{"Lost\n", "Key", "1"}}, UTF8), "Key : 1 (its parent is missing: Lost\\n)\n");
+}
+
+TEST(TreeViewTest, ValueOfAnItemMarkedNotReportedIsShown) {
+    EXPECT_EQ(Format({{"", "A", "1", "FALSE"}}, UTF8), "A : 1 (not reported)\n");
+}
+
+TEST(TreeViewTest, UnknownFlagIsShownLikeTrue) {
+    EXPECT_EQ(Format({{"", "A", "1", "false"}}, COLOUR), "A : 1\n");
+}
+
+TEST(TreeViewTest, TitleWithoutClosingMarksIsATitle) {
+    EXPECT_EQ(Format({{"", "### Odd"}, {"", "### "}, {"", "### ###"}}, UTF8), "[Odd]\n[]\n[###]\n");
+}
+
+TEST(TreeViewTest, TextsFromTheToolCannotDriveTheTerminal) {
+    const std::string evil = "\x1b[2J\r\n\x9b";
+    const std::string text = Format(
+        {{"", "Root"}, {"Root", "### " + evil + " ###"}, {"### " + evil + " ###", evil, evil}},
+        ASCII);
+    EXPECT_EQ(text,
+              "Root\n"
+              "`- [\\x1b[2J\\r\\n\\x9b]\n"
+              "   `- \\x1b[2J\\r\\n\\x9b : \\x1b[2J\\r\\n\\x9b\n");
+}
+
+TEST(TreeViewTest, ColonsAlignByCharacters) {
+    EXPECT_EQ(Format({{"", "R"}, {"R", "\u00B0", "1"}, {"R", "ab", "2"}}, UTF8),
+              "R\n├─ \u00B0  : 1\n└─ ab : 2\n");
+}
+
+TEST(TreeViewTest, OverlongKeyDoesNotPushTheOthersAway) {
+    const std::string longKey(qorctl::MAX_ALIGNED_KEY + 1, 'k');
+    EXPECT_EQ(Format({{"", "R"}, {"R", longKey, "1"}, {"R", "ab", "2"}, {"R", "abc", "3"}}, ASCII),
+              "R\n|- " + longKey + " : 1\n|- ab  : 2\n`- abc : 3\n");
+}
+
+TEST(TreeViewTest, DeepLevelsStopIndentingAndSayTheirLevel) {
+    std::vector<CRow> rows = {{"", "0"}};
+    for (int i = 1; i < 100'000; ++i) {
+        rows.push_back({std::to_string(i - 1), std::to_string(i)});
+    }
+    const std::string text = Format(rows, ASCII);
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 100'000);
+    const std::string indent(3 * (qorctl::MAX_DRAWN_DEPTH - 2), ' ');
+    EXPECT_NE(text.find("\n" + indent + "`- 15\n" + indent + "`- (level 17) 16\n"),
+              std::string::npos);
+    EXPECT_TRUE(text.ends_with("\n" + indent + "`- (level 100000) 99999 :\n"));
+}
+
+}  // namespace

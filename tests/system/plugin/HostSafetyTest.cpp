@@ -1,0 +1,180 @@
+// The plug-in is a guest: a host with threads, timers, handlers and much memory of its own must not
+// notice it.
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "LoadedPluginTest.h"
+
+namespace {
+
+using qortest::CAnswer;
+using qortest::CLoadedPlugin;
+using qortest::CStandInTool;
+
+std::atomic<int> g_Alarms{0};
+std::atomic<int> g_ChildSignals{0};
+
+void OnAlarm(int) {
+    ++g_Alarms;
+}
+void OnChild(int) {
+    ++g_ChildSignals;
+}
+
+class HostSafety : public qortest::LoadedPluginTest {
+protected:
+    static void InstallHandler(int number, void (*handler)(int)) {
+        struct sigaction action = {};
+        action.sa_handler = handler;
+        ASSERT_EQ(sigaction(number, &action, nullptr), 0);
+    }
+
+    static void ExpectHandler(int number, void (*handler)(int)) {
+        struct sigaction action = {};
+        ASSERT_EQ(sigaction(number, nullptr, &action), 0);
+        EXPECT_EQ(action.sa_handler, handler) << "signal " << number;
+    }
+
+    static void ExpectFullAnswer(const CLoadedPlugin& plugin, CAnswer& answer) {
+        EXPECT_EQ(answer.result, 1) << answer.errorCode << " " << answer.errorDetail;
+        EXPECT_EQ(answer.items.front()->ItemName(), "Controller Information");
+        EXPECT_EQ(answer.items.back()->ParentName(), "### General Information ###");
+        plugin->FreeItemList(&answer.items);
+        EXPECT_TRUE(answer.items.empty());
+    }
+};
+
+TEST_F(HostSafety, BusyHostWithTimersHandlersAndMuchMemoryIsServed) {
+    constexpr size_t TOUCHED_MEMORY = 4UL << 30;
+    void* memory = mmap(nullptr, TOUCHED_MEMORY, PROT_READ | PROT_WRITE,
+                        MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    std::atomic<bool> stop{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 64; ++i) {
+        threads.emplace_back([&stop] {
+            while (!stop) {
+                std::free(std::malloc(1000));  // takes the lock that a fork could inherit
+                std::this_thread::yield();
+            }
+        });
+    }
+    InstallHandler(SIGALRM, OnAlarm);
+    InstallHandler(SIGCHLD, OnChild);
+    const itimerval interval = {{0, 1000}, {0, 1000}};
+    ASSERT_EQ(setitimer(ITIMER_REAL, &interval, nullptr), 0);
+
+    {
+        CStandInTool tool;
+        PlayOneController(tool);
+        const CLoadedPlugin plugin;
+        CAnswer answer = GetRAIDInfo(plugin);
+        ExpectFullAnswer(plugin, answer);
+    }
+
+    itimerval left = {};
+    EXPECT_EQ(getitimer(ITIMER_REAL, &left), 0);
+    EXPECT_EQ(left.it_interval.tv_usec, 1000) << "the host's own timer runs on";
+    ExpectHandler(SIGALRM, OnAlarm);
+    ExpectHandler(SIGCHLD, OnChild);
+    EXPECT_GT(g_Alarms, 0);
+    EXPECT_GT(g_ChildSignals, 0);
+
+    const itimerval off = {};
+    setitimer(ITIMER_REAL, &off, nullptr);
+    stop = true;
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    InstallHandler(SIGALRM, SIG_DFL);
+    InstallHandler(SIGCHLD, SIG_DFL);
+    munmap(memory, TOUCHED_MEMORY);
+}
+
+TEST_F(HostSafety, EnvironmentDirectoryMaskAndLocaleStay) {
+    setenv("LD_LIBRARY_PATH", "/some/where", 1);
+    std::string before;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        before.append(*entry).append("\n");
+    }
+    const std::string directory = std::filesystem::current_path();
+    const std::string locale = setlocale(LC_ALL, nullptr);
+    const mode_t mask = umask(027);
+    sigset_t blocked;
+    sigset_t old;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGUSR1);
+    sigprocmask(SIG_BLOCK, &blocked, &old);
+    {
+        CStandInTool tool;
+        PlayOneController(tool);
+        const CLoadedPlugin plugin;
+        CAnswer answer = GetRAIDInfo(plugin);
+        ExpectFullAnswer(plugin, answer);
+    }
+    std::string after;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        after.append(*entry).append("\n");
+    }
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(std::filesystem::current_path(), directory);
+    EXPECT_EQ(setlocale(LC_ALL, nullptr), locale);
+    EXPECT_EQ(umask(mask), 027U);
+    sigset_t now;
+    sigprocmask(SIG_SETMASK, &old, &now);
+    EXPECT_EQ(sigismember(&now, SIGUSR1), 1);
+    EXPECT_EQ(sigismember(&now, SIGCHLD), 0);
+    unsetenv("LD_LIBRARY_PATH");
+}
+
+TEST_F(HostSafety, RequestFromAnotherThreadIsServed) {
+    CStandInTool tool;
+    PlayOneController(tool);
+    const CLoadedPlugin plugin;
+    std::thread([&plugin] {
+        CAnswer answer = GetRAIDInfo(plugin);
+        ExpectFullAnswer(plugin, answer);
+    }).join();
+}
+
+TEST_F(HostSafety, LoadAndUnloadLeavesNoTrace) {
+    for (int i = 0; i < 1000; ++i) {
+        const CLoadedPlugin plugin;
+    }
+    const std::string maps = qortest::ReadFile("/proc/self/maps");
+    EXPECT_EQ(maps.find("libqor_MngSrv_QorLib"), std::string::npos);
+    EXPECT_EQ(maps.find("libqor_ComLib"), std::string::npos);
+}
+
+// A host that ignores SIGCHLD has the kernel throw exit statuses away: the run cannot be judged.
+TEST_F(HostSafety, HostThatIgnoresChildSignalsGetsAFailureAndNoZombie) {
+    InstallHandler(SIGCHLD, SIG_IGN);
+    {
+        CStandInTool tool;
+        const qortest::CToolStep step = {.out = "Product Version : 7.0\n"};
+        for (int attempt = 0; attempt < 3; ++attempt) {
+            tool.Play("-v", step);
+        }
+        tool.Play("-ctrlinfo -aAll", {});
+        const CLoadedPlugin plugin;
+        const CAnswer answer = GetRAIDInfo(plugin);
+        EXPECT_EQ(answer.result, 0);
+        EXPECT_EQ(answer.errorCode, "01");
+        EXPECT_TRUE(answer.items.empty());
+        EXPECT_TRUE(Traced("ExecForeignModule waitpid Error."));
+    }
+    InstallHandler(SIGCHLD, SIG_DFL);
+}
+
+}  // namespace

@@ -1,0 +1,52 @@
+// comlib_caller LEVEL MESSAGE [COUNT [LENGTH [ROTATED]]]
+//
+// Traces MESSAGE, COUNT times; if LENGTH is not 0, followed by the number of the line and as many
+// "x" as make LENGTH bytes. The file ROTATED is renamed to "ROTATED.<number>" after every line.
+// Exit status: 0; 1 if a call changed errno; 2 if one left a descriptor open.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "plugin/ComLib.h"
+
+namespace {
+
+int NextFreeDescriptor() {
+    const int fd = dup(STDOUT_FILENO);
+    close(fd);
+    return fd;
+}
+
+std::string Text(const char* message, long number, size_t length) {
+    if (length == 0) {
+        return message;
+    }
+    std::string text = message + std::to_string(number) + " ";
+    text.resize(length, 'x');
+    return text;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto level = static_cast<CTraceUtility::TRACE_DBG_LEVEL>(std::atoi(argv[1]));
+    const long count = argc > 3 ? std::atol(argv[3]) : 1;
+    const size_t length = argc > 4 ? std::strtoul(argv[4], nullptr, 10) : 0;
+    const std::string rotated = argc > 5 ? argv[5] : "";
+    const int freeDescriptor = NextFreeDescriptor();
+    for (long i = 0; i < count; ++i) {
+        errno = EDOM;
+        CTraceUtility::WriteDebug("Caller", level, "%s", Text(argv[2], i, length).c_str());
+        if (errno != EDOM) {
+            return 1;
+        }
+        if (!rotated.empty()) {
+            std::rename(rotated.c_str(), (rotated + "." + std::to_string(i)).c_str());
+        }
+    }
+    return NextFreeDescriptor() == freeDescriptor ? 0 : 2;
+}
