@@ -1,0 +1,157 @@
+#include "TerminalText.h"
+
+#include <fmt/format.h>
+#include <langinfo.h>
+#include <locale.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <iterator>
+
+namespace qorctl {
+namespace {
+
+struct CCharacter {
+    uint32_t code = 0;
+    size_t length = 0;  // 0: the bytes are no character
+};
+
+struct CLeadByte {
+    unsigned char mask;
+    unsigned char bits;
+    size_t length;
+    uint32_t smallest;  // a smaller code in this length is an overlong, invalid form
+};
+
+constexpr std::array<CLeadByte, 4> LEAD_BYTES = {{
+    {0x80, 0x00, 1, 0x0},
+    {0xE0, 0xC0, 2, 0x80},
+    {0xF0, 0xE0, 3, 0x800},
+    {0xF8, 0xF0, 4, 0x10000},
+}};
+
+struct CRange {
+    uint32_t first;
+    uint32_t last;
+};
+
+constexpr std::array<CRange, 10> UNPRINTABLE = {{
+    {0x00, 0x1F},          // control characters
+    {0x7F, 0x9F},          // delete, and the second set of control characters
+    {0xAD, 0xAD},          // soft hyphen
+    {0x61C, 0x61C},        // a mark that reorders text
+    {0x200B, 0x200F},      // without width, and marks that reorder text
+    {0x2028, 0x202E},      // line separators, and marks that reorder text
+    {0x2060, 0x206F},      // without width, and marks that reorder text
+    {0xD800, 0xDFFF},      // surrogates, invalid in UTF-8
+    {0xFEFF, 0xFEFF},      // byte order mark
+    {0xE0000, 0xFFFFFFFF}  // tags, private use, and beyond the character set
+}};
+
+unsigned char ByteAt(std::string_view text, size_t position) {
+    return static_cast<unsigned char>(text[position]);
+}
+
+bool IsContinuation(unsigned char byte) {
+    return (byte & 0xC0) == 0x80;
+}
+
+// The UTF-8 character at the front of `text`, which is not empty.
+CCharacter FirstCharacter(std::string_view text) {
+    const unsigned char lead = ByteAt(text, 0);
+    const auto* form = std::find_if(LEAD_BYTES.begin(), LEAD_BYTES.end(), [lead](const auto& row) {
+        return (lead & row.mask) == row.bits;
+    });
+    if (form == LEAD_BYTES.end() || text.size() < form->length) {
+        return {};
+    }
+    uint32_t code = lead & static_cast<unsigned char>(~form->mask);
+    for (size_t i = 1; i < form->length; ++i) {
+        if (!IsContinuation(ByteAt(text, i))) {
+            return {};
+        }
+        code = (code << 6) | (ByteAt(text, i) & 0x3FU);
+    }
+    return code < form->smallest ? CCharacter{} : CCharacter{code, form->length};
+}
+
+bool IsPrintable(uint32_t code, const CTextStyle& style) {
+    if (code > 0x7E && !style.utf8) {
+        return false;
+    }
+    return std::none_of(UNPRINTABLE.begin(), UNPRINTABLE.end(), [code](const CRange& range) {
+        return code >= range.first && code <= range.last;
+    });
+}
+
+void AppendEscaped(std::string& out, unsigned char byte) {
+    switch (byte) {
+        case '\t':
+            out += "\\t";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        default:
+            fmt::format_to(std::back_inserter(out), "\\x{:02x}", byte);
+    }
+}
+
+bool IsUtf8Locale() {
+    const locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr);
+    if (locale == nullptr) {
+        return false;  // the environment names a locale that is not installed
+    }
+    const bool utf8 = std::string_view(nl_langinfo_l(CODESET, locale)) == "UTF-8";
+    freelocale(locale);
+    return utf8;
+}
+
+bool IsSet(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+bool IsDumbTerminal() {
+    const char* type = std::getenv("TERM");
+    return type == nullptr || std::string_view(type) == "dumb";
+}
+
+}  // namespace
+
+CTextStyle DetectTextStyle(int fd) {
+    return {.utf8 = IsUtf8Locale(),
+            .colour = isatty(fd) == 1 && !IsSet("NO_COLOR") && !IsDumbTerminal()};
+}
+
+std::string MakeVisible(std::string_view text, const CTextStyle& style) {
+    std::string out;
+    out.reserve(text.size());
+    while (!text.empty()) {
+        const CCharacter character = FirstCharacter(text);
+        const size_t length = std::max<size_t>(character.length, 1);
+        if (character.length > 0 && IsPrintable(character.code, style)) {
+            out += text.substr(0, length);
+        } else {
+            for (size_t i = 0; i < length; ++i) {
+                AppendEscaped(out, ByteAt(text, i));
+            }
+        }
+        text.remove_prefix(length);
+    }
+    return out;
+}
+
+size_t CountColumns(std::string_view visibleText) {
+    return static_cast<size_t>(std::count_if(
+        visibleText.begin(), visibleText.end(),
+        [](char character) { return !IsContinuation(static_cast<unsigned char>(character)); }));
+}
+
+}  // namespace qorctl

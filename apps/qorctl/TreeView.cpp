@@ -1,0 +1,184 @@
+#include "TreeView.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace qorctl {
+namespace {
+
+constexpr std::string_view TITLE_BEGIN = "### ";
+constexpr std::string_view TITLE_END = " ###";
+constexpr std::string_view BOLD = "\x1b[1m";
+constexpr std::string_view DIM = "\x1b[2m";
+constexpr std::string_view PLAIN = "\x1b[0m";
+
+struct CBranchMarks {
+    std::string_view through;  // an outer branch goes on below this line
+    std::string_view none;     // an outer branch has ended
+    std::string_view fork;     // the line is a child, others follow
+    std::string_view last;     // the line is the last child
+};
+
+constexpr CBranchMarks BOX_MARKS = {"│  ", "   ", "├─ ", "└─ "};
+constexpr CBranchMarks ASCII_MARKS = {"|  ", "   ", "|- ", "`- "};
+
+using CNode = CItemTree::CNode;
+
+bool IsTitle(const CNode& node) {
+    return node.item->ItemName().starts_with(TITLE_BEGIN);
+}
+
+bool HasChildren(const CNode& node) {
+    return node.firstChild != CItemTree::NO_NODE;
+}
+
+bool IsNotReported(const CNode& node) {
+    return node.item->Enable() == "FALSE";
+}
+
+// A heading is shown without a colon: a section title, or a name that only stands above others.
+bool IsHeading(const CNode& node) {
+    return node.item->ItemValue().empty() &&
+           (IsTitle(node) || HasChildren(node) || node.item->ParentName().empty());
+}
+
+std::string_view WithoutHashMarks(std::string_view title) {
+    title.remove_prefix(TITLE_BEGIN.size());
+    if (title.ends_with(TITLE_END)) {
+        title.remove_suffix(TITLE_END.size());
+    }
+    return title;
+}
+
+class CTreeView {
+public:
+    CTreeView(const CItemTree& tree, const CTextStyle& style)
+        : m_Tree(tree), m_Style(style), m_Marks(style.utf8 ? BOX_MARKS : ASCII_MARKS) {}
+
+    std::string Format();
+
+private:
+    void SeparateTrees(const CNode& node);
+    void EnterNode(const CNode& node);
+    size_t MeasureKeys(const CNode& parent) const;
+    void AppendBranches(const CNode& node);
+    void AppendLabel(const CNode& node);
+    std::string LabelText(const CNode& node) const;
+    std::string KeyAndValue(const CNode& node) const;
+    std::string Name(const CNode& node) const;
+
+    const CItemTree& m_Tree;
+    const CTextStyle m_Style;
+    const CBranchMarks& m_Marks;
+    std::string m_Text;
+    std::vector<bool> m_GoesOn;      // by depth, for the current line: siblings follow
+    std::vector<size_t> m_KeyWidth;  // by depth, for the current branch: column of the colons
+};
+
+std::string CTreeView::Format() {
+    EnterNode(m_Tree.Node(CItemTree::ROOT));
+    for (size_t index = m_Tree.Next(CItemTree::ROOT); index != CItemTree::NO_NODE;
+         index = m_Tree.Next(index)) {
+        const CNode& node = m_Tree.Node(index);
+        SeparateTrees(node);
+        EnterNode(node);
+        AppendBranches(node);
+        AppendLabel(node);
+        m_Text += '\n';
+    }
+    return std::move(m_Text);
+}
+
+// An empty line before and after each tree; single lines of the top level stay together. To be
+// called while the state is still that of the line before.
+void CTreeView::SeparateTrees(const CNode& node) {
+    const size_t lastDepth = m_GoesOn.size() - 1;
+    if (node.depth == 1 && !m_Text.empty() && (lastDepth > 1 || HasChildren(node))) {
+        m_Text += '\n';
+    }
+}
+
+void CTreeView::EnterNode(const CNode& node) {
+    m_GoesOn.resize(node.depth);
+    m_GoesOn.push_back(node.nextSibling != CItemTree::NO_NODE);
+    m_KeyWidth.resize(node.depth + 1);
+    m_KeyWidth.push_back(MeasureKeys(node));
+}
+
+// The column of the colons among the children of `parent`.
+size_t CTreeView::MeasureKeys(const CNode& parent) const {
+    size_t widest = 0;
+    for (size_t index = parent.firstChild; index != CItemTree::NO_NODE;
+         index = m_Tree.Node(index).nextSibling) {
+        const CNode& node = m_Tree.Node(index);
+        const size_t width = IsHeading(node) ? 0 : CountColumns(Name(node));
+        widest = width > MAX_ALIGNED_KEY ? widest : std::max(widest, width);
+    }
+    return widest;
+}
+
+void CTreeView::AppendBranches(const CNode& node) {
+    if (node.depth == 1) {
+        return;
+    }
+    const size_t drawn = std::min(node.depth, MAX_DRAWN_DEPTH);
+    for (size_t depth = 2; depth < drawn; ++depth) {
+        m_Text += m_GoesOn[depth] ? m_Marks.through : m_Marks.none;
+    }
+    m_Text += node.nextSibling != CItemTree::NO_NODE ? m_Marks.fork : m_Marks.last;
+    if (node.depth > MAX_DRAWN_DEPTH) {
+        fmt::format_to(std::back_inserter(m_Text), "(level {}) ", node.depth);
+    }
+}
+
+void CTreeView::AppendLabel(const CNode& node) {
+    const std::string label = LabelText(node);
+    if (m_Style.colour && IsNotReported(node)) {
+        m_Text.append(DIM).append(label).append(PLAIN);
+    } else if (m_Style.colour && IsHeading(node)) {
+        m_Text.append(BOLD).append(label).append(PLAIN);
+    } else {
+        m_Text += label;
+    }
+    if (node.parentMissing) {
+        m_Text += " (its parent is missing: " + MakeVisible(node.item->ParentName(), m_Style) + ")";
+    }
+}
+
+std::string CTreeView::LabelText(const CNode& node) const {
+    std::string label = IsHeading(node) ? Name(node) : KeyAndValue(node);
+    if (IsNotReported(node)) {
+        label += " (not reported)";
+    }
+    return label;
+}
+
+std::string CTreeView::KeyAndValue(const CNode& node) const {
+    std::string text = Name(node);
+    const size_t width = CountColumns(text);
+    text.append(std::max(m_KeyWidth[node.depth], width) - width, ' ');
+    text += " :";
+    if (!node.item->ItemValue().empty()) {
+        text += ' ' + MakeVisible(node.item->ItemValue(), m_Style);
+    }
+    return text;
+}
+
+std::string CTreeView::Name(const CNode& node) const {
+    const std::string& name = node.item->ItemName();
+    return IsTitle(node) ? "[" + MakeVisible(WithoutHashMarks(name), m_Style) + "]"
+                         : MakeVisible(name, m_Style);
+}
+
+}  // namespace
+
+std::string FormatTree(const CItemTree& tree, const CTextStyle& style) {
+    return CTreeView(tree, style).Format();
+}
+
+}  // namespace qorctl
