@@ -26,6 +26,23 @@ constexpr const char* TMPFS_OPTIONS = "mode=0755";
                              (remedy.empty() ? "" : " (" + remedy + ")"));
 }
 
+class CUniqueFd {
+public:
+    explicit CUniqueFd(const char* path) : m_Fd(open(path, O_RDONLY | O_CLOEXEC)) {
+        if (m_Fd < 0) {
+            Fail(std::string("cannot open ") + path);
+        }
+    }
+    ~CUniqueFd() { close(m_Fd); }
+    CUniqueFd(const CUniqueFd&) = delete;
+    CUniqueFd& operator=(const CUniqueFd&) = delete;
+
+    int Get() const { return m_Fd; }
+
+private:
+    int m_Fd;
+};
+
 void WriteProcFile(const char* path, const std::string& text) {
     const int fd = open(path, O_WRONLY | O_CLOEXEC);
     if (fd < 0) {
@@ -47,12 +64,37 @@ void UnshareUserAndMounts() {
     if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) {
         Fail("cannot make a user namespace",
              "run as root, or let ordinary users have them: sysctl -w "
-             "kernel.unprivileged_userns_clone=1 user.max_user_namespaces=1024; or lay the server "
-             "out in a container with 'qorsim install'");
+             "kernel.unprivileged_userns_clone=1 user.max_user_namespaces=1024 (in a chroot only "
+             "root can); or lay the server out in a container with 'qorsim install'");
     }
     WriteProcFile("/proc/self/setgroups", "deny");
     WriteProcFile("/proc/self/uid_map", uid + " " + uid + " 1");
     WriteProcFile("/proc/self/gid_map", gid + " " + gid + " 1");
+}
+
+bool MakePrivateFromRoot() {
+    return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+// The root directory of a chroot is no mount point, and only mount points can be made private.
+// Entering the namespace that the process is already in takes it to the namespace's own root, which
+// is one; afterwards the process goes back into its chroot and its working directory.
+void MakePrivateFromOutsideChroot() {
+    const CUniqueFd root("/");
+    const CUniqueFd workingDirectory(".");
+    const CUniqueFd mountNamespace("/proc/self/ns/mnt");
+    if (setns(mountNamespace.Get(), CLONE_NEWNS) != 0) {
+        Fail("cannot leave the chroot for a moment");
+    }
+    const bool isPrivate = MakePrivateFromRoot();
+    const int error = errno;
+    if (fchdir(root.Get()) != 0 || chroot(".") != 0 || fchdir(workingDirectory.Get()) != 0) {
+        Fail("cannot go back into the chroot");
+    }
+    if (!isPrivate) {
+        errno = error;
+        Fail("cannot make the mounts private");
+    }
 }
 
 void UnshareMounts() {
@@ -62,9 +104,13 @@ void UnshareMounts() {
         }
         UnshareUserAndMounts();
     }
-    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+    if (MakePrivateFromRoot()) {
+        return;
+    }
+    if (errno != EINVAL) {
         Fail("cannot make the mounts private");
     }
+    MakePrivateFromOutsideChroot();
 }
 
 void MountTmpfs(const std::string& directory) {

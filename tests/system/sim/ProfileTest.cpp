@@ -85,7 +85,7 @@ TEST_F(CProfileTest, EveryMistakeIsReportedWithPlaceAndReason) {
          "\"2\""},
         {"/driveModels", json::array(), "/driveModels: must be an object, is array"},
         {"/driveModels/a~1b~0c",
-         {{"interface", "NVMe"}},
+         {{"interface", "SAS"}},
          "/driveModels/a~1b~0c: \"media\" is missing"},
         {"/driveModels/sas-600/interface", "NVMe",
          "/driveModels/sas-600/interface: must be one of SAS, SATA, is \"NVMe\""},

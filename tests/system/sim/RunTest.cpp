@@ -13,7 +13,39 @@ namespace {
 
 using testing::HasSubstr;
 
-class CRunTest : public CSimTest {};
+class CRunTest : public CSimTest {
+protected:
+    // An installation in the test's folder, which every user may read. Returns the program's path.
+    std::string Install() const {
+        fs::create_directories(Folder() / "bin");
+        fs::copy_file(QORSIM_PROGRAM, Folder() / "bin" / "qorsim");
+        const fs::path data = Folder() / "share" / "qor";
+        WriteFile(data / "hosts" / "bare.json", R"({"tool": {"version": "6.5"}})");
+        WriteFile(data / "hosts" / "host.schema.json", "{}");
+        WriteFile(data / "RaidVCFac.ini", "raid list");
+        WriteFile(data / "PciessdVCFac.ini", "ssd list");
+        return Folder() / "bin" / "qorsim";
+    }
+
+    // What turns root into an ordinary user.
+    static CStrings AsOrdinaryUser() {
+        return geteuid() == 0
+                   ? CStrings{"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"}
+                   : CStrings{};
+    }
+};
+
+CStrings operator+(CStrings left, const CStrings& right) {
+    left.insert(left.end(), right.begin(), right.end());
+    return left;
+}
+
+void ExpectAdvice(const CEnd& end) {
+    EXPECT_EQ(end.status, 125);
+    EXPECT_EQ(end.out, "");
+    EXPECT_THAT(end.err, testing::StartsWith("qorsim: cannot make a user namespace: "));
+    EXPECT_THAT(end.err, HasSubstr("(run as root, or let ordinary users have them: "));
+}
 
 TEST_F(CRunTest, CommandsOutputPassesThrough) {
     const CEnd end = RunShellOn("small", "echo out; echo err >&2");
@@ -167,15 +199,7 @@ TEST_F(CRunTest, HelpNamesOptionsAndExitStatuses) {
 
 // An installed program uses the data beside it.
 TEST_F(CRunTest, InstalledProgramUsesItsOwnHosts) {
-    fs::create_directories(Folder() / "bin");
-    fs::copy_file(QORSIM_PROGRAM, Folder() / "bin" / "qorsim");
-    const fs::path data = Folder() / "share" / "qor";
-    WriteFile(data / "hosts" / "bare.json", R"({"tool": {"version": "6.5"}})");
-    WriteFile(data / "hosts" / "host.schema.json", "{}");
-    WriteFile(data / "RaidVCFac.ini", "raid list");
-    WriteFile(data / "PciessdVCFac.ini", "ssd list");
-    const std::string program = Folder() / "bin" / "qorsim";
-
+    const std::string program = Install();
     const CEnd end =
         RunProgram({program, "run", "--host", "bare", "--", "sh", "-c",
                     "/opt/tarmica/krz/cli/krzcli -v; cat /opt/tarmica/qor/provider/*.ini"});
@@ -188,30 +212,25 @@ TEST_F(CRunTest, InstalledProgramUsesItsOwnHosts) {
 
 // Where ordinary users may have namespaces the run works; elsewhere the message says what to do.
 TEST_F(CRunTest, OrdinaryUserRunsOrIsToldWhatToDo) {
-    fs::copy_file(QORSIM_PROGRAM, Folder() / "qorsim");
-    const std::string profile = WriteProfile(ShippedProfile("small"));
-    fs::create_directories(Folder() / "share");
-    CStrings asUser;
-    if (geteuid() == 0) {
-        asUser = {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+    const CEnd end = RunProgram(AsOrdinaryUser() +
+                                CStrings{Install(), "run", "--host", "bare", "--", "sh", "-c",
+                                         "id -u; /opt/tarmica/krz/cli/krzcli -v | grep Version"});
+    if (RunProgram(AsOrdinaryUser() + CStrings{"unshare", "--user", "--mount", "true"}).status !=
+        0) {
+        ExpectAdvice(end);
+        return;
     }
-    CStrings probe = asUser;
-    probe.insert(probe.end(), {"unshare", "--user", "--mount", "true"});
-    const bool allowed = RunProgram(probe).status == 0;
+    const std::string user = geteuid() == 0 ? "65534" : std::to_string(geteuid());
+    EXPECT_EQ(end.status, 0) << end.err;
+    EXPECT_EQ(end.out, user + "\nProduct Version : 6.5\n");
+}
 
-    CStrings command = asUser;
-    command.insert(command.end(), {QORSIM_PROGRAM, "run", "--host", profile, "--", "sh", "-c",
-                                   "id -u; /opt/tarmica/krz/cli/krzcli -v | grep Version"});
-    const CEnd end = RunProgram(command);
-    if (allowed) {
-        const std::string user = geteuid() == 0 ? "65534" : std::to_string(geteuid());
-        EXPECT_EQ(end.status, 0) << end.err;
-        EXPECT_EQ(end.out, user + "\nProduct Version : 7.0\n");
-    } else {
-        EXPECT_EQ(end.status, 125);
-        EXPECT_THAT(end.err, HasSubstr("qorsim: cannot make a user namespace: "));
-        EXPECT_THAT(end.err, HasSubstr("(run as root, or let ordinary users have them: "));
-    }
+// A user namespace that has no further ones is what a machine looks like that forbids them.
+TEST_F(CRunTest, UserWhoMayHaveNoNamespaceIsToldWhatToDo) {
+    ExpectAdvice(RunProgram(
+        {"unshare", "--user", "--map-root-user", "sh", "-c",
+         "echo 0 > /proc/sys/user/max_user_namespaces && exec setpriv --bounding-set=-all "
+         "--inh-caps=-all " QORSIM_PROGRAM " run --host small -- true"}));
 }
 
 }  // namespace

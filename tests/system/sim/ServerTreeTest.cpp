@@ -73,9 +73,9 @@ TEST_F(CServerTreeTest, MissingToolsAreAbsent) {
 
 TEST_F(CServerTreeTest, DeviceListHasALinePerPciDevice) {
     EXPECT_EQ(FileOn("small", DEVICE_LIST),
-              "00:1f.2_8086:8d02_11f2_05\n"
-              "03:00.0_1000:005d_11e4_02\n"
-              "05:00.0_8086:1521_11e9_01\n");
+              "00:1f.2_8086:8d02_7270_05\n"
+              "03:00.0_1000:005d_9361_02\n"
+              "05:00.0_8086:1521_0002_01\n");
 }
 
 TEST_F(CServerTreeTest, HostWithoutDevicesHasAnEmptyDeviceList) {

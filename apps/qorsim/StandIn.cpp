@@ -1,0 +1,62 @@
+#include "StandIn.h"
+
+#include <cstdio>
+#include <map>
+
+#include "Files.h"
+#include "HostProfile.h"
+#include "ServerPaths.h"
+
+namespace qorsim {
+namespace {
+
+using CAnswerTool = CToolAnswer (*)(const CHost&, const std::vector<std::string>&);
+
+constexpr int REFUSED = 1;
+constexpr int NO_HOST = 96;  // the simulation itself is broken: no status of a tool
+
+const std::map<std::string, CAnswerTool>& Tools() {
+    static const std::map<std::string, CAnswerTool> tools = {
+        {"krzcli", AnswerKrzcli}, {"MegaCli", AnswerMegaCli}, {"storcli", AnswerStorcli}};
+    return tools;
+}
+
+std::string FileName(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+std::optional<CHost> LoadOwnHost(const std::string& tool) {
+    std::string error;
+    const std::optional<std::string> text = ReadFile(PROFILE_COPY, error);
+    std::optional<CHost> host;
+    if (text) {
+        host = ParseHostProfile(*text, error);
+    }
+    if (!host) {
+        std::fprintf(stderr, "%s: no simulated host: %s\n", tool.c_str(), error.c_str());
+    }
+    return host;
+}
+
+}  // namespace
+
+CToolAnswer RefuseToken(const std::string& token) {
+    return {"Error - Invalid input at or near token " + token + "\n", REFUSED};
+}
+
+std::optional<int> PlayTool(const std::vector<std::string>& arguments) {
+    const std::string name = arguments.empty() ? "" : FileName(arguments.front());
+    const auto tool = Tools().find(name);
+    if (tool == Tools().end()) {
+        return std::nullopt;
+    }
+    const std::optional<CHost> host = LoadOwnHost(name);
+    if (!host) {
+        return NO_HOST;
+    }
+    const CToolAnswer answer = tool->second(*host, {arguments.begin() + 1, arguments.end()});
+    std::fputs(answer.out.c_str(), stdout);
+    return answer.status;
+}
+
+}  // namespace qorsim
