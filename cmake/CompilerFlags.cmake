@@ -6,6 +6,8 @@ target_compile_options(qor_flags INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wcast-qual -Wformat=2
   -Wundef
+  # g++ 12 sees an overlap inside libstdc++ where a literal and a temporary string are added.
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
   $<$<BOOL:${QOR_WERROR}>:-Werror>)
 
 # Hardening of what is shipped. FORTIFY needs optimisation and replaces what a distribution's

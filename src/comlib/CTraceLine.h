@@ -41,6 +41,7 @@ private:
 
 class CTraceLine {
 public:
+    // Keeps `module`, which stays the caller's; at most 64 bytes of it are shown in a file.
     CTraceLine(const char* module, CTraceUtility::TRACE_DBG_LEVEL level)
         : m_Module(module), m_Level(level) {}
 

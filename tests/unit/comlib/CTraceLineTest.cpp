@@ -100,7 +100,8 @@ TEST_F(CTraceLineTest, LongMessageIsNotCut) {
 }
 
 TEST_F(CTraceLineTest, LongModuleNameIsCut) {
-    CTraceLine line(std::string(1000, 'm').c_str(), CTraceUtility::TRACE_DBG_FLOW);
+    const std::string module(1000, 'm');
+    CTraceLine line(module.c_str(), CTraceUtility::TRACE_DBG_FLOW);
     line.WriteToFile(Path().c_str());
     EXPECT_NE(ReadFile(Path()).find(" " + std::string(64, 'm') + " FLOW \n"), std::string::npos);
 }
