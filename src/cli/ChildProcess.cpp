@@ -19,6 +19,7 @@ using std::chrono::steady_clock;
 namespace {
 
 constexpr mode_t OUTPUT_MODE = 0666;
+constexpr const char* NULL_DEVICE = "/dev/null";
 // A process descriptor does not tell of a stop, so a stop is looked for now and then.
 constexpr milliseconds STOP_CHECK_INTERVAL(500);
 // Kernels before 5.3 have no process descriptors.
@@ -75,12 +76,17 @@ void CChildSetup::OpenForWriting(int target, const std::string& path) {
                                           O_WRONLY | O_CREAT | O_TRUNC, OUTPUT_MODE));
 }
 
+// Never created: where the device is missing, the command is not run.
+void CChildSetup::Discard(int target) {
+    Note(posix_spawn_file_actions_addopen(&m_Actions, target, NULL_DEVICE, O_WRONLY, 0));
+}
+
 void CChildSetup::Duplicate(int source, int target) {
     Note(posix_spawn_file_actions_adddup2(&m_Actions, source, target));
 }
 
 int CChildSetup::Start(const std::string& command, char* const* environment, pid_t& child) {
-    Note(posix_spawn_file_actions_addopen(&m_Actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+    Note(posix_spawn_file_actions_addopen(&m_Actions, STDIN_FILENO, NULL_DEVICE, O_RDONLY, 0));
     Note(posix_spawn_file_actions_addclosefrom_np(&m_Actions, STDERR_FILENO + 1));
     if (m_Error != 0) {
         return m_Error;

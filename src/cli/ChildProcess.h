@@ -14,7 +14,7 @@
 #include <string>
 
 // How one child is to be set up. Steps happen in the child in the order in which they were added.
-// Every operation returns 0 or an error number; after an error the others do nothing and return it.
+// The first step that cannot be recorded makes Start() fail with its error number.
 class CChildSetup {
 public:
     CChildSetup();
@@ -24,6 +24,7 @@ public:
 
     void ChangeDirectory(const std::string& directory);
     void OpenForWriting(int target, const std::string& path);  // created or emptied
+    void Discard(int target);                                  // to the null device
     void Duplicate(int source, int target);
 
     // Runs `sh -c command` with `environment`. 0 and the child's process id, or the error number of

@@ -22,7 +22,6 @@ constexpr unsigned long EXIT_CODE_NOT_STARTED = 1;
 constexpr std::chrono::seconds TOOL_TIME_LIMIT(150);
 constexpr const char* TOOL_LIBRARY_DIR = "/opt/tarmica/krz/lib";
 constexpr const char* LIBRARY_PATH_NAME = "LD_LIBRARY_PATH";
-constexpr const char* NULL_DEVICE = "/dev/null";
 constexpr mode_t OUTPUT_MODE = 0666;
 
 // The host's environment with the tool's library directory at the end of LD_LIBRARY_PATH. Points
@@ -118,8 +117,12 @@ int StartUtility(const std::string& command, const std::string& outFile, const s
     if (!workDir.empty()) {
         setup.ChangeDirectory(workDir);
     }
-    setup.OpenForWriting(STDOUT_FILENO, outFile.empty() ? NULL_DEVICE : outFile);
-    setup.OpenForWriting(STDERR_FILENO, NULL_DEVICE);
+    if (outFile.empty()) {
+        setup.Discard(STDOUT_FILENO);
+    } else {
+        setup.OpenForWriting(STDOUT_FILENO, outFile);
+    }
+    setup.Discard(STDERR_FILENO);
     return setup.Start(command, environ, child);
 }
 

@@ -25,7 +25,9 @@ inline constexpr unsigned long EXEC_NO_TIMEOUT = ~0UL;
 //                 was stopped or killed by a signal, or its end was taken by somebody else
 //                 (`*exitCode` 255)
 //   EXEC_TIMEOUT  the limit passed; the command and what it started were killed (`*exitCode` 255)
-// Every failure but the time-out writes a trace line.
+// Writes a trace line for a command that could not get its output file, be run or be waited for,
+// and for one that a signal ended or stopped; none for an empty argument, for a process that could
+// not be made, or for the time-out.
 int ExecForeignModule(const std::string& command, const std::string& outFile,
                       unsigned long* exitCode);
 
