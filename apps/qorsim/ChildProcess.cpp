@@ -28,6 +28,7 @@ int ReportFailure(const char* what, const std::string& name) {
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     sigprocmask(SIG_SETMASK, &mask, nullptr);
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const std::string& argument : command) {
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }

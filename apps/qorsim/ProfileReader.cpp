@@ -108,7 +108,7 @@ std::string CProfileReader::TextOf(const std::string& key, const std::string& ab
 }
 
 std::string CProfileReader::TextLike(const CTextForm& form) const {
-    const std::string text = Text();
+    std::string text = Text();
     if (!std::regex_match(text, form.expression)) {
         Reject(fmt::format("must have the form {}, is \"{}\"", form.name, text));
     }
@@ -116,7 +116,7 @@ std::string CProfileReader::TextLike(const CTextForm& form) const {
 }
 
 std::string CProfileReader::OneOf(std::initializer_list<const char*> texts) const {
-    const std::string text = Text();
+    std::string text = Text();
     if (std::find(texts.begin(), texts.end(), text) == texts.end()) {
         Reject(fmt::format("must be one of {}, is \"{}\"", fmt::join(texts, ", "), text));
     }

@@ -24,7 +24,7 @@ const CIniFile* Current(const char* path) {
         return nullptr;
     }
     // The file's own place, or the least recently used one.
-    const auto slot = std::find_if(s_Files.begin(), s_Files.end() - 1, [&](const CIniFile* file) {
+    auto* const slot = std::find_if(s_Files.begin(), s_Files.end() - 1, [&](const CIniFile* file) {
         return file != nullptr && file->Path() == path;
     });
     if (*slot == nullptr || !(*slot)->IsCurrent(path, *stamp)) {

@@ -19,7 +19,7 @@ ItemPosition InsertItem(ItemList& items, ItemPosition position, const std::strin
         CreateItemDisp(parentName.c_str(), itemName.c_str(), itemValue.c_str(),
                        flag == EItemFlag::Shown ? ENABLE_TRUE : ENABLE_FALSE));
     const ItemPosition inserted = items.insert(position, item.get());
-    item.release();
+    static_cast<void>(item.release());
     return inserted;
 }
 
