@@ -37,7 +37,7 @@ bool EnterMounts(std::string& error) {
 void ExtendPath() {
     const char* path = std::getenv("PATH");
     const std::string extended =
-        OwnDirectory() + (path != nullptr && *path != '\0' ? ":" + std::string(path) : "");
+        OwnDirectory() + ":" + (path != nullptr && *path != '\0' ? path : "/usr/bin:/bin");
     setenv("PATH", extended.c_str(), 1);
 }
 
