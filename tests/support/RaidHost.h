@@ -11,10 +11,16 @@ namespace qortest {
 
 inline constexpr const char* RAID_INI = "/opt/tarmica/qor/provider/RaidVCFac.ini";
 
+// A step's `run`: the tool is killed, and the shell that runs its command line where the tool did
+// not take its place, so that the run itself ends by a signal.
+inline constexpr const char* KILL_TOOL =
+    "read -r parent < /proc/$PPID/comm\n"
+    "[ \"$parent\" != sh ] || kill -9 $PPID\n"
+    "kill -9 $$";
+
 // One card that is asked about with storcli where the RAID tool is missing.
 inline void PutRaidCard() {
-    WriteFile(RAID_INI,
-              "[SuportDevice]\nSuportDeviceNum=1\nVendor1=VEN_1000\nDevice1=DEV_005D\n");
+    WriteFile(RAID_INI, "[SuportDevice]\nSuportDeviceNum=1\nVendor1=VEN_1000\nDevice1=DEV_005D\n");
     WriteFile(DEVICE_LIST, "02:00.0_1000:005d_0000_02\n");
 }
 

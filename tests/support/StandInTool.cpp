@@ -12,6 +12,7 @@ namespace fs = std::filesystem;
 namespace qortest {
 
 CStandInTool::CStandInTool(const std::string& path) : m_Path(path), m_StepDir(path + ".steps") {
+    fs::remove_all(m_StepDir);  // of an earlier stand-in at this path
     fs::create_directories(m_StepDir);
     WriteFile(m_StepDir + "/next", "0\n");
     WriteFile(m_Path,

@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <optional>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -14,15 +12,18 @@
 #include "PrivateServerTest.h"
 #include "ReportStress.h"
 #include "StandInTool.h"
+#include "TraceText.h"
 #include "cli/CMSRAID_KRZ.h"
 #include "getters/CMSRAID_CtrlInfoGetter.h"
 #include "plugin/Trace.h"
 
 using qortest::CItems;
 using qortest::FakeComLib;
-using testing::Test;
+using qortest::TraceText;
 
 namespace {
+
+using CTexts = std::vector<std::string>;
 
 constexpr int FAILURE = CTraceUtility::TRACE_DBG_FAILURE;
 constexpr int RESULT = CTraceUtility::TRACE_DBG_RESULT;
@@ -48,16 +49,6 @@ std::string FirmItem(const std::string& name, const std::string& value, const st
 std::string SetItem(const std::string& name, const std::string& value, const std::string& flag) {
     return "### Controller Settings Information ### | " + name + " | " + value + " | " + flag +
            "\n";
-}
-
-// All traces, one a line; a result file's name, which no test can know, as RESULTFILE.
-std::string TraceText() {
-    static const std::regex RESULT_FILE("/[^ ]*MngSrvRaid\\.txt");
-    std::string text;
-    for (const qortest::CTraceLine& line : FakeComLib().traces) {
-        text += std::to_string(line.level) + ": " + line.text + "\n";
-    }
-    return std::regex_replace(text, RESULT_FILE, "RESULTFILE");
 }
 
 // A getter whose key/value parser rejects keys that begin with "BAD", and whose protected parts
@@ -117,11 +108,11 @@ protected:
         EXPECT_TRUE(read.result);
         EXPECT_EQ(read.errCode, "");
         EXPECT_EQ(read.errDetail, "");
-        EXPECT_EQ(FakeComLib().Traces(FAILURE), std::vector<std::string>());
+        EXPECT_EQ(FakeComLib().Traces(FAILURE), CTexts());
         return read.items;
     }
     // A report that must be rejected: nothing in the list, and these failure traces.
-    void ExpectRejected(const std::string& report, std::vector<std::string> failures) {
+    void ExpectRejected(const std::string& report, CTexts failures) {
         const CRead read = Read(report);
         EXPECT_FALSE(read.result);
         EXPECT_EQ(read.items, "");
@@ -154,8 +145,7 @@ protected:
         EXPECT_EQ(count, 0);
         EXPECT_EQ(getter.ErrCode(), errCode);
         EXPECT_EQ(getter.ErrDetail(), errCode == "03" ? "" : "krzcli -ctrlinfo -aAll");
-        FakeComLib().traces = FakeComLib().TracesWithoutFlow();
-        EXPECT_EQ(TraceText(), traces);
+        EXPECT_EQ(qortest::TraceTextWithoutFlow(), traces);
     }
 
     // A stream that stands at the end of an empty file.
@@ -220,8 +210,8 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, LifeIsTracedFromBaseToClassAndBack) {
 // --- golden reports
 
 TEST_F(CMSRAID_CtrlInfoGetterTest, GoldenReportsGiveTheirItems) {
-    for (const std::string name : {"current", "old_generation", "old_generation_crlf",
-                                   "all_controllers", "unclosed_firmware"}) {
+    for (const std::string& name : CTexts{"current", "old_generation", "old_generation_crlf",
+                                          "all_controllers", "unclosed_firmware"}) {
         SCOPED_TRACE(name);
         CMSRAID_CtrlInfoGetter getter;
         m_Tool->Play("-ctrlinfo -a0", {.out = qortest::Golden("ctrl/" + name + ".txt")});
@@ -289,7 +279,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, CountIsTracedWithItsCommand) {
 }
 
 TEST_F(CMSRAID_CtrlInfoGetterTest, ToolErrorThatNamesNoControllerIsACountOfZero) {
-    for (const std::string firstLine : {NO_CONTROLLER, NO_CONTROLLER + " (x)\n"}) {
+    for (const std::string& firstLine : CTexts{NO_CONTROLLER, NO_CONTROLLER + " (x)\n"}) {
         for (const int status : {0, 1}) {
             SCOPED_TRACE(firstLine + std::to_string(status));
             CMSRAID_CtrlInfoGetter getter;
@@ -305,9 +295,9 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, ToolErrorThatNamesNoControllerIsACountOfZero)
 }
 
 TEST_F(CMSRAID_CtrlInfoGetterTest, ToolErrorWithAnyOtherFirstLineFails) {
-    for (const std::string report :
-         {"", "\n" + NO_CONTROLLER, " " + NO_CONTROLLER, "Error - No RAID controller is found\n",
-          "Error - Out of memory.\n" + NO_CONTROLLER, "RAID Controller : 0\n"}) {
+    for (const std::string& report : CTexts{
+             "", "\n" + NO_CONTROLLER, " " + NO_CONTROLLER, "Error - No RAID controller is found\n",
+             "Error - Out of memory.\n" + NO_CONTROLLER, "RAID Controller : 0\n"}) {
         SCOPED_TRACE(report);
         m_Tool->Play("-ctrlinfo -aAll", {.out = report, .status = 1});
         ExpectCountFails("01",
@@ -374,6 +364,14 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, CommandNamesTheControllerInDecimal) {
     EXPECT_EQ(items.Text(), "");
 }
 
+TEST_F(CMSRAID_CtrlInfoGetterTest, CommandWithoutANumberIsRunAsItStands) {
+    CMSRAID_CtrlInfoGetter getter;
+    CItems items;
+    m_Tool->Play("-ctrlinfo -a%s", {.out = HEADER});
+    EXPECT_TRUE(getter.GetInfo(items));
+    EXPECT_EQ(items.Text(), " | Controller Information |  | TRUE\n");
+}
+
 TEST_F(CMSRAID_CtrlInfoGetterTest, ItemsAreAppendedToTheCallersList) {
     CMSRAID_CtrlInfoGetter getter;
     CItems items;
@@ -417,13 +415,15 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, ReportThatVanishedFailsTheRun) {
 }
 
 TEST_F(CMSRAID_CtrlInfoGetterTest, AcceptedReportIsTracedLineByLine) {
-    Items(
-        "RAID Controller : 0\n"
-        "### General Information ###\n"
-        "Product Name : X\n"
-        "### Firmware/BIOS/Driver Information ###\n"
-        "\n"
-        "### Controller Settings Information ###\n");
+    CMSRAID_CtrlInfoGetter getter;
+    EXPECT_TRUE(Read("RAID Controller : 0\n"
+                     "### General Information ###\n"
+                     "Product Name : X\n"
+                     "### Firmware/BIOS/Driver Information ###\n"
+                     "\n"
+                     "### Controller Settings Information ###\n",
+                     getter)
+                    .result);
     EXPECT_EQ(TraceText(),
               "4: CMSRAID_InfoGetter::GetInfo [START]\n"
               "1: execute krzcli command.(krzcli -ctrlinfo -a0)\n"
@@ -453,7 +453,8 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, AcceptedReportIsTracedLineByLine) {
 }
 
 TEST_F(CMSRAID_CtrlInfoGetterTest, RejectedReportIsTracedWhereItFailed) {
-    EXPECT_FALSE(Read("### General Information ###\nnever : read\n").result);
+    CMSRAID_CtrlInfoGetter getter;
+    EXPECT_FALSE(Read("### General Information ###\nnever : read\n", getter).result);
     EXPECT_EQ(TraceText(),
               "4: CMSRAID_InfoGetter::GetInfo [START]\n"
               "1: execute krzcli command.(krzcli -ctrlinfo -a0)\n"
@@ -592,10 +593,10 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, TitleStandsAtTheFirstColumnAndIsTrimmedAtItsE
 }
 
 TEST_F(CMSRAID_CtrlInfoGetterTest, TitlesAreComparedExactly) {
-    for (const std::string title :
-         {"### Firmware/BIOS/Driver Information", "### Firmware/BIOS/Driver  Information ###",
-          "### Firmware/BIOS/Driver\\tInformation ###", "### Controller Settings Information ### x",
-          "### General information ###"}) {
+    for (const std::string& title :
+         CTexts{"### Firmware/BIOS/Driver Information", "### Firmware/BIOS/Driver  Information ###",
+                "### Firmware/BIOS/Driver\\tInformation ###",
+                "### Controller Settings Information ### x", "### General information ###"}) {
         std::string line = title;
         CStringUtil::strReplace(line, "\\t", "\t");
         EXPECT_EQ(Items(HEADER + line + "\nk : v\n"),
@@ -644,7 +645,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, OldKeyNamesStayInTheSpecialSections) {
 TEST_F(CMSRAID_CtrlInfoGetterTest, RejectedKeyValueLineRejectsTheReport) {
     const struct {
         std::string report;
-        std::vector<std::string> failures;
+        CTexts failures;
     } rows[] = {
         {HEADER + "BAD : 1\n", {}},
         {HEADER + FIRM_TITLE + "a : 1\nBAD : 1\n", {"ParseKeyValue is FAILED (ret=00000000)."}},
@@ -656,7 +657,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, RejectedKeyValueLineRejectsTheReport) {
         EXPECT_FALSE(read.result);
         EXPECT_EQ(read.items, "");
         EXPECT_EQ(read.errCode, "04");
-        std::vector<std::string> failures = row.failures;
+        CTexts failures = row.failures;
         failures.insert(failures.end(), {"CreateRAIDItem is FAILED (ret=00000000).",
                                          "Failed to parse RAID Information ret=00000000."});
         EXPECT_EQ(FakeComLib().Traces(FAILURE), failures);
@@ -691,7 +692,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, FirmwarePlaceholdersStandForMissingLinesAndTw
         {versionLine + versionLine, noPackage + noVersion + version + version},
     };
     for (const auto& row : rows) {
-        for (const std::string end : {"", "\n", "\n### X ###\n"}) {
+        for (const std::string& end : CTexts{"", "\n", "\n### X ###\n"}) {
             SCOPED_TRACE(row.lines + "|" + end);
             const std::string after =
                 end.size() > 1 ? "Controller Information | ### X ### |  | TRUE\n" : "";
@@ -748,7 +749,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, ReconstructionRateGetsAPlaceholderAfterTheChe
          check + other + check + placeholder + other},
     };
     for (const auto& row : rows) {
-        for (const std::string end : {"", "\n", "\n### X ###\n"}) {
+        for (const std::string& end : CTexts{"", "\n", "\n### X ###\n"}) {
             SCOPED_TRACE(row.lines + "|" + end);
             const std::string after =
                 end.size() > 1 ? "Controller Information | ### X ### |  | TRUE\n" : "";

@@ -1,0 +1,71 @@
+#include "FakeComLib.h"
+#include "PrivateServerTest.h"
+#include "cli/ResultFile.h"
+#include "plugin/ComLib.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace qortest;
+
+const std::string FILE_PATH = "/opt/tarmica/run/report.txt";
+
+class CResultFileTest : public CPrivateServerTest {
+protected:
+    void SetUp() override {
+        CPrivateServerTest::SetUp();
+        ResetFakeComLib();
+    }
+};
+
+TEST_F(CResultFileTest, RemovesTheFileAtTheEndOfTheScope) {
+    WriteFile(FILE_PATH, "text");
+    {
+        const CResultFile file(FILE_PATH);
+        EXPECT_EQ(file.Path(), FILE_PATH);
+        EXPECT_TRUE(fs::exists(FILE_PATH));
+    }
+    EXPECT_FALSE(fs::exists(FILE_PATH));
+    EXPECT_TRUE(FakeComLib().traces.empty());
+}
+
+TEST_F(CResultFileTest, TracesAFileThatCannotBeRemoved) {
+    { const CResultFile file(FILE_PATH); }
+    EXPECT_EQ(FakeComLib().traces,
+              (std::vector<CTraceLine>{{CTraceUtility::TRACE_DBG_FAILURE,
+                                        "Failed to delete file(" + FILE_PATH + ")."}}));
+}
+
+TEST_F(CResultFileTest, KeptFileStays) {
+    WriteFile(FILE_PATH, "text");
+    {
+        CResultFile file(FILE_PATH);
+        file.Keep();
+    }
+    EXPECT_TRUE(fs::exists(FILE_PATH));
+    EXPECT_TRUE(FakeComLib().traces.empty());
+}
+
+TEST_F(CResultFileTest, FirstLineIsComparedFromItsFirstByte) {
+    struct {
+        std::string text;
+        bool begins;
+    } const rows[] = {
+        {"Error - no disk\n", true}, {"Error - ", true},
+        {"Error -", false},          {"Error -\n ", false},
+        {" Error - x\n", false},     {"error - x\n", false},
+        {"\nError - x\n", false},    {"", false},
+        {"ok\nError - x\n", false},  {"Error - \0x\n", true},
+    };
+    for (const auto& row : rows) {
+        WriteFile(FILE_PATH, row.text);
+        EXPECT_EQ(FirstLineBeginsWith(FILE_PATH, "Error - "), row.begins) << row.text;
+    }
+}
+
+TEST_F(CResultFileTest, FileThatCannotBeReadBeginsWithNothing) {
+    EXPECT_FALSE(FirstLineBeginsWith(FILE_PATH, "Error - "));
+    EXPECT_FALSE(FirstLineBeginsWith("/opt/tarmica", "Error - "));
+}
+
+}  // namespace

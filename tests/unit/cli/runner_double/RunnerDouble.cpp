@@ -1,0 +1,25 @@
+#include "RunnerDouble.h"
+
+#include "PrivateServerTest.h"
+#include "cli/ExecForeignModule.h"
+
+using qortest::RunnerDouble;
+
+qortest::CRunnerDouble& qortest::RunnerDouble() {
+    static CRunnerDouble instance;
+    return instance;
+}
+
+int ExecForeignModule(const std::string& command, const std::string& outFile,
+                      unsigned long* exitCode) {
+    RunnerDouble().commands.push_back(command);
+    if (RunnerDouble().runs.empty()) {
+        ADD_FAILURE() << "nothing is due for " << command;
+        return EXEC_FAILED;
+    }
+    const qortest::CRun run = RunnerDouble().runs.front();
+    RunnerDouble().runs.pop_front();
+    qortest::WriteFile(outFile, run.out);
+    *exitCode = run.exitCode;
+    return run.result;
+}
