@@ -30,8 +30,10 @@ public:
     CMSRAID_CtrlInfoGetter();
     ~CMSRAID_CtrlInfoGetter() override;
 
-    // Writes the number of controllers to `*count` (above 127 it wraps, 0 on failure). False if the
-    // tool or its report failed; ErrCode() and ErrDetail() tell why. No controller is no failure.
+    // Writes the number of controllers to `*count` (above 127 it wraps, 0 on failure); `count` may
+    // not be null. False if the tool or its report failed; ErrCode() and ErrDetail() tell why. No
+    // controller is no failure, but where the tool tells so by an error, the two are set all the
+    // same: look at them after a failure only.
     bool GetCtrlNum(char* count);
 
     bool CreateRAIDItem(std::ifstream& stream, std::string line) override;

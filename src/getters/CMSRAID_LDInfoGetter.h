@@ -43,11 +43,19 @@ public:
     void AddRootItem() override;
     void FreeItemList() override;
 
-    // The "lnfo" (with an l) of these two names is theirs; traces show it so.
+    // Parts of a report. Each takes the line that opens its part; those that read on do so from
+    // `stream`, which may not be at its end. All but ParseLDList() need a root item. False rejects
+    // the report. The "lnfo" (with an l) of two names is theirs; traces show it so.
+
+    // The lines of a group, which are held; one without a key is left to be read again.
     bool ParseRAIDlnfo(std::ifstream& stream, std::string line);
+    // The lines of an LD's General Information, after its title; takes in what was held for it.
     bool ParseGeneralnfo(std::ifstream& stream, std::string line);
+    // One ">LD" line, which is held.
     bool ParseLDList(std::ifstream& stream, std::string line);
+    // One ">>PD" line and the lines of that drive.
     bool ParsePDList(std::ifstream& stream, std::string line);
+    // The LDs that use this cache LD, one a line.
     bool ParseAssocLD(std::ifstream& stream, std::string line);
 
 private:

@@ -60,13 +60,22 @@ public:
     void AddRootItem() override;
     void FreeItemList() override;
 
-    // Slot 11. Skips the SMART section up to the next line that begins with "PD".
+    // Parts of a report. Each takes the line that opens its part; those that read on do so from
+    // `stream`, which may be at its end but not in error. All but ParsePDLDNo() need a root item.
+    // False rejects the report.
+
+    // Slot 11. Skips the SMART section, whose title is the last item, up to the next line that
+    // begins with "PD".
     virtual bool ParseSMARTInfo(std::ifstream& stream, std::string line);
 
-    // Its spelling, with "nfo", is the operation's name.
+    // The lines of General Information; takes in what was held for it. Its spelling, with "lnfo",
+    // is the operation's name.
     bool ParseGeneralnfo(std::ifstream& stream, std::string line);
+    // Turns the last item, the tool's status, into the basic and the detailed one.
     bool ParsePDStatus(std::ifstream& stream, std::string line);
+    // The header line of a drive: its three items are held until General Information comes.
     bool ParsePDLDNo(std::ifstream& stream, std::string line);
+    // The lines of Slot Information, after a placeholder.
     bool ParseSlotInfo(std::ifstream& stream, std::string line);
 
 protected:

@@ -18,8 +18,7 @@
 //                "02" the RAID tool is not installed  "05" it ran into the 150 s time-out
 //                "03" its report could not be opened
 //   notice code  "" or "01" the tool's version is old or unreadable, "02" the tool is missing but
-//   no
-//                RAID physical disk is attached; with a notice the answer is still complete
+//                no RAID physical disk is attached; with a notice the answer is still complete
 //   error detail the tool command that failed, or "none"
 //
 // Owner: items appended to a caller's list belong to the caller, who gives them back through
