@@ -128,20 +128,16 @@ bool CMSRAID_CtrlInfoGetter::ParseSettingInfo(std::ifstream& stream, std::string
     }
     bool reconRateSeen = false;
     ItemPosition placeholderPosition = m_RaidList.end();
-    for (std::string line; ReadSectionLine(stream, line);) {
-        if (!IsKeyValueLine(line)) {
-            continue;
-        }
-        if (!ParseKeyValue(stream, line, m_RaidList)) {
-            QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (hr=%08x).", 0U);
-            return false;
-        }
-        const std::string& name = m_RaidList.back()->ItemName();
-        if (name == CTRL_RECON_RATE_NAME) {
+    const bool result = ParsePairs(stream, [&](const CItemDisp& item) {
+        if (item.ItemName() == CTRL_RECON_RATE_NAME) {
             reconRateSeen = true;
-        } else if (name == CTRL_CC_RATE_NAME) {
+        } else if (item.ItemName() == CTRL_CC_RATE_NAME) {
             placeholderPosition = std::prev(m_RaidList.end());
         }
+    });
+    if (!result) {
+        QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (hr=%08x).", 0U);
+        return false;
     }
     if (!reconRateSeen) {
         if (placeholderPosition != m_RaidList.end()) {
@@ -163,18 +159,14 @@ bool CMSRAID_CtrlInfoGetter::ParseFirmwareInfo(std::ifstream& stream, std::strin
     bool packageSeen = false;
     bool versionSeen = false;
     bool buildTimeSeen = false;
-    for (std::string line; ReadSectionLine(stream, line);) {
-        if (!IsKeyValueLine(line)) {
-            continue;
-        }
-        if (!ParseKeyValue(stream, line, m_RaidList)) {
-            QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
-            return false;
-        }
-        const std::string& name = m_RaidList.back()->ItemName();
-        packageSeen = packageSeen || name == CTRL_FIRM_PACK_VER_NAME;
-        versionSeen = versionSeen || name == CTRL_FIRM_VER_NAME;
-        buildTimeSeen = buildTimeSeen || name == CTRL_FIRM_BUILD_TIME_NAME;
+    const bool result = ParsePairs(stream, [&](const CItemDisp& item) {
+        packageSeen = packageSeen || item.ItemName() == CTRL_FIRM_PACK_VER_NAME;
+        versionSeen = versionSeen || item.ItemName() == CTRL_FIRM_VER_NAME;
+        buildTimeSeen = buildTimeSeen || item.ItemName() == CTRL_FIRM_BUILD_TIME_NAME;
+    });
+    if (!result) {
+        QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
+        return false;
     }
     const ItemPosition first = std::next(title);
     const auto addPlaceholder = [&](const char* name) {

@@ -6,7 +6,6 @@
 
 #include "cli/CMSRAID_KRZ.h"
 #include "cli/ResultFile.h"
-#include "getters/Text.h"
 #include "plugin/Trace.h"
 
 namespace {

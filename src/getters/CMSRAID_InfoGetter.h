@@ -19,6 +19,7 @@
 #include <list>
 #include <string>
 
+#include "getters/Text.h"
 #include "plugin/ItemList.h"
 
 class CMSRAID_InfoGetter {
@@ -88,6 +89,10 @@ protected:
     bool OpenReport(const std::string& path, std::ifstream& stream);
     // Reads the next line of a section, trimmed. False at the empty line or the end of the report.
     bool ReadSectionLine(std::ifstream& stream, std::string& line);
+    // Appends the key/value lines of a section to the items being built and shows each new item to
+    // `onItem`; other lines are skipped. False if a line was rejected.
+    template <class OnItem>
+    bool ParsePairs(std::ifstream& stream, OnItem onItem);
     // Puts the line that getline has just delivered back to be read again.
     static void UngetLine(std::ifstream& stream, const std::string& line);
     // The name of the current section item, the parent of what follows.
@@ -106,5 +111,19 @@ private:
     bool ParseReport(const std::string& path, const std::string& command,
                      std::list<CItemDisp*>& out);
 };
+
+template <class OnItem>
+bool CMSRAID_InfoGetter::ParsePairs(std::ifstream& stream, OnItem onItem) {
+    for (std::string line; ReadSectionLine(stream, line);) {
+        if (!IsKeyValueLine(line)) {
+            continue;
+        }
+        if (!ParseKeyValue(stream, line, m_RaidList)) {
+            return false;
+        }
+        onItem(*m_RaidList.back());
+    }
+    return true;
+}
 
 #endif  // QOR_GETTERS_CMSRAID_INFOGETTER_H

@@ -222,11 +222,9 @@ bool CMSRAID_LDInfoGetter::ParseListedPD(std::ifstream& stream, const std::strin
         AddItem(m_RaidList, LD_PDLIST_TITLE_NAME, PD_NO_NAME,
                 Trimmed(std::string_view(line).substr(2, open - 2)));
     }
-    for (std::string pair; ReadSectionLine(stream, pair);) {
-        if (IsKeyValueLine(pair) && !ParseKeyValue(stream, pair, m_RaidList)) {
-            QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
-            return false;
-        }
+    if (!ParsePairs(stream, [](const CItemDisp&) {})) {
+        QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
+        return false;
     }
     return true;
 }

@@ -205,24 +205,20 @@ bool CMSRAID_PDInfoGetter::ParseGeneralnfo(std::ifstream& stream, std::string) {
     m_RaidList.splice(m_RaidList.end(), m_PDHeadItemList);
     bool temperatureSeen = false;
     ItemPosition powerStatus = m_RaidList.end();
-    for (std::string line; ReadSectionLine(stream, line);) {
-        if (!IsKeyValueLine(line)) {
-            continue;
-        }
-        if (!ParseKeyValue(stream, line, m_RaidList)) {
-            QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
-            return false;
-        }
-        const CItemDisp& item = *m_RaidList.back();
+    const bool result = ParsePairs(stream, [&](const CItemDisp& item) {
         if (item.ItemName() == PD_TEMPERATURE_NAME) {
             temperatureSeen = true;
         } else if (item.ItemName() == PD_POWER_STAT_NAME) {
             powerStatus = std::prev(m_RaidList.end());
         } else if (item.ItemName() == PD_IFTYPE_NAME) {
             m_IFType = item.ItemValue();
-        } else if (item.ItemName() == PD_STAT_NAME_HEAD && !ParsePDStatus(stream, line)) {
+        } else if (item.ItemName() == PD_STAT_NAME_HEAD && !ParsePDStatus(stream, {})) {
             QOR_TRACE(FAILURE, "ParsePDStatus is FAILED (ret=%08x).", 0U);
         }
+    });
+    if (!result) {
+        QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
+        return false;
     }
     if (!temperatureSeen) {
         InsertItem(m_RaidList, powerStatus, CurTitleName(), PD_TEMPERATURE_NAME, "",
@@ -247,11 +243,9 @@ bool CMSRAID_PDInfoGetter::ParseSlotInfo(std::ifstream& stream, std::string) {
         QOR_TRACE(FAILURE, "Invalid Arg.");
         return false;
     }
-    for (std::string line; ReadSectionLine(stream, line);) {
-        if (IsKeyValueLine(line) && !ParseKeyValue(stream, line, m_RaidList)) {
-            QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
-            return false;
-        }
+    if (!ParsePairs(stream, [](const CItemDisp&) {})) {
+        QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
+        return false;
     }
     return true;
 }
