@@ -1,0 +1,49 @@
+#include "svp/CSvpCommon.h"
+
+#include "plugin/ComLib.h"
+
+namespace {
+
+constexpr char MODULE[] = "Lib_MngSrv";
+
+}  // namespace
+
+std::string CSvpCommon::ValueToBinString(const void* value, unsigned int size) {
+    return BytesToBinString(value, size, std::endian::native);
+}
+
+std::string CSvpCommon::BytesToBinString(const void* bytes, std::size_t count, std::endian order) {
+    const auto* first = static_cast<const unsigned char*>(bytes);
+    std::string digits;
+    digits.reserve(2 * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        AppendByte(&digits, order == std::endian::little ? first[i] : first[count - 1 - i]);
+    }
+    return digits;
+}
+
+void CSvpCommon::AppendByte(std::string* out, unsigned char byte) {
+    static constexpr char DIGITS[] = "0123456789abcdef";
+    out->push_back(DIGITS[byte >> 4U]);
+    out->push_back(DIGITS[byte & 0x0FU]);
+}
+
+void CSvpCommon::TraceStart(const char* className) {
+    CTraceUtility::WriteDebug(MODULE, CTraceUtility::TRACE_DBG_FLOW,
+                              "%s::OutPutMemberToDebugLog[START]", className);
+}
+
+void CSvpCommon::TraceEnd(const char* className) {
+    CTraceUtility::WriteDebug(MODULE, CTraceUtility::TRACE_DBG_FLOW,
+                              "%s::OutPutMemberToDebugLog[END]", className);
+}
+
+void CSvpCommon::TraceNumber(const char* field, std::uint64_t number) {
+    CTraceUtility::WriteDebug(MODULE, CTraceUtility::TRACE_DBG_RESULT, "%s=%d", field,
+                              static_cast<int>(Low32(number)));
+}
+
+void CSvpCommon::TraceText(const char* field, const std::string& text) {
+    CTraceUtility::WriteDebug(MODULE, CTraceUtility::TRACE_DBG_RESULT, "%s=%s", field,
+                              text.c_str());
+}
