@@ -110,14 +110,7 @@ bool CMSRAID_CtrlInfoGetter::ParseSection(std::ifstream& stream, const std::stri
 
 bool CMSRAID_CtrlInfoGetter::ParseCtrlNo(std::ifstream& stream, std::string line) {
     const CTraceScope trace("CMSRAID_CtrlInfoGetter::ParseCtrlNo", line.c_str());
-    if (!ParseKeyValue(stream, line, m_CtrlHeadItemList)) {
-        QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
-        return false;
-    }
-    CItemDisp& item = *m_CtrlHeadItemList.back();
-    item.SetParentName(GENERAL_INFO_TITLE_NAME);
-    item.SetItemName(CTRL_NO_NAME);
-    return true;
+    return ParseHeaderNumber(stream, line, m_CtrlHeadItemList, CTRL_NO_NAME);
 }
 
 bool CMSRAID_CtrlInfoGetter::ParseSettingInfo(std::ifstream& stream, std::string) {

@@ -141,6 +141,21 @@ void CMSRAID_InfoGetter::StartRoot(const char* rootName) {
     m_CurTitle = m_RootItem;
 }
 
+void CMSRAID_InfoGetter::AddPlaceholder(const char* name) {
+    AddItem(m_RaidList, CurTitleName(), name, "", EItemFlag::Placeholder);
+}
+
+bool CMSRAID_InfoGetter::ParseHeaderNumber(std::ifstream& stream, const std::string& line,
+                                           std::list<CItemDisp*>& held, const char* name) {
+    if (!ParseKeyValue(stream, line, held)) {
+        QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
+        return false;
+    }
+    held.back()->SetParentName(GENERAL_INFO_TITLE_NAME);
+    held.back()->SetItemName(name);
+    return true;
+}
+
 bool CMSRAID_InfoGetter::ReadSectionLine(std::ifstream& stream, std::string& line) {
     if (!std::getline(stream, line)) {
         return false;

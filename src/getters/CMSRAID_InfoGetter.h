@@ -97,6 +97,12 @@ protected:
     static void UngetLine(std::ifstream& stream, const std::string& line);
     // The name of the current section item, the parent of what follows.
     const std::string& CurTitleName() const { return (*m_CurTitle)->ItemName(); }
+    // Appends an item for a value that the tool did not print to the current section.
+    void AddPlaceholder(const char* name);
+    // Holds the number of a header line ("RAID Controller : 0") as item `name` in `held` until the
+    // General Information section comes.
+    bool ParseHeaderNumber(std::ifstream& stream, const std::string& line,
+                           std::list<CItemDisp*>& held, const char* name);
     // Appends a root item and makes it the current root and section.
     void StartRoot(const char* rootName);
 

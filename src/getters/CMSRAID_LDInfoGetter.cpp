@@ -255,7 +255,7 @@ bool CMSRAID_LDInfoGetter::ParseGeneralnfo(std::ifstream& stream, std::string) {
             MoveAccessPolicy();
         }
     }
-    AddItem(m_RaidList, CurTitleName(), LD_ASSOC_CACHE_NAME, "", EItemFlag::Placeholder);
+    AddPlaceholder(LD_ASSOC_CACHE_NAME);
     return true;
 }
 

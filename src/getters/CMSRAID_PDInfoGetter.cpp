@@ -238,7 +238,7 @@ bool CMSRAID_PDInfoGetter::ParsePDStatus(std::ifstream&, std::string) {
 
 bool CMSRAID_PDInfoGetter::ParseSlotInfo(std::ifstream& stream, std::string) {
     const CTraceScope trace("CMSRAID_PDInfoGetter::ParseSlotInfo");
-    AddItem(m_RaidList, CurTitleName(), PD_ENCL_ID_NAME, "", EItemFlag::Placeholder);
+    AddPlaceholder(PD_ENCL_ID_NAME);
     if (stream.fail()) {
         QOR_TRACE(FAILURE, "Invalid Arg.");
         return false;

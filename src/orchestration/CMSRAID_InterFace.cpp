@@ -6,7 +6,9 @@
 #include "cli/KRZVersion.h"
 #include "getters/CMSRAID_CtrlInfoGetter.h"
 #include "getters/CMSRAID_LDInfoGetter.h"
+#include "getters/CMSRAID_PCIeSSDInfoGetter.h"
 #include "getters/CMSRAID_PDInfoGetter.h"
+#include "getters/CMSRAID_PDSMInfoGetter.h"
 #include "plugin/ItemList.h"
 #include "plugin/Trace.h"
 #include "presence/CMSRAID_MegaStorCLI.h"
@@ -39,6 +41,11 @@ struct CResultTexts {
 // The last release that lacks something in its reports is 4.3.
 bool IsOldForRAID(const CKRZVersion& version) {
     return version.major <= 3 || (version.major == 4 && version.minor <= 3);
+}
+
+// PCIe SSDs came with 7.0.
+bool IsOldForSSD(const CKRZVersion& version) {
+    return version.major <= 6;
 }
 
 // An old tool is asked all the same: the notice only informs.
@@ -76,8 +83,12 @@ bool CollectFrom(CMSRAID_InfoGetter& getter, const char* operation, long ctrlNo,
     return true;
 }
 
+std::string ToolVersion() {
+    return CMSRAID_KRZ::GetKRZVersion(CMSRAID_InfoGetter::GetRsltFilePath());
+}
+
 bool CollectControllers(ItemList& holding, ItemList& list, CResultTexts& texts) {
-    const std::string version = CMSRAID_KRZ::GetKRZVersion(CMSRAID_InfoGetter::GetRsltFilePath());
+    const std::string version = ToolVersion();
     CMSRAID_CtrlInfoGetter ctrlGetter;
     CMSRAID_LDInfoGetter ldGetter;
     CMSRAID_PDInfoGetter pdGetter(version);
@@ -111,6 +122,48 @@ bool CollectRAIDInfo(ItemList& holding, ItemList& list, CResultTexts& texts) {
     return CollectControllers(holding, list, texts);
 }
 
+bool CollectPCIeSSDs(ItemList& holding, ItemList& list, CResultTexts& texts) {
+    if (!CMSRAID_PCICard::IsPresentPCIeSSD(nullptr)) {
+        return true;
+    }
+    if (!CMSRAID_KRZ::IsKRZInstalled()) {
+        texts.errCode = ERR_NOT_INSTALLED;
+        QOR_TRACE(FAILURE, "KRZ is not installed.");
+        return false;
+    }
+    const std::optional<CKRZVersion> version = CKRZVersion::Parse(ToolVersion());
+    CMSRAID_PCIeSSDInfoGetter getter;
+    if (!version) {
+        return true;
+    }
+    if (IsOldForSSD(*version)) {
+        QOR_TRACE(SKIP, "Skip getting PCIe SSD Information because KRZ is old.");
+        return true;
+    }
+    if (!getter.GetInfo(holding)) {
+        QOR_TRACE(FAILURE, "CMSRAID_PCIeSSDInfoGetter::GetInfo is FAILED (ret=%08x).", 0U);
+        texts.TakeFrom(getter);
+        return false;
+    }
+    list.splice(list.end(), holding);
+    return true;
+}
+
+bool CollectPD(long ctrlNo, long enclosure, long slot, ItemList& list, CResultTexts& texts) {
+    if (!CMSRAID_KRZ::IsKRZInstalled()) {
+        QOR_TRACE(FAILURE, "KRZ is not installed.");
+        texts.errCode.insert(0, ERR_NOT_INSTALLED);
+        return false;
+    }
+    CMSRAID_PDSMInfoGetter getter;
+    if (!getter.GetInfo(ctrlNo, enclosure, slot, list)) {
+        QOR_TRACE(FAILURE, "CMSRAID_PDInfoGetter::GetInfo is FAILED (ret=%08x).", 0U);
+        texts.TakeFrom(getter);
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 CMSRAID_InterFace::CMSRAID_InterFace() {
@@ -129,6 +182,37 @@ unsigned char CMSRAID_InterFace::GetRAIDInfo(std::list<CItemDisp*>* list, std::s
     CItemListOwner holding;
     CItemListGuard guard(*list);
     const bool result = CollectRAIDInfo(holding, *list, texts);
+    guard.Dismiss();
+    FreeItemList(&holding);
+    if (!result) {
+        FreeItemList(list);
+    }
+    return result ? 1 : 0;
+}
+
+unsigned char CMSRAID_InterFace::GetPDInfo(long ctrlNo, long enclosure, long slot,
+                                           std::list<CItemDisp*>* list, std::string* errCode,
+                                           std::string* notice, std::string* detail) {
+    const CTraceScope trace("CMSRAID_InterFace::GetPDInfo");
+    CResultTexts texts = {*errCode, *notice, *detail};
+    texts.Reset();
+    CItemListGuard guard(*list);
+    const bool result = CollectPD(ctrlNo, enclosure, slot, *list, texts);
+    guard.Dismiss();
+    if (!result) {
+        FreeItemList(list);
+    }
+    return result ? 1 : 0;
+}
+
+unsigned char CMSRAID_InterFace::GetStorageInfo(std::list<CItemDisp*>* list, std::string* errCode,
+                                                std::string* notice, std::string* detail) {
+    const CTraceScope trace("CMSRAID_InterFace::GetStorageInfo");
+    CItemListOwner holding;
+    CItemListGuard guard(*list);
+    CResultTexts texts = {*errCode, *notice, *detail};
+    const bool result =
+        GetRAIDInfo(list, errCode, notice, detail) != 0 && CollectPCIeSSDs(holding, *list, texts);
     guard.Dismiss();
     FreeItemList(&holding);
     if (!result) {

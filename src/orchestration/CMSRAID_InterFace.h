@@ -23,6 +23,16 @@ public:
     virtual unsigned char GetRAIDInfo(std::list<CItemDisp*>* list, std::string* errCode,
                                       std::string* notice, std::string* detail);
 
+    // Appends the items of one drive, SMART data included, straight to `list`. The three numbers go
+    // to the SMART getter as they are. No check whether a supported card is present.
+    virtual unsigned char GetPDInfo(long ctrlNo, long enclosure, long slot,
+                                    std::list<CItemDisp*>* list, std::string* errCode,
+                                    std::string* notice, std::string* detail);
+
+    // GetRAIDInfo, then the items of all PCIe SSDs if one is present and the tool knows of them.
+    virtual unsigned char GetStorageInfo(std::list<CItemDisp*>* list, std::string* errCode,
+                                         std::string* notice, std::string* detail);
+
     // Destroys every item and empties the list.
     virtual void FreeItemList(std::list<CItemDisp*>* list);
 };

@@ -2,25 +2,54 @@
 
 #include "cli/CMSRAID_KRZ.h"
 #include "orchestration/CMSRAID_InterFace.h"
-#include "plugin/ItemDisp.h"
+#include "plugin/ItemList.h"
+#include "plugin/SvpConversion.h"
+#include "svp/CSvpPdInfoForm.h"
+#include "xml/MngSrv_QorLibMan.h"
 
 namespace {
 
-constexpr unsigned int XML_INVALID_ARGUMENT = 0x01000000;
-constexpr unsigned int XML_NO_SERIALIZER = 0x04000000;
+constexpr const char* NO_DETAIL = "none";
+
+// The rules that the information operations share: nothing is touched when a pointer is null, the
+// caller's texts are reset before and filled after the request. `request` gets the orchestrator and
+// three texts of its own.
+template <class Request>
+unsigned char Answer(const std::list<CItemDisp*>* items, std::string* errorCode,
+                     std::string* noticeCode, std::string* errorDetail, Request request) {
+    CMSRAID_InterFace interFace;
+    if (items == nullptr || errorCode == nullptr || noticeCode == nullptr ||
+        errorDetail == nullptr) {
+        return 0;
+    }
+    errorCode->clear();
+    noticeCode->clear();
+    *errorDetail = NO_DETAIL;
+    std::string errCode;
+    std::string notice;
+    std::string detail;
+    const unsigned char result = request(interFace, &errCode, &notice, &detail);
+    errorCode->insert(0, errCode);
+    noticeCode->insert(0, notice);
+    *errorDetail = detail;
+    return result;
+}
 
 }  // namespace
 
-CMngSrv_QorLibIF::CMngSrv_QorLibIF() : m_pLibMan(nullptr) {}
+CMngSrv_QorLibIF::CMngSrv_QorLibIF() : m_pLibMan(new CMngSrv_QorLibMan) {}
 
-CMngSrv_QorLibIF::~CMngSrv_QorLibIF() = default;
+CMngSrv_QorLibIF::~CMngSrv_QorLibIF() {
+    delete m_pLibMan;
+    m_pLibMan = nullptr;
+}
 
-unsigned int CMngSrv_QorLibIF::XmlSerialize(unsigned int, const char* component, void* data,
+unsigned int CMngSrv_QorLibIF::XmlSerialize(unsigned int type, const char* component, void* data,
                                             char** out) {
     if (component == nullptr || data == nullptr || *out != nullptr) {
-        return XML_INVALID_ARGUMENT;
+        return CXmlSerializer::RESULT_INVALID_ARGUMENT;
     }
-    return XML_NO_SERIALIZER;
+    return m_pLibMan->XmlSerialize(type, component, data, out);
 }
 
 unsigned char CMngSrv_QorLibIF::GetRAIDInfo(std::list<CItemDisp*>* items, std::string* errorCode,
@@ -31,22 +60,10 @@ unsigned char CMngSrv_QorLibIF::GetRAIDInfo(std::list<CItemDisp*>* items, std::s
 
 unsigned char CMngSrv_QorLibIF::GetRAIDInfo(std::list<CItemDisp*>* items, std::string* errorCode,
                                             std::string* noticeCode, std::string* errorDetail) {
-    CMSRAID_InterFace interFace;
-    if (items == nullptr || errorCode == nullptr || noticeCode == nullptr ||
-        errorDetail == nullptr) {
-        return 0;
-    }
-    errorCode->clear();
-    noticeCode->clear();
-    *errorDetail = "none";
-    std::string errCode;
-    std::string notice;
-    std::string detail;
-    const unsigned char result = interFace.GetRAIDInfo(items, &errCode, &notice, &detail);
-    errorCode->insert(0, errCode);
-    noticeCode->insert(0, notice);
-    *errorDetail = detail;
-    return result;
+    return Answer(items, errorCode, noticeCode, errorDetail,
+                  [&](CMSRAID_InterFace& interFace, auto*... texts) {
+                      return interFace.GetRAIDInfo(items, texts...);
+                  });
 }
 
 unsigned char CMngSrv_QorLibIF::GetPDInfo(long ctrlNo, long enclosure, long slot,
@@ -56,19 +73,53 @@ unsigned char CMngSrv_QorLibIF::GetPDInfo(long ctrlNo, long enclosure, long slot
     return GetPDInfo(ctrlNo, enclosure, slot, items, errorCode, noticeCode, &errorDetail);
 }
 
-unsigned char CMngSrv_QorLibIF::GetPDInfo(long, long, long, std::list<CItemDisp*>*, std::string*,
-                                          std::string*, std::string*) {
-    return 0;
+unsigned char CMngSrv_QorLibIF::GetPDInfo(long ctrlNo, long enclosure, long slot,
+                                          std::list<CItemDisp*>* items, std::string* errorCode,
+                                          std::string* noticeCode, std::string* errorDetail) {
+    return Answer(items, errorCode, noticeCode, errorDetail,
+                  [&](CMSRAID_InterFace& interFace, auto*... texts) {
+                      return interFace.GetPDInfo(ctrlNo, enclosure, slot, items, texts...);
+                  });
 }
 
-unsigned char CMngSrv_QorLibIF::GetCtrlPDInfoBinaryString(std::string*, std::string*,
-                                                          std::string*) {
-    return 0;
+unsigned char CMngSrv_QorLibIF::GetStorageInfo(std::list<CItemDisp*>* items, std::string* errorCode,
+                                               std::string* noticeCode, std::string* errorDetail) {
+    return Answer(items, errorCode, noticeCode, errorDetail,
+                  [&](CMSRAID_InterFace& interFace, auto*... texts) {
+                      return interFace.GetStorageInfo(items, texts...);
+                  });
 }
 
-unsigned char CMngSrv_QorLibIF::GetStorageInfo(std::list<CItemDisp*>*, std::string*, std::string*,
-                                               std::string*) {
-    return 0;
+unsigned char CMngSrv_QorLibIF::GetCtrlPDInfoBinaryString(std::string* binary,
+                                                          std::string* errorCode,
+                                                          std::string* noticeCode) {
+    if (binary == nullptr || errorCode == nullptr || noticeCode == nullptr) {
+        return 0;
+    }
+    binary->clear();
+    errorCode->clear();
+    noticeCode->clear();
+    CSvpPdInfoForm form;
+    CItemListOwner items;
+    const bool result = GetRAIDInfo(&items, errorCode, noticeCode) != 0;
+    if (result) {
+        ChangeToSvpPdInfoForm(&form, &items);
+    }
+    form.SetDataSize();
+    form.DumpMe(binary);
+    form.OutPutMemberToDebugLog();
+    if (result) {
+        FreeItemList(&items);
+    }
+    return result ? 1 : 0;
+}
+
+void CMngSrv_QorLibIF::ChangeToSvpPdInfoForm(CSvpPdInfoForm* form, std::list<CItemDisp*>* items) {
+    CSvpConversion::Convert(form, *items);
+}
+
+bool CMngSrv_QorLibIF::SerchStringList(const std::string& name, const char* const* table) {
+    return CSvpConversion::SerchStringList(name, table);
 }
 
 void CMngSrv_QorLibIF::FreeItemList(std::list<CItemDisp*>* items) {

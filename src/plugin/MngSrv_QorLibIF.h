@@ -82,7 +82,7 @@ public:
                                     std::string* noticeCode, std::string* errorDetail);
 
     // Slot 7. Fills `binary` with the service-processor form as lower-case hexadecimal digits. On
-    // failure (0) it holds the form of no controller. No pointer may be null.
+    // failure (0) it holds the form of no controller. A null pointer gives 0 and touches nothing.
     virtual unsigned char GetCtrlPDInfoBinaryString(std::string* binary, std::string* errorCode,
                                                     std::string* noticeCode);
 
@@ -99,6 +99,11 @@ public:
     // 3 it is not installed; 4 time-out.
     virtual unsigned int KRZExecCli(const std::string& command, unsigned long* exitCode,
                                     const std::string& resultFile);
+
+    // Not for hosts: the two steps behind slot 7. The second says whether `name` is one of the
+    // table's texts before its empty end mark; it is spelled so.
+    void ChangeToSvpPdInfoForm(CSvpPdInfoForm* form, std::list<CItemDisp*>* items);
+    bool SerchStringList(const std::string& name, const char* const* table);
 
 private:
     CMngSrv_QorLibMan* m_pLibMan;
