@@ -1,6 +1,5 @@
 #include "cli/KRZVersion.h"
 
-#include <cstdlib>
 #include <list>
 
 #include "plugin/ComLib.h"
@@ -8,7 +7,7 @@
 namespace {
 
 int ReadPart(const std::string& text) {
-    return static_cast<int>(std::strtol(text.c_str(), nullptr, 10));
+    return static_cast<int>(CStringUtil::TStringToNumber(text));
 }
 
 }  // namespace

@@ -127,10 +127,9 @@ bool CMSRAID_PDSMInfoGetter::ParseSummary(std::ifstream& stream) {
 }
 
 bool CMSRAID_PDSMInfoGetter::ParseTable(std::ifstream& stream) {
-    std::string raw;
+    const std::streampos behindSummary = stream.tellg();
     std::string line;
-    while (line.empty() && std::getline(stream, raw)) {
-        line = raw;
+    while (line.empty() && std::getline(stream, line)) {
         Trim(line);
     }
     const bool isSAS = m_IFType == PD_IFTYPE_SAS;
@@ -145,7 +144,7 @@ bool CMSRAID_PDSMInfoGetter::ParseTable(std::ifstream& stream) {
         AddPlaceholder(isSAS ? SMART_DETAIL_SAS_NAME : SMART_DETAIL_SATA_NAME);
     }
     if (!line.empty()) {
-        UngetLine(stream, raw);
+        stream.seekg(behindSummary);
     }
     return true;
 }

@@ -13,13 +13,15 @@
 // interface and never changes.
 //
 // The three result texts of every information operation, always in this order:
-//   error code   "" on success, else
+//   error code   "" on success (see the notice code "02"), else
 //                "01" the RAID tool failed            "04" its report was not understood
 //                "02" the RAID tool is not installed  "05" it ran into the 150 s time-out
 //                "03" its report could not be opened
-//   notice code  "" or "01" the tool's version is old or unreadable, "02" the tool is missing but
-//                no RAID physical disk is attached; with a notice the answer is still complete
-//   error detail the tool command that failed, or "none"
+//   notice code  "", or "01" the tool's version is old or unreadable; the answer is complete all
+//                the same, but for PCIe SSDs, of which only a tool from 7.0 on knows,
+//                "02" the tool is missing but no RAID physical disk is attached: success with
+//                nothing to report, and the error code is "02" too
+//   error detail the tool command that failed; "" after error codes "03" and "04"; else "none"
 //
 // Owner: items appended to a caller's list belong to the caller, who gives them back through
 // FreeItemList() (or DeleteItemDisp() one by one). XML text belongs to the plug-in object.
@@ -52,7 +54,8 @@ public:
     // Slot 2. Turns the std::list<CItemDisp*> behind `data` into an XML document of `type` 0 whose
     // component element holds `component`. `*out` must be null on entry (out itself is not
     // checked); on success it points at the zero-terminated document, which stays valid until the
-    // next call on this object and must not be freed. 0 success; 0x01000000 null component or data,
+    // next XmlSerialize() of this object that is not refused for a null argument or a set *out, and
+    // must not be freed. 0 success; 0x01000000 null component or data,
     // or *out already set, or an empty list; 0x02000000 unknown type; 0x03CNNNNN malformed item
     // list (C = 1 order, 2 own parent, 3 flag; NNNNN = number of the item, from 1); 0x04000000
     // document too large.
@@ -65,7 +68,9 @@ public:
 
     // Slot 4. Appends the items of all RAID controllers, their logical and their physical drives.
     // 1 success, also with nothing to report; 0 failure: the list is empty then and the texts tell
-    // why. A null pointer gives 0 and touches nothing.
+    // why. A null pointer gives 0 and touches nothing. Throws std::out_of_range for a version line
+    // of the tool that ends at its colon; the list is empty then and the texts are as at the start:
+    // empty, empty and "none".
     virtual unsigned char GetRAIDInfo(std::list<CItemDisp*>* items, std::string* errorCode,
                                       std::string* noticeCode, std::string* errorDetail);
 
@@ -75,18 +80,23 @@ public:
                                     std::string* noticeCode);
 
     // Slot 6. Appends everything about one physical drive, SMART data included. The three numbers
-    // name the controller and the two parts of the drive's address ("-pd[enclosure:slot]").
-    // Results as slot 4.
+    // name the controller and the two parts of the drive's address ("-pd[enclosure:slot]", of which
+    // the tool knows the low 32 bits). Results as slot 4, but a missing tool is always a failure:
+    // nobody checks whether a card is present. Throws std::out_of_range for a SMART table whose
+    // rows are shorter than its columns or whose header ends with "Raw Data"; the list is empty
+    // then.
     virtual unsigned char GetPDInfo(long ctrlNo, long enclosure, long slot,
                                     std::list<CItemDisp*>* items, std::string* errorCode,
                                     std::string* noticeCode, std::string* errorDetail);
 
     // Slot 7. Fills `binary` with the service-processor form as lower-case hexadecimal digits. On
     // failure (0) it holds the form of no controller. A null pointer gives 0 and touches nothing.
+    // Throws as slot 4; the three texts are empty then.
     virtual unsigned char GetCtrlPDInfoBinaryString(std::string* binary, std::string* errorCode,
                                                     std::string* noticeCode);
 
-    // Slot 8. As slot 4, followed by the items of all PCIe SSDs.
+    // Slot 8. As slot 4, followed by the items of all PCIe SSDs; a host with a supported SSD but
+    // without the tool gets failure "02".
     virtual unsigned char GetStorageInfo(std::list<CItemDisp*>* items, std::string* errorCode,
                                          std::string* noticeCode, std::string* errorDetail);
 

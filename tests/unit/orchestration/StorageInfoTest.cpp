@@ -1,0 +1,456 @@
+// Storage information: all of the RAID information, then the PCIe SSDs.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "FakeComLib.h"
+#include "ItemText.h"
+#include "PrivateServerTest.h"
+#include "RaidHost.h"
+#include "StandInTool.h"
+#include "orchestration/CMSRAID_InterFace.h"
+
+using namespace qortest;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* STORCLI = "/opt/tarmica/qor/provider/RAID/tool/storcli";
+constexpr const char* SSD_INI = "/opt/tarmica/qor/provider/PciessdVCFac.ini";
+constexpr const char* REMOVE_RESULT_FILES = "rm -f /opt/tarmica/qor/provider/tmp/MSRAID/*";
+constexpr const char* SSD_COMMAND = "-pssdinfo -aAll";
+constexpr const char* SSD_REPORT = "Bus : 3\n\n### General Information ###\nCapacity : 1205GB\n";
+constexpr const char* SSD_ITEMS =
+    " | PCIe SSD Information |  | TRUE\n"
+    "PCIe SSD Information | ### General Information ### |  | TRUE\n"
+    "### General Information ### | Bus No. | 3 | TRUE\n"
+    "### General Information ### | Capacity | 1205GB | TRUE\n";
+
+// One request, with texts that hold something before.
+struct CRequest {
+    CRequest() {
+        CMSRAID_InterFace interFace;
+        result = interFace.GetStorageInfo(&items, &errCode, &notice, &detail);
+    }
+    // All of the answer but the items.
+    std::string Answer() const {
+        return std::to_string(result) + " '" + errCode + "' '" + notice + "' '" + detail + "'";
+    }
+
+    CItems items;
+    std::string errCode = "before";
+    std::string notice = "before";
+    std::string detail = "before";
+    int result = -1;
+};
+
+enum class ECard { Absent, Present };
+enum class ESSD { Absent, Present };
+// What stands for the RAID tool: nothing, on a host with disks or without; or the tool.
+enum class ETool { MissingWithDisks, MissingWithoutDisks, Installed };
+
+struct CRow {
+    ECard card;
+    ESSD ssd;
+    ETool tool;
+    std::string version;
+    std::string answer;
+    bool raidShown;
+    bool ssdShown;
+};
+
+std::ostream& operator<<(std::ostream& out, const CRow& row) {
+    return out << "card " << static_cast<int>(row.card) << ", SSD " << static_cast<int>(row.ssd)
+               << ", tool " << static_cast<int>(row.tool) << " " << row.version;
+}
+
+class StorageInfo : public CPrivateServerTest {
+protected:
+    void SetUp() override {
+        CPrivateServerTest::SetUp();
+        ResetFakeComLib();
+    }
+
+    static void PutDevices(ECard card, ESSD ssd) {
+        PutRaidCard();
+        WriteFile(SSD_INI,
+                  "[SuportDevice]\nSuportDeviceNum=1\nVendor1=VEN_8086\nDevice1=DEV_0A54\n");
+        WriteFile(DEVICE_LIST, std::string("00:00.0_8086:7190_0000_00\n") +
+                                   (card == ECard::Present ? "02:00.0_1000:005d_0000_02\n" : "") +
+                                   (ssd == ESSD::Present ? "03:00.0_8086:0a54_0000_00\n" : ""));
+    }
+
+    static void PlayVersion(CStandInTool& tool, const std::string& version) {
+        tool.Play("-v", {.out = VersionReport(version)});
+    }
+
+    static void PlayRAID(CStandInTool& tool, const std::string& version = "7.2",
+                         const char* driveCommand = "-pdinfo -nosmart") {
+        PlayVersion(tool, version);
+        tool.Play("-ctrlinfo -aAll", {.out = ControllerList(1)});
+        PlayController(tool, 0, driveCommand);
+    }
+
+    // A host with both kinds of devices up to the SSDs' report, which `step` answers.
+    static void ExpectSSDFailure(const CToolStep& step, const std::string& answer) {
+        PutDevices(ECard::Present, ESSD::Present);
+        CStandInTool tool;
+        PlayRAID(tool);
+        PlayVersion(tool, "7.2");
+        tool.Play(SSD_COMMAND, step);
+        const CRequest request;
+        EXPECT_EQ(request.Answer(), answer);
+        EXPECT_EQ(request.items.Text(), "");
+        EXPECT_TRUE(fs::is_empty(RESULT_DIR));
+        EXPECT_EQ(FakeComLib().Traces(2).back(),
+                  "CMSRAID_PCIeSSDInfoGetter::GetInfo is FAILED (ret=00000000).");
+    }
+};
+
+void ExpectRow(const CRow& row) {
+    const CRequest request;
+    EXPECT_EQ(request.Answer(), row.answer) << row;
+    const std::string text = request.items.Text();
+    EXPECT_EQ(text.find("Controller Information") != std::string::npos, row.raidShown) << row;
+    EXPECT_EQ(text.find("PCIe SSD Information") != std::string::npos, row.ssdShown) << row;
+    EXPECT_EQ(text.empty(), !row.raidShown && !row.ssdShown) << row;
+}
+
+// --- which devices and which tool there are ---
+
+TEST_F(StorageInfo, HostWithoutTheToolIsAnswered) {
+    const std::vector<CRow> rows = {
+        {ECard::Absent, ESSD::Absent, ETool::MissingWithDisks, "", "1 '' '' 'none'", false, false},
+        {ECard::Absent, ESSD::Present, ETool::MissingWithDisks, "", "0 '02' '' 'none'", false,
+         false},
+        {ECard::Present, ESSD::Absent, ETool::MissingWithDisks, "", "0 '02' '' 'none'", false,
+         false},
+        {ECard::Present, ESSD::Present, ETool::MissingWithDisks, "", "0 '02' '' 'none'", false,
+         false},
+        {ECard::Present, ESSD::Absent, ETool::MissingWithoutDisks, "", "1 '02' '02' 'none'", false,
+         false},
+        {ECard::Present, ESSD::Present, ETool::MissingWithoutDisks, "", "0 '02' '02' 'none'", false,
+         false},
+    };
+    for (const CRow& row : rows) {
+        fs::remove_all(fs::path(STORCLI).parent_path());
+        PutDevices(row.card, row.ssd);
+        CStandInTool utility(STORCLI);
+        if (row.card == ECard::Present) {
+            utility.Play("/call show",
+                         {.out = row.tool == ETool::MissingWithDisks ? "Physical Drives = 4\n"
+                                                                     : "Physical Drives = 0\n"});
+        }
+        ExpectRow(row);
+    }
+}
+
+TEST_F(StorageInfo, HostWithoutACardShowsItsSSDsByTheVersion) {
+    const std::string answer = "1 '' '' 'none'";
+    for (const char* version : {"3.9", "4.3", "4.4", "6.8", "6.99", "7.0", "7.2", "12.5", "7.02.00",
+                                "7", "", "text", "a.b", "7.", ".7"}) {
+        const std::string text = version;
+        const bool shown = text == "7.0" || text == "7.2" || text == "12.5" || text == "7.";
+        fs::remove_all(TOOL_DIR);
+        PutDevices(ECard::Absent, ESSD::Present);
+        CStandInTool tool;
+        PlayVersion(tool, version);
+        if (shown) {
+            tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
+        }
+        ExpectRow({ECard::Absent, ESSD::Present, ETool::Installed, text, answer, false, shown});
+    }
+}
+
+TEST_F(StorageInfo, HostWithACardShowsWhatTheVersionKnows) {
+    struct CVersionRow {
+        const char* version;
+        const char* driveCommand;
+        const char* notice;
+        bool ssdShown;
+    };
+    const std::vector<CVersionRow> versions = {
+        {"3.9", "-pdinfo", "01", false},        {"4.3", "-pdinfo -nosmart", "01", false},
+        {"4.4", "-pdinfo -nosmart", "", false}, {"6.8", "-pdinfo -nosmart", "", false},
+        {"7.0", "-pdinfo -nosmart", "", true},  {"7.02.00", "-pdinfo", "01", false},
+        {"", "-pdinfo", "01", false},
+    };
+    for (const ESSD ssd : {ESSD::Absent, ESSD::Present}) {
+        for (const CVersionRow& row : versions) {
+            fs::remove_all(TOOL_DIR);
+            PutDevices(ECard::Present, ssd);
+            CStandInTool tool;
+            PlayRAID(tool, row.version, row.driveCommand);
+            const bool shown = row.ssdShown && ssd == ESSD::Present;
+            if (ssd == ESSD::Present) {
+                PlayVersion(tool, row.version);
+            }
+            if (shown) {
+                tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
+            }
+            ExpectRow({ECard::Present, ssd, ETool::Installed, row.version,
+                       std::string("1 '' '") + row.notice + "' 'none'", true, shown});
+        }
+    }
+}
+
+TEST_F(StorageInfo, HostWithNeitherRunsNothing) {
+    PutDevices(ECard::Absent, ESSD::Absent);
+    const CStandInTool toolThatIsNotAsked;
+    ExpectRow({ECard::Absent, ESSD::Absent, ETool::Installed, "", "1 '' '' 'none'", false, false});
+    EXPECT_EQ(FakeComLib().traces,
+              (std::vector<CTraceLine>{{4, "CMSRAID_InterFace::CMSRAID_InterFace [START]"},
+                                       {4, "CMSRAID_InterFace::CMSRAID_InterFace [END]"},
+                                       {4, "CMSRAID_InterFace::GetStorageInfo [START]"},
+                                       {4, "CMSRAID_InterFace::GetRAIDInfo [START]"},
+                                       {4, "CMSRAID_PCICard::IsPresentRAID [START]"},
+                                       {1, "RAID Card is not present."},
+                                       {4, "CMSRAID_PCICard::IsPresentRAID [END]"},
+                                       {4, "CMSRAID_InterFace::FreeItemList [START]"},
+                                       {4, "CMSRAID_InterFace::FreeItemList [END]"},
+                                       {4, "CMSRAID_InterFace::GetRAIDInfo [END]"},
+                                       {4, "CMSRAID_PCICard::IsPresentPCIeSSD [START]"},
+                                       {1, "PCIe SSD is not present."},
+                                       {4, "CMSRAID_PCICard::IsPresentPCIeSSD [END]"},
+                                       {4, "CMSRAID_InterFace::FreeItemList [START]"},
+                                       {4, "CMSRAID_InterFace::FreeItemList [END]"},
+                                       {4, "CMSRAID_InterFace::GetStorageInfo [END]"},
+                                       {4, "CMSRAID_InterFace::~CMSRAID_InterFace [START]"},
+                                       {4, "CMSRAID_InterFace::~CMSRAID_InterFace [END]"}}));
+}
+
+TEST_F(StorageInfo, BuiltInSSDNeedsNoIniFile) {
+    WriteFile(DEVICE_LIST, "03:00.0_1aed:2001_0000_00\n");
+    CStandInTool tool;
+    PlayVersion(tool, "7.0");
+    tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
+    const CRequest request;
+    EXPECT_EQ(request.Answer(), "1 '' '' 'none'");
+    EXPECT_EQ(request.items.Text(), SSD_ITEMS);
+}
+
+// --- order ---
+
+TEST_F(StorageInfo, SSDsFollowTheRAIDInformation) {
+    PutDevices(ECard::Present, ESSD::Present);
+    CItems raid;
+    std::string errCode;
+    std::string notice;
+    std::string detail;
+    {
+        CStandInTool tool;
+        PlayRAID(tool);
+        CMSRAID_InterFace interFace;
+        ASSERT_EQ(interFace.GetRAIDInfo(&raid, &errCode, &notice, &detail), 1);
+    }
+    fs::remove_all(TOOL_DIR);
+    ResetFakeComLib();
+    CStandInTool tool;
+    PlayRAID(tool);
+    PlayVersion(tool, "7.2");
+    tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
+    const CRequest request;
+    EXPECT_EQ(request.Answer(), "1 '' '' 'none'");
+    EXPECT_EQ(request.items.Text(), raid.Text() + SSD_ITEMS);
+    EXPECT_EQ(FakeComLib().TracesWithoutFlow(),
+              (std::vector<CTraceLine>{
+                  {1, "Support PCI Device(RAID/SSD) found.(vendor=VEN_1000,device=DEV_005D)"},
+                  {1, "execute krzcli command.(krzcli -v)"},
+                  {1, "KRZ Version is 7.2."},
+                  {1, "execute krzcli command.(krzcli -ctrlinfo -aAll)"},
+                  {1, "execute krzcli command.(krzcli -ctrlinfo -a0)"},
+                  {1, "execute krzcli command.(krzcli -ldpdinfo -a0)"},
+                  {1, "execute krzcli command.(krzcli -ldpdinfo -a0)"},
+                  {1, "execute krzcli command.(krzcli -pdinfo -nosmart -a0)"},
+                  {1, "Support PCI Device(RAID/SSD) found.(vendor=VEN_8086,device=DEV_0A54)"},
+                  {1, "execute krzcli command.(krzcli -v)"},
+                  {1, "execute krzcli command.(krzcli -pssdinfo -aAll)"}}));
+}
+
+TEST_F(StorageInfo, ItemsAreAppendedBehindTheCallers) {
+    PutDevices(ECard::Absent, ESSD::Present);
+    CStandInTool tool;
+    PlayVersion(tool, "7.0");
+    tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
+    CMSRAID_InterFace interFace;
+    CItems items;
+    AddItem(items, "", "before", "");
+    std::string errCode;
+    std::string notice;
+    std::string detail;
+    EXPECT_EQ(interFace.GetStorageInfo(&items, &errCode, &notice, &detail), 1);
+    EXPECT_EQ(items.Text(), std::string(" | before |  | TRUE\n") + SSD_ITEMS);
+}
+
+class CRAIDInfoDouble : public CMSRAID_InterFace {
+public:
+    explicit CRAIDInfoDouble(bool succeeds) : m_Succeeds(succeeds) {}
+    unsigned char GetRAIDInfo(std::list<CItemDisp*>* list, std::string* errCode,
+                              std::string* notice, std::string* detail) override {
+        AddItem(*list, "", "double", "");
+        *errCode = "e";
+        *notice = "n";
+        *detail = "d";
+        return m_Succeeds ? 1 : 0;
+    }
+
+private:
+    bool m_Succeeds;
+};
+
+TEST_F(StorageInfo, RAIDInformationComesThroughTheTable) {
+    for (const bool succeeds : {false, true}) {
+        CRAIDInfoDouble interFace(succeeds);
+        CItems items;
+        std::string errCode;
+        std::string notice;
+        std::string detail;
+        EXPECT_EQ(interFace.GetStorageInfo(&items, &errCode, &notice, &detail), succeeds ? 1 : 0);
+        EXPECT_EQ(errCode + notice + detail, "end");
+        EXPECT_EQ(items.Text(), succeeds ? " | double |  | TRUE\n" : "");
+    }
+}
+
+// --- skipping the SSDs ---
+
+TEST_F(StorageInfo, OldToolIsTracedAndSkipsTheSSDs) {
+    PutDevices(ECard::Absent, ESSD::Present);
+    CStandInTool tool;
+    PlayVersion(tool, "6.8");
+    const CRequest request;
+    EXPECT_EQ(request.Answer(), "1 '' '' 'none'");
+    EXPECT_EQ(FakeComLib().Traces(16),
+              (std::vector<std::string>{"Skip getting PCIe SSD Information because KRZ is old."}));
+    EXPECT_THAT(FakeComLib().Traces(2), testing::IsEmpty());
+}
+
+TEST_F(StorageInfo, UnreadableVersionSkipsTheSSDsWithoutAWord) {
+    PutDevices(ECard::Absent, ESSD::Present);
+    CStandInTool tool;
+    PlayVersion(tool, "7.02.00");
+    const CRequest request;
+    EXPECT_EQ(request.Answer(), "1 '' '' 'none'");
+    EXPECT_EQ(FakeComLib().TracesWithoutFlow(),
+              (std::vector<CTraceLine>{
+                  {1, "RAID Card is not present."},
+                  {1, "Support PCI Device(RAID/SSD) found.(vendor=VEN_8086,device=DEV_0A54)"},
+                  {1, "execute krzcli command.(krzcli -v)"}}));
+}
+
+TEST_F(StorageInfo, VersionThatCannotBeAskedSkipsTheSSDs) {
+    PutDevices(ECard::Absent, ESSD::Present);
+    CStandInTool tool;
+    for (int i = 0; i < 3; ++i) {
+        tool.Play("-v", {.out = VersionReport("7.2"), .status = 1});
+    }
+    const CRequest request;
+    EXPECT_EQ(request.Answer(), "1 '' '' 'none'");
+    EXPECT_EQ(request.items.Text(), "");
+}
+
+// --- failures ---
+
+TEST_F(StorageInfo, MissingToolForAnSSDReplacesTheErrorCode) {
+    PutDevices(ECard::Present, ESSD::Present);
+    const CRequest request;
+    EXPECT_EQ(request.Answer(), "0 '02' '02' 'none'")
+        << "assigned, not put before the other \"02\"";
+    std::vector<CTraceLine> notInstalled;
+    for (const CTraceLine& line : FakeComLib().traces) {
+        if (line.text == "KRZ is not installed.") {
+            notInstalled.push_back(line);
+        }
+    }
+    EXPECT_EQ(notInstalled, (std::vector<CTraceLine>{{16, "KRZ is not installed."},
+                                                     {2, "KRZ is not installed."}}));
+}
+
+TEST_F(StorageInfo, RAIDFailureEndsTheRequest) {
+    PutDevices(ECard::Present, ESSD::Present);
+    CStandInTool tool;
+    PlayVersion(tool, "7.2");
+    tool.Play("-ctrlinfo -aAll", {.out = "Error - broken\n"});
+    const CRequest request;
+    EXPECT_EQ(request.Answer(), "0 '01' '' 'krzcli -ctrlinfo -aAll'");
+    EXPECT_EQ(request.items.Text(), "");
+}
+
+TEST_F(StorageInfo, SSDToolErrorFailsTheRequest) {
+    ExpectSSDFailure({.out = "Error - broken\n"}, "0 '01' '' 'krzcli -pssdinfo -aAll'");
+}
+
+TEST_F(StorageInfo, SSDReportThatIsGoneFailsTheRequest) {
+    ExpectSSDFailure({.run = REMOVE_RESULT_FILES}, "0 '03' '' ''");
+}
+
+TEST_F(StorageInfo, SSDReportThatIsNotUnderstoodFailsTheRequest) {
+    ExpectSSDFailure({.out = "### Title before any SSD ###\n"}, "0 '04' '' ''");
+}
+
+TEST_F(StorageInfo, SSDFailureTracesInOrder) {
+    PutDevices(ECard::Absent, ESSD::Present);
+    CStandInTool tool;
+    PlayVersion(tool, "7.0");
+    tool.Play(SSD_COMMAND, {.out = "Error - broken\n"});
+    const CRequest request;
+    EXPECT_EQ(FakeComLib().TracesWithoutFlow(),
+              (std::vector<CTraceLine>{
+                  {1, "RAID Card is not present."},
+                  {1, "Support PCI Device(RAID/SSD) found.(vendor=VEN_8086,device=DEV_0A54)"},
+                  {1, "execute krzcli command.(krzcli -v)"},
+                  {1, "execute krzcli command.(krzcli -pssdinfo -aAll)"},
+                  {2, "KRZ CLI has an error(krzcli -pssdinfo -aAll)."},
+                  {2, "Failed to execute krzcli command ret=00000001."},
+                  {2, "CMSRAID_PCIeSSDInfoGetter::GetInfo is FAILED (ret=00000000)."}}));
+}
+
+TEST_F(StorageInfo, SSDFailureStandsBesideTheNoticeOfTheVersion) {
+    PutDevices(ECard::Present, ESSD::Present);
+    CStandInTool tool;
+    PlayRAID(tool, "4.3");
+    PlayVersion(tool, "7.0");  // replaced while the request ran
+    tool.Play(SSD_COMMAND, {.out = "Error - broken\n"});
+    const CRequest request;
+    EXPECT_EQ(request.Answer(), "0 '01' '01' 'krzcli -pssdinfo -aAll'");
+    EXPECT_EQ(request.items.Text(), "");
+}
+
+TEST_F(StorageInfo, FailureEmptiesTheCallersOwnItemsToo) {
+    PutDevices(ECard::Absent, ESSD::Present);
+    CMSRAID_InterFace interFace;
+    CItems items;
+    AddItem(items, "", "before", "");
+    std::string errCode;
+    std::string notice;
+    std::string detail;
+    EXPECT_EQ(interFace.GetStorageInfo(&items, &errCode, &notice, &detail), 0);
+    EXPECT_TRUE(items.empty());
+}
+
+TEST_F(StorageInfo, VersionLineThatEndsAtItsColonThrowsAndLeavesNothing) {
+    for (const ECard card : {ECard::Absent, ECard::Present}) {
+        fs::remove_all(TOOL_DIR);
+        PutDevices(card, ESSD::Present);
+        CStandInTool tool;
+        if (card == ECard::Present) {
+            PlayRAID(tool);
+        }
+        tool.Play("-v", {.out = "Product Version :\n"});
+        CMSRAID_InterFace interFace;
+        CItems items;
+        std::string errCode = "before";
+        std::string notice = "before";
+        std::string detail = "before";
+        EXPECT_THROW(interFace.GetStorageInfo(&items, &errCode, &notice, &detail),
+                     std::out_of_range);
+        EXPECT_TRUE(items.empty());
+        EXPECT_EQ(errCode + notice + detail, "none");
+        EXPECT_TRUE(fs::is_empty(RESULT_DIR));
+    }
+}
+
+}  // namespace
