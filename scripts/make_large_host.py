@@ -96,7 +96,7 @@ def drive(controller, number):
     hours = 9000 + 61 * number + 4000 * controller
     serial = f"{name[:3].upper()}{controller}{number:02d}{(number * 7919 + controller * 104729) % 9973:04d}"
     record = {"no": number, "use": use, "status": status, "model": name,
-              "enclosure": 62 + number // SLOTS, "slot": number % SLOTS, "serial": serial,
+              "enclosure": number // SLOTS, "slot": number % SLOTS, "serial": serial,
               "wwn": f"5000c5007{controller:x}{number:02x}{(number * 40503) % 65536:04x}"}
     if status not in ("FAILED", "OFFLINE"):
         record["temperature"] = 27 + (number * 5 + controller) % 13

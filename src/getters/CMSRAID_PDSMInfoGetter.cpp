@@ -105,17 +105,13 @@ bool CMSRAID_PDSMInfoGetter::ParseSMARTInfo(std::ifstream& stream, std::string) 
 bool CMSRAID_PDSMInfoGetter::ParseSummary(std::ifstream& stream) {
     bool temperatureSeen = false;
     bool powerTimeSeen = false;
-    for (std::string line; ReadSectionLine(stream, line);) {
-        if (!IsKeyValueLine(line)) {
-            continue;
-        }
-        if (!ParseKeyValue(stream, line, m_RaidList)) {
-            QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
-            return false;
-        }
-        const std::string& name = m_RaidList.back()->ItemName();
-        temperatureSeen = temperatureSeen || name == SMART_TEMPERATURE_NAME;
-        powerTimeSeen = powerTimeSeen || name == SMART_POWER_TIME_NAME;
+    const bool result = ParsePairs(stream, [&](const CItemDisp& item) {
+        temperatureSeen = temperatureSeen || item.ItemName() == SMART_TEMPERATURE_NAME;
+        powerTimeSeen = powerTimeSeen || item.ItemName() == SMART_POWER_TIME_NAME;
+    });
+    if (!result) {
+        QOR_TRACE(FAILURE, "ParseKeyValue is FAILED (ret=%08x).", 0U);
+        return false;
     }
     if (!temperatureSeen) {
         AddPlaceholder(SMART_TEMPERATURE_NAME);

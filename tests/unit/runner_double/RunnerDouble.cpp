@@ -10,8 +10,14 @@ qortest::CRunnerDouble& qortest::RunnerDouble() {
     return instance;
 }
 
-int ExecForeignModule(const std::string& command, const std::string& outFile,
-                      unsigned long* exitCode) {
+// The name that the linker gives to the replacement of the three-argument ExecForeignModule().
+extern "C" int
+__wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES6_Pm(
+    const std::string& command, const std::string& outFile, unsigned long* exitCode);
+
+extern "C" int
+__wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES6_Pm(
+    const std::string& command, const std::string& outFile, unsigned long* exitCode) {
     RunnerDouble().commands.push_back(command);
     if (RunnerDouble().runs.empty()) {
         ADD_FAILURE() << "nothing is due for " << command;

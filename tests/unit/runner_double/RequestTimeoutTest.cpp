@@ -13,13 +13,6 @@
 
 using namespace qortest;
 
-// The LSI utilities: not asked while the RAID tool is installed.
-unsigned int ExecForeignModule(const std::string& command, const std::string&, const std::string&,
-                               unsigned long*, unsigned long) {
-    ADD_FAILURE() << "nothing is due for " << command;
-    return EXEC_FAILED;
-}
-
 namespace {
 
 CRun Answered(const std::string& report) {
