@@ -1,7 +1,15 @@
 #include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "DriveCommand.h"
+#include "PluginRequest.h"
 #include "RaidCommand.h"
+#include "StorageCommand.h"
+#include "SvpCommand.h"
+#include "XmlCommand.h"
 
 namespace {
 
@@ -20,7 +28,7 @@ constexpr const char* FOOTER =
     "Example:\n"
     "  qorctl raid | less";
 
-constexpr const char* RAID_WHERE =
+constexpr const char* PLUGIN_WHERE =
     "Without --plugin, the plug-in is the file that QOR_PLUGIN names, or libqor_MngSrv_QorLib.so\n"
     "in ../lib beside this program, in the program's own folder, or where the loader searches.\n"
     "\n"
@@ -31,6 +39,148 @@ constexpr const char* RAID_EXAMPLE =
     "Example:\n"
     "  qorctl raid --plugin /usr/local/lib/libqor_MngSrv_QorLib.so";
 
+constexpr const char* STORAGE_EXAMPLE =
+    "Example:\n"
+    "  qorctl storage | less";
+
+constexpr const char* DRIVE_EXAMPLE =
+    "Example, the drive in slot 3 of enclosure 252 at the first controller:\n"
+    "  qorctl drive 0 252 3";
+
+constexpr const char* XML_ABOUT =
+    "The document is written byte for byte as the plug-in returns it, and a line feed. Nothing in\n"
+    "it is escaped: a value that holds \"<\" or \"&\" makes it unfit for an XML reader.\n"
+    "The plug-in makes no document of an empty list: with nothing to report, standard error says\n"
+    "so, standard output stays empty, and the exit status is 0.\n"
+    "\n";
+
+constexpr const char* XML_EXAMPLE =
+    "Examples:\n"
+    "  qorctl xml --of storage | xmllint --format -\n"
+    "  qorctl xml --of drive 0 252 3 --component disk";
+
+constexpr const char* SVP_ABOUT =
+    "Without --decode the digits are written as the plug-in returns them, and a line feed.\n"
+    "--decode shows header, controllers, drives and items, each with its offset in bytes. FILE\n"
+    "holds the digits, \"-\" is standard input; no plug-in is needed then, and white space does "
+    "not\n"
+    "count. A form that is malformed is not shown: the offset and the reason go to standard "
+    "error,\n"
+    "and the exit status is 1.\n"
+    "\n";
+
+constexpr const char* SVP_EXAMPLE =
+    "Examples:\n"
+    "  qorctl svp > form.txt\n"
+    "  qorctl svp --decode form.txt";
+
+// The options of all sub-commands.
+struct COptions {
+    std::string plugin;
+    std::vector<std::string> address = {"", "", ""};
+    std::vector<std::string> of = {"raid"};
+    std::string component;
+    std::string form;
+};
+
+CLI::App* AddCommand(CLI::App& app, COptions& options, const char* name, const char* description,
+                     const std::string& footer) {
+    CLI::App* command = app.add_subcommand(name, description);
+    command->add_option("--plugin", options.plugin, "The plug-in library to load")
+        ->type_name("PATH");
+    command->footer(footer);
+    return command;
+}
+
+CLI::App* AddDriveCommand(CLI::App& app, COptions& options) {
+    CLI::App* command =
+        AddCommand(app, options, "drive", "One physical drive with its SMART data, as a tree",
+                   std::string(PLUGIN_WHERE) + EXIT_STATUS + DRIVE_EXAMPLE);
+    const CLI::Validator number(
+        [](const std::string& text) {
+            return qorctl::ReadAddressNumber(text) ? ""
+                                                   : "not a number from 0 to 2147483647: " + text;
+        },
+        "", "number");
+    const char* names[] = {"CONTROLLER", "ENCLOSURE", "SLOT"};
+    const char* meanings[] = {"Number of the controller, from 0",
+                              "Number of the enclosure, the first part of the drive's address",
+                              "Number of the slot, the second part of the drive's address"};
+    for (size_t i = 0; i < options.address.size(); ++i) {
+        command->add_option(names[i], options.address[i], meanings[i])
+            ->required()
+            ->check(number)
+            ->type_name("");
+    }
+    return command;
+}
+
+CLI::App* AddXmlCommand(CLI::App& app, COptions& options) {
+    CLI::App* command =
+        AddCommand(app, options, "xml", "The plug-in's XML document of a request",
+                   std::string(XML_ABOUT) + PLUGIN_WHERE + EXIT_STATUS + XML_EXAMPLE);
+    command
+        ->add_option("--of", options.of,
+                     "What to ask for: raid (the default), storage, or drive and its three numbers")
+        ->type_name("raid|storage|drive CONTROLLER ENCLOSURE SLOT")
+        ->expected(1, 4);
+    command
+        ->add_option("--component", options.component,
+                     "Text of the document's component element; empty when not given")
+        ->type_name("TEXT");
+    return command;
+}
+
+CLI::App* AddSvpCommand(CLI::App& app, COptions& options) {
+    CLI::App* command =
+        AddCommand(app, options, "svp", "The service-processor form, as hexadecimal digits",
+                   std::string(SVP_ABOUT) + PLUGIN_WHERE + EXIT_STATUS + SVP_EXAMPLE);
+    command
+        ->add_option("--decode", options.form,
+                     "Show what the form says: the one in FILE, or the plug-in's without FILE")
+        ->type_name("[FILE|-]")
+        ->expected(0, 1);
+    return command;
+}
+
+// The request that `--of` names; nothing when it names none.
+std::optional<qorctl::CItemRequest> RequestOf(const std::vector<std::string>& of) {
+    if (of == std::vector<std::string>{"raid"}) {
+        return qorctl::RaidRequest();
+    }
+    if (of == std::vector<std::string>{"storage"}) {
+        return qorctl::StorageRequest();
+    }
+    if (of.size() != 4 || of[0] != "drive") {
+        return std::nullopt;
+    }
+    const auto address = qorctl::ReadDriveAddress(of[1], of[2], of[3]);
+    return address ? std::make_optional(qorctl::DriveRequest(*address)) : std::nullopt;
+}
+
+int RunXml(const COptions& options) {
+    const std::optional<qorctl::CItemRequest> request = RequestOf(options.of);
+    if (!request) {
+        throw CLI::ValidationError("--of",
+                                   "raid, storage, or drive CONTROLLER ENCLOSURE SLOT is expected");
+    }
+    return qorctl::RunXmlCommand(options.plugin, *request, options.component);
+}
+
+int RunSvp(const COptions& options, bool decode) {
+    if (!decode) {
+        return qorctl::RunSvpCommand(options.plugin);
+    }
+    return options.form.empty() ? qorctl::RunSvpDecodeCommand(options.plugin)
+                                : qorctl::DecodeSvpFile(options.form);
+}
+
+int RunDrive(const COptions& options) {
+    const auto address =
+        qorctl::ReadDriveAddress(options.address[0], options.address[1], options.address[2]);
+    return qorctl::RunDriveCommand(options.plugin, *address);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -39,16 +189,26 @@ int main(int argc, char** argv) {
     app.footer(std::string(EXIT_STATUS) + FOOTER);
     app.require_subcommand(1);
 
-    std::string plugin;
-    CLI::App* raid = app.add_subcommand(
-        "raid", "RAID controllers with their logical and physical drives, as a tree");
-    raid->add_option("--plugin", plugin, "The plug-in library to load")->type_name("PATH");
-    raid->footer(std::string(RAID_WHERE) + EXIT_STATUS + RAID_EXAMPLE);
+    COptions options;
+    int status = EXIT_SUCCESS;
+    const std::string footer = std::string(PLUGIN_WHERE) + EXIT_STATUS;
+    AddCommand(app, options, "raid",
+               "RAID controllers with their logical and physical drives, as a tree",
+               footer + RAID_EXAMPLE)
+        ->callback([&] { status = qorctl::RunRaidCommand(options.plugin); });
+    AddCommand(app, options, "storage",
+               "RAID controllers with their drives, and PCIe SSDs, as a tree",
+               footer + STORAGE_EXAMPLE)
+        ->callback([&] { status = qorctl::RunStorageCommand(options.plugin); });
+    AddDriveCommand(app, options)->callback([&] { status = RunDrive(options); });
+    AddXmlCommand(app, options)->callback([&] { status = RunXml(options); });
+    CLI::App* svp = AddSvpCommand(app, options);
+    svp->callback([&] { status = RunSvp(options, svp->count("--decode") > 0); });
 
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error);
     }
-    return qorctl::RunRaidCommand(plugin);
+    return status;
 }

@@ -88,6 +88,7 @@ CQorctlOutcome RunQorctl(const fs::path& folder, const CQorctlRun& run) {
     const CTerminalPair terminal = run.terminal ? OpenTerminal() : CTerminalPair{};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, run.inputPath.c_str(), O_RDONLY, 0);
     if (run.terminal) {
         posix_spawn_file_actions_adddup2(&actions, terminal.theirs, STDOUT_FILENO);
     } else {

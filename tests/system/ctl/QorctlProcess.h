@@ -13,8 +13,9 @@ struct CQorctlRun {
     std::filesystem::path program;            // the built program when empty
     std::vector<std::string> arguments = {};  // without the program's name
     std::map<std::string, std::string> environment = {};
-    std::string outputPath = {};  // standard output goes to this existing file instead
-    bool terminal = false;        // standard output is a terminal
+    std::string inputPath = "/dev/null";  // standard input comes from this file
+    std::string outputPath = {};          // standard output goes to this existing file instead
+    bool terminal = false;                // standard output is a terminal
 };
 
 struct CQorctlOutcome {

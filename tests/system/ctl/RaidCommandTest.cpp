@@ -4,17 +4,13 @@
 
 #include <algorithm>
 
-#include "PrivateServerTest.h"
-#include "QorctlProcess.h"
-#include "StandInAnswer.h"
+#include "QorctlTest.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
 using qortest::CQorctlOutcome;
-using qortest::CQorctlRun;
-using qortest::ReadFile;
 using qortest::WriteFile;
 using testing::AllOf;
 using testing::EndsWith;
@@ -22,7 +18,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-using CRecord = std::vector<std::string>;
+using qortest::CRecord;
 
 constexpr const char* LIBRARY_NAME = "libqor_MngSrv_QorLib.so";
 constexpr const char* WHOLE_LIFE = "create\nGetRAIDInfo 0\nFreeItemList 0\ndelete\nunload\n";
@@ -37,33 +33,8 @@ const std::vector<CRecord> CONTROLLER = {
     {"item", "### General Information ###", "Temperature", "", "FALSE"},
 };
 
-class RaidCommandTest : public qortest::CPrivateServerTest {
+class RaidCommandTest : public qortest::CQorctlTest {
 protected:
-    void SetUp() override {
-        CPrivateServerTest::SetUp();
-        fs::create_directories(m_Folder);
-        m_Environment = {{"LC_ALL", "C.UTF-8"},
-                         {"TERM", "xterm"},
-                         {"QOR_STAND_IN_ANSWER", m_Folder / "answer"},
-                         {"QOR_STAND_IN_LOG", m_Folder / "log"}};
-    }
-
-    void Answer(const std::vector<CRecord>& records) const {
-        std::string text;
-        for (const CRecord& record : records) {
-            for (const std::string& field : record) {
-                text += field + qortest::FIELD_END;
-            }
-            text += qortest::RECORD_END;
-        }
-        WriteFile(m_Folder / "answer", text);
-    }
-
-    CQorctlOutcome Run(const std::vector<std::string>& arguments) const {
-        return qortest::RunQorctl(
-            m_Folder, {.program = {}, .arguments = arguments, .environment = m_Environment});
-    }
-
     CQorctlOutcome RunRaid(const std::vector<CRecord>& answer) const {
         Answer(answer);
         return Run({"raid", "--plugin", STAND_IN_PLUGIN});
@@ -76,8 +47,6 @@ protected:
                                              .environment = m_Environment,
                                              .terminal = true});
     }
-
-    std::string Log() const { return ReadFile(m_Folder / "log"); }
 
     // A copy of the program in a folder "bin", so that what lies beside it is the test's choice.
     CQorctlOutcome RunCopy() const {
@@ -92,9 +61,6 @@ protected:
         fs::create_directories(directory);
         fs::copy_file(plugin, directory / LIBRARY_NAME);
     }
-
-    const fs::path m_Folder = "/opt/tarmica/ctl";
-    std::map<std::string, std::string> m_Environment;
 };
 
 // What is shown

@@ -3,11 +3,14 @@
 // The environment variable QOR_STAND_IN_ANSWER names a file of records, each ended by RECORD_END,
 // its fields separated by FIELD_END:
 //
-//     result N            returned by GetRAIDInfo (1 when not given)
+//     result N            returned by the information operations (1 when not given)
 //     error T, notice T, detail T
 //     item PARENT NAME VALUE ENABLE
-//     throw WHERE WHAT    WHERE: CreateLibIF, GetRAIDInfo (after the items were appended) or
-//                         FreeItemList; WHAT: out_of_range, private (a type of the plug-in) or int
+//     digits T            what GetCtrlPDInfoBinaryString hands out
+//     document T          what XmlSerialize hands out; null when not given
+//     xml-result T        returned by XmlSerialize, hexadecimal (0 when not given)
+//     throw WHERE WHAT    WHERE: an operation that the program uses (after the items were
+//                         appended); WHAT: out_of_range, private (a type of the plug-in) or int
 //     no-object           CreateLibIF returns null
 //
 // Each call is appended as a line to the file that QOR_STAND_IN_LOG names.

@@ -71,6 +71,38 @@ bool IsAsked(const std::string& word) {
     return false;
 }
 
+// The field of the record `word`; empty when there is none.
+std::string AnswerText(const std::string& word) {
+    for (const CRecord& record : ReadAnswer()) {
+        if (record[0] == word) {
+            return record[1];
+        }
+    }
+    return "";
+}
+
+unsigned char AnswerTexts(const std::string& operation, std::string* errorCode,
+                          std::string* noticeCode, std::string* errorDetail) {
+    *errorCode = AnswerText("error");
+    *noticeCode = AnswerText("notice");
+    *errorDetail = AnswerText("detail");
+    ThrowIfAsked(operation);
+    return AnswerText("result") == "0" ? 0 : 1;
+}
+
+unsigned char AnswerItems(const std::string& operation, std::list<CItemDisp*>* items,
+                          std::string* errorCode, std::string* noticeCode,
+                          std::string* errorDetail) {
+    Log(operation + " " + std::to_string(items->size()) + *errorCode + *noticeCode + *errorDetail);
+    for (const CRecord& record : ReadAnswer()) {
+        if (record[0] == "item") {
+            items->push_back(CreateItemDisp(record[1].c_str(), record[2].c_str(), record[3].c_str(),
+                                            record[4].c_str()));
+        }
+    }
+    return AnswerTexts(operation, errorCode, noticeCode, errorDetail);
+}
+
 __attribute__((destructor)) void LogUnload() {
     Log("unload");
 }
@@ -85,24 +117,44 @@ CMngSrv_QorLibIF::~CMngSrv_QorLibIF() {
 
 unsigned char CMngSrv_QorLibIF::GetRAIDInfo(std::list<CItemDisp*>* items, std::string* errorCode,
                                             std::string* noticeCode, std::string* errorDetail) {
-    Log("GetRAIDInfo " + std::to_string(items->size()) + *errorCode + *noticeCode + *errorDetail);
-    unsigned char result = 1;
-    for (const CRecord& record : ReadAnswer()) {
-        if (record[0] == "item") {
-            items->push_back(CreateItemDisp(record[1].c_str(), record[2].c_str(), record[3].c_str(),
-                                            record[4].c_str()));
-        } else if (record[0] == "result") {
-            result = static_cast<unsigned char>(std::stoi(record[1]));
-        } else if (record[0] == "error") {
-            *errorCode = record[1];
-        } else if (record[0] == "notice") {
-            *noticeCode = record[1];
-        } else if (record[0] == "detail") {
-            *errorDetail = record[1];
-        }
+    return AnswerItems("GetRAIDInfo", items, errorCode, noticeCode, errorDetail);
+}
+
+unsigned char CMngSrv_QorLibIF::GetStorageInfo(std::list<CItemDisp*>* items, std::string* errorCode,
+                                               std::string* noticeCode, std::string* errorDetail) {
+    return AnswerItems("GetStorageInfo", items, errorCode, noticeCode, errorDetail);
+}
+
+unsigned char CMngSrv_QorLibIF::GetPDInfo(long controller, long enclosure, long slot,
+                                          std::list<CItemDisp*>* items, std::string* errorCode,
+                                          std::string* noticeCode, std::string* errorDetail) {
+    Log("of " + std::to_string(controller) + " [" + std::to_string(enclosure) + ":" +
+        std::to_string(slot) + "]");
+    return AnswerItems("GetPDInfo", items, errorCode, noticeCode, errorDetail);
+}
+
+unsigned char CMngSrv_QorLibIF::GetCtrlPDInfoBinaryString(std::string* binary,
+                                                          std::string* errorCode,
+                                                          std::string* noticeCode) {
+    Log("GetCtrlPDInfoBinaryString " + *binary + *errorCode + *noticeCode);
+    *binary = AnswerText("digits");
+    std::string noDetail;
+    return AnswerTexts("GetCtrlPDInfoBinaryString", errorCode, noticeCode, &noDetail);
+}
+
+unsigned int CMngSrv_QorLibIF::XmlSerialize(unsigned int type, const char* component, void* data,
+                                            char** out) {
+    static std::string document;
+    Log("XmlSerialize " + std::to_string(type) + " '" + component + "' " +
+        std::to_string(static_cast<std::list<CItemDisp*>*>(data)->size()) +
+        (*out == nullptr ? "" : " set"));
+    ThrowIfAsked("XmlSerialize");
+    if (IsAsked("document")) {
+        document = AnswerText("document");
+        *out = document.data();
     }
-    ThrowIfAsked("GetRAIDInfo");
-    return result;
+    const std::string result = AnswerText("xml-result");
+    return result.empty() ? 0 : static_cast<unsigned int>(std::stoul(result, nullptr, 16));
 }
 
 void CMngSrv_QorLibIF::FreeItemList(std::list<CItemDisp*>* items) {
@@ -116,11 +168,6 @@ void CMngSrv_QorLibIF::FreeItemList(std::list<CItemDisp*>* items) {
 
 // The operations that the program has no use for.
 
-unsigned int CMngSrv_QorLibIF::XmlSerialize(unsigned int, const char*, void*, char**) {
-    Log("XmlSerialize");
-    return 0;
-}
-
 unsigned char CMngSrv_QorLibIF::GetRAIDInfo(std::list<CItemDisp*>*, std::string*, std::string*) {
     Log("short GetRAIDInfo");
     return 0;
@@ -129,24 +176,6 @@ unsigned char CMngSrv_QorLibIF::GetRAIDInfo(std::list<CItemDisp*>*, std::string*
 unsigned char CMngSrv_QorLibIF::GetPDInfo(long, long, long, std::list<CItemDisp*>*, std::string*,
                                           std::string*) {
     Log("short GetPDInfo");
-    return 0;
-}
-
-unsigned char CMngSrv_QorLibIF::GetPDInfo(long, long, long, std::list<CItemDisp*>*, std::string*,
-                                          std::string*, std::string*) {
-    Log("GetPDInfo");
-    return 0;
-}
-
-unsigned char CMngSrv_QorLibIF::GetCtrlPDInfoBinaryString(std::string*, std::string*,
-                                                          std::string*) {
-    Log("GetCtrlPDInfoBinaryString");
-    return 0;
-}
-
-unsigned char CMngSrv_QorLibIF::GetStorageInfo(std::list<CItemDisp*>*, std::string*, std::string*,
-                                               std::string*) {
-    Log("GetStorageInfo");
     return 0;
 }
 

@@ -1,0 +1,143 @@
+#include "PluginRequest.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <exception>
+#include <optional>
+
+#include "ItemTree.h"
+#include "Output.h"
+#include "PluginLibrary.h"
+#include "TerminalText.h"
+#include "TreeView.h"
+
+namespace qorctl {
+namespace {
+
+// The plug-in object, which goes back to its library.
+class CPluginObject {
+public:
+    explicit CPluginObject(const CPluginLibrary& library)
+        : m_Library(library), m_Object(library.Create()) {}
+    ~CPluginObject() { m_Library.Delete(m_Object); }
+    CPluginObject(const CPluginObject&) = delete;  // one owner of the object
+    CPluginObject& operator=(const CPluginObject&) = delete;
+
+    CMngSrv_QorLibIF* Get() const { return m_Object; }
+
+private:
+    const CPluginLibrary& m_Library;
+    CMngSrv_QorLibIF* m_Object;
+};
+
+// The items of one request, which go back to the plug-in object.
+class CPluginItems {
+public:
+    explicit CPluginItems(CMngSrv_QorLibIF& object) : m_Object(object) {}
+    ~CPluginItems();
+    CPluginItems(const CPluginItems&) = delete;  // one owner of the items
+    CPluginItems& operator=(const CPluginItems&) = delete;
+
+    CItemList& Get() { return m_Items; }
+
+private:
+    CMngSrv_QorLibIF& m_Object;
+    CItemList m_Items;
+};
+
+// May run while an exception of the plug-in is on its way: a second one must not end the process.
+CPluginItems::~CPluginItems() {
+    try {
+        m_Object.FreeItemList(&m_Items);
+    } catch (...) {
+        Report("the plug-in could not free its items: it threw an exception");
+    }
+}
+
+int AskAndShow(CMngSrv_QorLibIF& object, const CAsk& ask, const CShow& show) {
+    CPluginItems items(object);
+    CResultTexts texts;
+    const bool success = ask(object, items.Get(), texts);
+    for (const std::string& message : ExplainResult(texts, DetectTextStyle(STDERR_FILENO))) {
+        Report(message);
+    }
+    if (!success) {
+        Report("the request failed");
+        return EXIT_FAILURE;
+    }
+    return show(object, items.Get());
+}
+
+int UsePlugin(const CPluginLibrary& library, const CAsk& ask, const CShow& show) {
+    const CPluginObject object(library);
+    if (object.Get() == nullptr) {
+        Report("the plug-in made no plug-in object");
+        return EXIT_FAILURE;
+    }
+    return AskAndShow(*object.Get(), ask, show);
+}
+
+}  // namespace
+
+CItemRequest RaidRequest() {
+    return {[](CMngSrv_QorLibIF& object, CItemList& items, CResultTexts& texts) {
+                return object.GetRAIDInfo(&items, &texts.errorCode, &texts.noticeCode,
+                                          &texts.detail) != 0;
+            },
+            "no RAID controller with something to show was found on this server"};
+}
+
+CItemRequest StorageRequest() {
+    return {[](CMngSrv_QorLibIF& object, CItemList& items, CResultTexts& texts) {
+                return object.GetStorageInfo(&items, &texts.errorCode, &texts.noticeCode,
+                                             &texts.detail) != 0;
+            },
+            "no RAID controller or PCIe SSD with something to show was found on this server"};
+}
+
+CItemRequest DriveRequest(const CDriveAddress& address) {
+    return {[address](CMngSrv_QorLibIF& object, CItemList& items, CResultTexts& texts) {
+                return object.GetPDInfo(address.controller, address.enclosure, address.slot, &items,
+                                        &texts.errorCode, &texts.noticeCode, &texts.detail) != 0;
+            },
+            fmt::format("the RAID tool described no drive at [{}:{}] of controller {}",
+                        address.enclosure, address.slot, address.controller)};
+}
+
+int RunRequest(const std::string& pluginPath, const CAsk& ask, const CShow& show) {
+    std::string problem;
+    const std::optional<CPluginLibrary> library = CPluginLibrary::Load(pluginPath, problem);
+    if (!library) {
+        Report(problem);
+        return EXIT_FAILURE;
+    }
+    // Exceptions of the plug-in are caught while the library is loaded: their code lives in it.
+    try {
+        return UsePlugin(*library, ask, show);
+    } catch (const std::exception& error) {
+        Report(std::string("the request ended with an exception: ") + error.what());
+    } catch (...) {
+        Report("the request ended with an exception of an unknown type");
+    }
+    return EXIT_FAILURE;
+}
+
+int RunItemRequest(const std::string& pluginPath, const CItemRequest& request, const CShow& show) {
+    return RunRequest(pluginPath, request.ask, [&](CMngSrv_QorLibIF& object, CItemList& items) {
+        if (items.empty()) {
+            Report("nothing to report: " + request.nothing);
+            return EXIT_SUCCESS;
+        }
+        return show(object, items);
+    });
+}
+
+int ShowItemsAsTree(const std::string& pluginPath, const CItemRequest& request) {
+    return RunItemRequest(pluginPath, request, [](CMngSrv_QorLibIF&, CItemList& items) {
+        return WriteOut(FormatTree(CItemTree(items), DetectTextStyle(STDOUT_FILENO)));
+    });
+}
+
+}  // namespace qorctl
