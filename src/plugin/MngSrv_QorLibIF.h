@@ -96,7 +96,7 @@ public:
                                                     std::string* noticeCode);
 
     // Slot 8. As slot 4, followed by the items of all PCIe SSDs; a host with a supported SSD but
-    // without the tool gets failure "02".
+    // without the tool gets failure "02", also where slot 4 succeeds with both codes "02".
     virtual unsigned char GetStorageInfo(std::list<CItemDisp*>* items, std::string* errorCode,
                                          std::string* noticeCode, std::string* errorDetail);
 
