@@ -7,8 +7,12 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <initializer_list>
+
+#include "Files.h"
 
 namespace qorsim {
 namespace {
@@ -55,12 +59,46 @@ int Wait(pid_t child, const sigset_t& awaited) {
         const int number = sigwaitinfo(&awaited, &signal);
         if (number == SIGCHLD) {
             int status = 0;
-            if (waitpid(child, &status, WNOHANG) == child) {
-                return ExitStatus(status);
+            for (pid_t ended = 0; (ended = waitpid(-1, &status, WNOHANG)) > 0;) {
+                if (ended == child) {
+                    return ExitStatus(status);
+                }
             }
         } else if (number > 0) {
             HandOn(signal, child);
         }
+    }
+}
+
+// The parent by "/proc/PID/stat": behind the name, which is in brackets and may hold anything,
+// stand the state and the parent. 0 when the process has gone.
+pid_t ParentOf(const std::string& pid) {
+    std::string error;
+    const std::string stat = ReadFile("/proc/" + pid + "/stat", error).value_or("");
+    const size_t bracket = stat.rfind(')');
+    constexpr size_t stateLength = 4;
+    return bracket == std::string::npos || bracket + stateLength > stat.size()
+               ? 0
+               : static_cast<pid_t>(std::strtol(stat.c_str() + bracket + stateLength, nullptr, 10));
+}
+
+// Returns whether there is a child that dies of it.
+bool KillChildren() {
+    bool killed = false;
+    std::error_code failure;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc", failure)) {
+        const std::string name = entry.path().filename();
+        const auto pid = static_cast<pid_t>(std::strtol(name.c_str(), nullptr, 10));
+        if (pid > 0 && ParentOf(name) == getpid()) {
+            killed = kill(pid, SIGKILL) == 0 || killed;
+        }
+    }
+    return killed;
+}
+
+// Ends what the command has left behind. Those whose parents end become children of this process.
+void EndDescendants() {
+    while (KillChildren() && waitpid(-1, nullptr, 0) > 0) {
     }
 }
 
@@ -75,6 +113,7 @@ int RunAndWait(const std::vector<std::string>& command) {
         sigaddset(&awaited, signal);
     }
     sigprocmask(SIG_BLOCK, &awaited, &mask);
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
     std::fflush(nullptr);
     const pid_t child = fork();
     if (child < 0) {
@@ -83,7 +122,9 @@ int RunAndWait(const std::vector<std::string>& command) {
     if (child == 0) {
         Execute(command, mask);
     }
-    return Wait(child, awaited);
+    const int status = Wait(child, awaited);
+    EndDescendants();
+    return status;
 }
 
 }  // namespace qorsim

@@ -11,6 +11,9 @@ namespace qorsim {
 // are handed on to the command while it runs. Returns its exit status; 128 + the signal's number
 // when a signal killed it; 127 when there is no such command and 126 when it cannot be run.
 //
+// What the command has started and left running is killed then; only what runs as another user,
+// whom this process may not signal, stays.
+//
 // The process must have one thread only. Signal mask and dispositions are restored for the command,
 // but stay changed here: the caller ends soon.
 int RunAndWait(const std::vector<std::string>& command);

@@ -13,6 +13,9 @@ void ReportGeneral(const CDrive& drive, const CToolGeneration& generation, CRepo
     report.Key("Vendor ID", drive.model.vendor);
     report.Key("WWN", drive.wwn);
     report.Key("PD Status", drive.status);
+    if (drive.progress) {
+        report.Key("Progress", fmt::format("{}%", *drive.progress));
+    }
     report.Key("Media Error Count", drive.mediaErrors);
     report.Key("Other Error Count", drive.otherErrors);
     report.Key("Predictive Failure Count", drive.predictiveFailures);

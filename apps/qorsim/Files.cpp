@@ -15,6 +15,14 @@ namespace {
 
 constexpr const char* SELF = "/proc/self/exe";
 
+std::string ReadOwnDirectory() {
+    std::error_code failure;
+    return fs::read_symlink(SELF, failure).parent_path();
+}
+
+// Read at the start: in mounts of its own, in a chroot, the kernel tells another path.
+const std::string s_OwnDirectory = ReadOwnDirectory();
+
 }  // namespace
 
 std::optional<std::string> ReadFile(const std::string& path, std::string& error) {
@@ -77,9 +85,8 @@ bool LinkFile(const std::string& target, const std::string& path, std::string& e
     return !failure;
 }
 
-std::string OwnDirectory() {
-    std::error_code failure;
-    return fs::read_symlink(SELF, failure).parent_path();
+const std::string& OwnDirectory() {
+    return s_OwnDirectory;
 }
 
 }  // namespace qorsim

@@ -20,7 +20,7 @@ bool CopySelf(const std::string& path, std::string& error);
 bool LinkFile(const std::string& target, const std::string& path, std::string& error);
 
 // The directory of this program's file, "" when the kernel does not tell.
-std::string OwnDirectory();
+const std::string& OwnDirectory();
 
 }  // namespace qorsim
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace qorsim {
@@ -20,8 +21,17 @@ struct CPciDevice {
     std::string revision;
 };
 
+// What a tool prints beyond what this program knows, in the part of every device of a report.
+struct CAddition {
+    std::string report;   // "ctrlinfo", "ldpdinfo", "pdinfo", "pssdinfo"
+    std::string section;  // the title without hash marks
+    std::string after;    // the section that a new one follows; "" when `section` is an old one
+    std::vector<std::pair<std::string, std::string>> keys;
+};
+
 struct CTool {
     std::string version;
+    std::vector<CAddition> additions;
     std::set<std::string> missing;  // "krzcli", "MegaCli", "storcli"
 };
 
@@ -63,6 +73,7 @@ struct CDrive {
     long mediaErrors = 0;
     long otherErrors = 0;
     long predictiveFailures = 0;
+    std::optional<long> progress;  // of a rebuild or a copy: per cent that is done
 };
 
 struct CLogicalDrive {
@@ -136,6 +147,7 @@ struct CPcieSsd {
 };
 
 struct CHost {
+    std::string description;
     CTool tool;
     std::vector<CPciDevice> pciDevices;
     std::vector<CController> controllers;

@@ -36,10 +36,27 @@ const CTextForm CELL{std::regex("\\S{1,15}"), "of 1 to 15 characters that are no
 
 using CDriveModels = std::map<std::string, CDriveModel>;
 
+// The keys of an addition stand in the report in their alphabetical order.
+CAddition ReadAddition(const CProfileReader& place) {
+    place.DemandKeys({"report", "section", "after", "keys"});
+    CAddition addition;
+    addition.report = place.Member("report").OneOf({"ctrlinfo", "ldpdinfo", "pdinfo", "pssdinfo"});
+    addition.section = place.Member("section").Text();
+    addition.after = place.TextOf("after", "");
+    const CProfileReader keys = place.Member("keys");
+    for (const std::string& key : keys.Names()) {
+        addition.keys.emplace_back(key, keys.Member(key).Text());
+    }
+    return addition;
+}
+
 CTool ReadTool(const CProfileReader& place) {
-    place.DemandKeys({"version", "missing"});
+    place.DemandKeys({"version", "missing", "additions"});
     CTool tool;
     tool.version = place.Member("version").Text();
+    for (const CProfileReader& element : place.ElementsOf("additions")) {
+        tool.additions.push_back(ReadAddition(element));
+    }
     for (const CProfileReader& element : place.ElementsOf("missing")) {
         tool.missing.insert(element.OneOf({"krzcli", "MegaCli", "storcli"}));
     }
@@ -157,7 +174,7 @@ std::optional<long> ReadOptional(const CProfileReader& place, const char* key, l
 CDrive ReadDrive(const CProfileReader& place, const CDriveModels& models) {
     place.DemandKeys({"no", "use", "status", "model", "enclosure", "slot", "serial", "wwn", "power",
                       "temperature", "powerOnHours", "mediaErrors", "otherErrors",
-                      "predictiveFailures", "smart"});
+                      "predictiveFailures", "progress", "smart"});
     CDrive drive;
     drive.number = place.Member("no").Number(0, MAX_NUMBER);
     drive.use = place.Member("use").TextLike(DRIVE_USE);
@@ -173,6 +190,7 @@ CDrive ReadDrive(const CProfileReader& place, const CDriveModels& models) {
     drive.mediaErrors = place.NumberOf("mediaErrors", 0, MAX_COUNT, 0);
     drive.otherErrors = place.NumberOf("otherErrors", 0, MAX_COUNT, 0);
     drive.predictiveFailures = place.NumberOf("predictiveFailures", 0, MAX_COUNT, 0);
+    drive.progress = ReadOptional(place, "progress", 0, 100);
     if (place.Has("smart")) {
         ReadSmartValues(place.Member("smart"), drive.model);
     }
@@ -324,9 +342,10 @@ CPcieSsd ReadPcieSsd(const CProfileReader& place, const std::vector<CPciDevice>&
 }
 
 CHost ReadHost(const CProfileReader& place) {
-    place.DemandKeys(
-        {"$schema", "description", "tool", "pciDevices", "driveModels", "controllers", "pcieSsds"});
+    place.DemandKeys({"$schema", "description", "extends", "patch", "events", "tool", "pciDevices",
+                      "driveModels", "controllers", "pcieSsds"});
     CHost host;
+    host.description = place.TextOf("description", "");
     host.tool = ReadTool(place.Member("tool"));
     for (const CProfileReader& element : place.ElementsOf("pciDevices")) {
         host.pciDevices.push_back(ReadPciDevice(element));
@@ -341,24 +360,11 @@ CHost ReadHost(const CProfileReader& place) {
     return host;
 }
 
-// The message of the JSON library without its own name and number in brackets.
-std::string ParserMessage(const std::string& text) {
-    const size_t end = text.find("] ");
-    return end == std::string::npos ? text : text.substr(end + 2);
-}
-
 }  // namespace
 
-std::optional<CHost> ParseHostProfile(const std::string& text, std::string& error) {
-    json document;
-    try {
-        document = json::parse(text);
-    } catch (const json::parse_error& failure) {
-        error = ParserMessage(failure.what());
-        return std::nullopt;
-    }
+std::optional<CHost> ReadHostProfile(const json& profile, std::string& error) {
     error.clear();
-    CHost host = ReadHost(CProfileReader(document, "", error));
+    CHost host = ReadHost(CProfileReader(profile, "", error));
     if (!error.empty()) {
         return std::nullopt;
     }

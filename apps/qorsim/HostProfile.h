@@ -1,7 +1,9 @@
-// Host profiles: JSON files in the form of data/hosts/host.schema.json.
+// Host profiles: JSON documents in the form of data/hosts/host.schema.json, without what they
+// extend.
 #ifndef QORSIM_HOSTPROFILE_H
 #define QORSIM_HOSTPROFILE_H
 
+#include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
 
@@ -9,9 +11,9 @@
 
 namespace qorsim {
 
-// Reads the text of a profile. On a mistake returns nothing, and `error` says where it is (line and
-// column, or the JSON pointer of the value) and what is wrong with it.
-std::optional<CHost> ParseHostProfile(const std::string& text, std::string& error);
+// Reads the host as it is before the profile's first event. On a mistake returns nothing, and
+// `error` says where it is (the JSON pointer of the value) and what is wrong with it.
+std::optional<CHost> ReadHostProfile(const nlohmann::json& profile, std::string& error);
 
 }  // namespace qorsim
 

@@ -21,6 +21,11 @@ namespace {
 
 using CArguments = std::vector<std::string>;
 
+constexpr const char* CTRL_INFO = "ctrlinfo";
+constexpr const char* LD_PD_INFO = "ldpdinfo";
+constexpr const char* PD_INFO = "pdinfo";
+constexpr const char* PSSD_INFO = "pssdinfo";
+
 constexpr const char* NO_CONTROLLER = "Error - No RAID controller is found.\n";
 
 // Takes arguments one by one; after a refusal there is nothing left to take.
@@ -76,9 +81,11 @@ CSelection Select(const CHost& host, const std::string& which) {
     return {number, number + 1, ""};
 }
 
-// Runs `part` for every controller that is asked for by the command line's last argument.
+// Runs `part` for every controller that is asked for by the command line's last argument. `name` is
+// that of the report.
 template <typename Part>
-CToolAnswer ForControllers(const CHost& host, CCommandLine& line, const Part& part) {
+CToolAnswer ForControllers(const CHost& host, CCommandLine& line, const char* name,
+                           const Part& part) {
     const std::vector<std::string> which = line.Take("-a(All|[0-9]{1,5})");
     if (which.empty() || !line.AtEnd()) {
         return line.Refuse();
@@ -87,7 +94,7 @@ CToolAnswer ForControllers(const CHost& host, CCommandLine& line, const Part& pa
     if (!selection.error.empty()) {
         return {selection.error};
     }
-    CReport report;
+    CReport report(host, name);
     for (size_t number = selection.begin; number < selection.end; ++number) {
         part(number, host.controllers[number], report);
     }
@@ -105,7 +112,7 @@ CToolAnswer AnswerVersion(const CHost& host, CCommandLine& line) {
 
 CToolAnswer AnswerDrives(const CHost& host, CCommandLine& line, const CToolGeneration& generation,
                          ESmart smart) {
-    return ForControllers(host, line,
+    return ForControllers(host, line, PD_INFO,
                           [&](size_t number, const CController& controller, CReport& report) {
                               ReportControllerHeader(number, report);
                               for (const CDrive& drive : controller.drives) {
@@ -132,7 +139,7 @@ CToolAnswer AnswerOneDrive(const CHost& host, CCommandLine& line, const CToolGen
         return {
             fmt::format("Error - Physical drive [{}:{}] is not found.\n", address[1], address[2])};
     }
-    CReport report;
+    CReport report(host, PD_INFO);
     ReportControllerHeader(selection.begin, report);
     ReportDrive(*drive, generation, ESmart::with, report);
     return {report.Text()};
@@ -154,7 +161,7 @@ CToolAnswer AnswerPcieSsds(const CHost& host, CCommandLine& line) {
     if (host.ssds.empty()) {
         return {"Error - No PCIe SSD is found.\n"};
     }
-    CReport report;
+    CReport report(host, PSSD_INFO);
     for (const CPcieSsd& ssd : host.ssds) {
         ReportPcieSsd(ssd, report);
     }
@@ -163,14 +170,14 @@ CToolAnswer AnswerPcieSsds(const CHost& host, CCommandLine& line) {
 
 CToolAnswer AnswerControllers(const CHost& host, CCommandLine& line,
                               const CToolGeneration& generation) {
-    return ForControllers(host, line,
+    return ForControllers(host, line, CTRL_INFO,
                           [&](size_t number, const CController& controller, CReport& report) {
                               ReportController(number, controller, generation, report);
                           });
 }
 
 CToolAnswer AnswerGroups(const CHost& host, CCommandLine& line, const CToolGeneration& generation) {
-    return ForControllers(host, line,
+    return ForControllers(host, line, LD_PD_INFO,
                           [&](size_t number, const CController& controller, CReport& report) {
                               ReportGroups(number, controller, generation, report);
                           });

@@ -2,8 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <ctime>
+#include <nlohmann/json.hpp>
+#include <utility>
+
 #include "Files.h"
 #include "HostProfile.h"
+#include "ProfileFile.h"
 #include "ServerPaths.h"
 #include "ShippedData.h"
 
@@ -23,17 +28,18 @@ std::string DeviceList(const CHost& host) {
     return text;
 }
 
-bool PlaceTool(const CHost& host, const std::string& directory, const std::string& name,
-               std::string& error) {
-    return MakeDirectory(directory, error) && (host.tool.missing.count(name) != 0 ||
-                                               LinkFile(SIMULATOR, directory + "/" + name, error));
-}
-
-// The tools share one copy of the program: it is large, and stands in memory.
-bool PlaceTools(const CHost& host, std::string& error) {
-    return CopySelf(SIMULATOR, error) && PlaceTool(host, KRZ_CLI_DIR, "krzcli", error) &&
-           PlaceTool(host, UTILITY_DIR, "MegaCli", error) &&
-           PlaceTool(host, UTILITY_DIR, "storcli", error);
+// The tools share one copy of the program: it is large, and may stand in memory.
+bool PlaceTools(const CHost& host, const std::string& root, std::string& error) {
+    constexpr std::pair<const char*, const char*> tools[] = {
+        {"krzcli", KRZ_CLI_DIR}, {"MegaCli", UTILITY_DIR}, {"storcli", UTILITY_DIR}};
+    const std::string simulator = root + SIMULATOR;
+    bool placed = CopySelf(simulator, error);
+    for (const auto& [name, directory] : tools) {
+        placed = placed && MakeDirectory(root + directory, error) &&
+                 (host.tool.missing.count(name) != 0 ||
+                  LinkFile(simulator, root + directory + "/" + name, error));
+    }
+    return placed;
 }
 
 bool LoadList(const std::string& name, std::string& text, std::string& error) {
@@ -45,21 +51,12 @@ bool LoadList(const std::string& name, std::string& text, std::string& error) {
 }  // namespace
 
 std::optional<CServerSource> LoadServer(const std::string& reference, std::string& error) {
-    const std::string path = FindProfile(reference, error);
-    if (path.empty()) {
-        return std::nullopt;
-    }
-    std::optional<std::string> profile = ReadFile(path, error);
-    if (!profile) {
-        return std::nullopt;
-    }
-    std::string problem;
-    std::optional<CHost> host = ParseHostProfile(*profile, problem);
+    const std::optional<nlohmann::json> profile = LoadProfile(reference, error);
+    std::optional<CHost> host = profile ? ReadHostProfile(*profile, error) : std::nullopt;
     if (!host) {
-        error = fmt::format("{}: {}", path, problem);
         return std::nullopt;
     }
-    CServerSource source{std::move(*host), std::move(*profile), "", ""};
+    CServerSource source{std::move(*host), profile->dump(2) + "\n", "", ""};
     if (!LoadList(RAID_LIST, source.raidList, error) ||
         !LoadList(PCIE_SSD_LIST, source.pcieSsdList, error)) {
         return std::nullopt;
@@ -67,15 +64,17 @@ std::optional<CServerSource> LoadServer(const std::string& reference, std::strin
     return source;
 }
 
-bool LayOutServer(const CServerSource& source, std::string& error) {
-    const std::string provider = PROVIDER_DIR;
-    return PlaceTools(source.host, error) && MakeDirectory(KRZ_LIB_DIR, error) &&
-           WriteFile(PROFILE_COPY, source.profile, error) &&
+bool LayOutServer(const CServerSource& source, long seconds, const std::string& root,
+                  std::string& error) {
+    const std::string provider = root + PROVIDER_DIR;
+    return PlaceTools(source.host, root, error) && MakeDirectory(root + KRZ_LIB_DIR, error) &&
+           WriteFile(root + PROFILE_COPY, source.profile, error) &&
+           WriteFile(root + START_TIME, fmt::format("{}\n", std::time(nullptr) - seconds), error) &&
            WriteFile(provider + "/" + RAID_LIST, source.raidList, error) &&
            WriteFile(provider + "/" + PCIE_SSD_LIST, source.pcieSsdList, error) &&
            MakeDirectory(provider + "/tmp", error) &&
-           WriteFile(DEVICE_LIST, DeviceList(source.host), error) &&
-           MakeDirectory(CONFIG_DIR, error);
+           WriteFile(root + DEVICE_LIST, DeviceList(source.host), error) &&
+           MakeDirectory(root + CONFIG_DIR, error);
 }
 
 }  // namespace qorsim

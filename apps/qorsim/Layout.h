@@ -12,7 +12,7 @@ namespace qorsim {
 // What a server is made of, read completely before the file system changes.
 struct CServerSource {
     CHost host;
-    std::string profile;      // the text that `host` was read from
+    std::string profile;      // the text of the effective profile
     std::string raidList;     // RaidVCFac.ini
     std::string pcieSsdList;  // PciessdVCFac.ini
 };
@@ -21,8 +21,10 @@ struct CServerSource {
 // and `error` says what is wrong, where, and what to do.
 std::optional<CServerSource> LoadServer(const std::string& reference, std::string& error);
 
-// Lays the server out under "/opt/tarmica" and "/etc/opt/tarmica", which should be empty.
-bool LayOutServer(const CServerSource& source, std::string& error);
+// Lays the server out under ROOT/opt/tarmica and ROOT/etc/opt/tarmica, which should be empty; the
+// root "" is that of the file system. The server has been running for `seconds` then.
+bool LayOutServer(const CServerSource& source, long seconds, const std::string& root,
+                  std::string& error);
 
 }  // namespace qorsim
 

@@ -157,8 +157,13 @@ void RestoreEntry(const std::string& source, const std::string& target) {
     BindMount(source, target);
 }
 
-// Mounts a file system in memory over `parent` and makes its entries visible again, so that a
-// directory can be added to it that the real machine does not see.
+}  // namespace
+
+void EnterMountNamespace() {
+    UnshareMounts();
+}
+
+// Mounts a file system in memory over the directory and makes its entries visible again.
 void CoverWithWritableCopy(const std::string& parent) {
     const int fd = open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (fd < 0) {
@@ -177,6 +182,8 @@ void CoverWithWritableCopy(const std::string& parent) {
         }
     }
 }
+
+namespace {
 
 void MountEmptyDirectory(const std::string& parent) {
     const std::string directory = parent + "/" + SIMULATED_NAME;

@@ -10,11 +10,20 @@
 #ifndef QORSIM_PRIVATEMOUNTS_H
 #define QORSIM_PRIVATEMOUNTS_H
 
+#include <string>
+
 namespace qorsim {
 
 // Throws std::runtime_error that says which step failed, why, and what to do about it. The process
 // should end then: it may be in the namespaces with half of the mounts.
 void EnterPrivateMounts();
+
+// The steps of it, for a view in which the real server is still there. They throw in the same way.
+//
+// Moves the calling process into namespaces of its own; what it sees stays the same.
+void EnterMountNamespace();
+// In such namespaces: the directory keeps its entries, but only this view sees what is added to it.
+void CoverWithWritableCopy(const std::string& directory);
 
 }  // namespace qorsim
 

@@ -25,6 +25,8 @@ public:
     CProfileReader(const nlohmann::json& value, std::string pointer, std::string& problem)
         : m_Value(&value), m_Pointer(std::move(pointer)), m_Problem(&problem) {}
 
+    const nlohmann::json& Value() const { return *m_Value; }
+
     // Says what is wrong with this value, unless a mistake is known already.
     void Reject(const std::string& reason) const;
 

@@ -5,23 +5,36 @@
 #include <fmt/format.h>
 
 #include <string>
+#include <vector>
+
+#include "Host.h"
 
 namespace qorsim {
 
 class CReport {
 public:
+    CReport() = default;
+    // A report with what the host's tool adds to it. `name` is that of the report ("ctrlinfo").
+    CReport(const CHost& host, const std::string& name);
+
     void Line(const std::string& text) { m_Text += text + "\n"; }
-    void Blank() { m_Text += "\n"; }
-    void Title(const std::string& title) { Line("### " + title + " ###"); }
+    // Opens a section.
+    void Title(const std::string& title);
     template <typename Value>
     void Key(const std::string& key, const Value& value) {
         Line(fmt::format("{} : {}", key, value));
     }
+    // A blank line; it closes the section that is open.
+    void Blank();
 
     const std::string& Text() const { return m_Text; }
 
 private:
+    void Keys(const CAddition& addition);
+
     std::string m_Text;
+    std::string m_Section;  // that is open, "" for none
+    std::vector<CAddition> m_Additions;
 };
 
 }  // namespace qorsim

@@ -1,6 +1,7 @@
 #include "Run.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -9,29 +10,22 @@
 #include <vector>
 
 #include "ChildProcess.h"
+#include "Fault.h"
+#include "FaultServer.h"
 #include "Files.h"
 #include "Layout.h"
+#include "Options.h"
 #include "PrivateMounts.h"
 
 namespace qorsim {
 namespace {
 
-constexpr int FAILED = 125;  // this program's own failure; a command seldom ends with it
-
 struct CRunOptions {
     std::string host;
+    long startAt = 0;
+    std::vector<std::string> faults;
     std::vector<std::string> command;
 };
-
-bool EnterMounts(std::string& error) {
-    try {
-        EnterPrivateMounts();
-        return true;
-    } catch (const std::runtime_error& failure) {
-        error = failure.what();
-        return false;
-    }
-}
 
 // So that the programs of this build or installation are found first.
 void ExtendPath() {
@@ -41,18 +35,47 @@ void ExtendPath() {
     setenv("PATH", extended.c_str(), 1);
 }
 
+bool CheckFaults(const std::vector<std::string>& faults, std::string& error) {
+    return std::all_of(faults.begin(), faults.end(), [&](const std::string& fault) {
+        return ParseFault(fault, error).has_value();
+    });
+}
+
 int Run(const CRunOptions& options) {
     std::string error;
-    const std::optional<CServerSource> source = LoadServer(options.host, error);
-    if (!source || !EnterMounts(error) || !LayOutServer(*source, error)) {
-        std::fprintf(stderr, "qorsim: %s\n", error.c_str());
-        return FAILED;
+    if (!CheckFaults(options.faults, error)) {
+        return FailToSimulate(error);
     }
-    ExtendPath();
-    return RunAndWait(options.command);
+    const std::optional<CServerSource> source = LoadServer(options.host, error);
+    if (!source || !EnterEmptyServer(error) || !LayOutServer(*source, options.startAt, "", error) ||
+        !PlaceFaults(options.faults, error)) {
+        return FailToSimulate(error);
+    }
+    return RunInServer(options.command);
 }
 
 }  // namespace
+
+bool EnterEmptyServer(std::string& error) {
+    try {
+        EnterPrivateMounts();
+        return true;
+    } catch (const std::runtime_error& failure) {
+        error = failure.what();
+        return false;
+    }
+}
+
+int RunInServer(const std::vector<std::string>& command) {
+    ExtendPath();
+    return RunAndWait(command);
+}
+
+int FailToSimulate(const std::string& error) {
+    constexpr int failed = 125;  // a command seldom ends with it
+    std::fprintf(stderr, "qorsim: %s\n", error.c_str());
+    return failed;
+}
 
 void AddRunCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<CRunOptions>();
@@ -61,12 +84,23 @@ void AddRunCommand(CLI::App& app, int& status) {
     run->add_option("--host", options->host,
                     "The server: the name of a shipped host, or the path of a host profile")
         ->required();
+    AddStartAtOption(*run, options->startAt);
+    run->add_option("--fault", options->faults,
+                    "What goes wrong there: KIND[=VALUE][@COMMAND][#WHEN]; can be repeated")
+        ->type_name("FAULT")
+        ->allow_extra_args(false);
     run->add_option("command", options->command, "The command and its arguments, behind --")
         ->required();
     run->callback([options, &status] { status = Run(*options); });
     run->footer(
         "Ends as the command does: with its exit status, 128 + N when signal N killed it,\n"
-        "126 or 127 when it cannot be run; 125 when the server cannot be simulated.");
+        "126 or 127 when it cannot be run; 125 when the server cannot be simulated.\n"
+        "\n"
+        "Examples:\n"
+        "  qorsim run --host degraded -- qorctl raid\n"
+        "  qorsim run --host lifecycle --start-at 30 -- qorctl raid\n"
+        "  qorsim run --host small --fault exit=3@-pdinfo#1 -- qorctl raid\n"
+        "  qorsim run --host ./my-server.json -- bash");
 }
 
 }  // namespace qorsim

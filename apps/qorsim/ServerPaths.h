@@ -11,10 +11,11 @@ inline constexpr const char* UTILITY_DIR = "/opt/tarmica/qor/provider/RAID/tool"
 inline constexpr const char* DEVICE_LIST = "/opt/tarmica/qor/kam/work/devices.tmp";
 inline constexpr const char* CONFIG_DIR = "/etc/opt/tarmica/qor";
 
-// The simulated server's own files: the program that the stand-in tools are, and the profile that
-// they read.
+// The simulated server's own files: the program that the stand-in tools are, the profile that they
+// read, and the second of the system's clock in which the server started.
 inline constexpr const char* SIMULATOR = "/opt/tarmica/krz/qorsim";
 inline constexpr const char* PROFILE_COPY = "/opt/tarmica/krz/host.json";
+inline constexpr const char* START_TIME = "/opt/tarmica/krz/started";
 
 }  // namespace qorsim
 

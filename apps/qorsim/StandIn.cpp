@@ -3,9 +3,8 @@
 #include <cstdio>
 #include <map>
 
-#include "Files.h"
-#include "HostProfile.h"
-#include "ServerPaths.h"
+#include "FaultPlay.h"
+#include "OwnServer.h"
 
 namespace qorsim {
 namespace {
@@ -27,11 +26,7 @@ std::string FileName(const std::string& path) {
 
 std::optional<CHost> LoadOwnHost(const std::string& tool) {
     std::string error;
-    const std::optional<std::string> text = ReadFile(PROFILE_COPY, error);
-    std::optional<CHost> host;
-    if (text) {
-        host = ParseHostProfile(*text, error);
-    }
+    std::optional<CHost> host = LoadOwnServer(error);
     if (!host) {
         std::fprintf(stderr, "%s: no simulated host: %s\n", tool.c_str(), error.c_str());
     }
@@ -44,6 +39,16 @@ CToolAnswer RefuseToken(const std::string& token) {
     return {"Error - Invalid input at or near token " + token + "\n", REFUSED};
 }
 
+std::optional<CToolAnswer> AnswerTool(const CHost& host,
+                                      const std::vector<std::string>& commandLine) {
+    const std::string name = commandLine.empty() ? "" : commandLine.front();
+    const auto tool = Tools().find(name);
+    if (tool == Tools().end() || host.tool.missing.count(name) != 0) {
+        return std::nullopt;
+    }
+    return tool->second(host, {commandLine.begin() + 1, commandLine.end()});
+}
+
 std::optional<int> PlayTool(const std::vector<std::string>& arguments) {
     const std::string name = arguments.empty() ? "" : FileName(arguments.front());
     const auto tool = Tools().find(name);
@@ -54,9 +59,8 @@ std::optional<int> PlayTool(const std::vector<std::string>& arguments) {
     if (!host) {
         return NO_HOST;
     }
-    const CToolAnswer answer = tool->second(*host, {arguments.begin() + 1, arguments.end()});
-    std::fputs(answer.out.c_str(), stdout);
-    return answer.status;
+    const std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
+    return PlayAnswer(name, rest, tool->second(*host, rest));
 }
 
 }  // namespace qorsim

@@ -22,6 +22,11 @@ CToolAnswer AnswerKrzcli(const CHost& host, const std::vector<std::string>& argu
 CToolAnswer AnswerMegaCli(const CHost& host, const std::vector<std::string>& arguments);
 CToolAnswer AnswerStorcli(const CHost& host, const std::vector<std::string>& arguments);
 
+// The answer to a command line that begins with a tool's name; nothing when the host has no such
+// tool.
+std::optional<CToolAnswer> AnswerTool(const CHost& host,
+                                      const std::vector<std::string>& commandLine);
+
 // The answer to a command line that the tool does not know.
 CToolAnswer RefuseToken(const std::string& token);
 

@@ -31,10 +31,14 @@ protected:
 };
 
 TEST_F(CProfileTest, ShippedHostsAreAccepted) {
-    for (const std::string name : {"small", "large"}) {
+    for (const std::string& name : ShippedHosts()) {
         const CEnd end = RunOn(name, {"true"});
         EXPECT_EQ(end.status, 0) << end.err;
     }
+}
+
+TEST_F(CProfileTest, ProfileNestedTooDeepIsRefused) {
+    ExpectRefused(WriteText(std::string(100000, '[')), "must not be nested deeper than 64 levels");
 }
 
 TEST_F(CProfileTest, ToolVersionIsEnough) {
@@ -63,13 +67,20 @@ TEST_F(CProfileTest, EveryMistakeIsReportedWithPlaceAndReason) {
     const CMistake mistakes[] = {
         {"", json::array(), "/: must be an object, is array"},
         {"/controler", 1,
-         "/: unknown key \"controler\" (known: $schema, description, tool, pciDevices, "
-         "driveModels, controllers, pcieSsds)"},
+         "/: unknown key \"controler\" (known: $schema, description, extends, patch, "
+         "events, tool, pciDevices, driveModels, controllers, pcieSsds)"},
         {"/tool", "7.0", "/tool: must be an object, is string"},
         {"/tool/version", 7.0, "/tool/version: must be a string, is number"},
         {"/tool/version", "7\n0", "/tool/version: must not hold control characters"},
         {"/tool/version", std::string(1001, '7'),
          "/tool/version: must not be longer than 1000 bytes"},
+        {"/description", 7, "/description: must be a string, is number"},
+        {"/tool/additions", json::array({{{"report", "version"}}}),
+         "/tool/additions/0/report: must be one of ctrlinfo, ldpdinfo, pdinfo, pssdinfo, is "
+         "\"version\""},
+        {"/tool/additions",
+         json::array({{{"report", "pdinfo"}, {"section", "New"}, {"keys", {{"Key", 1}}}}}),
+         "/tool/additions/0/keys/Key: must be a string, is number"},
         {"/tool/missing", "krzcli", "/tool/missing: must be an array, is string"},
         {"/tool/missing",
          {"krzcli", "megacli"},
@@ -139,6 +150,8 @@ TEST_F(CProfileTest, EveryMistakeIsReportedWithPlaceAndReason) {
          "/controllers/0/drives/0/model: \"driveModels\" has no model \"sas-900\""},
         {"/controllers/0/drives/0/temperature", "31C",
          "/controllers/0/drives/0/temperature: must be a whole number, is string"},
+        {"/controllers/0/drives/0/progress", 101,
+         "/controllers/0/drives/0/progress: must be 0 to 100, is 101"},
         {"/controllers/0/drives/0/smart",
          {{"Humidity", "3"}},
          "/controllers/0/drives/0/smart: the drive's model has no SMART row \"Humidity\""},
@@ -158,6 +171,8 @@ TEST_F(CProfileTest, SchemaAndProgramKnowTheSameKeys) {
     const std::pair<const char*, const char*> places[] = {
         {"", ""},
         {"/$defs/tool", "/tool"},
+        {"/$defs/addition", "/tool/additions/0"},
+        {"/$defs/event", "/events/0"},
         {"/$defs/pciDevice", "/pciDevices/0"},
         {"/$defs/driveModel", "/driveModels/sas-600"},
         {"/$defs/sataRow", "/driveModels/sata-2000/smart/0"},

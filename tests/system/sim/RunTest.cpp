@@ -153,9 +153,8 @@ TEST_F(CRunTest, RunsNest) {
 TEST_F(CRunTest, UnknownHostNamesTheShippedOnes) {
     const CEnd end = RunOn("huge", {"true"});
     EXPECT_EQ(end.status, 125);
-    EXPECT_EQ(end.err,
-              "qorsim: there is no host named \"huge\": the shipped ones are large, small; write "
-              "./huge for a file\n");
+    EXPECT_EQ(end.err, "qorsim: there is no host named \"huge\": the shipped ones are " +
+                           Joined(ShippedHosts(), ", ") + "; write ./huge for a file\n");
 }
 
 TEST_F(CRunTest, MissingProfileIsNamed) {

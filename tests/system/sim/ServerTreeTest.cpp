@@ -31,6 +31,7 @@ TEST_F(CServerTreeTest, SmallHostsTree) {
               "opt/tarmica/krz/host.json\n"
               "opt/tarmica/krz/lib\n"
               "opt/tarmica/krz/qorsim\n"
+              "opt/tarmica/krz/started\n"
               "opt/tarmica/qor\n"
               "opt/tarmica/qor/kam\n"
               "opt/tarmica/qor/kam/work\n"

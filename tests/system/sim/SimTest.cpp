@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <fstream>
@@ -80,6 +81,26 @@ CStrings Lines(const std::string& text) {
     return lines;
 }
 
+std::string Joined(const CStrings& texts, const std::string& separator) {
+    std::string joined;
+    for (const std::string& text : texts) {
+        joined += (joined.empty() ? "" : separator) + text;
+    }
+    return joined;
+}
+
+CStrings ShippedHosts() {
+    CStrings names;
+    for (const fs::directory_entry& entry :
+         fs::directory_iterator(fs::path(QORSIM_SOURCE_DATA_DIR) / "hosts")) {
+        if (entry.path().stem() != "host.schema") {
+            names.push_back(entry.path().stem());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 void CSimTest::SetUp() {
     CPrivateServerTest::SetUp();
     m_Folder = NewFolder();
@@ -97,6 +118,12 @@ void CSimTest::TearDown() {
 CEnd CSimTest::RunOn(const std::string& host, const CStrings& command) {
     CStrings whole = {QORSIM_PROGRAM, "run", "--host", host, "--"};
     whole.insert(whole.end(), command.begin(), command.end());
+    return RunProgram(whole);
+}
+
+CEnd CSimTest::Qorsim(const CStrings& arguments) {
+    CStrings whole = {QORSIM_PROGRAM};
+    whole.insert(whole.end(), arguments.begin(), arguments.end());
     return RunProgram(whole);
 }
 

@@ -23,6 +23,10 @@ struct CEnd {
 CEnd RunProgram(const CStrings& command);
 
 CStrings Lines(const std::string& text);
+std::string Joined(const CStrings& texts, const std::string& separator);
+
+// The names of the hosts in the source tree, sorted.
+CStrings ShippedHosts();
 
 class CSimTest : public CPrivateServerTest {
 protected:
@@ -35,6 +39,9 @@ protected:
     static CEnd RunShellOn(const std::string& host, const std::string& text);
     // What krzcli prints; demands the exit status 0 and nothing on standard error.
     static std::string Krzcli(const std::string& host, const CStrings& arguments);
+
+    // qorsim ARGUMENTS...
+    static CEnd Qorsim(const CStrings& arguments);
 
     static nlohmann::json ShippedProfile(const std::string& name);
     // Writes a profile into the test's folder and returns its path.

@@ -1,0 +1,59 @@
+// "qorsim new": a profile of a generated host.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+
+#include "Commands.h"
+#include "Files.h"
+#include "Generator.h"
+
+namespace qorsim {
+namespace {
+
+struct CNewOptions {
+    CHostSize size;
+    std::string output;
+};
+
+int New(const CNewOptions& options) {
+    if (options.size.controllers == 0 && options.size.drives != 0) {
+        return ReportFailure("drives need a controller: give --controllers 1 or more");
+    }
+    const std::string text = GenerateProfile(options.size);
+    if (options.output.empty()) {
+        std::fputs(text.c_str(), stdout);
+        return 0;
+    }
+    std::string error;
+    return WriteFile(options.output, text, error) ? 0 : ReportFailure(error);
+}
+
+}  // namespace
+
+void AddNewCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<CNewOptions>();
+    CLI::App* command = app.add_subcommand("new", "Generate a profile of a large host");
+    command->add_option("--controllers", options->size.controllers, "RAID controllers")
+        ->required()
+        ->type_name("N")
+        ->check(CLI::Range(0, MAX_CONTROLLERS));
+    command->add_option("--drives", options->size.drives, "Physical drives of all controllers")
+        ->required()
+        ->type_name("N")
+        ->check(CLI::Range(0, MAX_DRIVES));
+    command->add_option("--seed", options->size.seed, "A number; another one gives another host")
+        ->required()
+        ->type_name("S");
+    command->add_option("--output", options->output, "The file to write; without it, the output")
+        ->type_name("FILE");
+    command->callback([options, &status] { status = New(*options); });
+    command->footer(
+        "Same numbers, same profile, byte for byte. The drives are shared out among the\n"
+        "controllers; most are in RAID groups, some are spares or in stock, a few have failed.\n"
+        "\n"
+        "Example:\n"
+        "  qorsim new --controllers 8 --drives 960 --seed 1 --output big.json\n"
+        "  qorsim run --host ./big.json -- qorctl raid");
+}
+
+}  // namespace qorsim

@@ -1,0 +1,130 @@
+// One call of a tool that records.
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "FaultPlay.h"
+#include "FaultServer.h"
+#include "Files.h"
+#include "RecordFile.h"
+#include "RecordTool.h"
+
+namespace fs = std::filesystem;
+
+namespace qorsim {
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr int BROKEN = 96;  // the recording itself is broken: no status of a tool
+constexpr int NOT_RUNNABLE = 126;
+
+std::string Note(const std::string& name) {
+    return std::string(NOTES_DIR) + "/" + name;
+}
+
+int Fail(const std::string& error) {
+    std::fprintf(stderr, "qorsim: cannot record: %s\n", error.c_str());
+    return BROKEN;
+}
+
+void Redirect(const std::string& path, int channel) {
+    const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    dup2(fd, channel);
+    close(fd);
+}
+
+[[noreturn]] void Execute(const std::string& path, const CRecordedCall& call,
+                          const std::vector<std::string>& arguments) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // who ends the recording tool means the true one
+    Redirect(Note(call.out), STDOUT_FILENO);
+    Redirect(Note(call.err), STDERR_FILENO);
+    std::vector<char*> pointers = {const_cast<char*>(path.c_str())};
+    for (const std::string& argument : arguments) {
+        pointers.push_back(const_cast<char*>(argument.c_str()));
+    }
+    pointers.push_back(nullptr);
+    execv(TrueTool(path).c_str(), pointers.data());
+    std::fprintf(stderr, "%s: %s\n", path.c_str(), std::strerror(errno));
+    _exit(NOT_RUNNABLE);
+}
+
+// Replaces the file in one step, so that a call that is killed leaves no half of it.
+bool Save(const std::string& path, const CRecordedCall& call, std::string& error) {
+    const std::string fresh = path + ".new";
+    if (!WriteFile(fresh,
+                   WriteCall(call).dump(2, ' ', false, nlohmann::json::error_handler_t::replace),
+                   error)) {
+        return false;
+    }
+    std::error_code failure;
+    fs::rename(fresh, path, failure);
+    if (failure) {
+        error = fmt::format("cannot rename {}: {}", fresh, failure.message());
+    }
+    return !failure;
+}
+
+void Await(pid_t child, CRecordedCall& call) {
+    const auto start = steady_clock::now();
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    call.milliseconds = static_cast<long>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(steady_clock::now() - start).count());
+    if (WIFSIGNALED(status)) {
+        call.signal = WTERMSIG(status);
+    } else {
+        call.status = WEXITSTATUS(status);
+    }
+}
+
+void PassOn(const std::string& path, int channel) {
+    std::string error;
+    WriteText(channel, ReadFile(path, error).value_or(""));
+}
+
+}  // namespace
+
+int RecordCall(const std::string& path, const std::vector<std::string>& arguments) {
+    const unsigned long number = CountOneMore(Note("count"));
+    if (number == 0) {
+        return Fail("the call cannot be counted");
+    }
+    const std::string name = fmt::format("calls/{:06}", number);
+    CRecordedCall call{{fs::path(path).filename()}, {}, {}, 0, name + ".out", name + ".err"};
+    call.commandLine.insert(call.commandLine.end(), arguments.begin(), arguments.end());
+    std::string error;
+    if (!Save(Note(name + ".json"), call, error)) {
+        return Fail(error);
+    }
+    std::signal(SIGCHLD, SIG_DFL);  // an inherited "ignore" would throw the exit status away
+    const pid_t child = fork();
+    if (child < 0) {
+        return Fail(std::strerror(errno));
+    }
+    if (child == 0) {
+        Execute(path, call, arguments);
+    }
+    Await(child, call);
+    if (!Save(Note(name + ".json"), call, error)) {
+        return Fail(error);
+    }
+    PassOn(Note(call.out), STDOUT_FILENO);
+    PassOn(Note(call.err), STDERR_FILENO);
+    if (call.signal) {
+        DieOfSignal(*call.signal);
+    }
+    return *call.status;
+}
+
+}  // namespace qorsim

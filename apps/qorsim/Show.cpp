@@ -1,0 +1,99 @@
+// "qorsim show": a host's profile, or a report on it, without a simulated server.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <memory>
+#include <sstream>
+
+#include "Commands.h"
+#include "HostProfile.h"
+#include "Options.h"
+#include "ProfileFile.h"
+#include "StandIn.h"
+#include "Timeline.h"
+
+namespace qorsim {
+namespace {
+
+using nlohmann::json;
+
+struct CShowOptions {
+    std::string host;
+    std::string report;
+    bool atTime = false;
+    long seconds = 0;
+};
+
+std::vector<std::string> Words(const std::string& text) {
+    std::istringstream stream(text);
+    std::vector<std::string> words;
+    for (std::string word; stream >> word;) {
+        words.push_back(word);
+    }
+    return words;
+}
+
+int ShowReport(const json& state, const std::string& commandLine) {
+    std::string error;
+    const std::optional<CHost> host = ReadHostProfile(state, error);
+    if (!host) {
+        return ReportFailure(error);
+    }
+    const std::optional<CToolAnswer> answer = AnswerTool(*host, Words(commandLine));
+    if (!answer) {
+        return ReportFailure("this host has no tool for \"" + commandLine +
+                             "\": the tools are krzcli, MegaCli and storcli, less those that the "
+                             "profile calls missing");
+    }
+    std::fputs(answer->out.c_str(), stdout);
+    return answer->status;
+}
+
+int Show(const CShowOptions& options) {
+    std::string error;
+    const std::optional<json> profile = LoadProfile(options.host, error);
+    if (!profile) {
+        return ReportFailure(error);
+    }
+    if (options.report.empty() && !options.atTime) {
+        std::puts(profile->dump(2).c_str());
+        return 0;
+    }
+    const std::optional<json> state = ProfileAt(*profile, options.seconds, error);
+    if (!state) {
+        return ReportFailure(error);
+    }
+    if (!options.report.empty()) {
+        return ShowReport(*state, options.report);
+    }
+    std::puts(state->dump(2).c_str());
+    return 0;
+}
+
+}  // namespace
+
+void AddShowCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<CShowOptions>();
+    CLI::App* show = app.add_subcommand(
+        "show", "Show a host's profile as it is with everything that it extends");
+    show->add_option("profile", options->host,
+                     "The host: the name of a shipped one, or the path of a profile")
+        ->required();
+    show->add_option("--report", options->report,
+                     "Show what a tool prints on the host instead: its command line in one word")
+        ->type_name("COMMAND");
+    const CLI::Option* startAt = AddStartAtOption(*show, options->seconds);
+    show->callback([options, startAt, &status] {
+        options->atTime = startAt->count() != 0;
+        status = Show(*options);
+    });
+    show->footer(
+        "With --start-at, the profile is shown as its events have left it by then. With --report,\n"
+        "the exit status is the tool's.\n"
+        "\n"
+        "Examples:\n"
+        "  qorsim show degraded\n"
+        "  qorsim show small --report \"krzcli -ctrlinfo -a0\"\n"
+        "  qorsim show lifecycle --start-at 30 --report \"krzcli -pdinfo -nosmart -a0\"");
+}
+
+}  // namespace qorsim
