@@ -23,7 +23,7 @@ void EnterPrivateMounts();
 // Moves the calling process into namespaces of its own; what it sees stays the same.
 void EnterMountNamespace();
 // In such namespaces: the directory keeps its entries, but only this view sees what is added to it.
-void CoverWithWritableCopy(const std::string& directory);
+void CoverWithWritableCopy(const std::string& parent);
 
 }  // namespace qorsim
 

@@ -37,7 +37,7 @@ struct CServerFile {
 const std::vector<CServerFile>& ServerFiles();
 
 nlohmann::json WriteCall(const CRecordedCall& call);
-std::optional<CRecordedCall> ReadCall(const nlohmann::json& json, std::string& error);
+std::optional<CRecordedCall> ReadCall(const nlohmann::json& object, std::string& error);
 
 bool WriteIndex(const std::string& directory, const CRecording& recording, std::string& error);
 std::optional<CRecording> ReadIndex(const std::string& directory, std::string& error);
