@@ -73,7 +73,7 @@ void UnshareUserAndMounts() {
 }
 
 bool MakePrivateFromRoot() {
-    return mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    return mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
 // The root directory of a chroot is no mount point, and only mount points can be made private.
@@ -120,7 +120,7 @@ void MountTmpfs(const std::string& directory) {
 }
 
 void BindMount(const std::string& source, const std::string& target) {
-    if (mount(source.c_str(), target.c_str(), nullptr, MS_BIND | MS_REC, nullptr) != 0) {
+    if (mount(source.c_str(), target.c_str(), "none", MS_BIND | MS_REC, nullptr) != 0) {
         Fail("cannot keep " + target + " visible");
     }
 }

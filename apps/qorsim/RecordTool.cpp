@@ -36,7 +36,7 @@ bool PlaceScript(const std::string& path, const char* verb, std::string& error) 
 // other name, and what is beneath the mount under its own.
 bool MoveMount(const std::string& path, const std::string& target, std::string& error) {
     if (WriteFile(target, "", error)) {
-        if (mount(path.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) == 0 &&
+        if (mount(path.c_str(), target.c_str(), "none", MS_BIND, nullptr) == 0 &&
             umount2(path.c_str(), MNT_DETACH) == 0) {
             return true;
         }

@@ -224,7 +224,8 @@ TEST_F(CRecordTest, RedactedServerHasNoneOfItsIdentifiers) {
     EXPECT_EQ(replayed.status, 0);
     EXPECT_EQ(replayed.out.size(), plain.out.size());
     const std::string all = Everything();
-    for (const nlohmann::json& controller : ShippedProfile("large")["controllers"]) {
+    const nlohmann::json profile = ShippedProfile("large");
+    for (const nlohmann::json& controller : profile["controllers"]) {
         EXPECT_THAT(all, Not(HasSubstr(controller["serial"].get<std::string>())));
         EXPECT_THAT(all, Not(HasSubstr(controller["sasAddress"].get<std::string>())));
         for (const nlohmann::json& drive : controller["drives"]) {

@@ -22,7 +22,7 @@ protected:
     void SetUp() override {
         CComLibTest::SetUp();
         fs::create_directory(Bus());
-        ASSERT_EQ(mount(Bus().c_str(), PCI_DEVICES, nullptr, MS_BIND, nullptr), 0);
+        ASSERT_EQ(mount(Bus().c_str(), PCI_DEVICES, "none", MS_BIND, nullptr), 0);
     }
     void TearDown() override {
         umount2(PCI_DEVICES, MNT_DETACH);
