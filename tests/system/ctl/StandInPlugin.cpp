@@ -50,12 +50,6 @@ std::vector<CRecord> ReadAnswer() {
     return records;
 }
 
-// Read once: it may be long.
-const std::vector<CRecord>& ReadAnswer() {
-    static const std::vector<CRecord> answer = ReadAnswerFile();
-    return answer;
-}
-
 void Log(const std::string& line) {
     if (const char* path = std::getenv("QOR_STAND_IN_LOG")) {
         std::ofstream(path, std::ios::app) << line << '\n';
