@@ -1,11 +1,11 @@
 #include "DriveCommand.h"
 
-#include "PluginRequest.h"
-
 namespace qorctl {
 
-int RunDriveCommand(const std::string& pluginPath, const CDriveAddress& address) {
-    return ShowItemsAsTree(pluginPath, DriveRequest(address));
+int RunDriveCommand(const CItemReportOptions& options, const CDriveAddress& address) {
+    return RunItemReport(
+        options,
+        {.command = "drive", .request = DriveRequest(address), .controller = address.controller});
 }
 
 }  // namespace qorctl

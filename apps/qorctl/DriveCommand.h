@@ -1,16 +1,14 @@
-// `qorctl drive`: asks the plug-in for one physical drive with its SMART data and shows it as a
-// tree.
+// `qorctl drive`: asks the plug-in for one physical drive with its SMART data and reports it.
 #ifndef QORCTL_DRIVECOMMAND_H
 #define QORCTL_DRIVECOMMAND_H
 
-#include <string>
-
 #include "DriveAddress.h"
+#include "ItemReport.h"
 
 namespace qorctl {
 
-// Outputs and exit status as RunRaidCommand().
-int RunDriveCommand(const std::string& pluginPath, const CDriveAddress& address);
+// Outputs and exit status as RunItemReport().
+int RunDriveCommand(const CItemReportOptions& options, const CDriveAddress& address);
 
 }  // namespace qorctl
 

@@ -60,22 +60,27 @@ std::string LoaderMessage(const std::string& name) {
     return text.starts_with(name + ": ") ? text.substr(name.size() + 2) : text;
 }
 
+// What the loader is to open; the places that were looked at in vain are added to `tried`.
+std::string FindLibrary(const std::string& path, std::string& tried) {
+    std::string name = FileOfUser(path);
+    if (!name.empty()) {
+        return name;
+    }
+    for (const fs::path& place : PlacesBesideProgram()) {
+        std::error_code error;
+        if (fs::exists(place, error)) {
+            return place.string();
+        }
+        AddTried(tried, place.string(), "no such file");
+    }
+    return LIBRARY_NAME;
+}
+
 }  // namespace
 
 std::optional<CPluginLibrary> CPluginLibrary::Load(const std::string& path, std::string& problem) {
-    std::string name = FileOfUser(path);
     std::string tried;
-    if (name.empty()) {
-        name = LIBRARY_NAME;
-        for (const fs::path& place : PlacesBesideProgram()) {
-            std::error_code error;
-            if (fs::exists(place, error)) {
-                name = place.string();
-                break;
-            }
-            AddTried(tried, place.string(), "no such file");
-        }
-    }
+    const std::string name = FindLibrary(path, tried);
     std::string reason;
     std::optional<CPluginLibrary> library = Open(name, reason);
     if (!library) {
@@ -84,6 +89,11 @@ std::optional<CPluginLibrary> CPluginLibrary::Load(const std::string& path, std:
                   "Name the plug-in with --plugin PATH or the environment variable QOR_PLUGIN.";
     }
     return library;
+}
+
+std::string CPluginLibrary::Locate(const std::string& path) {
+    std::string tried;
+    return FindLibrary(path, tried);
 }
 
 std::optional<CPluginLibrary> CPluginLibrary::Open(const std::string& name, std::string& reason) {
@@ -102,14 +112,14 @@ std::optional<CPluginLibrary> CPluginLibrary::Open(const std::string& name, std:
 // All four are demanded, also those that are not called here: a library without them is not the
 // plug-in that it claims to be.
 bool CPluginLibrary::ResolveExports(std::string& reason) {
-    for (const char* symbol : {"CreateLibIF", "DeleteLibIF", "CreateItemDisp", "DeleteItemDisp"}) {
-        if (dlsym(m_Handle, symbol) == nullptr) {
+    for (const char* symbol : PLUGIN_EXPORTS) {
+        if (Symbol(symbol) == nullptr) {
             reason = std::string("not the plug-in, it does not export ") + symbol;
             return false;
         }
     }
-    m_Create = reinterpret_cast<decltype(m_Create)>(dlsym(m_Handle, "CreateLibIF"));
-    m_Delete = reinterpret_cast<decltype(m_Delete)>(dlsym(m_Handle, "DeleteLibIF"));
+    m_Create = reinterpret_cast<decltype(m_Create)>(Symbol("CreateLibIF"));
+    m_Delete = reinterpret_cast<decltype(m_Delete)>(Symbol("DeleteLibIF"));
     return true;
 }
 
@@ -122,6 +132,10 @@ CPluginLibrary::~CPluginLibrary() {
     if (m_Handle != nullptr) {
         dlclose(m_Handle);
     }
+}
+
+void* CPluginLibrary::Symbol(const char* symbol) const {
+    return dlsym(m_Handle, symbol);
 }
 
 CMngSrv_QorLibIF* CPluginLibrary::Create() const {

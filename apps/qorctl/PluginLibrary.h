@@ -6,12 +6,17 @@
 #ifndef QORCTL_PLUGINLIBRARY_H
 #define QORCTL_PLUGINLIBRARY_H
 
+#include <array>
 #include <optional>
 #include <string>
 
 #include "plugin/MngSrv_QorLibIF.h"
 
 namespace qorctl {
+
+// What every plug-in exports.
+inline constexpr std::array<const char*, 4> PLUGIN_EXPORTS = {"CreateLibIF", "DeleteLibIF",
+                                                              "CreateItemDisp", "DeleteItemDisp"};
 
 class CPluginLibrary {
 public:
@@ -26,6 +31,9 @@ public:
     // why it did not do.
     static std::optional<CPluginLibrary> Load(const std::string& path, std::string& problem);
 
+    // The file or the name that Load() hands to the loader for `path`.
+    static std::string Locate(const std::string& path);
+
     CPluginLibrary(CPluginLibrary&& other) noexcept;
     ~CPluginLibrary();
     CPluginLibrary(const CPluginLibrary&) = delete;  // one owner of the loaded library
@@ -38,6 +46,9 @@ public:
 
     // Ends an object made by Create(). Null is harmless.
     void Delete(CMngSrv_QorLibIF* object) const;
+
+    // The address of `symbol` in the plug-in or in a library that it needs; null if there is none.
+    void* Symbol(const char* symbol) const;
 
 private:
     explicit CPluginLibrary(void* handle) : m_Handle(handle) {}

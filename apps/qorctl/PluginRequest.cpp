@@ -7,11 +7,10 @@
 #include <exception>
 #include <optional>
 
-#include "ItemTree.h"
+#include "Interrupt.h"
 #include "Output.h"
 #include "PluginLibrary.h"
 #include "TerminalText.h"
-#include "TreeView.h"
 
 namespace qorctl {
 namespace {
@@ -56,27 +55,31 @@ CPluginItems::~CPluginItems() {
     }
 }
 
-int AskAndShow(CMngSrv_QorLibIF& object, const CAsk& ask, const CShow& show) {
-    CPluginItems items(object);
-    CResultTexts texts;
-    const bool success = ask(object, items.Get(), texts);
+void ReportTexts(const CResultTexts& texts) {
     for (const std::string& message : ExplainResult(texts, DetectTextStyle(STDERR_FILENO))) {
         Report(message);
     }
-    if (!success) {
-        Report("the request failed");
-        return EXIT_FAILURE;
-    }
-    return show(object, items.Get());
 }
 
-int UsePlugin(const CPluginLibrary& library, const CAsk& ask, const CShow& show) {
+void AskObject(CMngSrv_QorLibIF& object, const CAsk& ask, const CUse& use, CRequestEnd& end) {
+    CPluginItems items(object);
+    if (!ask(object, items.Get(), end.texts)) {
+        end.kind = EEnd::FAILED;
+        end.problem = "the request failed";
+        return;
+    }
+    end.kind = EEnd::ANSWERED;
+    use(object, items.Get(), end.texts);
+}
+
+void UsePlugin(const CPluginLibrary& library, const CAsk& ask, const CUse& use, CRequestEnd& end) {
     const CPluginObject object(library);
     if (object.Get() == nullptr) {
-        Report("the plug-in made no plug-in object");
-        return EXIT_FAILURE;
+        end.kind = EEnd::NO_OBJECT;
+        end.problem = "the plug-in made no plug-in object";
+        return;
     }
-    return AskAndShow(*object.Get(), ask, show);
+    AskObject(*object.Get(), ask, use, end);
 }
 
 }  // namespace
@@ -106,6 +109,21 @@ CItemRequest DriveRequest(const CDriveAddress& address) {
                         address.enclosure, address.slot, address.controller)};
 }
 
+// Exceptions of the plug-in are caught while the library is loaded: their code lives in it.
+CRequestEnd AskPlugin(const CPluginLibrary& library, const CAsk& ask, const CUse& use) {
+    CRequestEnd end;
+    try {
+        UsePlugin(library, ask, use, end);
+        return end;
+    } catch (const std::exception& error) {
+        end.problem = std::string("the request ended with an exception: ") + error.what();
+    } catch (...) {
+        end.problem = "the request ended with an exception of an unknown type";
+    }
+    end.kind = EEnd::EXCEPTION;
+    return end;
+}
+
 int RunRequest(const std::string& pluginPath, const CAsk& ask, const CShow& show) {
     std::string problem;
     const std::optional<CPluginLibrary> library = CPluginLibrary::Load(pluginPath, problem);
@@ -113,14 +131,20 @@ int RunRequest(const std::string& pluginPath, const CAsk& ask, const CShow& show
         Report(problem);
         return EXIT_FAILURE;
     }
-    // Exceptions of the plug-in are caught while the library is loaded: their code lives in it.
-    try {
-        return UsePlugin(*library, ask, show);
-    } catch (const std::exception& error) {
-        Report(std::string("the request ended with an exception: ") + error.what());
-    } catch (...) {
-        Report("the request ended with an exception of an unknown type");
+    const CInterruptGuard guard;
+    int status = EXIT_FAILURE;
+    const CRequestEnd end = AskPlugin(
+        *library, ask, [&](CMngSrv_QorLibIF& object, CItemList& items, const CResultTexts& texts) {
+            ReportTexts(texts);
+            status = show(object, items);
+        });
+    if (end.kind == EEnd::ANSWERED) {
+        return status;
     }
+    if (end.kind == EEnd::FAILED) {
+        ReportTexts(end.texts);
+    }
+    Report(end.problem);
     return EXIT_FAILURE;
 }
 
@@ -131,12 +155,6 @@ int RunItemRequest(const std::string& pluginPath, const CItemRequest& request, c
             return EXIT_SUCCESS;
         }
         return show(object, items);
-    });
-}
-
-int ShowItemsAsTree(const std::string& pluginPath, const CItemRequest& request) {
-    return RunItemRequest(pluginPath, request, [](CMngSrv_QorLibIF&, CItemList& items) {
-        return WriteOut(FormatTree(CItemTree(items), DetectTextStyle(STDOUT_FILENO)));
     });
 }
 

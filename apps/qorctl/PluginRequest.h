@@ -12,6 +12,7 @@
 #include <string>
 
 #include "DriveAddress.h"
+#include "PluginLibrary.h"
 #include "ResultTexts.h"
 #include "plugin/ItemDisp.h"
 #include "plugin/MngSrv_QorLibIF.h"
@@ -28,6 +29,24 @@ using CAsk = std::function<bool(CMngSrv_QorLibIF& object, CItemList& items, CRes
 // the exit status.
 using CShow = std::function<int(CMngSrv_QorLibIF& object, CItemList& items)>;
 
+// The same for callers that take the answer as a value; the texts may hold a notice.
+using CUse =
+    std::function<void(CMngSrv_QorLibIF& object, CItemList& items, const CResultTexts& texts)>;
+
+// How a request ended.
+enum class EEnd {
+    ANSWERED,   // the items were handed to the caller
+    FAILED,     // the plug-in said so; its texts say why
+    NO_OBJECT,  // the plug-in made no plug-in object
+    EXCEPTION,  // the plug-in, or what used its answer, threw
+};
+
+struct CRequestEnd {
+    EEnd kind = EEnd::EXCEPTION;
+    CResultTexts texts;
+    std::string problem;  // in words; empty when it was answered
+};
+
 // A request whose answer is a list of items.
 struct CItemRequest {
     CAsk ask;
@@ -38,6 +57,10 @@ CItemRequest RaidRequest();
 CItemRequest StorageRequest();
 CItemRequest DriveRequest(const CDriveAddress& address);
 
+// Makes a plug-in object, asks it and, after success, hands the answer to `use` while the object
+// and the items are there. Writes nothing, and throws nothing of the plug-in's.
+CRequestEnd AskPlugin(const CPluginLibrary& library, const CAsk& ask, const CUse& use);
+
 // Loads the plug-in (`pluginPath`, or where CPluginLibrary looks when it is empty), asks, writes
 // codes in words and failures to standard error and, after success, shows. Returns the exit status:
 // that of `show`, or 1 when the request failed or the plug-in could not be loaded or threw.
@@ -45,9 +68,6 @@ int RunRequest(const std::string& pluginPath, const CAsk& ask, const CShow& show
 
 // The same for items; an empty list is not shown but stated on standard error, with exit status 0.
 int RunItemRequest(const std::string& pluginPath, const CItemRequest& request, const CShow& show);
-
-// The same, the items shown as a tree on standard output.
-int ShowItemsAsTree(const std::string& pluginPath, const CItemRequest& request);
 
 }  // namespace qorctl
 

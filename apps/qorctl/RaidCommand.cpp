@@ -1,11 +1,10 @@
 #include "RaidCommand.h"
 
-#include "PluginRequest.h"
-
 namespace qorctl {
 
-int RunRaidCommand(const std::string& pluginPath) {
-    return ShowItemsAsTree(pluginPath, RaidRequest());
+int RunRaidCommand(const CItemReportOptions& options) {
+    return RunItemReport(options,
+                         {.command = "raid", .request = RaidRequest(), .controller = std::nullopt});
 }
 
 }  // namespace qorctl

@@ -38,51 +38,65 @@ constexpr std::array<CMeaning, 2> NOTICES = {{
      "Nothing needs to be done, unless drives should be there: then check their cables and power."},
 }};
 
-// `first` as it is, and below it the lines of `second`, indented.
-std::string Message(std::string_view first, std::string_view second) {
-    std::string out(first);
-    out += "\n  ";
-    for (const char character : second) {
-        out += character;
-        if (character == '\n') {
-            out += "  ";
-        }
-    }
-    return out;
-}
-
 template <size_t SIZE>
-std::string Explain(std::string_view kind, const std::string& code,
-                    const std::array<CMeaning, SIZE>& meanings, const CTextStyle& style) {
+CMessage Explain(std::string_view kind, const std::string& code, ESeverity severity,
+                 const std::array<CMeaning, SIZE>& meanings) {
+    CMessage message;
+    message.severity = severity;
+    message.code = fmt::format("{}-{}", kind, code);
     const auto* found = std::find_if(meanings.begin(), meanings.end(),
                                      [&code](const CMeaning& row) { return row.code == code; });
     if (found == meanings.end()) {
-        return fmt::format("{} code {}: no meaning is known for this code", kind,
-                           MakeVisible(code, style));
+        message.text = fmt::format("{} code {}: no meaning is known for this code", kind, code);
+    } else {
+        message.text = fmt::format("{} code {}: {}", kind, code, found->meaning);
+        message.remedy = found->remedy;
     }
-    return Message(fmt::format("{} code {}: {}", kind, code, found->meaning), found->remedy);
+    return message;
 }
 
-std::string ExplainDetail(const std::string& detail, const CTextStyle& style) {
-    const std::string command = MakeVisible(detail, style);
-    return Message("the command that failed: " + command,
-                   "By hand: LD_LIBRARY_PATH=/opt/tarmica/krz/lib /opt/tarmica/krz/cli/" + command);
+CMessage ExplainDetail(const std::string& command, ESeverity severity) {
+    return {
+        .severity = severity,
+        .code = "failed-command",
+        .text = "the command that failed: " + command,
+        .remedy = "By hand: LD_LIBRARY_PATH=/opt/tarmica/krz/lib /opt/tarmica/krz/cli/" + command};
 }
 
 }  // namespace
 
-std::vector<std::string> ExplainResult(const CResultTexts& texts, const CTextStyle& style) {
-    std::vector<std::string> messages;
+CMessages ResultMessages(const CResultTexts& texts, EOutcome outcome) {
+    const ESeverity severity = outcome == EOutcome::FAILED ? ESeverity::ERROR : ESeverity::WARNING;
+    CMessages messages;
     if (!texts.errorCode.empty()) {
-        messages.push_back(Explain("error", texts.errorCode, ERRORS, style));
+        messages.push_back(Explain("error", texts.errorCode, severity, ERRORS));
     }
     if (!texts.noticeCode.empty()) {
-        messages.push_back(Explain("notice", texts.noticeCode, NOTICES, style));
+        messages.push_back(Explain("notice", texts.noticeCode, ESeverity::WARNING, NOTICES));
     }
     if (!texts.detail.empty() && texts.detail != "none") {
-        messages.push_back(ExplainDetail(texts.detail, style));
+        messages.push_back(ExplainDetail(texts.detail, severity));
     }
     return messages;
+}
+
+std::string MessageText(const CMessage& message, const CTextStyle& style) {
+    std::string text = MakeVisible(message.text, style);
+    std::string_view remedy = message.remedy;
+    while (!remedy.empty()) {
+        const size_t end = remedy.find('\n');
+        text += "\n  " + MakeVisible(remedy.substr(0, end), style);
+        remedy.remove_prefix(end == std::string_view::npos ? remedy.size() : end + 1);
+    }
+    return text;
+}
+
+std::vector<std::string> ExplainResult(const CResultTexts& texts, const CTextStyle& style) {
+    std::vector<std::string> explained;
+    for (const CMessage& message : ResultMessages(texts, EOutcome::FAILED)) {
+        explained.push_back(MessageText(message, style));
+    }
+    return explained;
 }
 
 }  // namespace qorctl

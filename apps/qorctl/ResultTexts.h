@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Message.h"
 #include "TerminalText.h"
 
 namespace qorctl {
@@ -18,9 +19,17 @@ struct CResultTexts {
     std::string detail;      // the command that failed; empty or "none": no command to name
 };
 
-// One message for each text that says something, of one or more lines: what it means and what can
-// be done about it. A code without a known meaning is stated as it is. The plug-in's texts are made
-// visible in `style`.
+enum class EOutcome { SUCCEEDED, FAILED };
+
+// One message for each text that says something: what it means and what can be done about it. A
+// code without a known meaning is stated as it is. Codes of the messages: "error-" or "notice-" and
+// the plug-in's code, "failed-command". The error code of a request that succeeded is a warning.
+CMessages ResultMessages(const CResultTexts& texts, EOutcome outcome);
+
+// A message as one text of one or more lines, made visible in `style`.
+std::string MessageText(const CMessage& message, const CTextStyle& style);
+
+// The same messages as texts.
 std::vector<std::string> ExplainResult(const CResultTexts& texts, const CTextStyle& style);
 
 }  // namespace qorctl

@@ -1,11 +1,10 @@
 #include "StorageCommand.h"
 
-#include "PluginRequest.h"
-
 namespace qorctl {
 
-int RunStorageCommand(const std::string& pluginPath) {
-    return ShowItemsAsTree(pluginPath, StorageRequest());
+int RunStorageCommand(const CItemReportOptions& options) {
+    return RunItemReport(
+        options, {.command = "storage", .request = StorageRequest(), .controller = std::nullopt});
 }
 
 }  // namespace qorctl

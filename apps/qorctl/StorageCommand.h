@@ -1,14 +1,13 @@
-// `qorctl storage`: asks the plug-in for the RAID information and the PCIe SSDs and shows both as
-// a tree.
+// `qorctl storage`: asks the plug-in for the RAID information and the PCIe SSDs and reports both.
 #ifndef QORCTL_STORAGECOMMAND_H
 #define QORCTL_STORAGECOMMAND_H
 
-#include <string>
+#include "ItemReport.h"
 
 namespace qorctl {
 
-// Outputs and exit status as RunRaidCommand().
-int RunStorageCommand(const std::string& pluginPath);
+// Outputs and exit status as RunItemReport().
+int RunStorageCommand(const CItemReportOptions& options);
 
 }  // namespace qorctl
 

@@ -126,8 +126,11 @@ bool IsDumbTerminal() {
 }  // namespace
 
 CTextStyle DetectTextStyle(int fd) {
-    return {.utf8 = IsUtf8Locale(),
-            .colour = isatty(fd) == 1 && !IsSet("NO_COLOR") && !IsDumbTerminal()};
+    return {.utf8 = IsUtf8Locale(), .colour = CanMoveCursor(fd) && !IsSet("NO_COLOR")};
+}
+
+bool CanMoveCursor(int fd) {
+    return isatty(fd) == 1 && !IsDumbTerminal();
 }
 
 std::string MakeVisible(std::string_view text, const CTextStyle& style) {

@@ -24,6 +24,9 @@ struct CTextStyle {
 // locale.
 CTextStyle DetectTextStyle(int fd);
 
+// Whether `fd` is a terminal on which the cursor can be moved: not a dumb one.
+bool CanMoveCursor(int fd);
+
 // A printable copy of `text` on one line. Control characters, bytes that are not valid UTF-8,
 // characters that reorder or hide text and, where the style is ASCII, everything beyond ASCII
 // become visible as "\t", "\n", "\r" or the hexadecimal form of each byte, "\x1b".

@@ -29,27 +29,35 @@ constexpr std::array<CMeaning, 6> MEANINGS = {{
     {0x04000000, "the document would be too large"},
 }};
 
-int Serialize(CMngSrv_QorLibIF& object, CItemList& items, const std::string& component) {
-    char* document = nullptr;
-    const unsigned int result =
-        object.XmlSerialize(TYPE_DISPLAY_DATA, component.c_str(), &items, &document);
-    if (result != 0) {
-        Report(ExplainXmlResult(result));
-        return EXIT_FAILURE;
-    }
-    if (document == nullptr) {
-        Report("the plug-in reported success but handed out no XML document");
-        return EXIT_FAILURE;
-    }
-    return WriteOut(document + std::string("\n"));
-}
-
 }  // namespace
+
+bool SerializeXml(CMngSrv_QorLibIF& object, CItemList& items, const std::string& component,
+                  std::string& document, std::string& problem) {
+    char* text = nullptr;
+    const unsigned int result =
+        object.XmlSerialize(TYPE_DISPLAY_DATA, component.c_str(), &items, &text);
+    if (result != 0) {
+        problem = ExplainXmlResult(result);
+        return false;
+    }
+    if (text == nullptr) {
+        problem = "the plug-in reported success but handed out no XML document";
+        return false;
+    }
+    document = text;
+    return true;
+}
 
 int RunXmlCommand(const std::string& pluginPath, const CItemRequest& request,
                   const std::string& component) {
     return RunItemRequest(pluginPath, request, [&](CMngSrv_QorLibIF& object, CItemList& items) {
-        return Serialize(object, items, component);
+        std::string document;
+        std::string problem;
+        if (!SerializeXml(object, items, component, document, problem)) {
+            Report(problem);
+            return EXIT_FAILURE;
+        }
+        return WriteOut(document + '\n');
     });
 }
 

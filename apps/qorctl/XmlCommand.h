@@ -15,6 +15,11 @@ namespace qorctl {
 int RunXmlCommand(const std::string& pluginPath, const CItemRequest& request,
                   const std::string& component);
 
+// The plug-in's document of the items, without a line feed, in `document`. Returns false and sets
+// `problem` when the plug-in refuses the items.
+bool SerializeXml(CMngSrv_QorLibIF& object, CItemList& items, const std::string& component,
+                  std::string& document, std::string& problem);
+
 // What a result of the plug-in's XML operation other than 0 means, the number of the item that it
 // is about included.
 std::string ExplainXmlResult(unsigned int result);

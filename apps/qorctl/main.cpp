@@ -5,9 +5,11 @@
 #include <vector>
 
 #include "DriveCommand.h"
+#include "HealthCommands.h"
 #include "PluginRequest.h"
 #include "RaidCommand.h"
 #include "StorageCommand.h"
+#include "SupportCommands.h"
 #include "SvpCommand.h"
 #include "XmlCommand.h"
 
@@ -16,7 +18,8 @@ namespace {
 constexpr const char* EXIT_STATUS =
     "Exit status:\n"
     "  0      success, also when there is nothing to report\n"
-    "  1      the request failed, or the plug-in could not be loaded\n"
+    "  1      the request failed, the plug-in could not be loaded, or the report not be written\n"
+    "  130    interrupted by Ctrl-C\n"
     "  other  the command line was not understood\n"
     "\n";
 
@@ -35,13 +38,31 @@ constexpr const char* PLUGIN_WHERE =
     "The report goes to standard output; error and notice codes are explained on standard error.\n"
     "\n";
 
+constexpr const char* FORMATS_ABOUT =
+    "Formats:\n"
+    "  tree   every item that the plug-in reports, and the problems in sentences\n"
+    "  table  a line a device, marked \"!!\", \"!\" or \"?\" where it is critical, a warning or\n"
+    "         unknown; and the problems in sentences\n"
+    "  json   for programs, see docs/formats/qorctl-json.md; also written after a failure\n"
+    "  csv    for spreadsheets (RFC 4180): a row a physical drive and a PCIe SSD; a text that a\n"
+    "         spreadsheet would take for a formula gets an apostrophe in front\n"
+    "  xml    the plug-in's own document\n"
+    "\n"
+    "--output writes beside FILE and renames, so that FILE is whole at any time. It stays as it "
+    "was\n"
+    "when the request fails (but JSON tells of that) or the report cannot be written.\n"
+    "On a terminal, standard error shows which command runs. Ctrl-C ends that command too.\n"
+    "\n";
+
 constexpr const char* RAID_EXAMPLE =
-    "Example:\n"
-    "  qorctl raid --plugin /usr/local/lib/libqor_MngSrv_QorLib.so";
+    "Examples:\n"
+    "  qorctl raid --plugin /usr/local/lib/libqor_MngSrv_QorLib.so\n"
+    "  qorctl raid --format json | jq '.physical_drives[] | select(.status != \"NO ERROR\")'";
 
 constexpr const char* STORAGE_EXAMPLE =
-    "Example:\n"
-    "  qorctl storage | less";
+    "Examples:\n"
+    "  qorctl storage --format table\n"
+    "  qorctl storage --format csv --output drives.csv";
 
 constexpr const char* DRIVE_EXAMPLE =
     "Example, the drive in slot 3 of enclosure 252 at the first controller:\n"
@@ -81,6 +102,8 @@ struct COptions {
     std::vector<std::string> of = {"raid"};
     std::string component;
     std::string form;
+    std::string format = "tree";
+    std::string output;
 };
 
 CLI::App* AddCommand(CLI::App& app, COptions& options, const char* name, const char* description,
@@ -92,10 +115,28 @@ CLI::App* AddCommand(CLI::App& app, COptions& options, const char* name, const c
     return command;
 }
 
-CLI::App* AddDriveCommand(CLI::App& app, COptions& options) {
+// A sub-command whose answer comes in several forms.
+CLI::App* AddReportCommand(CLI::App& app, COptions& options, const char* name,
+                           const char* description, const std::string& footer) {
     CLI::App* command =
-        AddCommand(app, options, "drive", "One physical drive with its SMART data, as a tree",
-                   std::string(PLUGIN_WHERE) + EXIT_STATUS + DRIVE_EXAMPLE);
+        AddCommand(app, options, name, description,
+                   std::string(FORMATS_ABOUT) + PLUGIN_WHERE + EXIT_STATUS + footer);
+    command->add_option("--format", options.format, "tree (the default), table, json, csv or xml")
+        ->type_name("FORMAT")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return qorctl::ReadItemFormat(text) ? ""
+                                                    : "not tree, table, json, csv or xml: " + text;
+            },
+            "", "format"));
+    command->add_option("--output", options.output, "Write the report to FILE, whole or not at all")
+        ->type_name("FILE");
+    return command;
+}
+
+CLI::App* AddDriveCommand(CLI::App& app, COptions& options) {
+    CLI::App* command = AddReportCommand(app, options, "drive",
+                                         "One physical drive with its SMART data", DRIVE_EXAMPLE);
     const CLI::Validator number(
         [](const std::string& text) {
             return qorctl::ReadAddressNumber(text) ? ""
@@ -175,10 +216,16 @@ int RunSvp(const COptions& options, bool decode) {
                                 : qorctl::DecodeSvpFile(options.form);
 }
 
+qorctl::CItemReportOptions ReportOptions(const COptions& options) {
+    return {.plugin = options.plugin,
+            .format = *qorctl::ReadItemFormat(options.format),
+            .outputPath = options.output};
+}
+
 int RunDrive(const COptions& options) {
     const auto address =
         qorctl::ReadDriveAddress(options.address[0], options.address[1], options.address[2]);
-    return qorctl::RunDriveCommand(options.plugin, *address);
+    return qorctl::RunDriveCommand(ReportOptions(options), *address);
 }
 
 }  // namespace
@@ -191,24 +238,23 @@ int main(int argc, char** argv) {
 
     COptions options;
     int status = EXIT_SUCCESS;
-    const std::string footer = std::string(PLUGIN_WHERE) + EXIT_STATUS;
-    AddCommand(app, options, "raid",
-               "RAID controllers with their logical and physical drives, as a tree",
-               footer + RAID_EXAMPLE)
-        ->callback([&] { status = qorctl::RunRaidCommand(options.plugin); });
-    AddCommand(app, options, "storage",
-               "RAID controllers with their drives, and PCIe SSDs, as a tree",
-               footer + STORAGE_EXAMPLE)
-        ->callback([&] { status = qorctl::RunStorageCommand(options.plugin); });
+    AddReportCommand(app, options, "raid",
+                     "RAID controllers with their logical and physical drives", RAID_EXAMPLE)
+        ->callback([&] { status = qorctl::RunRaidCommand(ReportOptions(options)); });
+    AddReportCommand(app, options, "storage", "RAID controllers with their drives, and PCIe SSDs",
+                     STORAGE_EXAMPLE)
+        ->callback([&] { status = qorctl::RunStorageCommand(ReportOptions(options)); });
     AddDriveCommand(app, options)->callback([&] { status = RunDrive(options); });
     AddXmlCommand(app, options)->callback([&] { status = RunXml(options); });
     CLI::App* svp = AddSvpCommand(app, options);
     svp->callback([&] { status = RunSvp(options, svp->count("--decode") > 0); });
+    qorctl::AddSupportCommands(app, status);
+    qorctl::AddHealthCommands(app, status);
 
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error);
+        return qorctl::ExitUnparsed(app, error);
     }
     return status;
 }

@@ -49,6 +49,9 @@ public:
     // format that printf refuses is shown as it is.
     __attribute__((format(printf, 2, 0))) void Format(const char* format, va_list arguments);
 
+    // The formatted message, a zero behind it. Valid after Format().
+    std::string_view Message() const { return m_Message; }
+
     // Write the line; at the end of a file, to a descriptor, or to syslog at the priority of the
     // level. Failures are ignored.
     void WriteToFile(const char* path) const;

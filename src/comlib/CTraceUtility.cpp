@@ -10,6 +10,7 @@
 
 #include "comlib/CTraceLine.h"
 #include "comlib/CTraceSettings.h"
+#include "comlib/TraceSink.h"
 #include "plugin/ComLib.h"
 
 namespace {
@@ -26,6 +27,11 @@ constinit std::mutex s_ReadMutex;
 constinit std::atomic<unsigned> s_Levels = NOT_READ;  // the rest is valid once this is
 constinit ETraceSink s_Sink = ETraceSink::NONE;
 constinit std::array<char, PATH_MAX> s_File = {};
+
+// The program's own sink. Its levels are 0 while there is none.
+constinit std::atomic<unsigned> s_OwnLevels = 0;
+constinit QorTraceSink s_OwnSink = nullptr;
+constinit void* s_OwnContext = nullptr;
 
 unsigned ReadSettings() {
     const std::lock_guard<std::mutex> lock(s_ReadMutex);
@@ -45,6 +51,10 @@ bool IsOn(CTraceUtility::TRACE_DBG_LEVEL level) {
         levels = ReadSettings();
     }
     return (levels & static_cast<unsigned>(level)) != 0;
+}
+
+bool IsForOwnSink(CTraceUtility::TRACE_DBG_LEVEL level) {
+    return (s_OwnLevels.load(std::memory_order_acquire) & static_cast<unsigned>(level)) != 0;
 }
 
 void Write(const CTraceLine& line) {
@@ -67,14 +77,27 @@ void Write(const CTraceLine& line) {
 
 void CTraceUtility::WriteDebug(const char* module, TRACE_DBG_LEVEL level, const char* format, ...) {
     const int callerErrno = errno;
-    if (IsOn(level)) {
+    const bool isOn = IsOn(level);
+    const bool isForOwnSink = IsForOwnSink(level);
+    if (isOn || isForOwnSink) {
         CTraceLine line(module, level);
         errno = callerErrno;
         va_list arguments;
         va_start(arguments, format);
         line.Format(format, arguments);
         va_end(arguments);
-        Write(line);
+        if (isOn) {
+            Write(line);
+        }
+        if (isForOwnSink) {
+            s_OwnSink(s_OwnContext, module, level, line.Message().data(), line.Message().size());
+        }
     }
     errno = callerErrno;
+}
+
+void QorSetTraceSink(QorTraceSink sink, void* context, unsigned levels) {
+    s_OwnSink = sink;
+    s_OwnContext = context;
+    s_OwnLevels.store(sink == nullptr ? 0 : levels, std::memory_order_release);
 }

@@ -30,7 +30,9 @@ TEST_F(DriveCommandTest, DriveAtTheAddressIsShownAsATree) {
     EXPECT_EQ(outcome.out,
               "Physical Drive Information\n"
               "└─ [SMART Information]\n"
-              "   └─ SMART Detail(SAS) : (not reported)\n");
+              "   └─ SMART Detail(SAS) : (not reported)\n"
+              "\n"
+              "Controller 1 drive PD?: the tool reports no state.\n");
     EXPECT_EQ(Log(), "create\nof 1 [252:3]\nGetPDInfo 0\nFreeItemList 3\ndelete\nunload\n");
 }
 

@@ -30,13 +30,16 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
     return pointers;
 }
 
-std::string ReadTerminal(int fd) {
+std::string ReadTerminal(int fd, const CQorctlRun& run) {
     std::string text;
     std::array<char, 4096> buffer = {};
     ssize_t count = 0;
     // The end of a terminal is the error EIO, once the other side is closed everywhere.
     while ((count = read(fd, buffer.data(), buffer.size())) > 0) {
         text.append(buffer.data(), static_cast<size_t>(count));
+        if (run.onTerminal) {
+            run.onTerminal(text);
+        }
     }
     EXPECT_EQ(errno, EIO);
     return text;
@@ -55,10 +58,11 @@ void ProvideTerminals() {
     }
 }
 
-CTerminalPair OpenTerminal() {
+CTerminalPair OpenTerminal(unsigned short width) {
     ProvideTerminals();
     CTerminalPair pair;
-    EXPECT_EQ(openpty(&pair.ours, &pair.theirs, nullptr, nullptr, nullptr), 0);
+    const winsize size = {.ws_row = 24, .ws_col = width, .ws_xpixel = 0, .ws_ypixel = 0};
+    EXPECT_EQ(openpty(&pair.ours, &pair.theirs, nullptr, nullptr, &size), 0);
     termios settings = {};
     EXPECT_EQ(tcgetattr(pair.theirs, &settings), 0);
     settings.c_oflag &= ~static_cast<tcflag_t>(ONLCR);
@@ -94,7 +98,8 @@ pid_t Spawn(const CQorctlRun& run, const posix_spawn_file_actions_t& actions) {
 CQorctlOutcome RunQorctl(const fs::path& folder, const CQorctlRun& run) {
     const std::string out = run.outputPath.empty() ? (folder / "out").string() : run.outputPath;
     const std::string err = (folder / "err").string();
-    const CTerminalPair terminal = run.terminal ? OpenTerminal() : CTerminalPair{};
+    const bool hasTerminal = run.terminal || run.errorTerminal;
+    const CTerminalPair terminal = hasTerminal ? OpenTerminal(run.terminalWidth) : CTerminalPair{};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, run.inputPath.c_str(), O_RDONLY, 0);
@@ -103,21 +108,27 @@ CQorctlOutcome RunQorctl(const fs::path& folder, const CQorctlRun& run) {
     } else {
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out.c_str(), OUTPUT_FLAGS, 0600);
     }
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), OUTPUT_FLAGS, 0600);
+    if (run.errorTerminal) {
+        posix_spawn_file_actions_adddup2(&actions, terminal.theirs, STDERR_FILENO);
+    } else {
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err.c_str(), OUTPUT_FLAGS, 0600);
+    }
     const pid_t child = Spawn(run, actions);
     posix_spawn_file_actions_destroy(&actions);
 
     CQorctlOutcome outcome;
-    if (run.terminal) {
+    if (hasTerminal) {
         close(terminal.theirs);
-        outcome.out = ReadTerminal(terminal.ours);
+        (run.terminal ? outcome.out : outcome.terminal) = ReadTerminal(terminal.ours, run);
         close(terminal.ours);
     }
     outcome.status = WaitFor(child);
     if (!run.terminal && run.outputPath.empty()) {
         outcome.out = ReadFile(out);
     }
-    outcome.err = ReadFile(err);
+    if (!run.errorTerminal) {
+        outcome.err = ReadFile(err);
+    }
     return outcome;
 }
 

@@ -3,6 +3,7 @@
 #define QORTEST_QORCTLPROCESS_H
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,12 +17,17 @@ struct CQorctlRun {
     std::string inputPath = "/dev/null";  // standard input comes from this file
     std::string outputPath = {};          // standard output goes to this existing file instead
     bool terminal = false;                // standard output is a terminal
+    bool errorTerminal = false;           // standard error is one instead
+    unsigned short terminalWidth = 0;     // columns; 0: the terminal does not say
+    // Told all that came from the terminal so far, each time something came.
+    std::function<void(const std::string& text)> onTerminal = {};
 };
 
 struct CQorctlOutcome {
     int status = -1;  // exit status; 128 + n when signal n ended it
     std::string out = {};
-    std::string err = {};
+    std::string err = {};       // without what went to a terminal
+    std::string terminal = {};  // standard error, if it is a terminal
 };
 
 // `folder` takes the files that hold the outputs. A terminal's line ends come back as "\n".

@@ -29,9 +29,18 @@ std::vector<std::string> Split(const std::string& text, char end) {
     return parts;
 }
 
-std::vector<CRecord> ReadAnswer() {
+// The requests for items so far.
+int s_Requests = 0;
+
+std::ifstream OpenAnswer() {
     const char* path = std::getenv("QOR_STAND_IN_ANSWER");
-    std::ifstream file(path == nullptr ? "" : path, std::ios::binary);
+    const std::string name = path == nullptr ? "" : path;
+    std::ifstream numbered(name + "." + std::to_string(s_Requests), std::ios::binary);
+    return numbered ? std::move(numbered) : std::ifstream(name, std::ios::binary);
+}
+
+std::vector<CRecord> ReadAnswer() {
+    std::ifstream file = OpenAnswer();
     const std::string text((std::istreambuf_iterator<char>(file)), {});
     std::vector<CRecord> records;
     for (const std::string& record : Split(text, qortest::RECORD_END)) {
@@ -93,7 +102,11 @@ unsigned char AnswerTexts(const std::string& operation, std::string* errorCode,
 unsigned char AnswerItems(const std::string& operation, std::list<CItemDisp*>* items,
                           std::string* errorCode, std::string* noticeCode,
                           std::string* errorDetail) {
+    ++s_Requests;
     Log(operation + " " + std::to_string(items->size()) + *errorCode + *noticeCode + *errorDetail);
+    if (IsAsked("wait")) {
+        std::ifstream(AnswerText("wait")).get();
+    }
     for (const CRecord& record : ReadAnswer()) {
         if (record[0] == "item") {
             items->push_back(CreateItemDisp(record[1].c_str(), record[2].c_str(), record[3].c_str(),
@@ -179,8 +192,17 @@ unsigned char CMngSrv_QorLibIF::GetPDInfo(long, long, long, std::list<CItemDisp*
     return 0;
 }
 
-unsigned int CMngSrv_QorLibIF::KRZExecCli(const std::string&, unsigned long*, const std::string&) {
-    Log("KRZExecCli");
+unsigned int CMngSrv_QorLibIF::KRZExecCli(const std::string& command, unsigned long* exitCode,
+                                          const std::string& resultFile) {
+    Log("KRZExecCli " + command);
+    ThrowIfAsked("KRZExecCli");
+    for (const CRecord& record : ReadAnswer()) {
+        if (record[0] == "exec") {
+            std::ofstream(resultFile, std::ios::binary) << record[3];
+            *exitCode = std::stoul(record[2]);
+            return static_cast<unsigned int>(std::stoul(record[1]));
+        }
+    }
     return 0;
 }
 

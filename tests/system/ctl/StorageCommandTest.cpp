@@ -25,7 +25,9 @@ TEST_F(StorageCommandTest, ItemsAreShownAsATree) {
     EXPECT_EQ(outcome.out,
               "PCIe SSD Information\n"
               "└─ [General Information]\n"
-              "   └─ Bus No. : 178\n");
+              "   └─ Bus No. : 178\n"
+              "\n"
+              "PCIe SSD 178: the tool reports no state.\n");
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(Log(), "create\nGetStorageInfo 0\nFreeItemList 3\ndelete\nunload\n");
 }

@@ -6,6 +6,7 @@
 //     items     the items that come of it, as ItemText() writes them
 //     xml       their document, broken into indented lines
 //     hex       their service-processor form, broken into lines
+//     json      what `qorctl ARGUMENTS --format json` makes of the items
 //     decoded   that form as `qorctl svp --decode` shows it
 #include <algorithm>
 #include <sstream>
@@ -13,6 +14,7 @@
 
 #include "ItemText.h"
 #include "LoadedPluginTest.h"
+#include "QorctlProcess.h"
 #include "SvpForm.h"
 
 namespace {
@@ -107,6 +109,18 @@ TEST_F(FormatExamplesTest, ItemsBecomeTheForm) {
     CAnswer answer;
     EXPECT_EQ(plugin->GetCtrlPDInfoBinaryString(&digits, &answer.errorCode, &answer.noticeCode), 1);
     EXPECT_EQ(digits, Joined(Example("service-processor-form.md", "hex")));
+}
+
+TEST_F(FormatExamplesTest, ItemsBecomeJson) {
+    CStandInTool tool;
+    PlayServer(tool);
+    const qortest::CQorctlOutcome outcome = qortest::RunQorctl(
+        qortest::INSTALL_DIR,
+        {.program = {},
+         .arguments = {"raid", "--format", "json"},
+         .environment = {{"PATH", "/usr/bin:/bin"}, {"QOR_PLUGIN", QOR_PLUGIN_PATH}}});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, Example("qorctl-json.md", "json raid"));
 }
 
 TEST_F(FormatExamplesTest, FormIsDecoded) {

@@ -1,0 +1,254 @@
+#include "CheckCommand.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <utility>
+
+#include "Interrupt.h"
+#include "Output.h"
+#include "StateFile.h"
+
+namespace qorctl {
+namespace {
+
+using CJson = nlohmann::ordered_json;
+
+constexpr const char* FORMAT = "qorctl-check";
+constexpr int VERSION = 1;
+// Findings that the summary names; the others follow in the details.
+constexpr size_t SUMMARY_FINDINGS = 3;
+
+constexpr const char* OLD_TOOL =
+    "the RAID tool's version is older than 4.4, or could not be read: it may not tell everything";
+
+void AddStateFinding(CHealth& health, std::string_view rule, const std::string& problem) {
+    health.findings.push_back({EHealth::UNKNOWN, rule, "", "counters not judged: " + problem});
+}
+
+// The state that the file holds, an empty one when there is no file; nothing after a finding.
+std::optional<CHealthState> ReadState(CStateFile& file, const std::string& path, CHealth& health) {
+    std::string text;
+    switch (file.Read(text)) {
+        case CStateFile::ERead::MISSING:
+            return CHealthState();
+        case CStateFile::ERead::FAILED:
+            AddStateFinding(health, "state-unreadable", file.Problem());
+            return std::nullopt;
+        case CStateFile::ERead::DONE:
+            break;
+    }
+    std::optional<CHealthState> state = CHealthState::Parse(text);
+    if (!state) {
+        AddStateFinding(health, "state-corrupt",
+                        path + ": not a state file of this program; remove it to start anew");
+    }
+    return state;
+}
+
+void JudgeByStateFile(const CInventory& inventory, const CCheckOptions& options, int64_t now,
+                      CHealth& health) {
+    CStateFile file(options.statePath);
+    const CStateFile::ELock lock = file.Lock();
+    if (lock != CStateFile::ELock::TAKEN) {
+        const bool busy = lock == CStateFile::ELock::BUSY;
+        AddStateFinding(health, busy ? "state-locked" : "state-not-written", file.Problem());
+        return;
+    }
+    std::optional<CHealthState> state = ReadState(file, options.statePath, health);
+    if (!state) {
+        return;
+    }
+    CHealth judged;
+    JudgeCountersByGrowth(inventory, *state, now, options.holdHours * SECONDS_PER_HOUR, judged);
+    state->ForgetOld(now);
+    // What could not be kept would alarm differently the next time.
+    if (!file.Write(state->Format())) {
+        AddStateFinding(health, "state-not-written", file.Problem());
+        return;
+    }
+    std::move(judged.findings.begin(), judged.findings.end(), std::back_inserter(health.findings));
+    std::move(judged.notReported.begin(), judged.notReported.end(),
+              std::back_inserter(health.notReported));
+    std::move(judged.notes.begin(), judged.notes.end(), std::back_inserter(health.notes));
+}
+
+// The worst first; the order of the report among equals.
+void SortFindings(std::vector<CHealthFinding>& findings) {
+    std::stable_sort(
+        findings.begin(), findings.end(), [](const CHealthFinding& one, const CHealthFinding& two) {
+            return one.health != two.health && Worse(one.health, two.health) == one.health;
+        });
+}
+
+std::string Counted(size_t count, const std::string& noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+std::string FindingText(const CHealthFinding& finding) {
+    return finding.object.empty() ? finding.message : finding.object + ": " + finding.message;
+}
+
+std::string SummarizeFindings(const std::vector<CHealthFinding>& findings) {
+    std::string text;
+    const size_t named = std::min(findings.size(), SUMMARY_FINDINGS);
+    for (size_t i = 0; i < named; ++i) {
+        text += (i == 0 ? "" : "; ") + FindingText(findings[i]);
+    }
+    if (findings.size() > named) {
+        text += fmt::format("; and {} more", findings.size() - named);
+    }
+    return text;
+}
+
+std::string Summary(const CCheckResult& result) {
+    const CPoll& poll = result.poll;
+    if (!poll.message.empty()) {
+        return poll.message + (poll.command.empty() ? "" : " (" + poll.command + ")");
+    }
+    if (!result.health.findings.empty()) {
+        return SummarizeFindings(result.health.findings);
+    }
+    return DescribeCounts(poll.inventory);
+}
+
+std::string DetailLines(const CHealth& health) {
+    std::string text;
+    for (const CHealthFinding& finding : health.findings) {
+        text += fmt::format("{}: {}\n", HealthName(finding.health),
+                            MonitoringText(FindingText(finding)));
+    }
+    for (const CNotReported& missing : health.notReported) {
+        text += fmt::format("not reported: {}: {}\n", MonitoringText(missing.object), missing.what);
+    }
+    for (const std::string& note : health.notes) {
+        text += "note: " + MonitoringText(note) + '\n';
+    }
+    return text;
+}
+
+CJson FindingsJson(const std::vector<CHealthFinding>& findings) {
+    CJson json = CJson::array();
+    for (const CHealthFinding& finding : findings) {
+        json.push_back({{"severity", HealthName(finding.health)},
+                        {"rule", finding.rule},
+                        {"object", finding.object},
+                        {"message", finding.message}});
+    }
+    return json;
+}
+
+CJson NotReportedJson(const std::vector<CNotReported>& notReported) {
+    CJson json = CJson::array();
+    for (const CNotReported& missing : notReported) {
+        json.push_back({{"object", missing.object}, {"what", missing.what}});
+    }
+    return json;
+}
+
+CJson PerformanceJson(const std::vector<CPerformanceValue>& values) {
+    CJson json = CJson::array();
+    for (const CPerformanceValue& value : values) {
+        json.push_back({{"label", value.label},
+                        {"value", value.value},
+                        {"unit", value.unit},
+                        {"warning", value.warning},
+                        {"critical", value.critical}});
+    }
+    return json;
+}
+
+int WriteResult(const CCheckResult& result, ECheckFormat format) {
+    const std::string text =
+        format == ECheckFormat::JSON ? FormatCheckJson(result) : FormatCheckText(result);
+    return WriteOut(text) == EXIT_SUCCESS ? static_cast<int>(result.status)
+                                          : static_cast<int>(EHealth::UNKNOWN);
+}
+
+CPoll PollOnce(const std::string& pluginPath) {
+    std::string problem;
+    const std::optional<CPluginLibrary> library = CPluginLibrary::Load(pluginPath, problem);
+    if (!library) {
+        return FailedPoll(REASON_PLUGIN_NOT_LOADED, problem);
+    }
+    // A monitoring server ends a check that takes too long; the RAID tool must not stay.
+    const CInterruptGuard guard;
+    return PollStorage(*library);
+}
+
+}  // namespace
+
+CCheckResult JudgePoll(CPoll poll, const CCheckOptions& options, int64_t now) {
+    CCheckResult result;
+    if (poll.oldTool) {
+        result.health.notes.emplace_back(OLD_TOOL);
+    }
+    if (poll.reason != REASON_JUDGED) {
+        result.status = poll.answered ? options.noHardware : EHealth::UNKNOWN;
+        result.poll = std::move(poll);
+        return result;
+    }
+    CHealth judged = JudgeHealth(poll.inventory, options.health);
+    judged.notes = std::move(result.health.notes);
+    if (options.statePath.empty()) {
+        JudgeCounters(poll.inventory, judged);
+    } else {
+        JudgeByStateFile(poll.inventory, options, now, judged);
+    }
+    SortFindings(judged.findings);
+    result.performance = MeasureInventory(poll.inventory, options.health);
+    result.status = judged.Overall();
+    result.health = std::move(judged);
+    result.poll = std::move(poll);
+    return result;
+}
+
+std::string DescribeCounts(const CInventory& inventory) {
+    return Counted(inventory.controllers.size(), "controller") + ", " +
+           Counted(inventory.logicalDrives.size(), "volume") + ", " +
+           Counted(inventory.physicalDrives.size(), "drive") + ", " +
+           Counted(inventory.pcieSsds.size(), "PCIe SSD");
+}
+
+std::string FormatCheckText(const CCheckResult& result) {
+    std::string text =
+        fmt::format("RAID {} - {}", HealthName(result.status), MonitoringText(Summary(result)));
+    if (!result.performance.empty()) {
+        text += '|' + FormatPerformanceData(result.performance);
+    }
+    return text + '\n' + DetailLines(result.health);
+}
+
+std::string FormatCheckJson(const CCheckResult& result) {
+    const CPoll& poll = result.poll;
+    const CJson json = {{"format", FORMAT},
+                        {"version", VERSION},
+                        {"status", HealthName(result.status)},
+                        {"exitStatus", static_cast<int>(result.status)},
+                        {"reason", poll.reason},
+                        {"message", Summary(result)},
+                        {"command", poll.command},
+                        {"findings", FindingsJson(result.health.findings)},
+                        {"notReported", NotReportedJson(result.health.notReported)},
+                        {"notes", result.health.notes},
+                        {"performance", PerformanceJson(result.performance)}};
+    // The tool's texts may hold bytes that are no UTF-8, which JSON cannot.
+    return json.dump(-1, ' ', false, CJson::error_handler_t::replace) + '\n';
+}
+
+int RunCheckCommand(const std::string& pluginPath, const CCheckOptions& options) {
+    const auto now = static_cast<int64_t>(std::time(nullptr));
+    return WriteResult(JudgePoll(PollOnce(pluginPath), options, now), options.format);
+}
+
+int ReportCheckUsage(const std::string& problem) {
+    CCheckResult result;
+    result.poll = FailedPoll(REASON_USAGE, "the command line was not understood: " + problem);
+    return WriteResult(result, ECheckFormat::TEXT);
+}
+
+}  // namespace qorctl

@@ -1,0 +1,388 @@
+#include "Health.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <span>
+
+namespace qorctl {
+namespace {
+
+struct CHealthName {
+    EHealth health;
+    std::string_view name;
+    int rank;
+};
+
+constexpr CHealthName HEALTH_NAMES[] = {
+    {EHealth::OK, "OK", 0},
+    {EHealth::WARNING, "WARNING", 1},
+    {EHealth::CRITICAL, "CRITICAL", 3},
+    {EHealth::UNKNOWN, "UNKNOWN", 2},
+};
+
+// A text that the tool prints for the state of something.
+struct CState {
+    std::string_view text;
+    EHealth health;
+    std::string_view rule;
+    std::string_view label;  // in performance data
+};
+
+constexpr std::string_view UNKNOWN_LABEL = "unknown";
+
+constexpr CState DRIVE_STATES[] = {
+    {"ONLINE", EHealth::OK, "drive-state", "online"},
+    {"HOT SPARE", EHealth::OK, "drive-state", "hot_spare"},
+    {"Unconfig GOOD", EHealth::OK, "drive-state", "unassigned"},
+    {"JBOD", EHealth::OK, "drive-state", "jbod"},
+    {"REBUILD", EHealth::WARNING, "drive-rebuild", "rebuild"},
+    {"COPYBACK", EHealth::WARNING, "drive-copyback", "copyback"},
+    {"Foreign", EHealth::WARNING, "drive-foreign", "foreign"},
+    {"Unconfig BAD", EHealth::WARNING, "drive-bad", "bad"},
+    {"OFFLINE", EHealth::CRITICAL, "drive-offline", "offline"},
+    {"FAILED", EHealth::CRITICAL, "drive-failed", "failed"},
+};
+
+constexpr CState VOLUME_STATES[] = {
+    {"Optimal", EHealth::OK, "volume-state", "optimal"},
+    {"Partially Degraded", EHealth::WARNING, "volume-degraded", "degraded"},
+    {"Degraded", EHealth::CRITICAL, "volume-degraded", "degraded"},
+    {"Offline", EHealth::CRITICAL, "volume-offline", "offline"},
+};
+
+constexpr CState BATTERY_STATES[] = {
+    {"Normal", EHealth::OK, "battery-status", ""},
+    {"Optimal", EHealth::OK, "battery-status", ""},
+    {"Charging", EHealth::WARNING, "battery-status", ""},
+    {"Discharging", EHealth::WARNING, "battery-status", ""},
+    {"Learning", EHealth::WARNING, "battery-status", ""},
+    {"Degraded", EHealth::WARNING, "battery-status", ""},
+    {"Failed", EHealth::WARNING, "battery-status", ""},
+    {"Low", EHealth::WARNING, "battery-status", ""},
+    {"Missing", EHealth::WARNING, "battery-status", ""},
+    {"Replace", EHealth::WARNING, "battery-status", ""},
+};
+
+constexpr CState SSD_STATES[] = {
+    {"Healthy", EHealth::OK, "ssd-status", ""},
+    {"Warning", EHealth::WARNING, "ssd-status", ""},
+    {"Critical", EHealth::CRITICAL, "ssd-status", ""},
+    {"Failed", EHealth::CRITICAL, "ssd-status", ""},
+};
+
+// The row of `text`; null when it has no known meaning.
+const CState* FindState(const CText& text, std::span<const CState> states) {
+    const auto found = std::find_if(states.begin(), states.end(), [&text](const CState& state) {
+        return text && state.text == *text;
+    });
+    return found == states.end() ? nullptr : &*found;
+}
+
+std::string Shown(const CNumber& number) {
+    return number ? std::to_string(*number) : "?";
+}
+
+class CJudge {
+public:
+    explicit CJudge(const CHealthOptions& options) : m_Options(options) {}
+
+    void Judge(const CController& controller);
+    void Judge(const CLogicalDrive& drive);
+    void Judge(const CPhysicalDrive& drive);
+    void Judge(const CPcieSsd& ssd);
+
+    CHealth m_Health;
+
+private:
+    void Add(EHealth health, std::string_view rule, const std::string& object, std::string message);
+    void JudgeUnknown(const CText& text, std::string_view rule, const std::string& object);
+    void JudgeState(const CText& text, std::span<const CState> states, const std::string& object);
+    void JudgeMeasure(const CMeasure& measure, const CThresholds& limits, std::string_view rule,
+                      std::string_view what, const std::string& object);
+
+    const CHealthOptions& m_Options;
+};
+
+void CJudge::Add(EHealth health, std::string_view rule, const std::string& object,
+                 std::string message) {
+    if (health != EHealth::OK) {
+        m_Health.findings.push_back({health, rule, object, std::move(message)});
+    }
+}
+
+void CJudge::JudgeUnknown(const CText& text, std::string_view rule, const std::string& object) {
+    Add(EHealth::UNKNOWN, rule, object,
+        text ? "unknown state \"" + *text + '"' : "the tool reports no state");
+}
+
+void CJudge::JudgeState(const CText& text, std::span<const CState> states,
+                        const std::string& object) {
+    const CState* state = FindState(text, states);
+    if (state == nullptr) {
+        JudgeUnknown(text, states.front().rule, object);
+        return;
+    }
+    Add(state->health, state->rule, object, *text);
+}
+
+void CJudge::JudgeMeasure(const CMeasure& measure, const CThresholds& limits, std::string_view rule,
+                          std::string_view what, const std::string& object) {
+    if (!measure) {
+        m_Health.notReported.push_back({object, what});
+        return;
+    }
+    if (!measure->number) {
+        Add(EHealth::UNKNOWN, "unreadable-value", object,
+            fmt::format("unreadable {} \"{}\"", what, measure->text));
+        return;
+    }
+    const bool critical = *measure->number > limits.critical;
+    if (critical || *measure->number > limits.warning) {
+        Add(critical ? EHealth::CRITICAL : EHealth::WARNING, rule, object,
+            fmt::format("{} {}, above {}", what, measure->text,
+                        critical ? limits.critical : limits.warning));
+    }
+}
+
+// Many controllers have no battery by design; one that is said to be there must have a status.
+void CJudge::Judge(const CController& controller) {
+    if (!controller.batteryStatus && controller.batteryPresence != "Present") {
+        return;
+    }
+    JudgeState(controller.batteryStatus, BATTERY_STATES, ObjectName(controller) + " battery");
+}
+
+void CJudge::Judge(const CLogicalDrive& drive) {
+    if (drive.state == "Degraded") {
+        Add(m_Options.degraded, "volume-degraded", ObjectName(drive), *drive.state);
+        return;
+    }
+    JudgeState(drive.state, VOLUME_STATES, ObjectName(drive));
+}
+
+void CJudge::Judge(const CPhysicalDrive& drive) {
+    const std::string object = ObjectName(drive);
+    const bool holdsNoData = drive.role == EDriveRole::GLOBAL_SPARE ||
+                             drive.role == EDriveRole::DEDICATED_SPARE ||
+                             drive.role == EDriveRole::UNASSIGNED;
+    if (drive.statusDetail == "OFFLINE" && holdsNoData) {
+        Add(EHealth::WARNING, "drive-offline", object, *drive.statusDetail);
+    } else {
+        JudgeState(drive.statusDetail, DRIVE_STATES, object);
+    }
+    JudgeMeasure(drive.temperature, m_Options.driveTemperature, "drive-temperature", "temperature",
+                 object);
+}
+
+void CJudge::Judge(const CPcieSsd& ssd) {
+    const std::string object = ObjectName(ssd);
+    JudgeState(ssd.status, SSD_STATES, object);
+    JudgeMeasure(ssd.temperature, m_Options.ssdTemperature, "ssd-temperature", "temperature",
+                 object);
+    JudgeMeasure(ssd.used, m_Options.ssdWear, "ssd-wear", "wear", object);
+}
+
+// Calls `judge` for each counter that is a number; states the others.
+using CCounterJudge =
+    std::function<void(const CPhysicalDrive&, const CCounterKind&, long long value)>;
+
+void ForEachCounter(const CInventory& inventory, CHealth& health, const CCounterJudge& judge) {
+    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+        for (const CCounterKind& kind : COUNTERS) {
+            const CMeasure& value = drive.*kind.value;
+            if (!value) {
+                health.notReported.push_back({ObjectName(drive), kind.noun});
+            } else if (!value->number) {
+                health.findings.push_back(
+                    {EHealth::UNKNOWN, "unreadable-value", ObjectName(drive),
+                     fmt::format("unreadable number of {} \"{}\"", kind.noun, value->text)});
+            } else {
+                judge(drive, kind, *value->number);
+            }
+        }
+    }
+}
+
+// The drives' keys in the state: by serial number, unless two drives claim the same one.
+class CDriveKeys {
+public:
+    explicit CDriveKeys(const CInventory& inventory) {
+        for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+            ++m_Count[drive.serial.value_or("")];
+        }
+    }
+
+    std::string Of(const CPhysicalDrive& drive) const {
+        const bool isKnown = drive.serial && m_Count.at(*drive.serial) == 1;
+        return MonitoringText(isKnown ? "serial " + *drive.serial : ObjectName(drive));
+    }
+
+private:
+    std::map<std::string, size_t> m_Count;
+};
+
+using CValues = std::vector<CPerformanceValue>;
+
+void AddCount(CValues& values, std::string label, size_t count) {
+    values.push_back({std::move(label), static_cast<long long>(count), "", "", ""});
+}
+
+template <typename DEVICE>
+void AddStateCounts(CValues& values, const std::string& head, const std::vector<DEVICE>& devices,
+                    CText DEVICE::*state, std::span<const CState> states) {
+    std::map<std::string_view, size_t> counts;
+    for (const DEVICE& device : devices) {
+        const CState* found = FindState(device.*state, states);
+        ++counts[found == nullptr ? UNKNOWN_LABEL : found->label];
+    }
+    std::string_view previous;
+    for (const CState& row : states) {
+        if (row.label != previous) {
+            AddCount(values, fmt::format("{}_{}", head, row.label), counts[row.label]);
+        }
+        previous = row.label;
+    }
+    AddCount(values, fmt::format("{}_{}", head, UNKNOWN_LABEL), counts[UNKNOWN_LABEL]);
+}
+
+void AddMeasure(CValues& values, std::string label, const CMeasure& measure,
+                const std::string& unit, const std::string& rangeHead, const CThresholds& limits) {
+    if (measure && measure->number) {
+        values.push_back({std::move(label), *measure->number, unit,
+                          rangeHead + std::to_string(limits.warning),
+                          rangeHead + std::to_string(limits.critical)});
+    }
+}
+
+// A temperature below 0 is no alarm.
+constexpr const char* ALSO_BELOW_ZERO = "~:";
+
+void AddDrive(CValues& values, const CPhysicalDrive& drive, const CHealthOptions& options) {
+    const std::string head = fmt::format("c{}_PD{}_", Shown(drive.controller), Shown(drive.number));
+    AddMeasure(values, head + "temperature", drive.temperature, "", ALSO_BELOW_ZERO,
+               options.driveTemperature);
+    for (const CCounterKind& kind : COUNTERS) {
+        const CMeasure& value = drive.*kind.value;
+        if (value && value->number) {
+            values.push_back({head + std::string(kind.label), *value->number, "c", "", ""});
+        }
+    }
+}
+
+void AddSsd(CValues& values, const CPcieSsd& ssd, const CHealthOptions& options) {
+    const std::string head = fmt::format("ssd{}_", Shown(ssd.bus));
+    AddMeasure(values, head + "temperature", ssd.temperature, "", ALSO_BELOW_ZERO,
+               options.ssdTemperature);
+    AddMeasure(values, head + "wear", ssd.used, "%", "", options.ssdWear);
+}
+
+const CHealthName& NameRow(EHealth health) {
+    return *std::find_if(std::begin(HEALTH_NAMES), std::end(HEALTH_NAMES),
+                         [health](const CHealthName& row) { return row.health == health; });
+}
+
+}  // namespace
+
+std::string_view HealthName(EHealth health) {
+    return NameRow(health).name;
+}
+
+EHealth Worse(EHealth one, EHealth other) {
+    return NameRow(one).rank >= NameRow(other).rank ? one : other;
+}
+
+EHealth CHealth::Overall() const {
+    EHealth worst = EHealth::OK;
+    for (const CHealthFinding& finding : findings) {
+        worst = Worse(worst, finding.health);
+    }
+    return worst;
+}
+
+std::string ObjectName(const CController& controller) {
+    return "controller " + Shown(controller.number);
+}
+
+std::string ObjectName(const CLogicalDrive& drive) {
+    return fmt::format("controller {} volume LD{}", Shown(drive.controller), Shown(drive.number));
+}
+
+std::string ObjectName(const CPhysicalDrive& drive) {
+    return fmt::format("controller {} drive PD{}", Shown(drive.controller), Shown(drive.number));
+}
+
+std::string ObjectName(const CPcieSsd& ssd) {
+    return "PCIe SSD " + Shown(ssd.bus);
+}
+
+CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) {
+    CJudge judge(options);
+    for (const CController& controller : inventory.controllers) {
+        judge.Judge(controller);
+    }
+    for (const CLogicalDrive& drive : inventory.logicalDrives) {
+        judge.Judge(drive);
+    }
+    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+        judge.Judge(drive);
+    }
+    for (const CPcieSsd& ssd : inventory.pcieSsds) {
+        judge.Judge(ssd);
+    }
+    return std::move(judge.m_Health);
+}
+
+void JudgeCounters(const CInventory& inventory, CHealth& health) {
+    ForEachCounter(
+        inventory, health,
+        [&](const CPhysicalDrive& drive, const CCounterKind& kind, long long value) {
+            if (value != 0) {
+                health.findings.push_back({EHealth::WARNING, kind.rule, ObjectName(drive),
+                                           fmt::format("{} {}", value, kind.noun)});
+            }
+        });
+}
+
+void JudgeCountersByGrowth(const CInventory& inventory, CHealthState& state, int64_t now,
+                           int64_t hold, CHealth& health) {
+    const CDriveKeys keys(inventory);
+    ForEachCounter(inventory, health,
+                   [&](const CPhysicalDrive& drive, const CCounterKind& kind, long long value) {
+                       const CCounterVerdict verdict =
+                           state.Take(keys.Of(drive), std::string(kind.name),
+                                      static_cast<uint64_t>(value), now, hold);
+                       if (verdict.growth != 0) {
+                           health.findings.push_back(
+                               {EHealth::WARNING, kind.rule, ObjectName(drive),
+                                fmt::format("{} {}, {} more", value, kind.noun, verdict.growth)});
+                       } else if (verdict.firstSeen && value != 0) {
+                           health.notes.push_back(fmt::format("{}: first seen with {} {}",
+                                                              ObjectName(drive), value, kind.noun));
+                       }
+                   });
+}
+
+std::vector<CPerformanceValue> MeasureInventory(const CInventory& inventory,
+                                                const CHealthOptions& options) {
+    CValues values;
+    AddCount(values, "controllers", inventory.controllers.size());
+    AddCount(values, "volumes", inventory.logicalDrives.size());
+    AddCount(values, "drives", inventory.physicalDrives.size());
+    AddCount(values, "pcie_ssds", inventory.pcieSsds.size());
+    AddStateCounts(values, "volumes", inventory.logicalDrives, &CLogicalDrive::state,
+                   VOLUME_STATES);
+    AddStateCounts(values, "drives", inventory.physicalDrives, &CPhysicalDrive::statusDetail,
+                   DRIVE_STATES);
+    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+        AddDrive(values, drive, options);
+    }
+    for (const CPcieSsd& ssd : inventory.pcieSsds) {
+        AddSsd(values, ssd, options);
+    }
+    return values;
+}
+
+}  // namespace qorctl

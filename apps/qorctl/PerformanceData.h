@@ -1,0 +1,35 @@
+// Performance data as monitoring servers read them behind the "|" of a plug-in's output:
+//
+//     data      = value *( " " value )
+//     value     = label "=" number [ unit ] ";" [ range ] ";" [ range ] [ ";" min [ ";" max ] ]
+//     label     = word | "'" text "'"                  a quote within is doubled; no "=" in either
+//     unit      = "%" | "c" | nothing                  "c": a counter that only grows
+//     range     = [ "~:" ] number                      alarmed above the number; with "~:" not
+//                                                      below 0
+//
+// Thread rule: plain values and functions.
+#ifndef QORCTL_PERFORMANCEDATA_H
+#define QORCTL_PERFORMANCEDATA_H
+
+#include <string>
+#include <vector>
+
+namespace qorctl {
+
+struct CPerformanceValue {
+    std::string label;  // any text: what the form cannot hold is replaced by "_"
+    long long value = 0;
+    std::string unit;
+    std::string warning;   // a range; empty: none
+    std::string critical;  // likewise
+};
+
+// The values, separated by blanks; empty for none.
+std::string FormatPerformanceData(const std::vector<CPerformanceValue>& values);
+
+// A text for the lines of a plug-in's output: on one line, printable ASCII, no "|".
+std::string MonitoringText(const std::string& text);
+
+}  // namespace qorctl
+
+#endif  // QORCTL_PERFORMANCEDATA_H

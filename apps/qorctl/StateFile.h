@@ -1,0 +1,57 @@
+// A small file of this program's own that several processes may want at the same time.
+//
+// The file is replaced as a whole: it is written beside and renamed, so that a reader and a crash
+// find either the old or the new one. A lock file beside it, which stays, keeps writers apart from
+// before reading until after writing.
+//
+// Owner: the object holds the lock; its destructor gives it back.
+// Thread rule: one thread at a time.
+#ifndef QORCTL_STATEFILE_H
+#define QORCTL_STATEFILE_H
+
+#include <cstddef>
+#include <string>
+#include <utility>
+
+namespace qorctl {
+
+class CStateFile {
+public:
+    // What is larger was not written by this program.
+    static constexpr size_t MAX_SIZE = 16U << 20U;
+
+    enum class ELock { TAKEN, BUSY, FAILED };
+    enum class ERead { DONE, MISSING, FAILED };
+
+    // `path` is not touched before Lock().
+    explicit CStateFile(std::string path) : m_Path(std::move(path)) {}
+    ~CStateFile();
+    CStateFile(const CStateFile&) = delete;  // one owner of the lock
+    CStateFile& operator=(const CStateFile&) = delete;
+
+    // Takes the lock, making "PATH.lock" with mode 0600 if it is not there. Does not wait: BUSY
+    // when another process holds it. A symbolic link in its place is not followed.
+    ELock Lock();
+
+    // The whole file. Fails for anything but a regular file and for one above MAX_SIZE.
+    ERead Read(std::string& text);
+
+    // Replaces the file by one with mode 0600 that holds `text`. On failure the old one is as it
+    // was. True on success.
+    bool Write(const std::string& text);
+
+    // Why the last operation failed, in words, the path included.
+    const std::string& Problem() const { return m_Problem; }
+
+private:
+    void Fail(const std::string& path, const std::string& what);
+    bool WriteTemporary(int fd, const std::string& temporary, const std::string& text);
+
+    std::string m_Path;
+    std::string m_Problem;
+    int m_Lock = -1;
+};
+
+}  // namespace qorctl
+
+#endif  // QORCTL_STATEFILE_H

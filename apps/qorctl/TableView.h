@@ -1,0 +1,24 @@
+// The answer of a request as tables for people: one of controllers, logical drives, physical drives
+// and PCIe SSDs each, a line a device, and of a drive's SMART attributes where they were asked for.
+// The first column marks problems: "!!" critical, "!" warning, "?" unknown.
+//
+// Thread rule: a plain function.
+#ifndef QORCTL_TABLEVIEW_H
+#define QORCTL_TABLEVIEW_H
+
+#include <cstddef>
+#include <string>
+
+#include "Inventory.h"
+#include "Problems.h"
+#include "TerminalText.h"
+
+namespace qorctl {
+
+// The tables, an empty line between them; empty without a device. `width` as of FormatTextTable().
+std::string FormatTables(const CInventory& inventory, const CProblemMarks& marks, size_t width,
+                         const CTextStyle& style);
+
+}  // namespace qorctl
+
+#endif  // QORCTL_TABLEVIEW_H

@@ -1,0 +1,31 @@
+// The devices of a device list, as the plug-in reads it.
+//
+// Thread rule: plain functions without state.
+#ifndef QORCTL_DOCTOR_DEVICEWORDS_H
+#define QORCTL_DOCTOR_DEVICEWORDS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qorctl::doctor {
+
+inline constexpr const char* DEVICE_LIST_PATH = "/opt/tarmica/qor/kam/work/devices.tmp";
+
+struct CDeviceWord {
+    std::string place;       // "BB:DD.F_VVVV:DDDD", in upper case
+    std::string identifier;  // "VEN_vvvv&DEV_dddd", in upper case
+};
+
+// The devices of `text`: every word of more than 16 characters.
+std::vector<CDeviceWord> ReadDeviceWords(const std::string& text);
+
+// Nothing when the file is missing or cannot be read.
+std::optional<std::vector<CDeviceWord>> ReadDeviceList();
+
+// The kernel's devices; nothing when they cannot be read.
+std::optional<std::vector<CDeviceWord>> ReadLiveBus();
+
+}  // namespace qorctl::doctor
+
+#endif  // QORCTL_DOCTOR_DEVICEWORDS_H

@@ -1,0 +1,70 @@
+// The two lists of supported devices.
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+
+#include "Checks.h"
+#include "ServerFacts.h"
+
+namespace qorctl::doctor {
+namespace {
+
+constexpr size_t MOST_SHOWN = 5;
+
+std::string Shorten(const std::vector<std::string>& lines) {
+    const auto shown = lines.begin() + static_cast<long>(std::min(lines.size(), MOST_SHOWN));
+    std::string text = fmt::format("{}", fmt::join(lines.begin(), shown, "; "));
+    if (lines.size() > MOST_SHOWN) {
+        text += fmt::format("; and {} more", lines.size() - MOST_SHOWN);
+    }
+    return text;
+}
+
+// What is wrong with the file as a whole; empty if it has entries that can match.
+std::string WholeProblem(const CSupportedList& list) {
+    if (!list.exists) {
+        return list.path + " is missing";
+    }
+    if (!list.readable) {
+        return list.path + " is no regular file, or may not be read";
+    }
+    if (list.matching == 0) {
+        return list.path + " has no entry that can match a device" +
+               (list.oddities.empty() ? "" : ": " + Shorten(list.oddities));
+    }
+    return "";
+}
+
+CFinding JudgeEntries(const CSupportedList& list) {
+    const std::string text = fmt::format("{}, {} entries", list.path, list.matching);
+    return list.oddities.empty() ? Ok(text)
+                                 : Warn(fmt::format("{}: {}", text, Shorten(list.oddities)),
+                                        "correct the file; docs/configuration.md describes it");
+}
+
+}  // namespace
+
+CFinding ExamineRaidList(CServerFacts& facts) {
+    const std::string problem = WholeProblem(facts.RaidList());
+    return problem.empty()
+               ? JudgeEntries(facts.RaidList())
+               : Fail(problem + ": no RAID controller is ever found",
+                      "copy the RaidVCFac.ini that is shipped into the install directory");
+}
+
+CFinding ExamineSsdList(CServerFacts& facts) {
+    const CSupportedList& list = facts.SsdList();
+    const std::string problem = WholeProblem(list);
+    const std::string remedy =
+        "copy the PciessdVCFac.ini that is shipped into the install directory";
+    if (problem.empty()) {
+        return JudgeEntries(list);
+    }
+    if (list.exists && !list.readable) {
+        return Fail(problem, remedy);
+    }
+    return Warn(problem + ": only VEN_1AED/DEV_2001 is supported", remedy);
+}
+
+}  // namespace qorctl::doctor

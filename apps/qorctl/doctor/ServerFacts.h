@@ -1,0 +1,63 @@
+// What the checks share about the server, looked up once.
+//
+// The configuration, the lists of devices and the PCI bus are read with the code of our common
+// library, which is linked in, so that a server is examined also where the library is missing.
+//
+// Thread rule: one thread at a time.
+#ifndef QORCTL_DOCTOR_SERVERFACTS_H
+#define QORCTL_DOCTOR_SERVERFACTS_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "../PluginLibrary.h"
+#include "../ToolRun.h"
+#include "DeviceWords.h"
+#include "SupportedList.h"
+
+namespace qorctl::doctor {
+
+inline constexpr const char* TOOL_PATH = "/opt/tarmica/krz/cli/krzcli";
+
+class CServerFacts {
+public:
+    // `pluginPath` as CPluginLibrary::Load() takes it.
+    explicit CServerFacts(const std::string& pluginPath);
+
+    // What the loader was asked for.
+    const std::string& PluginName() const { return m_PluginName; }
+    // Nothing when it could not be loaded; then the problem says why.
+    const std::optional<CPluginLibrary>& Plugin() const { return m_Plugin; }
+    const std::string& PluginProblem() const { return m_PluginProblem; }
+
+    // The provider's install directory; empty when it is not known.
+    const std::string& InstallPath() const { return m_InstallPath; }
+    std::string ResultDirectory() const { return m_InstallPath + "/tmp/MSRAID"; }
+
+    const CSupportedList& RaidList() const { return m_RaidList; }
+    const CSupportedList& SsdList() const { return m_SsdList; }
+
+    // The supported devices that stand in the device list, or on the bus where there is no list.
+    const std::vector<CSupportedDevice>& RaidDevices() const { return m_RaidDevices; }
+    const std::vector<CSupportedDevice>& SsdDevices() const { return m_SsdDevices; }
+
+    bool IsToolInstalled() const;
+    // The answer to "krzcli -v", asked for once; only with a loaded plug-in and an installed tool.
+    const CToolRun& VersionRun();
+
+private:
+    std::string m_PluginName;
+    std::string m_PluginProblem;
+    std::optional<CPluginLibrary> m_Plugin;
+    std::string m_InstallPath;
+    CSupportedList m_RaidList;
+    CSupportedList m_SsdList;
+    std::vector<CSupportedDevice> m_RaidDevices;
+    std::vector<CSupportedDevice> m_SsdDevices;
+    std::optional<CToolRun> m_VersionRun;
+};
+
+}  // namespace qorctl::doctor
+
+#endif  // QORCTL_DOCTOR_SERVERFACTS_H

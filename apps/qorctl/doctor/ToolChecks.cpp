@@ -1,0 +1,165 @@
+// The RAID tool, and the LSI utilities that count disks where it is missing.
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+
+#include "Checks.h"
+#include "ServerFacts.h"
+#include "plugin/ComLib.h"
+
+namespace qorctl::doctor {
+namespace {
+
+constexpr const char* INSTALL_TOOL = "install the RAID tool";
+constexpr const char* UPDATE_TOOL = "update the RAID tool";
+constexpr const char* UTILITY_WORK_DIR = "/opt/tarmica/qor/provider/RAID/tool";
+constexpr std::array<const char*, 3> OLDER_LSI_DEVICES = {"DEV_005B", "DEV_0073", "DEV_0079"};
+
+// A version of two parts; leading digits count, a part without any is 0.
+struct CVersion {
+    long major;
+    long minor;
+};
+
+std::optional<CVersion> ReadVersion(const std::string& text) {
+    const std::list<std::string> parts = CStringUtil::SplitByDot(text);
+    if (parts.size() != 2) {
+        return std::nullopt;
+    }
+    return CVersion{CStringUtil::TStringToNumber(parts.front()),
+                    CStringUtil::TStringToNumber(parts.back())};
+}
+
+// The version, or the finding that it cannot be had.
+struct CToolVersion {
+    std::string text;
+    std::optional<CFinding> obstacle;
+};
+
+CToolVersion AskVersion(CServerFacts& facts) {
+    if (!facts.IsToolInstalled()) {
+        return {"", NotExamined("the RAID tool is not installed")};
+    }
+    if (!facts.Plugin()) {
+        return {"", NotExamined("the plug-in, which runs the tool, could not be loaded")};
+    }
+    const CToolRun& run = facts.VersionRun();
+    if (!run.problem.empty() || run.result != EToolResult::DONE) {
+        return {"", Fail("krzcli -v: " + (run.problem.empty() ? ExplainToolRun(run) : run.problem),
+                         "run it by hand as root; see docs/error-codes.md for the trace")};
+    }
+    return {ProductVersion(run.output), std::nullopt};
+}
+
+CFinding Malformed(const std::string& text) {
+    return Warn(fmt::format("\"{}\" is not of the form major.minor", text), UPDATE_TOOL);
+}
+
+bool IsOlderModel(const CSupportedDevice& device) {
+    return device.vendor == "VEN_8086" ||
+           (device.vendor == "VEN_1000" &&
+            std::find(OLDER_LSI_DEVICES.begin(), OLDER_LSI_DEVICES.end(), device.device) !=
+                OLDER_LSI_DEVICES.end());
+}
+
+CFinding JudgeMissingUtility(const CServerFacts& facts, const std::string& reason) {
+    const std::string remedy =
+        "install the RAID tool, or put the utility there: without either, disks are taken for "
+        "missing";
+    return facts.IsToolInstalled() ? Warn(reason + "; needed only where the RAID tool is missing",
+                                          "chmod +x, or remove the file")
+                                   : Fail(reason + ", and the RAID tool is missing", remedy);
+}
+
+}  // namespace
+
+CFinding ExamineToolPresence(CServerFacts& facts) {
+    if (facts.IsToolInstalled()) {
+        return Ok(TOOL_PATH);
+    }
+    const std::string reason = fmt::format("{} is missing", TOOL_PATH);
+    if (facts.RaidDevices().empty() && facts.SsdDevices().empty()) {
+        return Warn(reason + "; there is no supported device either",
+                    "nothing, or " + std::string(INSTALL_TOOL));
+    }
+    return Fail(reason + ", and a supported device is present", INSTALL_TOOL);
+}
+
+CFinding ExamineToolPermissions(CServerFacts& facts) {
+    struct stat status = {};
+    if (!facts.IsToolInstalled() || stat(TOOL_PATH, &status) != 0) {
+        return NotExamined("the RAID tool is not installed");
+    }
+    const std::string text = fmt::format("mode {:04o}", status.st_mode & 07777U);
+    if (!S_ISREG(status.st_mode) || access(TOOL_PATH, X_OK) != 0) {
+        return Fail(text + ": no regular file, or not executable by this user",
+                    fmt::format("chmod 0755 {}", TOOL_PATH));
+    }
+    if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        return Warn(text + ": others may replace what the server runs",
+                    fmt::format("chmod go-w {}", TOOL_PATH));
+    }
+    return Ok(text + ", executable");
+}
+
+CFinding ExamineToolForRaid(CServerFacts& facts) {
+    const CToolVersion tool = AskVersion(facts);
+    if (tool.obstacle) {
+        return *tool.obstacle;
+    }
+    const std::optional<CVersion> version = ReadVersion(tool.text);
+    if (!version) {
+        return Malformed(tool.text);
+    }
+    if (version->major < 4 || (version->major == 4 && version->minor < 4)) {
+        return Warn(fmt::format("{} is older than 4.4: reports lack items", tool.text),
+                    UPDATE_TOOL);
+    }
+    return Ok(tool.text);
+}
+
+CFinding ExamineToolForSsds(CServerFacts& facts) {
+    if (facts.SsdDevices().empty()) {
+        return Ok("not needed, there is no supported PCIe SSD");
+    }
+    const CToolVersion tool = AskVersion(facts);
+    if (tool.obstacle) {
+        return *tool.obstacle;
+    }
+    const std::optional<CVersion> version = ReadVersion(tool.text);
+    if (!version) {
+        return Malformed(tool.text);
+    }
+    if (version->major < 7) {
+        return Warn(fmt::format("{} is older than 7: PCIe SSDs are not reported", tool.text),
+                    UPDATE_TOOL);
+    }
+    return Ok(tool.text);
+}
+
+CFinding ExamineLsiUtility(CServerFacts& facts) {
+    if (facts.RaidDevices().empty()) {
+        return Ok("not needed, there is no supported RAID controller");
+    }
+    const bool older =
+        std::all_of(facts.RaidDevices().begin(), facts.RaidDevices().end(), IsOlderModel);
+    const std::string path = facts.InstallPath() + "/RAID/tool/" + (older ? "MegaCli" : "storcli");
+    if (!CFileUtility::IsFileExist(path)) {
+        return facts.IsToolInstalled() ? Ok("not needed, the RAID tool is installed")
+                                       : JudgeMissingUtility(facts, path + " is missing");
+    }
+    if (access(path.c_str(), X_OK) != 0) {
+        return JudgeMissingUtility(facts, path + " is not executable by this user");
+    }
+    if (!facts.IsToolInstalled() && !CFileUtility::IsFileExist(UTILITY_WORK_DIR)) {
+        return JudgeMissingUtility(
+            facts, fmt::format("its working directory {} is missing", UTILITY_WORK_DIR));
+    }
+    return Ok(path);
+}
+
+}  // namespace qorctl::doctor

@@ -1,0 +1,86 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "CsvReport.h"
+
+namespace {
+
+using qorctl::CInventory;
+using testing::HasSubstr;
+
+constexpr const char* HEADER =
+    "kind,controller,number,enclosure,slot,bus,raid_group,role,logical_drive,status,status_detail,"
+    "temperature_celsius,media_error_count,other_error_count,predictive_failure_count,"
+    "capacity_bytes,interface_type,media_type,vendor,product,serial,wwn,revision,power,"
+    "speed_bits_per_second,power_on_time_hours,used_percent,written_bytes\r\n";
+
+CInventory OneDrive(const std::string& product) {
+    CInventory inventory;
+    inventory.physicalDrives.emplace_back().product = product;
+    return inventory;
+}
+
+TEST(CsvReportTest, NothingIsTheHeaderLine) {
+    EXPECT_EQ(qorctl::FormatCsv({}), HEADER);
+}
+
+TEST(CsvReportTest, DriveIsARowWithNumbersInBaseUnits) {
+    CInventory inventory;
+    qorctl::CPhysicalDrive& drive = inventory.physicalDrives.emplace_back();
+    drive.controller = 0;
+    drive.number = 3;
+    drive.place = {.enclosure = 252, .slot = 4};
+    drive.group = "RG1";
+    drive.role = qorctl::EDriveRole::MEMBER;
+    drive.logicalDrive = 1;
+    drive.status = "NO ERROR";
+    drive.statusDetail = "ONLINE";
+    drive.temperature = {{"31C", 31}};
+    drive.mediaErrors = {{"?", std::nullopt}};
+    drive.capacity = {{"1KB", 1024}};
+    drive.serial = "S1";
+    EXPECT_EQ(qorctl::FormatCsv(inventory),
+              std::string(HEADER) +
+                  "physical_drive,0,3,252,4,,RG1,member,1,NO ERROR,ONLINE,31,,,,1024,,,,,S1"
+                  ",,,,,,,\r\n");
+}
+
+TEST(CsvReportTest, PcieSsdIsARow) {
+    CInventory inventory;
+    qorctl::CPcieSsd& ssd = inventory.pcieSsds.emplace_back();
+    ssd.bus = 177;
+    ssd.status = "Healthy";
+    ssd.used = {{"12%", 12}};
+    ssd.written = {{"1KB", 1000}};
+    EXPECT_EQ(qorctl::FormatCsv(inventory),
+              std::string(HEADER) + "pcie_ssd,,,,,177,,,,,Healthy,,,,,,,,,,,,,,,,12,1000\r\n");
+}
+
+TEST(CsvReportTest, SeparatorsQuotesAndLineEndsAreQuoted) {
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("a,b")), HasSubstr(",\"a,b\","));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("a\"b")), HasSubstr(",\"a\"\"b\","));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("a\nb")), HasSubstr(",\"a\nb\","));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("a\rb")), HasSubstr(",\"a\rb\","));
+}
+
+TEST(CsvReportTest, FormulasAreMadeTexts) {
+    for (const char begin : {'=', '+', '-', '@', '\t'}) {
+        const std::string text = begin + std::string("1");
+        EXPECT_THAT(qorctl::FormatCsv(OneDrive(text)), HasSubstr(",'" + text + ",")) << begin;
+    }
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("\rx")), HasSubstr(",\"'\rx\","));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("=1,2")), HasSubstr(",\"'=1,2\","));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("a=1")), HasSubstr(",a=1,"));
+}
+
+TEST(CsvReportTest, BytesPassUnchanged) {
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("\xff\x1b")), HasSubstr(",\xff\x1b,"));
+}
+
+TEST(CsvReportTest, NegativeTemperatureStaysANumber) {
+    CInventory inventory;
+    inventory.physicalDrives.emplace_back().temperature = {{"-5C", -5}};
+    EXPECT_THAT(qorctl::FormatCsv(inventory), HasSubstr(",-5,"));
+}
+
+}  // namespace

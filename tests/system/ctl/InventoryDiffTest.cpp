@@ -1,0 +1,107 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "InventoryDiff.h"
+
+namespace {
+
+using qorctl::CInventory;
+using qorctl::CPhysicalDrive;
+using qorctl::CQuantity;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+CInventory Server() {
+    CInventory inventory;
+    qorctl::CController controller;
+    controller.number = 0;
+    controller.batteryStatus = "Normal";
+    inventory.controllers.push_back(controller);
+    qorctl::CLogicalDrive volume;
+    volume.controller = 0;
+    volume.number = 1;
+    volume.state = "Optimal";
+    inventory.logicalDrives.push_back(volume);
+    CPhysicalDrive drive;
+    drive.controller = 0;
+    drive.number = 3;
+    drive.statusDetail = "ONLINE";
+    drive.use = "LD1";
+    drive.group = "RG0";
+    drive.serial = "A";
+    drive.temperature = CQuantity{"31C", 31};
+    drive.mediaErrors = CQuantity{"2", 2};
+    inventory.physicalDrives.push_back(drive);
+    qorctl::CPcieSsd ssd;
+    ssd.bus = 177;
+    ssd.status = "Healthy";
+    inventory.pcieSsds.push_back(ssd);
+    return inventory;
+}
+
+std::vector<std::string> Changes(const CInventory& before, const CInventory& after) {
+    std::vector<std::string> texts;
+    for (const qorctl::CChange& change : CompareInventories(before, after)) {
+        texts.push_back(DescribeChange(change));
+    }
+    return texts;
+}
+
+TEST(InventoryDiffTest, SameServerHasNoChanges) {
+    EXPECT_THAT(Changes(Server(), Server()), IsEmpty());
+    EXPECT_THAT(Changes({}, {}), IsEmpty());
+}
+
+TEST(InventoryDiffTest, ChangesOfEachKindOfObjectAreTold) {
+    CInventory after = Server();
+    after.controllers[0].batteryStatus = "Failed";
+    after.logicalDrives[0].state = "Degraded";
+    after.physicalDrives[0].statusDetail = "FAILED";
+    after.physicalDrives[0].use = "None";
+    after.physicalDrives[0].group.reset();
+    after.physicalDrives[0].serial = "B";
+    after.physicalDrives[0].mediaErrors = CQuantity{"3", 3};
+    after.pcieSsds[0].status = "Warning";
+    EXPECT_THAT(Changes(Server(), after),
+                ElementsAre("controller 0: battery Normal -> Failed",
+                            "controller 0 volume LD1: Optimal -> Degraded",
+                            "controller 0 drive PD3: ONLINE -> FAILED",
+                            "controller 0 drive PD3: use LD1 of RG0 -> None",
+                            "controller 0 drive PD3: serial number A -> B",
+                            "controller 0 drive PD3: media errors 2 -> 3",
+                            "PCIe SSD 177: Healthy -> Warning"));
+}
+
+TEST(InventoryDiffTest, TemperatureIsNoChange) {
+    CInventory after = Server();
+    after.physicalDrives[0].temperature = CQuantity{"45C", 45};
+    EXPECT_THAT(Changes(Server(), after), IsEmpty());
+}
+
+TEST(InventoryDiffTest, ValueThatIsNoLongerReportedIsAChange) {
+    CInventory after = Server();
+    after.physicalDrives[0].statusDetail.reset();
+    EXPECT_THAT(Changes(Server(), after),
+                ElementsAre("controller 0 drive PD3: ONLINE -> (not reported)"));
+}
+
+TEST(InventoryDiffTest, ObjectsThatAppearAndGoAreToldWithTheirState) {
+    CInventory after = Server();
+    after.physicalDrives[0].number = 4;
+    EXPECT_THAT(Changes(Server(), after), ElementsAre("controller 0 drive PD4: appeared, ONLINE",
+                                                      "controller 0 drive PD3: gone, ONLINE"));
+    EXPECT_THAT(Changes(Server(), {}),
+                ElementsAre("controller 0: gone", "controller 0 volume LD1: gone, Optimal",
+                            "controller 0 drive PD3: gone, ONLINE", "PCIe SSD 177: gone, Healthy"));
+}
+
+TEST(InventoryDiffTest, ObjectsOfTheSameNameAreToldApart) {
+    CInventory before = Server();
+    before.physicalDrives.push_back(before.physicalDrives[0]);
+    CInventory after = before;
+    after.physicalDrives[1].statusDetail = "FAILED";
+    EXPECT_THAT(Changes(before, after),
+                ElementsAre("controller 0 drive PD3 (2): ONLINE -> FAILED"));
+}
+
+}  // namespace

@@ -1,0 +1,105 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "JsonReport.h"
+
+namespace {
+
+using qorctl::CInventory;
+using CJson = nlohmann::ordered_json;
+
+CJson Parsed(const CInventory& inventory) {
+    return CJson::parse(qorctl::FormatJson(inventory, "raid"));
+}
+
+TEST(JsonReportTest, EmptyInventoryHasEveryList) {
+    EXPECT_EQ(qorctl::FormatJson({}, "storage"),
+              "{\n"
+              "  \"schema_version\": 1,\n"
+              "  \"command\": \"storage\",\n"
+              "  \"result\": \"success\",\n"
+              "  \"messages\": [],\n"
+              "  \"controllers\": [],\n"
+              "  \"raid_groups\": [],\n"
+              "  \"logical_drives\": [],\n"
+              "  \"physical_drives\": [],\n"
+              "  \"pcie_ssds\": [],\n"
+              "  \"others\": []\n"
+              "}\n");
+}
+
+TEST(JsonReportTest, FailureHasCodesDetailAndMessages) {
+    CInventory inventory;
+    inventory.succeeded = false;
+    inventory.texts = {.errorCode = "01", .noticeCode = "01", .detail = "krzcli -v"};
+    inventory.toolVersion = "7.0";
+    inventory.messages = {{qorctl::ESeverity::ERROR, "error-01", "broken", "mend it"},
+                          {qorctl::ESeverity::WARNING, "notice-01", "old", ""}};
+    const CJson json = Parsed(inventory);
+    EXPECT_EQ(json["result"], "failure");
+    EXPECT_EQ(json["error_code"], "01");
+    EXPECT_EQ(json["notice_code"], "01");
+    EXPECT_EQ(json["error_detail"], "krzcli -v");
+    EXPECT_EQ(json["tool_version"], "7.0");
+    EXPECT_EQ(json["messages"][0].dump(),
+              R"({"severity":"error","code":"error-01","text":"broken","remedy":"mend it"})");
+    EXPECT_EQ(json["messages"][1].dump(),
+              R"({"severity":"warning","code":"notice-01","text":"old"})");
+}
+
+TEST(JsonReportTest, DetailThatSaysNoneIsAbsent) {
+    CInventory inventory;
+    inventory.texts.detail = "none";
+    EXPECT_FALSE(Parsed(inventory).contains("error_detail"));
+}
+
+TEST(JsonReportTest, NumbersStandBesideTheirTexts) {
+    CInventory inventory;
+    qorctl::CPhysicalDrive& drive = inventory.physicalDrives.emplace_back();
+    drive.temperature = {{"31C", 31}};
+    drive.capacity = {{"1 box", std::nullopt}};
+    drive.mediaErrors = {{"2", 2}};
+    const CJson json = Parsed(inventory)["physical_drives"][0];
+    EXPECT_EQ(json.dump(), R"({"temperature":"31C","temperature_celsius":31,"media_error_count":2,)"
+                           R"("capacity":"1 box","sections":{}})");
+}
+
+TEST(JsonReportTest, SectionsHoldTextsPlaceholdersAndGroups) {
+    CInventory inventory;
+    qorctl::CController& controller = inventory.controllers.emplace_back();
+    controller.sections = {
+        {"General Information",
+         {{"Product", "X", false, {}},
+          {"Serial", std::nullopt, false, {}},
+          {"Port", std::nullopt, true, {{"No.", "0"}}},
+          {"Speed", "", false, {}},
+          {"Port", std::nullopt, true, {{"No.", "1"}, {"No.", "2"}, {"State", std::nullopt}}}}}};
+    EXPECT_EQ(Parsed(inventory)["controllers"][0].dump(),
+              R"j({"sections":{"General Information":{"Product":"X","Serial":null,)j"
+              R"j("Port":[{"No.":"0"},{"No.":"1","No. (2)":"2","State":null}],"Speed":""}}})j");
+}
+
+TEST(JsonReportTest, NamesThatRepeatAreNumbered) {
+    CInventory inventory;
+    inventory.others = {{"R",
+                         "",
+                         {{"S",
+                           {{"K (2)", "0", false, {}},
+                            {"K", "1", false, {}},
+                            {"K", "2", false, {}},
+                            {"K", std::nullopt, true, {}}}},
+                          {"S", {}}}}};
+    EXPECT_EQ(Parsed(inventory)["others"][0]["sections"].dump(),
+              R"j({"S":{"K (2)":"0","K":"1","K (3)":"2","K (4)":[{}]},"S (2)":{}})j");
+}
+
+TEST(JsonReportTest, BytesThatAreNotUtf8BecomeReplacementCharacters) {
+    CInventory inventory;
+    inventory.physicalDrives.emplace_back().product = "a\xff\xc3(\x1b\"";
+    EXPECT_NE(
+        qorctl::FormatJson(inventory, "raid").find("\"product\": \"a\uFFFD\uFFFD(\\u001b\\\"\""),
+        std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,42 @@
+#include <gtest/gtest.h>
+
+#include "PerformanceData.h"
+
+namespace {
+
+using qorctl::CPerformanceValue;
+using qorctl::FormatPerformanceData;
+
+TEST(PerformanceDataTest, ValuesAreSeparatedByBlanks) {
+    EXPECT_EQ(FormatPerformanceData({}), "");
+    EXPECT_EQ(FormatPerformanceData({{"drives", 9, "", "", ""},
+                                     {"c0_PD3_media_errors", 2, "c", "", ""},
+                                     {"ssd177_wear", 12, "%", "80", "100"},
+                                     {"c0_PD3_temperature", -5, "", "~:50", "~:60"}}),
+              "drives=9;; c0_PD3_media_errors=2c;; ssd177_wear=12%;80;100 "
+              "c0_PD3_temperature=-5;~:50;~:60");
+}
+
+TEST(PerformanceDataTest, LabelsAreQuotedWhereTheyHaveTo) {
+    const struct {
+        const char* label;
+        const char* text;
+    } rows[] = {{"plain_1", "plain_1"},
+                {"two words", "'two words'"},
+                {"o'clock", "'o''clock'"},
+                {"a=b", "a_b"},
+                {"a|b", "a_b"},
+                {"", "''"},
+                {"a\nb", "a\\nb"},
+                {"\xff", "\\xff"}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(FormatPerformanceData({{row.label, 1, "", "", ""}}),
+                  std::string(row.text) + "=1;;");
+    }
+}
+
+TEST(PerformanceDataTest, TextsStayOnTheirLineAndHoldNoPipe) {
+    EXPECT_EQ(qorctl::MonitoringText("a|b\n\x1b[31m\xc3\xa9"), "a_b\\n\\x1b[31m\\xc3\\xa9");
+}
+
+}  // namespace

@@ -1,0 +1,63 @@
+#include <gtest/gtest.h>
+
+#include "Problems.h"
+
+namespace {
+
+using qorctl::CHealthFinding;
+using qorctl::EHealth;
+
+TEST(ProblemsTest, StateIsASentence) {
+    EXPECT_EQ(qorctl::ProblemSentence(
+                  {EHealth::CRITICAL, "drive-failed", "controller 0 drive PD3", "FAILED"}),
+              "Controller 0 drive PD3 is FAILED: it is out of service; replace it.");
+}
+
+TEST(ProblemsTest, MeasurementIsASentence) {
+    EXPECT_EQ(qorctl::ProblemSentence({EHealth::WARNING, "drive-media-errors",
+                                       "controller 0 drive PD5", "2 media errors"}),
+              "Controller 0 drive PD5 has 2 media errors: it may be failing; look at its SMART "
+              "data.");
+}
+
+TEST(ProblemsTest, UnknownStateSaysSo) {
+    EXPECT_EQ(qorctl::ProblemSentence({EHealth::UNKNOWN, "volume-state", "controller 0 volume LD1",
+                                       "unknown state \"Odd\""}),
+              "Controller 0 volume LD1: unknown state \"Odd\".");
+}
+
+TEST(ProblemsTest, SentencesAreVisibleAndColouredWhereThereIsColour) {
+    const std::vector<CHealthFinding> findings = {
+        {EHealth::CRITICAL, "drive-failed", "drive 1", "FAILED"},
+        {EHealth::UNKNOWN, "drive-state", "drive 2", "state \x1b"}};
+    EXPECT_EQ(qorctl::FormatProblems(findings, {}),
+              "\nDrive 1 is FAILED: it is out of service; replace it.\n"
+              "Drive 2: state \\x1b.\n");
+    EXPECT_EQ(qorctl::FormatProblems(findings, {.utf8 = true, .colour = true}),
+              "\n\x1b[31mDrive 1 is FAILED: it is out of service; replace it.\x1b[0m\n"
+              "\x1b[33mDrive 2: state \\x1b.\x1b[0m\n");
+    EXPECT_EQ(qorctl::FormatProblems({}, {}), "");
+}
+
+TEST(ProblemsTest, MarkIsTheWorstOfAnObject) {
+    const qorctl::CProblemMarks marks({{EHealth::WARNING, "a", "drive 1", ""},
+                                       {EHealth::CRITICAL, "b", "drive 1", ""},
+                                       {EHealth::WARNING, "a", "drive 2", ""}});
+    EXPECT_EQ(marks.Of("drive 1"), EHealth::CRITICAL);
+    EXPECT_EQ(marks.Of("drive 2"), EHealth::WARNING);
+    EXPECT_EQ(marks.Of("drive 3"), EHealth::OK);
+}
+
+TEST(ProblemsTest, CountersAboveZeroAreProblems) {
+    qorctl::CInventory inventory;
+    qorctl::CPhysicalDrive& drive = inventory.physicalDrives.emplace_back();
+    drive.controller = 0;
+    drive.number = 5;
+    drive.statusDetail = "ONLINE";
+    drive.mediaErrors = {{"2", 2}};
+    const std::vector<CHealthFinding> findings = qorctl::FindProblems(inventory);
+    ASSERT_EQ(findings.size(), 1U);
+    EXPECT_EQ(findings[0].rule, "drive-media-errors");
+}
+
+}  // namespace

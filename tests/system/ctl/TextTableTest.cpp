@@ -1,0 +1,89 @@
+#include <gtest/gtest.h>
+
+#include "TextTable.h"
+
+namespace {
+
+using qorctl::ANY_WIDTH;
+using qorctl::CTableRow;
+using qorctl::EAlign;
+
+constexpr qorctl::CTextStyle UTF8 = {.utf8 = true, .colour = false};
+constexpr qorctl::CTableColumn COLUMNS[] = {
+    {"NO", 0, 0, EAlign::RIGHT},
+    {"NAME", 1, 4, EAlign::LEFT},
+    {"EXTRA", 2, 0, EAlign::LEFT},
+};
+
+const std::vector<CTableRow> ROWS = {{{"1", "a long name", "x"}, ""}, {{"10", "b", "yy"}, ""}};
+
+TEST(TextTableTest, ColumnsAreAlignedAndLinesEndWithoutBlanks) {
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, ANY_WIDTH, UTF8),
+              "NO  NAME         EXTRA\n"
+              " 1  a long name  x\n"
+              "10  b            yy\n");
+}
+
+TEST(TextTableTest, TableThatJustFitsIsLeftAlone) {
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, 22, UTF8),
+              qorctl::FormatTextTable(COLUMNS, ROWS, ANY_WIDTH, UTF8));
+}
+
+TEST(TextTableTest, ColumnIsShortenedBeforeAnyIsLeftOut) {
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, 21, UTF8),
+              "NO  NAME        EXTRA\n"
+              " 1  a long na…  x\n"
+              "10  b           yy\n");
+}
+
+TEST(TextTableTest, LeastImportantColumnIsLeftOutFirst) {
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, 14, UTF8),
+              "NO  NAME\n"
+              " 1  a l…\n"
+              "10  b\n");
+}
+
+TEST(TextTableTest, MostImportantColumnStaysWhateverTheWidth) {
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, 1, UTF8),
+              "NO\n"
+              " 1\n"
+              "10\n");
+}
+
+TEST(TextTableTest, AsciiShortensWithATilde) {
+    EXPECT_NE(qorctl::FormatTextTable(COLUMNS, ROWS, 21, {}).find("a long na~  x\n"),
+              std::string::npos);
+}
+
+TEST(TextTableTest, CharactersCountNotBytes) {
+    const std::vector<CTableRow> rows = {{{"1", "ääääää", "x"}, ""}};
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, rows, 16, UTF8),
+              "NO  NAME   EXTRA\n"
+              " 1  ääää…  x\n");
+}
+
+TEST(TextTableTest, ColumnWithoutTextIsLeftOut) {
+    const std::vector<CTableRow> rows = {{{"1", "", "x"}, ""}};
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, rows, ANY_WIDTH, UTF8),
+              "NO  EXTRA\n"
+              " 1  x\n");
+}
+
+TEST(TextTableTest, NoRowsNoTable) {
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, {}, ANY_WIDTH, UTF8), "");
+}
+
+TEST(TextTableTest, ColourSurroundsLinesOnlyWhereTheStyleHasIt) {
+    const std::vector<CTableRow> rows = {{{"1", "a", "x"}, "\x1b[31m"}};
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, rows, ANY_WIDTH, {.utf8 = true, .colour = true}),
+              "\x1b[1mNO  NAME  EXTRA\x1b[0m\n"
+              "\x1b[31m 1  a     x\x1b[0m\n");
+    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, rows, ANY_WIDTH, UTF8).find('\x1b'),
+              std::string::npos);
+}
+
+TEST(TextTableTest, WidthIsUnlimitedWithoutATerminal) {
+    EXPECT_EQ(qorctl::DetectWidth(-1), ANY_WIDTH);
+}
+
+}  // namespace

@@ -1,0 +1,112 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "WatchScreen.h"
+
+namespace {
+
+using qorctl::CTick;
+using testing::ElementsAre;
+
+constexpr int64_t NOVEMBER = 1795168800;  // 2026-11-20T10:00:00Z
+constexpr qorctl::CTextStyle UTF8 = {.utf8 = true, .colour = false};
+constexpr qorctl::CScreenSize LARGE = {.rows = 50, .columns = 200};
+
+CTick Answer() {
+    CTick tick;
+    tick.wallTime = NOVEMBER;
+    tick.status = qorctl::EHealth::CRITICAL;
+    tick.poll.answered = true;
+    qorctl::CLogicalDrive volume;
+    volume.controller = 0;
+    volume.number = 1;
+    volume.state = "Degraded";
+    volume.name = "Däta";
+    volume.raidLevel = "RAID 5";
+    volume.capacity = qorctl::CQuantity{"4.000TB", std::nullopt};
+    tick.poll.inventory.logicalDrives.push_back(volume);
+    qorctl::CPhysicalDrive drive;
+    drive.controller = 0;
+    drive.number = 3;
+    drive.statusDetail = "REBUILD";
+    drive.use = "LD1";
+    drive.group = "RG0";
+    drive.temperature = qorctl::CQuantity{"31C", 31};
+    qorctl::CSection section = {"General Information", {}};
+    section.entries.push_back({.name = "Progress", .value = "42%", .keys = {}});
+    drive.sections.push_back(section);
+    tick.poll.inventory.physicalDrives.push_back(drive);
+    tick.health.findings.push_back(
+        {qorctl::EHealth::CRITICAL, "volume-degraded", "controller 0 volume LD1", "Degraded"});
+    tick.changes.push_back(
+        {qorctl::EChange::CHANGED, "controller 0 volume LD1", "state", "Optimal", "Degraded"});
+    return tick;
+}
+
+TEST(WatchScreenTest, StatusFindingsChangesAndObjectsAreShown) {
+    qorctl::CWatchScreen screen(10);
+    screen.Take(Answer());
+    EXPECT_THAT(screen.Lines(LARGE, UTF8),
+                ElementsAre("qorctl watch, every 10 s: 2026-11-20T10:00:00Z  CRITICAL",
+                            "0 controllers, 1 volume, 1 drive, 0 PCIe SSDs",
+                            "CRITICAL: controller 0 volume LD1: Degraded", "", "Latest changes",
+                            "2026-11-20T10:00:00Z controller 0 volume LD1: Optimal -> Degraded", "",
+                            "controller 0 volume LD1  Degraded  Däta  RAID 5  4.000TB",
+                            "controller 0 drive PD3  REBUILD  42%  LD1  RG0  31C"));
+}
+
+TEST(WatchScreenTest, FailedRequestStandsAboveTheLastAnswer) {
+    qorctl::CWatchScreen screen(10);
+    screen.Take(Answer());
+    CTick failed;
+    failed.wallTime = NOVEMBER + 10;
+    failed.poll.message = "the RAID tool did not answer in time";
+    screen.Take(failed);
+    const std::vector<std::string> lines = screen.Lines(LARGE, UTF8);
+    EXPECT_EQ(lines[0], "qorctl watch, every 10 s: 2026-11-20T10:00:10Z  UNKNOWN");
+    EXPECT_EQ(lines[1], "no answer: the RAID tool did not answer in time");
+    EXPECT_EQ(lines[2], "the last answer, of 2026-11-20T10:00:00Z:");
+    EXPECT_EQ(lines.back(), "controller 0 drive PD3  REBUILD  42%  LD1  RG0  31C");
+}
+
+TEST(WatchScreenTest, FailureWithoutAnAnswerBeforeStandsAlone) {
+    qorctl::CWatchScreen screen(10);
+    CTick failed;
+    failed.poll.message = "the RAID tool is not installed";
+    screen.Take(failed);
+    EXPECT_THAT(screen.Lines(LARGE, UTF8),
+                ElementsAre("qorctl watch, every 10 s: 1970-01-01T00:00:00Z  UNKNOWN",
+                            "no answer: the RAID tool is not installed"));
+}
+
+TEST(WatchScreenTest, LinesFitTheScreen) {
+    qorctl::CWatchScreen screen(10);
+    screen.Take(Answer());
+    EXPECT_THAT(screen.Lines({.rows = 3, .columns = 12}, UTF8),
+                ElementsAre("qorctl watch", "0 controller", "... 7 more l"));
+    EXPECT_THAT(screen.Lines({.rows = 1, .columns = 40}, UTF8), ElementsAre("... 9 more lines"));
+}
+
+TEST(WatchScreenTest, CharactersOfSeveralBytesAreCutWhole) {
+    qorctl::CWatchScreen screen(10);
+    screen.Take(Answer());
+    const std::vector<std::string> lines = screen.Lines({.rows = 50, .columns = 37}, UTF8);
+    EXPECT_EQ(lines[7], "controller 0 volume LD1  Degraded  Dä");
+    EXPECT_EQ(screen.Lines(LARGE, {})[7],
+              "controller 0 volume LD1  Degraded  D\\xc3\\xa4ta  RAID 5  4.000TB");
+}
+
+TEST(WatchScreenTest, OnlyTheLatestChangesAreKept) {
+    qorctl::CWatchScreen screen(10);
+    for (int i = 0; i < 12; ++i) {
+        CTick tick = Answer();
+        tick.wallTime = NOVEMBER + i;
+        screen.Take(tick);
+    }
+    const std::vector<std::string> lines = screen.Lines(LARGE, UTF8);
+    EXPECT_THAT(lines[5], testing::StartsWith("2026-11-20T10:00:11Z "));
+    EXPECT_THAT(lines[14], testing::StartsWith("2026-11-20T10:00:02Z "));
+    EXPECT_EQ(lines[15], "");
+}
+
+}  // namespace

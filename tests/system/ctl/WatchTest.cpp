@@ -1,0 +1,229 @@
+// The loop of `qorctl watch`, with a clock that only goes when it is told to.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <nlohmann/json.hpp>
+
+#include "Watch.h"
+
+namespace {
+
+using qorctl::CPoll;
+using qorctl::CTick;
+using qorctl::EWake;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr int64_t NOVEMBER = 1795168800;  // 2026-11-20T10:00:00Z
+
+class CTestClock : public qorctl::IWatchClock {
+public:
+    int64_t Now() override { return m_Now; }
+    int64_t WallTime() override { return NOVEMBER + m_Now / 1000; }
+    EWake WaitUntil(int64_t time) override {
+        m_Waits.push_back(time);
+        if (!m_Wakes.empty()) {
+            const EWake wake = m_Wakes.front();
+            m_Wakes.pop_front();
+            if (wake != EWake::TIME) {
+                return wake;
+            }
+        }
+        m_Now = std::max(m_Now, time);
+        return EWake::TIME;
+    }
+
+    int64_t m_Now = 0;
+    std::vector<int64_t> m_Waits;
+    std::deque<EWake> m_Wakes;  // how the next waits end; TIME after the last one
+};
+
+class CTestView : public qorctl::IWatchView {
+public:
+    bool Show(const CTick& tick) override {
+        m_Ticks.push_back(tick);
+        m_Text += FormatTickText(tick);
+        m_Json += FormatTickJson(tick);
+        return m_CanShow;
+    }
+    bool Redraw() override {
+        ++m_Redraws;
+        return m_CanShow;
+    }
+
+    bool m_CanShow = true;
+    int m_Redraws = 0;
+    std::vector<CTick> m_Ticks;
+    std::string m_Text;
+    std::string m_Json;
+};
+
+CPoll Answer(const std::string& state, long long temperature = 31) {
+    CPoll poll;
+    poll.answered = true;
+    qorctl::CPhysicalDrive drive;
+    drive.controller = 0;
+    drive.number = 3;
+    drive.statusDetail = state;
+    drive.temperature = qorctl::CQuantity{std::to_string(temperature) + "C", temperature};
+    poll.inventory.physicalDrives.push_back(drive);
+    return poll;
+}
+
+CPoll NoAnswer() {
+    CPoll poll;
+    poll.reason = "tool-timeout";
+    poll.message = "the RAID tool did not answer in time";
+    poll.command = "krzcli -pdinfo -a0";
+    return poll;
+}
+
+class WatchTest : public testing::Test {
+protected:
+    // A request for each answer, which takes `m_Duration`.
+    int Watch(const std::vector<CPoll>& answers, int64_t interval = 60) {
+        size_t asked = 0;
+        const auto ask = [&] {
+            m_Clock.m_Now += m_Duration;
+            return answers.at(asked++);
+        };
+        return qorctl::CWatch({.interval = interval, .count = static_cast<int64_t>(answers.size())},
+                              ask, m_Clock, m_View)
+            .Run();
+    }
+
+    int64_t m_Duration = 0;  // milliseconds
+    CTestClock m_Clock;
+    CTestView m_View;
+};
+
+TEST_F(WatchTest, RequestsDoNotDriftWhateverTheyTake) {
+    m_Duration = 700;
+    Watch(std::vector<CPoll>(4, Answer("ONLINE")), 10);
+    EXPECT_THAT(m_Clock.m_Waits, ElementsAre(10000, 20000, 30000));
+}
+
+TEST_F(WatchTest, TimesThatALongRequestMissedAreLeftOut) {
+    m_Duration = 25000;
+    Watch(std::vector<CPoll>(3, Answer("ONLINE")), 10);
+    EXPECT_THAT(m_Clock.m_Waits, ElementsAre(30000, 60000));
+}
+
+TEST_F(WatchTest, RequestThatEndsAtATimeWaitsForTheNextOne) {
+    EXPECT_EQ(qorctl::NextTime(0, 10, 0), 10);
+    EXPECT_EQ(qorctl::NextTime(0, 10, 9), 10);
+    EXPECT_EQ(qorctl::NextTime(0, 10, 10), 20);
+    EXPECT_EQ(qorctl::NextTime(5, 10, 16), 25);
+}
+
+TEST_F(WatchTest, ChangesAreLinesWithTheTime) {
+    EXPECT_EQ(Watch({Answer("ONLINE"), Answer("ONLINE"), Answer("FAILED")}), 0);
+    EXPECT_EQ(m_View.m_Text,
+              "2026-11-20T10:00:00Z watching 0 controllers, 0 volumes, 1 drive, 0 PCIe SSDs: OK\n"
+              "2026-11-20T10:02:00Z controller 0 drive PD3: ONLINE -> FAILED\n"
+              "2026-11-20T10:02:00Z server: OK -> CRITICAL\n");
+}
+
+TEST_F(WatchTest, StatusThatATemperatureChangesIsALine) {
+    Watch({Answer("ONLINE"), Answer("ONLINE", 55)});
+    EXPECT_THAT(m_View.m_Text, testing::EndsWith("\n2026-11-20T10:01:00Z server: OK -> WARNING\n"));
+}
+
+TEST_F(WatchTest, FailedRequestIsShownAndComparedOver) {
+    EXPECT_EQ(Watch({Answer("ONLINE"), NoAnswer(), NoAnswer(), Answer("REBUILD")}), 0);
+    EXPECT_EQ(m_View.m_Text,
+              "2026-11-20T10:00:00Z watching 0 controllers, 0 volumes, 1 drive, 0 PCIe SSDs: OK\n"
+              "2026-11-20T10:01:00Z no answer: the RAID tool did not answer in time "
+              "(krzcli -pdinfo -a0)\n"
+              "2026-11-20T10:02:00Z no answer: the RAID tool did not answer in time "
+              "(krzcli -pdinfo -a0)\n"
+              "2026-11-20T10:03:00Z answers again\n"
+              "2026-11-20T10:03:00Z controller 0 drive PD3: ONLINE -> REBUILD\n"
+              "2026-11-20T10:03:00Z server: OK -> WARNING\n");
+}
+
+TEST_F(WatchTest, LastRequestWithoutAnAnswerIsAFailure) {
+    EXPECT_EQ(Watch({Answer("ONLINE"), NoAnswer()}), 1);
+}
+
+TEST_F(WatchTest, EverythingGoesWhenTheHardwareDisappears) {
+    CPoll nothing;
+    nothing.answered = true;
+    nothing.reason = qorctl::REASON_NO_HARDWARE;
+    EXPECT_EQ(Watch({Answer("ONLINE"), nothing}), 0);
+    EXPECT_THAT(m_View.m_Text,
+                testing::EndsWith("2026-11-20T10:01:00Z controller 0 drive PD3: gone, ONLINE\n"
+                                  "2026-11-20T10:01:00Z server: OK -> UNKNOWN\n"));
+}
+
+TEST_F(WatchTest, EventsAreJsonLines) {
+    CPoll odd = Answer("\xff");
+    odd.inventory.physicalDrives.push_back(odd.inventory.physicalDrives.front());
+    odd.inventory.physicalDrives.back().number = 4;
+    Watch({NoAnswer(), Answer("ONLINE"), odd, Answer("ONLINE")});
+    std::vector<nlohmann::json> events;
+    std::istringstream lines(m_View.m_Json);
+    for (std::string line; std::getline(lines, line);) {
+        events.push_back(nlohmann::json::parse(line, nullptr, false));
+        EXPECT_EQ(events.back()["format"], "qorctl-watch") << line;
+        EXPECT_EQ(events.back()["version"], 1) << line;
+        events.back().erase("format");
+        events.back().erase("version");
+    }
+    const auto parsed = [](const char* text) { return nlohmann::json::parse(text); };
+    ASSERT_GE(events.size(), 6U);
+    EXPECT_EQ(events[0], parsed(R"({"time":"2026-11-20T10:00:00Z","event":"no-answer",
+        "reason":"tool-timeout","message":"the RAID tool did not answer in time",
+        "command":"krzcli -pdinfo -a0"})"));
+    EXPECT_EQ(events[1], parsed(R"({"time":"2026-11-20T10:01:00Z","event":"answers-again"})"));
+    EXPECT_EQ(events[2], parsed(R"({"time":"2026-11-20T10:01:00Z","event":"start",
+        "status":"OK","controllers":0,"volumes":0,"drives":1,"pcieSsds":0})"));
+    EXPECT_EQ(events[3], parsed(R"({"time":"2026-11-20T10:02:00Z","event":"change",
+        "object":"controller 0 drive PD3","what":"state","before":"ONLINE","after":"\ufffd"})"));
+    EXPECT_EQ(events[4], parsed(R"({"time":"2026-11-20T10:02:00Z","event":"appeared",
+        "object":"controller 0 drive PD4","state":"\ufffd"})"));
+    EXPECT_EQ(events.back()["event"], "change");
+    EXPECT_EQ(events[events.size() - 2], parsed(R"({"time":"2026-11-20T10:03:00Z","event":"gone",
+        "object":"controller 0 drive PD4","state":"\ufffd"})"));
+}
+
+TEST_F(WatchTest, ValueThatTheToolDidNotSayIsNull) {
+    CPoll silent = Answer("");
+    silent.inventory.physicalDrives.front().statusDetail.reset();
+    Watch({Answer("ONLINE"), silent});
+    EXPECT_THAT(m_View.m_Json, testing::HasSubstr("\"before\":\"ONLINE\",\"after\":null}"));
+}
+
+TEST_F(WatchTest, SomebodyWhoWantsAnEndGetsIt) {
+    m_Clock.m_Wakes = {EWake::TIME, EWake::STOP};
+    Watch(std::vector<CPoll>(9, Answer("ONLINE")));
+    EXPECT_EQ(m_View.m_Ticks.size(), 2U);
+}
+
+TEST_F(WatchTest, ResizedTerminalIsRedrawnAndTheWaitGoesOn) {
+    m_Clock.m_Wakes = {EWake::REDRAW, EWake::REDRAW};
+    Watch(std::vector<CPoll>(2, Answer("ONLINE")));
+    EXPECT_EQ(m_View.m_Redraws, 2);
+    EXPECT_THAT(m_Clock.m_Waits, ElementsAre(60000, 60000, 60000));
+    EXPECT_EQ(m_View.m_Ticks.size(), 2U);
+}
+
+TEST_F(WatchTest, ViewThatCannotShowEndsIt) {
+    m_View.m_CanShow = false;
+    EXPECT_EQ(Watch(std::vector<CPoll>(9, Answer("ONLINE"))), 1);
+    EXPECT_EQ(m_View.m_Ticks.size(), 1U);
+}
+
+TEST_F(WatchTest, TextsOfTheToolStayOnTheirLine) {
+    Watch({Answer("ONLINE"), Answer("a\nb\x1b")});
+    EXPECT_THAT(m_View.m_Text, testing::HasSubstr("ONLINE -> a\\nb\\x1b\n"));
+}
+
+TEST_F(WatchTest, TimesAreUtc) {
+    EXPECT_EQ(qorctl::FormatTime(NOVEMBER), "2026-11-20T10:00:00Z");
+    EXPECT_EQ(qorctl::FormatTime(0), "1970-01-01T00:00:00Z");
+    EXPECT_EQ(qorctl::FormatTime(INT64_MAX), "?");
+}
+
+}  // namespace

@@ -1,0 +1,111 @@
+#include "InstallTest.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+namespace {
+
+namespace fs = std::filesystem;
+using qortest::CEnd;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class InstallTest : public qortest::CInstallTest {};
+
+TEST_F(InstallTest, EverythingIsWhereItBelongs) {
+    for (const fs::path& file : {
+             Bin() / "qorctl",
+             Bin() / "qorsim",
+             Lib() / "libqor_MngSrv_QorLib.so",
+             Lib() / "libqor_ComLib.so",
+             Lib() / "cmake/qor/qorConfig.cmake",
+             Lib() / "cmake/qor/qorConfigVersion.cmake",
+             Lib() / "cmake/qor/qorTargets.cmake",
+             Lib() / "pkgconfig/qor.pc",
+             Prefix() / "include/qor/ComLib.h",
+             Prefix() / "include/qor/ItemDisp.h",
+             Prefix() / "include/qor/MngSrv_QorLibIF.h",
+             Share() / "man/man1/qorctl.1",
+             Share() / "man/man1/qorsim.1",
+             Share() / "man/man7/qor.7",
+             Share() / "bash-completion/completions/qorctl",
+             Share() / "bash-completion/completions/qorsim",
+             Share() / "zsh/site-functions/_qorctl",
+             Share() / "zsh/site-functions/_qorsim",
+             Share() / "fish/vendor_completions.d/qorctl.fish",
+             Share() / "fish/vendor_completions.d/qorsim.fish",
+             Share() / "qor/RaidVCFac.ini",
+             Share() / "qor/PciessdVCFac.ini",
+             Share() / "qor/hosts/small.json",
+         }) {
+        EXPECT_TRUE(fs::is_regular_file(file)) << file;
+    }
+}
+
+TEST_F(InstallTest, NothingNamesTheSourceTree) {
+    const CEnd end = Shell("grep -rlI -e '" INSTALL_SOURCE_DIR "' '" + Prefix().string() + "'");
+    EXPECT_EQ(end.out, "");
+    EXPECT_EQ(end.status, 1);
+}
+
+TEST_F(InstallTest, InstalledProgramsFindEachOther) {
+    const CEnd end = Shell("qorsim run --host small -- qorctl raid");
+    EXPECT_EQ(end.status, 0) << end.err;
+    EXPECT_EQ(end.err, "");
+    EXPECT_THAT(end.out, StartsWith("Controller Information\n"));
+}
+
+TEST_F(InstallTest, DoctorFindsTheInstalledLibraries) {
+    const CEnd end = Shell("qorsim run --host small -- qorctl doctor");
+    EXPECT_EQ(end.status, 0) << end.out << end.err;
+    EXPECT_THAT(end.out, HasSubstr((Lib() / "libqor_MngSrv_QorLib.so").string()));
+    EXPECT_THAT(end.out, HasSubstr((Lib() / "libqor_ComLib.so").string()));
+}
+
+class ExampleTest : public qortest::CInstallTest {
+protected:
+    // Configures and builds a project against the installed tree.
+    CEnd Build(const fs::path& source, const fs::path& build) const {
+        return Shell("'" INSTALL_CMAKE "' -S '" + source.string() + "' -B '" + build.string() +
+                     "' -DCMAKE_PREFIX_PATH='" + Prefix().string() +
+                     "' -DCMAKE_CXX_COMPILER='" INSTALL_COMPILER
+                     "' -DCMAKE_CXX_FLAGS='-Wall -Wextra -Werror " INSTALL_HOST_FLAGS
+                     "' && '" INSTALL_CMAKE "' --build '" +
+                     build.string() + "'");
+    }
+};
+
+TEST_F(ExampleTest, ExampleIsShort) {
+    EXPECT_LT(qortest::Lines(qortest::ReadFile(INSTALL_SOURCE_DIR "/examples/host.cpp")).size(),
+              60U);
+}
+
+TEST_F(ExampleTest, ExampleIsBuiltThroughFindPackageAndShowsTheStorage) {
+    const fs::path build = Folder() / "build";
+    const CEnd built = Build(Share() / "doc/qor-dev/examples", build);
+    ASSERT_EQ(built.status, 0) << built.out << built.err;
+    const CEnd shown = Shell("qorsim run --host small -- '" + (build / "host").string() + "'");
+    EXPECT_EQ(shown.status, 0) << shown.err;
+    EXPECT_EQ(shown.err, "");
+    EXPECT_THAT(shown.out, StartsWith(" | Controller Information | \n"));
+    EXPECT_THAT(shown.out, HasSubstr("### General Information ### | Serial Number | TR45216823\n"));
+}
+
+TEST_F(ExampleTest, CommonLibraryIsATarget) {
+    qortest::WriteFile(Folder() / "user/CMakeLists.txt",
+                       "cmake_minimum_required(VERSION 3.13)\n"
+                       "project(user LANGUAGES CXX)\n"
+                       "find_package(qor " INSTALL_VERSION
+                       " REQUIRED)\n"
+                       "add_executable(user user.cpp)\n"
+                       "target_link_libraries(user PRIVATE qor::ComLib)\n");
+    qortest::WriteFile(Folder() / "user/user.cpp",
+                       "#include <qor/ComLib.h>\n"
+                       "int main() { return CStringUtil::NumberToTString(7) == \"7\" ? 0 : 1; }\n");
+    const CEnd built = Build(Folder() / "user", Folder() / "userbuild");
+    ASSERT_EQ(built.status, 0) << built.out << built.err;
+    EXPECT_EQ(Shell("userbuild/user").status, 0);
+}
+
+}  // namespace

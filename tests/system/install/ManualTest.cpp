@@ -1,0 +1,88 @@
+// The manual pages say what the programs do: each of their examples is run.
+#include <gmock/gmock.h>
+
+#include <regex>
+
+#include "InstallTest.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using qortest::CEnd;
+using qortest::CStrings;
+using testing::HasSubstr;
+using testing::Not;
+
+class ManualTest : public qortest::CInstallTest {
+protected:
+    std::string Page(const std::string& name) const {
+        return qortest::ReadFile(Share() / "man" / ("man" + name.substr(name.size() - 1)) / name);
+    }
+
+    // The lines between ".EX" and ".EE", as the reader sees them.
+    CStrings Examples(const std::string& name) const {
+        CStrings examples;
+        bool inside = false;
+        for (const std::string& line : qortest::Lines(Page(name))) {
+            if (line == ".EX" || line == ".EE") {
+                inside = line == ".EX";
+            } else if (inside) {
+                examples.push_back(std::regex_replace(line, std::regex("\\\\-"), "-"));
+            }
+        }
+        EXPECT_FALSE(examples.empty());
+        return examples;
+    }
+
+    CStrings Subcommands(const std::string& program) const {
+        CStrings names;
+        bool inside = false;
+        for (const std::string& line : qortest::Lines(Shell(program + " --help").out)) {
+            std::smatch match;
+            if (line == "Subcommands:") {
+                inside = true;
+            } else if (inside &&
+                       std::regex_match(line, match, std::regex("  ([a-z][a-z-]*)( .*)?"))) {
+                names.push_back(match[1]);
+            } else if (line.empty()) {
+                inside = false;
+            }
+        }
+        EXPECT_GE(names.size(), 1U);
+        return names;
+    }
+};
+
+TEST_F(ManualTest, ExamplesOfThePagesThatNeedAServerAreRunOnOne) {
+    for (const char* page : {"qorctl.1", "qor.7"}) {
+        for (const std::string& example : Examples(page)) {
+            const CEnd end = Shell("qorsim run --host small -- sh -c '" + example + "'");
+            EXPECT_EQ(end.status, 0) << example << "\n" << end.out << end.err;
+        }
+    }
+}
+
+TEST_F(ManualTest, ExamplesOfTheSimulatorAreRun) {
+    for (const std::string& example : Examples("qorsim.1")) {
+        const CEnd end = Shell(example);
+        EXPECT_EQ(end.status, 0) << example << "\n" << end.out << end.err;
+    }
+}
+
+TEST_F(ManualTest, EachSubcommandHasItsSection) {
+    for (const std::string program : {"qorctl", "qorsim"}) {
+        const std::string page = Page(program + ".1");
+        for (const std::string& name : Subcommands(program)) {
+            EXPECT_THAT(page, HasSubstr(".SS " + program + " " + name + "\n.nf\n"));
+        }
+        EXPECT_THAT(page, Not(HasSubstr("@")));
+        EXPECT_THAT(page, HasSubstr("qor " INSTALL_VERSION));
+    }
+}
+
+TEST_F(ManualTest, HelpStandsInThePageWithHyphensThatCanBeCopied) {
+    EXPECT_THAT(Page("qorctl.1"), HasSubstr("\\-\\-plugin PATH"));
+    EXPECT_THAT(Page("qorctl.1"), HasSubstr("Usage: qorctl exec [OPTIONS] COMMAND..."));
+}
+
+}  // namespace
