@@ -10,6 +10,7 @@ namespace {
 namespace fs = std::filesystem;
 using qortest::CEnd;
 using qortest::CStrings;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
