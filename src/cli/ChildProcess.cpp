@@ -98,11 +98,19 @@ int CChildSetup::Start(const std::string& command, char* const* environment, pid
     return posix_spawnp(&child, shell.c_str(), &m_Actions, &m_Attributes, arguments, environment);
 }
 
+pid_t LookAtChild(pid_t child, int& status) {
+    pid_t changed = 0;
+    do {
+        changed = waitpid(child, &status, WNOHANG | WUNTRACED | WCONTINUED);
+    } while (changed < 0 && errno == EINTR);
+    return changed;
+}
+
 EChildWait WaitForChild(pid_t child, milliseconds limit, int& status) {
     const CUniqueFd process(OpenProcessDescriptor(child));
     const steady_clock::time_point deadline = steady_clock::now() + limit;
     for (;;) {
-        const pid_t changed = waitpid(child, &status, WNOHANG | WUNTRACED | WCONTINUED);
+        const pid_t changed = LookAtChild(child, status);
         if (changed != 0) {
             return changed == child ? EChildWait::Changed : EChildWait::Failed;
         }

@@ -48,6 +48,10 @@ enum class EChildWait {
 // Long enough to be no limit.
 inline constexpr std::chrono::milliseconds NO_TIME_LIMIT = std::chrono::hours(24L * 365 * 100);
 
+// One look at the child, without waiting: its process id if it ended, was stopped or went on, with
+// `status` as waitpid gives it; 0 if nothing happened; -1 if there is no such child.
+pid_t LookAtChild(pid_t child, int& status);
+
 // Waits for the child's end, stop or continuation for at most `limit`. The end is seen at once; a
 // stop within half a second. Interrupted waits go on.
 EChildWait WaitForChild(pid_t child, std::chrono::milliseconds limit, int& status);

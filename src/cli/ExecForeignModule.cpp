@@ -129,7 +129,7 @@ int StartUtility(const std::string& command, const std::string& outFile, const s
 // One look a second, then the rest of the time-out, then the child is left alone.
 EChildWait WaitBySeconds(pid_t child, unsigned long timeoutMs, int& status) {
     for (unsigned long seconds = timeoutMs / 1000;; --seconds) {
-        const pid_t changed = waitpid(child, &status, WNOHANG | WUNTRACED | WCONTINUED);
+        const pid_t changed = LookAtChild(child, status);
         if (changed != 0) {
             return changed == child ? EChildWait::Changed : EChildWait::Failed;
         }

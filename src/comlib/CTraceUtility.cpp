@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <mutex>
+#include <new>
 
 #include "comlib/CTraceLine.h"
 #include "comlib/CTraceSettings.h"
@@ -33,14 +34,24 @@ constinit std::atomic<unsigned> s_OwnLevels = 0;
 constinit QorTraceSink s_OwnSink = nullptr;
 constinit void* s_OwnContext = nullptr;
 
+void KeepSettings() {
+    const CTraceSettings settings = CTraceSettings::Read();
+    s_Sink = settings.m_Sink;
+    std::memcpy(s_File.data(), settings.m_File.c_str(), settings.m_File.size() + 1);
+    const unsigned levels = settings.m_Sink == ETraceSink::NONE ? 0 : settings.m_Levels;
+    s_Levels.store(levels, std::memory_order_release);
+}
+
+// Without memory the line is dropped, and the next one reads the settings. An exception would end
+// the host where a line is traced while another exception passes.
 unsigned ReadSettings() {
     const std::lock_guard<std::mutex> lock(s_ReadMutex);
     if (s_Levels.load(std::memory_order_relaxed) == NOT_READ) {
-        const CTraceSettings settings = CTraceSettings::Read();
-        s_Sink = settings.m_Sink;
-        std::memcpy(s_File.data(), settings.m_File.c_str(), settings.m_File.size() + 1);
-        const unsigned levels = settings.m_Sink == ETraceSink::NONE ? 0 : settings.m_Levels;
-        s_Levels.store(levels, std::memory_order_release);
+        try {
+            KeepSettings();
+        } catch (const std::bad_alloc&) {
+            return 0;
+        }
     }
     return s_Levels.load(std::memory_order_relaxed);
 }

@@ -20,9 +20,9 @@ extern "C" {
 // `context` is what was set. `message` is the formatted text of `length` bytes, which ends with a
 // zero and is valid during the call only; `module` and `message` may hold any bytes but zeros. Must
 // neither trace nor throw.
-typedef void (*QorTraceSink)(void* context, const char* module,
-                             CTraceUtility::TRACE_DBG_LEVEL level, const char* message,
-                             unsigned long length);
+using QorTraceSink = void (*)(void* context, const char* module,
+                              CTraceUtility::TRACE_DBG_LEVEL level, const char* message,
+                              unsigned long length);
 
 // From now on the lines of `levels` (a mask of TRACE_DBG_LEVEL) also go to `sink`; a null `sink`
 // ends that, and must be set before the sink's code or context goes away. There is one sink; the

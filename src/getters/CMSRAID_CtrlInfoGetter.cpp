@@ -64,7 +64,7 @@ bool CMSRAID_CtrlInfoGetter::CountControllers(const std::string& command, const 
     for (std::string line; std::getline(stream, line);) {
         count += IsCtrlHeader(line) ? 1 : 0;
     }
-    return true;
+    return IsReadToTheEnd(path, stream);
 }
 
 bool CMSRAID_CtrlInfoGetter::CreateRAIDItem(std::ifstream& stream, std::string line) {

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr const char* ERR_RUN_FAILED = "01";
-constexpr const char* ERR_REPORT_NOT_OPENED = "03";
+constexpr const char* ERR_REPORT_NOT_READ = "03";
 constexpr const char* ERR_REPORT_NOT_UNDERSTOOD = "04";
 constexpr const char* ERR_TIMEOUT = "05";
 constexpr size_t NAME_BUFFER_SIZE = 768;
@@ -57,7 +57,11 @@ bool CMSRAID_InfoGetter::ParseReport(const std::string& path, const std::string&
         return false;
     }
     CItemListGuard guard(m_RaidList);
-    if (!Parse(stream, command)) {
+    const bool isParsed = Parse(stream, command);
+    if (!IsReadToTheEnd(path, stream)) {
+        return false;
+    }
+    if (!isParsed) {
         QOR_TRACE(FAILURE, "Failed to parse RAID Information ret=%08x.", 0U);
         m_ErrCode.insert(0, ERR_REPORT_NOT_UNDERSTOOD);
         return false;
@@ -75,11 +79,21 @@ void CMSRAID_InfoGetter::NoteRunFailure(unsigned int result, const std::string& 
 bool CMSRAID_InfoGetter::OpenReport(const std::string& path, std::ifstream& stream) {
     stream.open(path);
     if (!stream) {
-        QOR_TRACE(FAILURE, "Failed to open file output by krzcli(%s).", path.c_str());
-        m_ErrCode.insert(0, ERR_REPORT_NOT_OPENED);
-        return false;
+        NoteUnreadableReport(path);
     }
-    return true;
+    return stream.is_open();
+}
+
+bool CMSRAID_InfoGetter::IsReadToTheEnd(const std::string& path, const std::ifstream& stream) {
+    if (stream.bad()) {
+        NoteUnreadableReport(path);
+    }
+    return !stream.bad();
+}
+
+void CMSRAID_InfoGetter::NoteUnreadableReport(const std::string& path) {
+    QOR_TRACE(FAILURE, "Failed to open file output by krzcli(%s).", path.c_str());
+    m_ErrCode.insert(0, ERR_REPORT_NOT_READ);
 }
 
 bool CMSRAID_InfoGetter::Parse(std::ifstream& stream, std::string) {
@@ -120,11 +134,11 @@ bool CMSRAID_InfoGetter::ParseKeyValue(std::ifstream&, std::string line,
         return false;
     }
     const size_t colon = line.find(':');
-    std::string key = line.substr(0, colon);
-    std::string value = line.substr(colon + 1);
-    Trim(key);
+    std::string value(line, colon + 1);
+    line.resize(colon);  // the key
+    Trim(line);
     Trim(value);
-    AddItem(list, CurTitleName(), key, value);
+    AddItem(list, CurTitleName(), line, value);
     return true;
 }
 
@@ -133,7 +147,11 @@ void CMSRAID_InfoGetter::AddRootItem() {}
 void CMSRAID_InfoGetter::FreeItemList() {}
 
 void CMSRAID_InfoGetter::Trim(std::string& text) {
-    text = Trimmed(text);
+    // In place: every line of a report comes by here.
+    const std::string_view trimmed = TrimmedView(text);
+    const auto begin = static_cast<size_t>(trimmed.data() - text.data());
+    text.resize(begin + trimmed.size());
+    text.erase(0, begin);
 }
 
 void CMSRAID_InfoGetter::StartRoot(const char* rootName) {
@@ -166,7 +184,7 @@ bool CMSRAID_InfoGetter::ReadSectionLine(std::ifstream& stream, std::string& lin
 
 void CMSRAID_InfoGetter::UngetLine(std::ifstream& stream, const std::string& line) {
     const std::streamoff lineFeed = stream.eof() ? 0 : 1;
-    stream.clear();
+    stream.clear(stream.rdstate() & std::ios::badbit);  // a failure to read stays one
     stream.seekg(-(static_cast<std::streamoff>(line.size()) + lineFeed), std::ios::cur);
 }
 

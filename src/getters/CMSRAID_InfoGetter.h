@@ -87,6 +87,9 @@ protected:
     void NoteRunFailure(unsigned int result, const std::string& command);
     // Opens the report of a run; takes note if that fails.
     bool OpenReport(const std::string& path, std::ifstream& stream);
+    // To be asked when the report at `path` has been read: false, and takes note, if reading failed
+    // before its end. Half a report must not pass for a whole one.
+    bool IsReadToTheEnd(const std::string& path, const std::ifstream& stream);
     // Reads the next line of a section, trimmed. False at the empty line or the end of the report.
     bool ReadSectionLine(std::ifstream& stream, std::string& line);
     // Appends the key/value lines of a section to the items being built and shows each new item to
@@ -114,6 +117,7 @@ protected:
     ItemPosition m_CurTitle;           // likewise; may stand in a list of retired titles
 
 private:
+    void NoteUnreadableReport(const std::string& path);
     bool ParseReport(const std::string& path, const std::string& command,
                      std::list<CItemDisp*>& out);
 };

@@ -96,7 +96,7 @@ bool CMSRAID_LDInfoGetter::GetPDRGNo(long ctrlNo, std::map<long, std::string>& m
         return false;
     }
     ReadPDRGNo(stream, mapRGNo);
-    return true;
+    return IsReadToTheEnd(file.Path(), stream);
 }
 
 void CMSRAID_LDInfoGetter::ReadPDRGNo(std::ifstream& stream, std::map<long, std::string>& mapRGNo) {

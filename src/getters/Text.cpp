@@ -2,19 +2,29 @@
 
 namespace {
 
-constexpr const char* LEADING_SPACE = " \t";
-constexpr const char* TRAILING_SPACE = " \t\r\n";
 constexpr size_t COMMAND_BUFFER_SIZE = 768;
+
+constexpr bool IsLeadingSpace(char character) {
+    return character == ' ' || character == '\t';
+}
+
+constexpr bool IsTrailingSpace(char character) {
+    return IsLeadingSpace(character) || character == '\r' || character == '\n';
+}
 
 }  // namespace
 
+// Byte by byte: there is rarely more than one to remove.
 std::string_view TrimmedView(std::string_view text) {
-    const size_t begin = text.find_first_not_of(LEADING_SPACE);
-    if (begin == std::string_view::npos) {
-        return {};
+    size_t begin = 0;
+    while (begin < text.size() && IsLeadingSpace(text[begin])) {
+        ++begin;
     }
-    text.remove_prefix(begin);
-    return text.substr(0, text.find_last_not_of(TRAILING_SPACE) + 1);
+    size_t end = text.size();
+    while (end > begin && IsTrailingSpace(text[end - 1])) {
+        --end;
+    }
+    return text.substr(begin, end - begin);
 }
 
 std::string Trimmed(std::string_view text) {

@@ -89,7 +89,8 @@ extern "C" {
 QOR_COMLIB_API int DeleteFileA(const char* path);
 
 // Creates the one directory level `path` with mode 0700. 0 on success, -1 on failure (errno tells
-// why); a directory that exists already is a failure that harms nothing.
+// why); a directory that exists already is a failure that harms nothing. What exists and is a
+// symbolic link, no directory, another user's or open to other users is traced as a failure.
 QOR_COMLIB_API int _mkdir(const char* path);
 
 // The integer at `key` of `section` in the ini file `path`, read as TStringToNumber reads and

@@ -99,15 +99,22 @@ unsigned char CMngSrv_QorLibIF::GetCtrlPDInfoBinaryString(std::string* binary,
     binary->clear();
     errorCode->clear();
     noticeCode->clear();
+    // Handed over when nothing can fail any more: an exception leaves the caller's texts empty.
+    std::string digits;
+    std::string errCode;
+    std::string notice;
     CSvpPdInfoForm form;
     CItemListOwner items;
-    const bool result = GetRAIDInfo(&items, errorCode, noticeCode) != 0;
+    const bool result = GetRAIDInfo(&items, &errCode, &notice) != 0;
     if (result) {
         ChangeToSvpPdInfoForm(&form, &items);
     }
     form.SetDataSize();
-    form.DumpMe(binary);
+    form.DumpMe(&digits);
     form.OutPutMemberToDebugLog();
+    binary->swap(digits);
+    errorCode->swap(errCode);
+    noticeCode->swap(notice);
     if (result) {
         FreeItemList(&items);
     }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <fstream>
+#include <locale>
 
 #include "plugin/Trace.h"
 
@@ -56,6 +57,7 @@ bool CMSRAID_PCICard::GetPresentPCIList(std::list<std::string>* list) {
         COsInfo().makeDeviceInfo();
     }
     std::ifstream file(DEVICE_LIST_PATH);
+    file.imbue(std::locale::classic());  // what a word is must not be the host's choice
     for (std::string word; file >> word;) {
         if (word.size() > LONGEST_IGNORED_WORD) {
             GetWindowsDeviceID(word, list->emplace_back());

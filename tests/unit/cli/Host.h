@@ -28,7 +28,11 @@ public:
         action.sa_handler = handler;
         sigaction(signal, &action, &m_Old);
     }
-    ~CSignalAction() { sigaction(m_Signal, &m_Old, nullptr); }
+    // A signal that is still on its way is dropped first: the old action may end the process.
+    ~CSignalAction() {
+        signal(m_Signal, SIG_IGN);
+        sigaction(m_Signal, &m_Old, nullptr);
+    }
     CSignalAction(const CSignalAction&) = delete;
     CSignalAction& operator=(const CSignalAction&) = delete;
 

@@ -108,6 +108,49 @@ TEST_F(CFileUtilityTest, ExistingDirectoryIsAQuietFailure) {
     EXPECT_EQ(TakeTraces(), Traces{});
 }
 
+TEST_F(CFileUtilityTest, ExistingPathThatAnotherUserCouldFillIsTraced) {
+    const std::string path = Scratch() / "MSRAID";
+    const auto doubt = [&path](const std::string& reason) {
+        errno = 0;
+        EXPECT_EQ(_mkdir(path.c_str()), -1);
+        EXPECT_EQ(errno, EEXIST);
+        EXPECT_EQ(TakeTraces(),
+                  Traces{"ComLib FAILURE directory \"" + path + "\" is not safe: " + reason})
+            << reason;
+    };
+    fs::create_directory_symlink(Scratch(), path);
+    doubt("it is a symbolic link");
+    fs::remove(path);
+    WriteFile(path, "");
+    doubt("it is no directory");
+    fs::remove(path);
+    fs::create_directory(path);
+    fs::permissions(path, fs::perms(0770));
+    doubt("other users may write in it");
+    fs::permissions(path, fs::perms(0702));
+    doubt("other users may write in it");
+}
+
+TEST_F(CFileUtilityTest, DirectoryWhoseFilesOnlyTheirOwnersReplaceIsSafe) {
+    const std::string path = Scratch() / "tmp";
+    fs::create_directory(path);
+    fs::permissions(path, fs::perms(01777));
+    EXPECT_EQ(_mkdir(path.c_str()), -1);
+    EXPECT_EQ(TakeTraces(), Traces{});
+}
+
+TEST_F(CFileUtilityTest, DirectoryOfAnotherUserIsTraced) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can give a directory away";
+    }
+    const std::string path = Scratch() / "MSRAID";
+    fs::create_directory(path);
+    ASSERT_EQ(chown(path.c_str(), 12345, 12345), 0);
+    EXPECT_EQ(_mkdir(path.c_str()), -1);
+    EXPECT_EQ(TakeTraces(), Traces{"ComLib FAILURE directory \"" + path +
+                                   "\" is not safe: it belongs to another user"});
+}
+
 TEST_F(CFileUtilityTest, FailedCreationIsTracedAndKeepsItsReason) {
     const std::string directory = Scratch() / "a" / "b";
     errno = 0;
