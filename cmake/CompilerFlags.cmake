@@ -27,6 +27,21 @@ if(QOR_SANITIZE)
   target_compile_options(qor_instrumentation INTERFACE ${qor_sanitizers})
   target_link_options(qor_instrumentation INTERFACE ${qor_sanitizers})
 endif()
+if(QOR_FUZZ)
+  # Numbers of a report must not change on their way: every lossy conversion and wrap-around that
+  # the list does not name ends the process.
+  # Neither ninja nor a compiler cache looks into the list; a name of its own for each content makes
+  # them see a change.
+  set(qor_wraps_source ${CMAKE_CURRENT_LIST_DIR}/wraps-on-purpose.txt)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${qor_wraps_source})
+  file(SHA256 ${qor_wraps_source} qor_wraps_hash)
+  set(qor_wraps_on_purpose ${CMAKE_BINARY_DIR}/wraps-on-purpose-${qor_wraps_hash}.txt)
+  configure_file(${qor_wraps_source} ${qor_wraps_on_purpose} COPYONLY)
+  target_compile_options(qor_instrumentation INTERFACE
+    -fsanitize=fuzzer-no-link,integer -fno-sanitize-recover=all
+    -fsanitize-ignorelist=${qor_wraps_on_purpose})
+  target_link_options(qor_instrumentation INTERFACE -fsanitize=integer)
+endif()
 if(QOR_COVERAGE)
   target_compile_options(qor_instrumentation INTERFACE --coverage -fprofile-update=atomic)
   target_link_options(qor_instrumentation INTERFACE --coverage)
@@ -38,3 +53,13 @@ add_library(qor_no_undefined INTERFACE)
 if(NOT QOR_SANITIZE)
   target_link_options(qor_no_undefined INTERFACE -Wl,-z,defs)
 endif()
+
+# qor_precompile(TARGET HEADERS...): large headers are read once for a target, not once a file. A
+# compiler cache shares objects between build folders, which a precompiled header would prevent.
+function(qor_precompile target)
+  if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+    # g++ 12 then sees an overflow inside libstdc++ where a literal and a temporary string are added.
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds>)
+  endif()
+endfunction()

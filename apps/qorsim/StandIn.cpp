@@ -11,7 +11,6 @@ namespace {
 
 using CAnswerTool = CToolAnswer (*)(const CHost&, const std::vector<std::string>&);
 
-constexpr int REFUSED = 1;
 constexpr int NO_HOST = 96;  // the simulation itself is broken: no status of a tool
 
 const std::map<std::string, CAnswerTool>& Tools() {
@@ -34,10 +33,6 @@ std::optional<CHost> LoadOwnHost(const std::string& tool) {
 }
 
 }  // namespace
-
-CToolAnswer RefuseToken(const std::string& token) {
-    return {"Error - Invalid input at or near token " + token + "\n", REFUSED};
-}
 
 std::optional<CToolAnswer> AnswerTool(const CHost& host,
                                       const std::vector<std::string>& commandLine) {

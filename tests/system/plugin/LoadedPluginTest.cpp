@@ -7,7 +7,7 @@
 
 namespace qortest {
 
-CLoadedPlugin::CLoadedPlugin() : m_Library(dlopen(QOR_PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL)) {
+CLoadedPlugin::CLoadedPlugin(const char* path) : m_Library(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
     if (m_Library == nullptr) {
         throw std::runtime_error(dlerror());
     }

@@ -18,7 +18,7 @@ inline constexpr const char* TRACE_FILE = "/opt/tarmica/trace.log";
 // One loaded copy of the plug-in with one object; unloads on the way out.
 class CLoadedPlugin {
 public:
-    CLoadedPlugin();
+    explicit CLoadedPlugin(const char* path = QOR_PLUGIN_PATH);
     ~CLoadedPlugin();
     CLoadedPlugin(const CLoadedPlugin&) = delete;
     CLoadedPlugin& operator=(const CLoadedPlugin&) = delete;

@@ -1,0 +1,89 @@
+// Host profiles of qorsim: the reader, the events, and the reports of a host that was found valid.
+#include <array>
+#include <nlohmann/json.hpp>
+
+#include "Fuzz.h"
+#include "HostProfile.h"
+#include "ProfileFile.h"
+#include "ReportFuzz.h"
+#include "Server.h"
+#include "StandIn.h"
+#include "Timeline.h"
+#include "getters/CMSRAID_CtrlInfoGetter.h"
+#include "getters/CMSRAID_LDInfoGetter.h"
+#include "getters/CMSRAID_PDInfoGetter.h"
+
+namespace {
+
+using namespace qorfuzz;
+
+constexpr const char* CONTROLLER = "-a0";
+// Some JSON patches copy all there is, so that a few more events would fill the memory.
+constexpr size_t MOST_EVENTS = 8;
+
+void DemandRead(CMSRAID_InfoGetter& getter, const char* root, bool plain) {
+    bool understood = true;
+    FuzzGetter(getter,
+               [&](ItemList& items) {
+                   understood = getter.GetInfo(0, items);
+                   return understood;
+               },
+               {.root = root, .retired = "### SMART Information ###"});
+    Demand(understood || !plain, "the plug-in understands the simulated tool", root);
+}
+
+// The plug-in reads what the simulated tool prints. Additions may hold lines of any kind.
+void DemandReports(const qorsim::CHost& host) {
+    std::vector<CToolReport> reports;
+    for (const char* command : {"-ctrlinfo", "-ldpdinfo", "-pdinfo"}) {
+        const qorsim::CToolAnswer answer = AnswerKrzcli(host, {command, CONTROLLER});
+        Demand(answer.status == 0, "the tool knows its commands", answer.out);
+        reports.push_back({std::string("krzcli ") + command + " " + CONTROLLER, answer.out});
+    }
+    LetToolPrint(std::move(reports));
+    const bool plain = host.tool.additions.empty() && !host.controllers.empty();
+    CMSRAID_CtrlInfoGetter ctrlGetter;
+    DemandRead(ctrlGetter, "Controller Information", plain);
+    CMSRAID_LDInfoGetter ldGetter;
+    DemandRead(ldGetter, "Logical Drive Information", plain);
+    CMSRAID_PDInfoGetter pdGetter;
+    DemandRead(pdGetter, "Physical Drive Information", plain);
+}
+
+void DemandEvents(const nlohmann::json& profile) {
+    std::string problem;
+    qorsim::CheckEvents(profile, problem);
+    if (!problem.empty()) {
+        return;
+    }
+    for (const long second : {0L, 10L, 4294967295L}) {
+        const auto state = qorsim::ProfileAt(profile, second, problem);
+        Demand(state.has_value(), "checked events can be carried out", problem);
+        Demand(qorsim::ReadHostProfile(*state, problem).has_value(), "they leave a host", problem);
+    }
+}
+
+size_t EventsIn(const nlohmann::json& profile) {
+    return profile.contains("events") ? profile["events"].size() : 0;
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    std::string problem;
+    const auto profile = qorsim::ParseProfile(InputText(data, size), problem);
+    Demand(profile.has_value() == problem.empty(), "a refusal says why", problem);
+    if (!profile) {
+        return 0;
+    }
+    const auto host = qorsim::ReadHostProfile(*profile, problem);
+    Demand(host.has_value() == problem.empty(), "a refusal says why", problem);
+    if (!host) {
+        return 0;
+    }
+    DemandReports(*host);
+    if (EventsIn(*profile) <= MOST_EVENTS) {
+        DemandEvents(*profile);
+    }
+    return 0;
+}

@@ -1,0 +1,23 @@
+// "krzcli -pdinfo -aN": the physical drives. The same text is the report on their groups: it may
+// hold the lines of both.
+#include "Fuzz.h"
+#include "ReportFuzz.h"
+#include "ReportVocabulary.h"
+#include "Server.h"
+#include "getters/CMSRAID_PDInfoGetter.h"
+
+std::vector<std::string_view> qorfuzz::Vocabulary() {
+    return WithCommonLines(PD_LINES);
+}
+
+// The title of the SMART section leaves the list. A line that begins with "PD", but not as a
+// drive's header does, ends the section all the same; the key/value lines behind it name that
+// title.
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    using namespace qorfuzz;
+    LetToolPrint({{"", InputText(data, size)}});
+    CMSRAID_PDInfoGetter getter;
+    FuzzGetter(getter, [&](ItemList& items) { return getter.GetInfo(0, items); },
+               {.root = "Physical Drive Information", .retired = "### SMART Information ###"});
+    return 0;
+}

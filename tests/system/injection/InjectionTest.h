@@ -1,0 +1,63 @@
+// Fixture: the built plug-in on a small server, asked while something fails, and once more
+// afterwards.
+#ifndef QORTEST_INJECTIONTEST_H
+#define QORTEST_INJECTIONTEST_H
+
+#include <set>
+#include <string>
+#include <tuple>
+
+#include "Injection.h"
+#include "PrivateServerTest.h"
+#include "Request.h"
+
+namespace qortest {
+
+// With QOR_ALL_INJECTIONS in the environment every call of every request is tried; else of the long
+// requests a part only, always the same.
+class CInjectionTest : public CPrivateServerTest,
+                       public testing::WithParamInterface<std::tuple<size_t, EDuration>> {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // The following makes the request of the parameter with the first, the second, ... call failing
+    // until none is left to fail.
+
+    void TryAllocations();
+    // With every error; where not all calls are tried, with one error after the other.
+    void TryCalls(const CFailingFunction& function);
+
+    // How often something failed.
+    long Struck() const { return m_Struck; }
+
+private:
+    long Stride() const;
+    // Learns what the request gives on a server that traces these levels.
+    void Use(const CRequest& request, int traceLevels);
+    // Loads the plug-in, makes the request with the injection and then without, unloads. Returns
+    // whether there is a call left to try.
+    bool Try(const CInjection& injection);
+    // The device list decides what there is to report.
+    void LearnContent(const std::string& deviceList);
+
+    const CRequest* m_Request = nullptr;
+    EDuration m_Duration = EDuration::Once;
+    long m_Struck = 0;
+    std::set<std::string> m_Contents;  // of answers that may leave a part out as a whole
+    std::string m_WholeVerdict;
+    std::string m_WholeContent;
+};
+
+// The name of a test: request and duration.
+std::string ParameterName(const testing::TestParamInfo<CInjectionTest::ParamType>& parameter);
+
+// One failure, and failure of all calls from one on, in the first `count` requests.
+inline auto InRequests(size_t count) {
+    return testing::Combine(testing::Range(size_t{0}, count),
+                            testing::Values(EDuration::Once, EDuration::Lasting));
+}
+
+}  // namespace qortest
+
+#endif  // QORTEST_INJECTIONTEST_H

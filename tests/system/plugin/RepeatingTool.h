@@ -1,0 +1,13 @@
+// A RAID tool that answers by its arguments, as often as it is asked.
+#ifndef QORTEST_REPEATINGTOOL_H
+#define QORTEST_REPEATINGTOOL_H
+
+namespace qortest {
+
+// Prints the file of its arguments' name in "/opt/tarmica/reports", which holds the reports of a
+// small controller.
+void WriteRepeatingTool();
+
+}  // namespace qortest
+
+#endif  // QORTEST_REPEATINGTOOL_H

@@ -1,0 +1,308 @@
+// Every fault of the simulated server against every operation of the plug-in and every verb of
+// qorctl: what comes back is what docs/reliability.md says, and nothing crashes, hangs or is left.
+//
+// What a fault brings is kept in tests/golden/reliability, a file a fault, and the page's tables
+// are made of those files. With QOR_REGENERATE_GOLDEN in the environment both are written.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <future>
+#include <regex>
+
+#include "Row.h"
+#include "SimTest.h"
+
+namespace qortest {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* NO_FAULT = "none";
+constexpr const char* BEGIN = "<!-- begin of what the test writes -->\n";
+constexpr const char* END = "<!-- end of what the test writes -->\n";
+constexpr int SIGNALLED = 1000;
+
+struct CCase {
+    const char* fault;
+    // How fast time runs. Where every run of the tool hangs, nothing is lost if it runs much
+    // faster; elsewhere a slow machine must not run into the limit of 150 seconds.
+    int clock = 10;
+    // A tool that ends and leaves a process of its own is no business of the plug-in.
+    const char* left = "";
+};
+
+constexpr CCase CASES[] = {
+    {NO_FAULT},
+    {"hang", 300},
+    {"hang-term", 300},
+    {"hang-child", 10, "process\n"},
+    {"delay"},
+    {"drip@-ctrlinfo"},
+    {"exit"},
+    {"kill"},
+    {"stop", 300},
+    {"error"},
+    {"bad-token"},
+    {"empty"},
+    {"truncate=700"},
+    {"no-newline"},
+    {"crlf"},
+    {"tabs"},
+    {"nul"},
+    {"mutate=1"},
+    {"size=1M"},
+    {"stderr"},
+    {"vanish"},
+    {"not-executable"},
+    {"result-dir-unwritable"},
+    {"result-dir-full"},
+    {"no-device-list"},
+    {"unreadable-device-list"},
+    {"hang@-pdinfo", 30},
+    {"exit@-pdinfo"},
+    {"exit@-pdinfo#1"},
+    {"kill@-pdinfo"},
+    {"error@-pdinfo"},
+    {"bad-token@-pdinfo"},
+    {"empty@-pdinfo"},
+    {"truncate=1500@-pdinfo"},
+    {"tabs@-pdinfo"},
+    {"nul@-pdinfo"},
+    {"mutate=1@-pdinfo"},
+    {"vanish#3"},
+};
+
+// Names of tests have letters, digits and underscores only.
+void PrintTo(const CCase& one, std::ostream* stream) {
+    *stream << one.fault;
+}
+
+std::string TestName(const testing::TestParamInfo<CCase>& info) {
+    return std::regex_replace(std::string(info.param.fault), std::regex("[^A-Za-z0-9]+"), "_");
+}
+
+fs::path GoldenRow(const std::string& fault) {
+    return fs::path(RELIABILITY_GOLDEN_DIR) / (fault + ".txt");
+}
+
+bool Regenerates() {
+    return std::getenv("QOR_REGENERATE_GOLDEN") != nullptr;
+}
+
+std::string TablesOfGoldenRows() {
+    std::vector<std::pair<std::string, CRow>> rows;
+    for (const CCase& one : CASES) {
+        rows.emplace_back(one.fault, ParseRow(ReadFile(GoldenRow(one.fault))));
+    }
+    return FormatTables(rows);
+}
+
+// The page in three parts: before, between and behind the marks.
+std::array<std::string, 3> PageParts() {
+    const std::string page = ReadFile(RELIABILITY_PAGE);
+    const size_t begin = page.find(BEGIN);
+    const size_t end = page.find(END);
+    if (begin == std::string::npos || end == std::string::npos) {
+        ADD_FAILURE() << RELIABILITY_PAGE << " has lost its marks";
+        return {};
+    }
+    const size_t inside = begin + std::string(BEGIN).size();
+    return {page.substr(0, inside), page.substr(inside, end - inside), page.substr(end)};
+}
+
+std::string FirstLine(const std::string& text) {
+    return text.substr(0, text.find('\n'));
+}
+
+// What stands behind `head` in the first line that begins so; "" without one.
+std::string LineBehind(const std::string& text, const std::string& head) {
+    for (const std::string& line : Lines(text)) {
+        if (line.starts_with(head)) {
+            return line.substr(head.size());
+        }
+    }
+    return "";
+}
+
+std::string Complaint(const CEnd& end) {
+    return LineBehind(end.err, "qorctl: ");
+}
+
+// Behind it come the performance data.
+std::string Summary(const CEnd& end) {
+    return end.out.substr(0, end.out.find_first_of("|\n"));
+}
+
+std::string WithoutTime(const CEnd& end) {
+    return std::regex_replace(FirstLine(end.out), std::regex("^[0-9TZ:-]+ "), "");
+}
+
+std::string FailedCheck(const CEnd& end) {
+    for (const std::string& line : Lines(end.out)) {
+        const size_t verdict = line.find("FAIL ");
+        if (verdict != std::string::npos) {
+            return line.substr(verdict + 5);
+        }
+    }
+    return "";
+}
+
+std::string ToolVersion(const CEnd& end) {
+    return LineBehind(end.out, "RAID tool      : ");
+}
+
+struct CVerb {
+    const char* name;
+    CStrings arguments;
+    std::string (*message)(const CEnd& end);
+};
+
+const std::vector<CVerb>& Verbs() {
+    static const std::vector<CVerb> verbs = {
+        {"raid", {}, Complaint},
+        {"storage", {}, Complaint},
+        {"drive", {"0", "252", "0"}, Complaint},
+        {"xml", {}, Complaint},
+        {"svp", {}, Complaint},
+        {"check", {}, Summary},
+        {"watch", {"--count", "1"}, WithoutTime},
+        {"doctor", {}, FailedCheck},
+        {"exec", {"--", "krzcli", "-ctrlinfo", "-aAll"}, Complaint},
+        {"version", {}, ToolVersion},
+    };
+    return verbs;
+}
+
+class CReliabilityTest : public CSimTest, public testing::WithParamInterface<CCase> {
+protected:
+    std::string Operation(const std::string& name) const {
+        const CEnd end = Run(name, {OPERATION_PROGRAM, QOR_PLUGIN_PATH, name});
+        EXPECT_EQ(end.status, 0) << name << "\n" << end.err;
+        const long timeOuts = TimeOuts(name);
+        return CellText(FirstLine(end.out)) +
+               (timeOuts > 0 ? ", " + std::to_string(timeOuts) + " × 150 s" : "");
+    }
+
+    std::string Verb(const CVerb& verb) const {
+        CStrings command = {QORCTL_PROGRAM, verb.name};
+        command.insert(command.end(), verb.arguments.begin(), verb.arguments.end());
+        const CEnd end = Run(verb.name, command);
+        const std::string message = CellText(verb.message(end));
+        return std::to_string(end.status) + (message.empty() ? "" : ": " + message);
+    }
+
+private:
+    // Runs a command on a fresh server with the fault, and looks at what it leaves.
+    CEnd Run(const std::string& question, const CStrings& command) const {
+        CStrings whole = {QORSIM_PROGRAM, "run", "--host", RELIABILITY_HOST};
+        if (GetParam().fault != std::string(NO_FAULT)) {
+            whole.insert(whole.end(), {"--fault", GetParam().fault});
+        }
+        const fs::path facts = Folder() / (question + ".facts");
+        whole.insert(
+            whole.end(),
+            {"--", PROBE_PROGRAM, facts, "env", "LC_ALL=C.UTF-8",
+             "QOR_TRACE=file:" + Trace(question).string() + ":3", "QOR_PLUGIN=" QOR_PLUGIN_PATH,
+             "QOR_FAST_CLOCK=" + std::to_string(GetParam().clock), "LD_PRELOAD=" FAST_CLOCK});
+        whole.insert(whole.end(), command.begin(), command.end());
+        WriteFile(Trace(question), "");
+        const CEnd end = RunProgram(whole);
+        EXPECT_LT(end.status, SIGNALLED) << question;
+        const std::string left = ReadFile(facts);
+        EXPECT_TRUE(left.empty() || left == GetParam().left) << question << ": " << left;
+        EXPECT_THAT(end.err, Not(HasSubstr("Sanitizer"))) << question;
+        return end;
+    }
+
+    fs::path Trace(const std::string& question) const { return Folder() / (question + ".trace"); }
+
+    // How many runs of the tool the plug-in gave up.
+    long TimeOuts(const std::string& question) const {
+        const CStrings lines = Lines(ReadFile(Trace(question)));
+        return std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
+            return line.find("krzcli command timeout.") != std::string::npos;
+        });
+    }
+};
+
+TEST_P(CReliabilityTest, FaultBringsWhatThePageSays) {
+    // All at the same time: most of it is waiting.
+    std::vector<std::pair<std::string, std::future<std::string>>> answers;
+    for (const char* name : {"GetRAIDInfo", "GetStorageInfo", "GetPDInfo"}) {
+        answers.emplace_back(
+            name, std::async(std::launch::async, [this, name] { return Operation(name); }));
+    }
+    for (const CVerb& verb : Verbs()) {
+        answers.emplace_back(verb.name, std::async(std::launch::async, [&] { return Verb(verb); }));
+    }
+    CRow row;
+    for (auto& [question, answer] : answers) {
+        row.emplace_back(question, answer.get());
+    }
+    if (Regenerates()) {
+        WriteFile(GoldenRow(GetParam().fault), FormatRow(row));
+    }
+    EXPECT_EQ(FormatRow(row), ReadFile(GoldenRow(GetParam().fault)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Fault, CReliabilityTest, testing::ValuesIn(CASES), TestName);
+
+// The last one, so that one run of the program renews files and page. It has a parameter because
+// such tests come behind the others.
+class CReliabilityPageTest : public CSimTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(CReliabilityPageTest, TablesAreMadeOfTheRows) {
+    const auto [before, tables, behind] = PageParts();
+    const std::string made = TablesOfGoldenRows();
+    if (Regenerates()) {
+        WriteFile(GetParam(), before + made + behind);
+    } else {
+        EXPECT_EQ(tables, made);
+    }
+}
+
+TEST_P(CReliabilityPageTest, EachKindOfFaultHasARow) {
+    CStrings faults;
+    for (const CCase& one : CASES) {
+        faults.push_back(std::regex_replace(one.fault, std::regex("[=@#].*"), ""));
+    }
+    const std::string list = Qorsim({"list"}).out;
+    size_t kinds = 0;
+    for (const std::string& line : Lines(list.substr(list.find("\nFaults")))) {
+        std::smatch match;
+        if (std::regex_search(line, match, std::regex("^  ([a-z-]+)"))) {
+            ++kinds;
+            EXPECT_THAT(faults, testing::Contains(match[1].str()));
+        }
+    }
+    EXPECT_GE(kinds, 25U);
+}
+
+TEST_P(CReliabilityPageTest, EachVerbHasAColumn) {
+    const std::string help = RunProgram({QORCTL_PROGRAM, "--help"}).out;
+    CStrings columns;
+    for (const CVerb& verb : Verbs()) {
+        columns.push_back(verb.name);
+    }
+    size_t verbs = 0;
+    for (const std::string& line : Lines(help.substr(help.find("\nSubcommands:")))) {
+        std::smatch match;
+        if (std::regex_search(line, match, std::regex("^  ([a-z]+)  "))) {
+            ++verbs;
+            EXPECT_THAT(columns, testing::Contains(match[1].str()));
+        } else if (verbs > 0) {
+            break;  // the list is over
+        }
+    }
+    EXPECT_EQ(verbs, columns.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(Docs, CReliabilityPageTest, testing::Values(RELIABILITY_PAGE),
+                         [](const auto&) { return std::string("Page"); });
+
+}  // namespace
+}  // namespace qortest
