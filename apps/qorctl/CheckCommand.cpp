@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Interrupt.h"
+#include "JsonReport.h"
 #include "Output.h"
 #include "StateFile.h"
 
@@ -18,8 +19,6 @@ namespace {
 
 using CJson = nlohmann::ordered_json;
 
-constexpr const char* FORMAT = "qorctl-check";
-constexpr int VERSION = 1;
 // Findings that the summary names; the others follow in the details.
 constexpr size_t SUMMARY_FINDINGS = 3;
 
@@ -225,15 +224,15 @@ std::string FormatCheckText(const CCheckResult& result) {
 
 std::string FormatCheckJson(const CCheckResult& result) {
     const CPoll& poll = result.poll;
-    const CJson json = {{"format", FORMAT},
-                        {"version", VERSION},
+    const CJson json = {{"schema_version", JSON_SCHEMA_VERSION},
+                        {"command", "check"},
                         {"status", HealthName(result.status)},
-                        {"exitStatus", static_cast<int>(result.status)},
+                        {"exit_status", static_cast<int>(result.status)},
                         {"reason", poll.reason},
                         {"message", Summary(result)},
-                        {"command", poll.command},
+                        {"failed_command", poll.command},
                         {"findings", FindingsJson(result.health.findings)},
-                        {"notReported", NotReportedJson(result.health.notReported)},
+                        {"not_reported", NotReportedJson(result.health.notReported)},
                         {"notes", result.health.notes},
                         {"performance", PerformanceJson(result.performance)}};
     // The tool's texts may hold bytes that are no UTF-8, which JSON cannot.

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
+#include "JsonReport.h"
 #include "Output.h"
 #include "TerminalText.h"
 #include "doctor/Checks.h"
@@ -97,12 +98,16 @@ std::string Verdict(EVerdict verdict, const CTextStyle& style) {
     return style.colour ? fmt::format("{}{}\x1b[0m", Colour(verdict), text) : text;
 }
 
-// The lines of `text`, each made safe; continuation lines stand below the first.
-std::string Indented(const std::string& text, const std::string& indent, const CTextStyle& style) {
+// The lines of `text`, each made safe; continuation lines stand below the first, of which `used`
+// columns are taken.
+std::string Indented(const std::string& text, size_t used, const std::string& indent,
+                     const CTextStyle& style) {
     std::string out;
     for (size_t begin = 0; begin <= text.size();) {
         const size_t end = std::min(text.find('\n', begin), text.size());
-        out += (out.empty() ? "" : indent) + MakeVisible(text.substr(begin, end - begin), style) +
+        const std::string line = MakeVisible(text.substr(begin, end - begin), style);
+        out += (out.empty() ? "" : indent) +
+               WrapText(line, style.width, out.empty() ? used : CountColumns(indent), indent) +
                "\n";
         begin = end + 1;
     }
@@ -111,15 +116,18 @@ std::string Indented(const std::string& text, const std::string& indent, const C
 
 std::string FormatCheck(const CExamined& examined, bool last, const CTextStyle& style) {
     constexpr std::string_view BELOW_VERDICT = "     ";
+    constexpr std::string_view REMEDY = "remedy: ";
     const CMarks& marks = style.utf8 ? BOX_MARKS : ASCII_MARKS;
     const CFinding& finding = examined.finding;
     const std::string indent =
         std::string(last ? marks.none : marks.through) + std::string(BELOW_VERDICT);
     std::string text = fmt::format("{}{} {}: ", last ? marks.last : marks.fork,
                                    Verdict(finding.verdict, style), examined.check->name);
-    text += Indented(finding.reason, indent, style);
+    const size_t column = CountColumns(indent);
+    text += Indented(finding.reason, column + examined.check->name.size() + 2, indent, style);
     if (!finding.remedy.empty()) {
-        text += indent + "remedy: " + Indented(finding.remedy, indent, style);
+        text += indent + std::string(REMEDY) +
+                Indented(finding.remedy, column + REMEDY.size(), indent, style);
     }
     return text;
 }
@@ -147,7 +155,10 @@ std::string AsJson(const CReport& report) {
                           {"reason", examined.finding.reason},
                           {"remedy", examined.finding.remedy}});
     }
-    const CJson json = {{"verdict", VerdictName(Worst(report))}, {"checks", checks}};
+    const CJson json = {{"schema_version", JSON_SCHEMA_VERSION},
+                        {"command", "doctor"},
+                        {"verdict", VerdictName(Worst(report))},
+                        {"checks", checks}};
     return json.dump(2, ' ', false, CJson::error_handler_t::replace) + "\n";
 }
 

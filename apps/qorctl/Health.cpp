@@ -12,15 +12,15 @@ namespace {
 
 struct CHealthName {
     EHealth health;
-    std::string_view name;
     int rank;
+    std::string_view name;
 };
 
 constexpr CHealthName HEALTH_NAMES[] = {
-    {EHealth::OK, "OK", 0},
-    {EHealth::WARNING, "WARNING", 1},
-    {EHealth::CRITICAL, "CRITICAL", 3},
-    {EHealth::UNKNOWN, "UNKNOWN", 2},
+    {EHealth::OK, 0, "OK"},
+    {EHealth::WARNING, 1, "WARNING"},
+    {EHealth::CRITICAL, 3, "CRITICAL"},
+    {EHealth::UNKNOWN, 2, "UNKNOWN"},
 };
 
 // A text that the tool prints for the state of something.
@@ -73,6 +73,19 @@ constexpr CState SSD_STATES[] = {
     {"Failed", EHealth::CRITICAL, "ssd-status", ""},
 };
 
+// The keys of reports that tell a state.
+struct CStateKey {
+    std::string_view key;
+    std::span<const CState> states;
+};
+
+constexpr CStateKey STATE_KEYS[] = {
+    {"PD Status(Detail)", DRIVE_STATES},
+    {"State", VOLUME_STATES},
+    {"BBU Status", BATTERY_STATES},
+    {"Status", SSD_STATES},
+};
+
 // The row of `text`; null when it has no known meaning.
 const CState* FindState(const CText& text, std::span<const CState> states) {
     const auto found = std::find_if(states.begin(), states.end(), [&text](const CState& state) {
@@ -90,6 +103,8 @@ public:
     explicit CJudge(const CHealthOptions& options) : m_Options(options) {}
 
     void Judge(const CController& controller);
+    void JudgeCount(const CController& controller, const CMeasure& stated,
+                    const std::map<CNumber, long long>& reported, std::string_view what);
     void Judge(const CLogicalDrive& drive);
     void Judge(const CPhysicalDrive& drive);
     void Judge(const CPcieSsd& ssd);
@@ -147,6 +162,26 @@ void CJudge::JudgeMeasure(const CMeasure& measure, const CThresholds& limits, st
     }
 }
 
+template <typename TDrive>
+std::map<CNumber, long long> CountByController(const std::vector<TDrive>& drives) {
+    std::map<CNumber, long long> counts;
+    for (const TDrive& drive : drives) {
+        ++counts[drive.controller];
+    }
+    return counts;
+}
+
+// Of a drive that the tool leaves out nothing is known.
+void CJudge::JudgeCount(const CController& controller, const CMeasure& stated,
+                        const std::map<CNumber, long long>& reported, std::string_view what) {
+    const auto found = reported.find(controller.number);
+    const long long count = found == reported.end() ? 0 : found->second;
+    if (stated && stated->number.value_or(0) > count) {
+        Add(EHealth::UNKNOWN, "report-incomplete", ObjectName(controller),
+            fmt::format("states {} {}, {} reported", stated->text, what, count));
+    }
+}
+
 // Many controllers have no battery by design; one that is said to be there must have a status.
 void CJudge::Judge(const CController& controller) {
     if (!controller.batteryStatus && controller.batteryPresence != "Present") {
@@ -183,6 +218,12 @@ void CJudge::Judge(const CPcieSsd& ssd) {
     JudgeMeasure(ssd.temperature, m_Options.ssdTemperature, "ssd-temperature", "temperature",
                  object);
     JudgeMeasure(ssd.used, m_Options.ssdWear, "ssd-wear", "wear", object);
+}
+
+// "1 media error", "2 media errors"
+std::string CountText(long long value, const CCounterKind& kind) {
+    const size_t length = kind.noun.size() - (value == 1 ? 1 : 0);
+    return fmt::format("{} {}", value, kind.noun.substr(0, length));
 }
 
 // Calls `judge` for each counter that is a number; states the others.
@@ -318,10 +359,24 @@ std::string ObjectName(const CPcieSsd& ssd) {
     return "PCIe SSD " + Shown(ssd.bus);
 }
 
+EHealth JudgeState(std::string_view key, const std::string& value) {
+    const auto* row = std::find_if(std::begin(STATE_KEYS), std::end(STATE_KEYS),
+                                   [key](const CStateKey& each) { return each.key == key; });
+    if (row == std::end(STATE_KEYS)) {
+        return EHealth::OK;
+    }
+    const CState* state = FindState(value, row->states);
+    return state == nullptr ? EHealth::UNKNOWN : state->health;
+}
+
 CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) {
     CJudge judge(options);
+    const std::map<CNumber, long long> volumes = CountByController(inventory.logicalDrives);
+    const std::map<CNumber, long long> drives = CountByController(inventory.physicalDrives);
     for (const CController& controller : inventory.controllers) {
         judge.Judge(controller);
+        judge.JudgeCount(controller, controller.logicalDriveCount, volumes, "volumes");
+        judge.JudgeCount(controller, controller.physicalDriveCount, drives, "drives");
     }
     for (const CLogicalDrive& drive : inventory.logicalDrives) {
         judge.Judge(drive);
@@ -336,33 +391,32 @@ CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) 
 }
 
 void JudgeCounters(const CInventory& inventory, CHealth& health) {
-    ForEachCounter(
-        inventory, health,
-        [&](const CPhysicalDrive& drive, const CCounterKind& kind, long long value) {
-            if (value != 0) {
-                health.findings.push_back({EHealth::WARNING, kind.rule, ObjectName(drive),
-                                           fmt::format("{} {}", value, kind.noun)});
-            }
-        });
+    ForEachCounter(inventory, health,
+                   [&](const CPhysicalDrive& drive, const CCounterKind& kind, long long value) {
+                       if (value != 0) {
+                           health.findings.push_back({EHealth::WARNING, kind.rule,
+                                                      ObjectName(drive), CountText(value, kind)});
+                       }
+                   });
 }
 
 void JudgeCountersByGrowth(const CInventory& inventory, CHealthState& state, int64_t now,
                            int64_t hold, CHealth& health) {
     const CDriveKeys keys(inventory);
-    ForEachCounter(inventory, health,
-                   [&](const CPhysicalDrive& drive, const CCounterKind& kind, long long value) {
-                       const CCounterVerdict verdict =
-                           state.Take(keys.Of(drive), std::string(kind.name),
-                                      static_cast<uint64_t>(value), now, hold);
-                       if (verdict.growth != 0) {
-                           health.findings.push_back(
-                               {EHealth::WARNING, kind.rule, ObjectName(drive),
-                                fmt::format("{} {}, {} more", value, kind.noun, verdict.growth)});
-                       } else if (verdict.firstSeen && value != 0) {
-                           health.notes.push_back(fmt::format("{}: first seen with {} {}",
-                                                              ObjectName(drive), value, kind.noun));
-                       }
-                   });
+    ForEachCounter(
+        inventory, health,
+        [&](const CPhysicalDrive& drive, const CCounterKind& kind, long long value) {
+            const CCounterVerdict verdict = state.Take(keys.Of(drive), std::string(kind.name),
+                                                       static_cast<uint64_t>(value), now, hold);
+            if (verdict.growth != 0) {
+                health.findings.push_back(
+                    {EHealth::WARNING, kind.rule, ObjectName(drive),
+                     fmt::format("{}, {} more", CountText(value, kind), verdict.growth)});
+            } else if (verdict.firstSeen && value != 0) {
+                health.notes.push_back(fmt::format("{}: first seen with {}", ObjectName(drive),
+                                                   CountText(value, kind)));
+            }
+        });
 }
 
 std::vector<CPerformanceValue> MeasureInventory(const CInventory& inventory,

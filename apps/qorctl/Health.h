@@ -85,6 +85,10 @@ inline constexpr CCounterKind COUNTERS[] = {
      &CPhysicalDrive::predictiveFailures},
 };
 
+// The health of a state that stands in a report as `value` of the key `key`; OK for a key that
+// tells no state, UNKNOWN for a value without a known meaning.
+EHealth JudgeState(std::string_view key, const std::string& value);
+
 // Everything but the counters.
 CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options);
 

@@ -21,7 +21,7 @@ namespace qorctl {
 
 inline constexpr int64_t SECONDS_PER_HOUR = 3600;
 // A drive that was not seen for so long is forgotten.
-inline constexpr int64_t FORGET_AFTER = 30 * 24 * SECONDS_PER_HOUR;
+inline constexpr int64_t FORGET_AFTER = 30L * 24 * SECONDS_PER_HOUR;
 
 struct CCounterRecord {
     uint64_t baseline = 0;  // growth is counted from here

@@ -104,6 +104,7 @@ constexpr CTextRow<CPhysicalDrive> DRIVE_TEXTS[] = {
     {GENERAL, "Power Status", &CPhysicalDrive::power},
 };
 constexpr CMeasureRow<CPhysicalDrive> DRIVE_MEASURES[] = {
+    {GENERAL, "Progress", ReadPercent, &CPhysicalDrive::progress},
     {GENERAL, "Temperature", ReadCelsius, &CPhysicalDrive::temperature},
     {GENERAL, "Media Error Count", ReadCount, &CPhysicalDrive::mediaErrors},
     {GENERAL, "Other Error Count", ReadCount, &CPhysicalDrive::otherErrors},

@@ -169,6 +169,7 @@ struct CPhysicalDrive {
     CNumber logicalDrive;  // of a member: the logical drive that its header names
     CText status;          // "NO ERROR", "ERROR", "REBUILD", "UNKNOWN"
     CText statusDetail;    // the tool's own: "ONLINE", "FAILED" ...
+    CMeasure progress;     // per cent: of a rebuild or a copy that goes on
     CMeasure temperature;  // Celsius
     CMeasure mediaErrors;
     CMeasure otherErrors;

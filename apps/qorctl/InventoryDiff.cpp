@@ -9,6 +9,7 @@ namespace qorctl {
 namespace {
 
 constexpr const char* STATE = "state";
+constexpr const char* PROGRESS = "progress";
 
 struct CFact {
     std::string what;
@@ -48,6 +49,7 @@ CFacts FactsOf(const CLogicalDrive& drive) {
 CFacts FactsOf(const CPhysicalDrive& drive) {
     CFacts facts = {
         {STATE, drive.statusDetail}, {"use", UseOf(drive)}, {"serial number", drive.serial}};
+    facts.push_back({PROGRESS, TextOf(drive.progress)});
     for (const CCounterKind& kind : COUNTERS) {
         facts.push_back({std::string(kind.noun), TextOf(drive.*kind.value)});
     }
@@ -95,10 +97,18 @@ private:
     std::map<std::string, size_t> m_Count;
 };
 
+// Progress comes with a state and goes with it: that is no change of its own.
+bool IsProgressOfNewState(const CObject& before, const CObject& after, size_t fact) {
+    return after.facts[fact].what == PROGRESS &&
+           before.facts.front().value != after.facts.front().value &&
+           !(before.facts[fact].value && after.facts[fact].value);
+}
+
 // Both lists are of the same kind of object: the same facts in the same order.
 void CompareFacts(const CObject& before, const CObject& after, std::vector<CChange>& changes) {
     for (size_t i = 0; i < after.facts.size(); ++i) {
-        if (before.facts[i].value != after.facts[i].value) {
+        if (before.facts[i].value != after.facts[i].value &&
+            !IsProgressOfNewState(before, after, i)) {
             changes.push_back({EChange::CHANGED, after.name, after.facts[i].what,
                                before.facts[i].value, after.facts[i].value});
         }

@@ -21,7 +21,8 @@ struct CChange {
     CText after;         // likewise
 };
 
-// In the order of the newer report, what went at the end. Temperatures and progress are no changes.
+// In the order of the newer report, what went at the end. Temperatures are no changes; the progress
+// of a rebuild is one as long as there is some, not when it comes and goes with the state.
 // Cost: linear in the objects, but for the look-up of names.
 std::vector<CChange> CompareInventories(const CInventory& before, const CInventory& after);
 

@@ -17,7 +17,6 @@
 #include "Problems.h"
 #include "Progress.h"
 #include "TableView.h"
-#include "TextTable.h"
 #include "TreeView.h"
 #include "XmlCommand.h"
 
@@ -40,6 +39,7 @@ public:
         : m_Options(options), m_Subject(subject), m_Style(DetectTextStyle(STDOUT_FILENO)) {
         if (!IsToStandardOutput()) {
             m_Style.colour = false;
+            m_Style.width = ANY_WIDTH;
         }
     }
 
@@ -136,8 +136,7 @@ std::string CItemReport::Document() const {
             return m_Items + FormatProblems(FindProblems(m_Inventory), m_Style);
         case EItemFormat::TABLE: {
             const std::vector<CHealthFinding> problems = FindProblems(m_Inventory);
-            const size_t width = IsToStandardOutput() ? DetectWidth(STDOUT_FILENO) : ANY_WIDTH;
-            return FormatTables(m_Inventory, CProblemMarks(problems), width, m_Style) +
+            return FormatTables(m_Inventory, CProblemMarks(problems), m_Style) +
                    FormatProblems(problems, m_Style);
         }
         case EItemFormat::JSON:
@@ -155,7 +154,7 @@ int CItemReport::Deliver() const {
         return WriteOut(Document());
     }
     std::string problem;
-    if (!WriteOutputFile(m_Options.outputPath, Document(), problem)) {
+    if (!WriteOutputFile(m_Options.outputPath, Document(), EFileMode::KEPT, problem)) {
         Report(problem);
         return EXIT_FAILURE;
     }

@@ -265,6 +265,7 @@ CJson PhysicalDriveObject(const CPhysicalDrive& drive) {
     Put(object, "logical_drive", drive.logicalDrive);
     Put(object, "status", drive.status);
     Put(object, "status_detail", drive.statusDetail);
+    Put(object, "progress", "percent", drive.progress);
     Put(object, "temperature", "celsius", drive.temperature);
     PutCount(object, "media_error_count", drive.mediaErrors);
     PutCount(object, "other_error_count", drive.otherErrors);

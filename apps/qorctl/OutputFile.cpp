@@ -19,6 +19,7 @@ namespace {
 
 constexpr mode_t ANY_MODE = 0666;
 constexpr mode_t PERMISSIONS = 07777;
+constexpr mode_t PRIVATE_MODE = 0600;
 
 class CDescriptor {
 public:
@@ -62,7 +63,10 @@ mode_t NewFileMode() {
     return ANY_MODE & ~mask;
 }
 
-mode_t ModeFor(const std::string& path) {
+mode_t ModeFor(const std::string& path, EFileMode mode) {
+    if (mode == EFileMode::PRIVATE) {
+        return PRIVATE_MODE;
+    }
     struct stat status = {};
     return stat(path.c_str(), &status) == 0 ? status.st_mode & PERMISSIONS : NewFileMode();
 }
@@ -93,14 +97,14 @@ void SyncDirectory(const fs::path& directory) {
     }
 }
 
-bool Replace(const std::string& target, const std::string& text) {
+bool Replace(const std::string& target, const std::string& text, EFileMode mode) {
     const fs::path directory = fs::path(target).parent_path();
     std::string temporary = (directory / ".qorctl-XXXXXX").string();
     CDescriptor fd(mkostemp(temporary.data(), O_CLOEXEC));
     if (fd.Get() < 0) {
         return false;
     }
-    if (WriteAll(fd.Get(), text) && fchmod(fd.Get(), ModeFor(target)) == 0 &&
+    if (WriteAll(fd.Get(), text) && fchmod(fd.Get(), ModeFor(target, mode)) == 0 &&
         fsync(fd.Get()) == 0 && fd.Close() && rename(temporary.c_str(), target.c_str()) == 0) {
         SyncDirectory(directory.empty() ? "." : directory);
         return true;
@@ -113,9 +117,10 @@ bool Replace(const std::string& target, const std::string& text) {
 
 }  // namespace
 
-bool WriteOutputFile(const std::string& path, const std::string& text, std::string& problem) {
-    const bool written =
-        IsThereButNoRegularFile(path) ? WriteInPlace(path, text) : Replace(Target(path), text);
+bool WriteOutputFile(const std::string& path, const std::string& text, EFileMode mode,
+                     std::string& problem) {
+    const bool written = IsThereButNoRegularFile(path) ? WriteInPlace(path, text)
+                                                       : Replace(Target(path), text, mode);
     if (!written) {
         problem = Reason(path);
     }

@@ -8,13 +8,18 @@
 
 namespace qorctl {
 
+enum class EFileMode {
+    KEPT,     // the old file's permissions, or those that the umask leaves
+    PRIVATE,  // 0600
+};
+
 // Replaces the file `path` by one that holds `text`: written to a temporary file in the same
-// directory, put on disk, renamed. A reader sees the old file or the new one. The new file has the
-// old one's permissions, or those that the umask leaves. A symbolic link stays, and what it points
-// to is replaced. What is no regular file (a pipe, a device) is written to as it stands.
-// Returns true on success; otherwise sets `problem` to the reason, path included: the temporary
-// file is gone and a regular file is as it was.
-bool WriteOutputFile(const std::string& path, const std::string& text, std::string& problem);
+// directory, put on disk, renamed. A reader sees the old file or the new one. A symbolic link
+// stays, and what it points to is replaced. What is no regular file (a pipe, a device) is written
+// to as it stands. Returns true on success; otherwise sets `problem` to the reason, path included:
+// the temporary file is gone and a regular file is as it was.
+bool WriteOutputFile(const std::string& path, const std::string& text, EFileMode mode,
+                     std::string& problem);
 
 }  // namespace qorctl
 

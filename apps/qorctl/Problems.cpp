@@ -11,6 +11,7 @@ namespace {
 constexpr std::string_view RED = "\x1b[31m";
 constexpr std::string_view YELLOW = "\x1b[33m";
 constexpr std::string_view PLAIN = "\x1b[0m";
+constexpr std::string_view INDENT = "  ";
 
 enum class EVerb { IS, HAS };
 
@@ -76,7 +77,8 @@ std::string ProblemSentence(const CHealthFinding& finding) {
 std::string FormatProblems(const std::vector<CHealthFinding>& findings, const CTextStyle& style) {
     std::string text;
     for (const CHealthFinding& finding : findings) {
-        const std::string sentence = MakeVisible(ProblemSentence(finding), style);
+        const std::string sentence =
+            WrapText(MakeVisible(ProblemSentence(finding), style), style.width, 0, INDENT);
         text += text.empty() ? "\n" : "";
         text += style.colour ? fmt::format("{}{}{}\n", ColourOf(finding.health), sentence, PLAIN)
                              : sentence + '\n';

@@ -14,7 +14,6 @@
 
 #include "Quantity.h"
 #include "TerminalText.h"
-#include "TextTable.h"
 #include "comlib/TraceSink.h"
 
 namespace qorctl {
@@ -33,6 +32,8 @@ constexpr std::string_view CONTROLLER_ARGUMENT = " -a";
 // A command that takes less is not worth a line.
 constexpr std::chrono::milliseconds PATIENCE(300);
 constexpr std::chrono::milliseconds REDRAWN_EVERY(250);
+// Columns that stay free behind the line.
+constexpr size_t END = 3;
 constexpr std::string_view CLEAR_LINE = "\r\x1b[K";
 
 constinit std::atomic<bool> s_LineIsDrawn = false;
@@ -177,14 +178,15 @@ void CProgress::CState::Draw() {
     }
 }
 
-// One line, cut so that it does not go on in the next one.
+// One line, cut so that it does not go on in the next one, not even with the "^C" of a Ctrl-C.
 void CProgress::CState::DrawLine() {
     const auto seconds =
         std::chrono::duration_cast<std::chrono::seconds>(CClock::now() - m_Since).count();
     const CTextStyle style = {.utf8 = false, .colour = false};
     std::string text =
-        MakeVisible(fmt::format("qorctl: {}, {} s", m_Reader.Text(), seconds), style);
-    text.resize(std::min(text.size(), DetectWidth(STDERR_FILENO) - 1));
+        MakeVisible(fmt::format("qorctl: {} s, {}", seconds, m_Reader.Text()), style);
+    const size_t width = DetectWidth(STDERR_FILENO);
+    text.resize(std::min(text.size(), width > END ? width - END : 0));
     s_LineIsDrawn = true;
     WriteError(std::string(CLEAR_LINE) + text);
 }

@@ -1,7 +1,7 @@
 // What the plug-in is doing, learned from its trace lines while a request runs, and shown on
 // standard error if that is a terminal:
 //
-//     qorctl: krzcli -pdinfo -nosmart -a1 (controller 2 of 4), 12 s
+//     qorctl: 12 s, krzcli -pdinfo -nosmart -a1 (controller 2 of 4)
 //
 // The plug-in has no way to tell its host; our libqor_ComLib lets a program watch the trace. A
 // host's own common library does not: then there is no progress and no version, nothing else

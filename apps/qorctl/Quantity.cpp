@@ -126,6 +126,11 @@ std::optional<long long> ReadDecimalBytes(std::string_view text) {
 }
 
 std::optional<long long> ReadCelsius(std::string_view text) {
+    text = WithoutBlanks(text);
+    const size_t bracket = text.find('(');
+    if (bracket != std::string_view::npos && text.ends_with(')')) {
+        text = text.substr(0, bracket);
+    }
     return ReadMeasure(text, CELSIUS);
 }
 

@@ -34,8 +34,8 @@ std::optional<long long> ReadBinaryBytes(std::string_view text);
 // The same with powers of 1000, in which the tool states what PCIe SSDs hold; "GiB" stays 1024^3.
 std::optional<long long> ReadDecimalBytes(std::string_view text);
 
-// Degrees Celsius, rounded to the nearest, of "31C", "-5 C", "31°C" and "31 degrees C". Other
-// scales are no number.
+// Degrees Celsius, rounded to the nearest, of "31C", "-5 C", "31°C" and "31 degrees C". Another
+// scale alone is no number; behind, in brackets, it says the same once more: "31C (87.80 F)".
 std::optional<long long> ReadCelsius(std::string_view text);
 
 // Hours of "21904h", "21904 hours" and "21904".

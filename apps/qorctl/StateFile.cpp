@@ -8,9 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
+
+#include "OutputFile.h"
 
 namespace qorctl {
 namespace {
@@ -39,17 +39,6 @@ int ReadRegular(int fd, std::string& text) {
         return errno;
     }
     return S_ISREG(status.st_mode) ? ReadAll(fd, text) : EINVAL;
-}
-
-bool WriteAll(int fd, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t count = write(fd, text.data(), text.size());
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        text.remove_prefix(static_cast<size_t>(std::max<ssize_t>(count, 0)));
-    }
-    return true;
 }
 
 }  // namespace
@@ -100,33 +89,8 @@ CStateFile::ERead CStateFile::Read(std::string& text) {
     return ERead::FAILED;
 }
 
-bool CStateFile::WriteTemporary(int fd, const std::string& temporary, const std::string& text) {
-    // Without the wait for the disk, a power cut could leave an empty file under the name.
-    const bool written = WriteAll(fd, text) && fsync(fd) == 0;
-    const int error = errno;
-    if (close(fd) != 0 || !written) {
-        Fail(temporary, std::strerror(written ? errno : error));
-        return false;
-    }
-    if (rename(temporary.c_str(), m_Path.c_str()) != 0) {
-        Fail(m_Path, std::strerror(errno));
-        return false;
-    }
-    return true;
-}
-
 bool CStateFile::Write(const std::string& text) {
-    std::string temporary = m_Path + ".XXXXXX";
-    const int fd = mkostemp(temporary.data(), O_CLOEXEC);  // mode 0600
-    if (fd < 0) {
-        Fail(m_Path, std::strerror(errno));
-        return false;
-    }
-    if (!WriteTemporary(fd, temporary, text)) {
-        unlink(temporary.c_str());
-        return false;
-    }
-    return true;
+    return WriteOutputFile(m_Path, text, EFileMode::PRIVATE, m_Problem);
 }
 
 }  // namespace qorctl

@@ -1,8 +1,7 @@
 // A small file of this program's own that several processes may want at the same time.
 //
-// The file is replaced as a whole: it is written beside and renamed, so that a reader and a crash
-// find either the old or the new one. A lock file beside it, which stays, keeps writers apart from
-// before reading until after writing.
+// The file is replaced as a whole (see OutputFile.h). A lock file beside it, which stays, keeps
+// writers apart from before reading until after writing.
 //
 // Owner: the object holds the lock; its destructor gives it back.
 // Thread rule: one thread at a time.
@@ -36,8 +35,7 @@ public:
     // The whole file. Fails for anything but a regular file and for one above MAX_SIZE.
     ERead Read(std::string& text);
 
-    // Replaces the file by one with mode 0600 that holds `text`. On failure the old one is as it
-    // was. True on success.
+    // Replaces the file by one with mode 0600 that holds `text`. True on success.
     bool Write(const std::string& text);
 
     // Why the last operation failed, in words, the path included.
@@ -45,7 +43,6 @@ public:
 
 private:
     void Fail(const std::string& path, const std::string& what);
-    bool WriteTemporary(int fd, const std::string& temporary, const std::string& text);
 
     std::string m_Path;
     std::string m_Problem;

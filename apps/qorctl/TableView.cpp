@@ -32,14 +32,15 @@ constexpr CTableColumn LOGICAL_COLUMNS[] = {
 };
 
 constexpr CTableColumn DRIVE_COLUMNS[] = {
-    {"", 0, 0, EAlign::LEFT},         {"CTRL", 0, 0, EAlign::RIGHT},
-    {"PD", 0, 0, EAlign::RIGHT},      {"ENC:SLOT", 1, 0, EAlign::RIGHT},
-    {"STATUS", 0, 0, EAlign::LEFT},   {"GROUP", 2, 0, EAlign::LEFT},
-    {"ROLE", 3, 0, EAlign::LEFT},     {"TEMP", 3, 0, EAlign::RIGHT},
-    {"MEDIA", 4, 0, EAlign::RIGHT},   {"OTHER", 6, 0, EAlign::RIGHT},
-    {"PREDICT", 4, 0, EAlign::RIGHT}, {"CAPACITY", 2, 0, EAlign::RIGHT},
-    {"TYPE", 5, 0, EAlign::LEFT},     {"PRODUCT", 5, 10, EAlign::LEFT},
-    {"SERIAL", 2, 0, EAlign::LEFT},   {"HOURS", 7, 0, EAlign::RIGHT},
+    {"", 0, 0, EAlign::LEFT},          {"CTRL", 0, 0, EAlign::RIGHT},
+    {"PD", 0, 0, EAlign::RIGHT},       {"ENC:SLOT", 1, 0, EAlign::RIGHT},
+    {"STATUS", 0, 0, EAlign::LEFT},    {"PROGRESS", 1, 0, EAlign::RIGHT},
+    {"GROUP", 2, 0, EAlign::LEFT},     {"ROLE", 3, 0, EAlign::LEFT},
+    {"TEMP", 3, 0, EAlign::RIGHT},     {"MEDIA", 4, 0, EAlign::RIGHT},
+    {"OTHER", 6, 0, EAlign::RIGHT},    {"PREDICT", 4, 0, EAlign::RIGHT},
+    {"CAPACITY", 2, 0, EAlign::RIGHT}, {"TYPE", 5, 0, EAlign::LEFT},
+    {"PRODUCT", 5, 10, EAlign::LEFT},  {"SERIAL", 2, 0, EAlign::LEFT},
+    {"HOURS", 7, 0, EAlign::RIGHT},
 };
 
 constexpr CTableColumn SSD_COLUMNS[] = {
@@ -127,6 +128,7 @@ CCells CellsOf(const CPhysicalDrive& each) {
             Shown(each.number),
             PlaceText(each.place),
             Shown(each.statusDetail ? each.statusDetail : each.status),
+            Shown(each.progress),
             Shown(each.group),
             Shown(each.use),
             Shown(each.temperature),
@@ -171,8 +173,7 @@ EHealth HealthOf(const CController& controller, const CProblemMarks& marks) {
 
 class CTables {
 public:
-    CTables(const CProblemMarks& marks, size_t width, const CTextStyle& style)
-        : m_Marks(marks), m_Width(width), m_Style(style) {}
+    CTables(const CProblemMarks& marks, const CTextStyle& style) : m_Marks(marks), m_Style(style) {}
 
     template <class TDevice>
     void Append(std::span<const CTableColumn> columns, const std::vector<TDevice>& devices);
@@ -184,12 +185,11 @@ private:
     void Append(std::span<const CTableColumn> columns, const std::vector<CTableRow>& rows);
 
     const CProblemMarks& m_Marks;
-    const size_t m_Width;
     const CTextStyle& m_Style;
 };
 
 void CTables::Append(std::span<const CTableColumn> columns, const std::vector<CTableRow>& rows) {
-    const std::string table = FormatTextTable(columns, rows, m_Width, m_Style);
+    const std::string table = FormatTextTable(columns, rows, m_Style);
     m_Text += m_Text.empty() || table.empty() ? "" : "\n";
     m_Text += table;
 }
@@ -224,9 +224,9 @@ void CTables::AppendSmart(const std::vector<CPhysicalDrive>& drives) {
 
 }  // namespace
 
-std::string FormatTables(const CInventory& inventory, const CProblemMarks& marks, size_t width,
+std::string FormatTables(const CInventory& inventory, const CProblemMarks& marks,
                          const CTextStyle& style) {
-    CTables tables(marks, width, style);
+    CTables tables(marks, style);
     tables.Append(CONTROLLER_COLUMNS, inventory.controllers);
     tables.Append(LOGICAL_COLUMNS, inventory.logicalDrives);
     tables.Append(DRIVE_COLUMNS, inventory.physicalDrives);

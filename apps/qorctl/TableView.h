@@ -15,8 +15,8 @@
 
 namespace qorctl {
 
-// The tables, an empty line between them; empty without a device. `width` as of FormatTextTable().
-std::string FormatTables(const CInventory& inventory, const CProblemMarks& marks, size_t width,
+// The tables, an empty line between them; empty without a device.
+std::string FormatTables(const CInventory& inventory, const CProblemMarks& marks,
                          const CTextStyle& style);
 
 }  // namespace qorctl

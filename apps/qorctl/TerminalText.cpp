@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <langinfo.h>
 #include <locale.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,9 +11,16 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
+#include <optional>
+
+#include "Quantity.h"
 
 namespace qorctl {
 namespace {
+
+constexpr size_t USUAL_WIDTH = 80;
+// Columns of text in a line that hardly has any left.
+constexpr size_t SMALLEST_ROOM = 8;
 
 struct CCharacter {
     uint32_t code = 0;
@@ -118,6 +126,22 @@ bool IsSet(const char* variable) {
     return value != nullptr && *value != '\0';
 }
 
+// Columns that are left beside `used` ones.
+size_t Room(size_t width, size_t used) {
+    return width > used + SMALLEST_ROOM ? width - used : SMALLEST_ROOM;
+}
+
+// The length of the first line of a text that does not fit into `room` columns. A line below has
+// `roomBelow`: with more room there, a word is moved rather than broken.
+size_t LineLength(std::string_view text, size_t room, size_t roomBelow) {
+    const size_t full = FirstColumns(text, room).size();
+    const size_t blank = text.rfind(' ', full);
+    if (blank != std::string_view::npos && blank != 0) {
+        return blank;
+    }
+    return room < roomBelow ? 0 : full;
+}
+
 bool IsDumbTerminal() {
     const char* type = std::getenv("TERM");
     return type == nullptr || std::string_view(type) == "dumb";
@@ -126,7 +150,22 @@ bool IsDumbTerminal() {
 }  // namespace
 
 CTextStyle DetectTextStyle(int fd) {
-    return {.utf8 = IsUtf8Locale(), .colour = CanMoveCursor(fd) && !IsSet("NO_COLOR")};
+    return {.utf8 = IsUtf8Locale(),
+            .colour = CanMoveCursor(fd) && !IsSet("NO_COLOR"),
+            .width = DetectWidth(fd)};
+}
+
+size_t DetectWidth(int fd) {
+    if (isatty(fd) != 1) {
+        return ANY_WIDTH;
+    }
+    winsize size = {};
+    if (ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+        return size.ws_col;
+    }
+    const char* columns = std::getenv("COLUMNS");
+    const auto number = columns == nullptr ? std::nullopt : ReadCount(columns);
+    return number && *number > 0 ? static_cast<size_t>(*number) : USUAL_WIDTH;
 }
 
 bool CanMoveCursor(int fd) {
@@ -155,6 +194,29 @@ size_t CountColumns(std::string_view visibleText) {
     return static_cast<size_t>(std::count_if(
         visibleText.begin(), visibleText.end(),
         [](char character) { return !IsContinuation(static_cast<unsigned char>(character)); }));
+}
+
+std::string_view FirstColumns(std::string_view visibleText, size_t count) {
+    size_t end = 0;
+    while (end < visibleText.size() && (IsContinuation(ByteAt(visibleText, end)) || count-- > 0)) {
+        ++end;
+    }
+    return visibleText.substr(0, end);
+}
+
+std::string WrapText(std::string_view visibleText, size_t width, size_t used,
+                     std::string_view indent) {
+    std::string out;
+    const size_t roomBelow = Room(width, CountColumns(indent));
+    size_t room = Room(width, used);
+    while (width != ANY_WIDTH && FirstColumns(visibleText, room).size() < visibleText.size()) {
+        const size_t end = LineLength(visibleText, room, roomBelow);
+        out.append(visibleText.substr(0, end)).append("\n").append(indent);
+        visibleText.remove_prefix(end);
+        visibleText.remove_prefix(std::min(visibleText.find_first_not_of(' '), visibleText.size()));
+        room = roomBelow;
+    }
+    return out.append(visibleText);
 }
 
 }  // namespace qorctl

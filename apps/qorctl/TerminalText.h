@@ -14,15 +14,23 @@
 
 namespace qorctl {
 
+// No limit on the width.
+inline constexpr size_t ANY_WIDTH = 0;
+
 struct CTextStyle {
-    bool utf8 = false;    // the locale's character set is UTF-8; plain ASCII otherwise
-    bool colour = false;  // control sequences for bold and dim text are welcome
+    bool utf8 = false;         // the locale's character set is UTF-8; plain ASCII otherwise
+    bool colour = false;       // control sequences for colours, bold and dim text are welcome
+    size_t width = ANY_WIDTH;  // columns of a line
 };
 
 // The style for the output `fd`: the character set of the environment's locale; colour on a
-// terminal only, and neither on a dumb one nor when NO_COLOR is set. Does not change the process's
-// locale.
+// terminal only, and neither on a dumb one nor when NO_COLOR is set; the width of a terminal. Does
+// not change the process's locale.
 CTextStyle DetectTextStyle(int fd);
+
+// The width of the terminal `fd`; ANY_WIDTH when it is no terminal. The environment variable
+// COLUMNS stands in for a terminal that does not say.
+size_t DetectWidth(int fd);
 
 // Whether `fd` is a terminal on which the cursor can be moved: not a dumb one.
 bool CanMoveCursor(int fd);
@@ -34,6 +42,15 @@ std::string MakeVisible(std::string_view text, const CTextStyle& style);
 
 // The number of characters of a text that MakeVisible() returned, each taken as one column wide.
 size_t CountColumns(std::string_view visibleText);
+
+// The first `count` characters of such a text, or all when it has fewer.
+std::string_view FirstColumns(std::string_view visibleText, size_t count);
+
+// Such a text in lines of at most `width` columns, if that is not ANY_WIDTH; without an end of the
+// last line. `used` columns of the first line are taken; `indent` stands in front of the others. A
+// line ends at a blank, within a word only where the word does not fit into a line of its own.
+std::string WrapText(std::string_view visibleText, size_t width, size_t used,
+                     std::string_view indent);
 
 }  // namespace qorctl
 

@@ -1,13 +1,7 @@
 #include "TextTable.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <numeric>
-
-#include "Quantity.h"
 
 namespace qorctl {
 namespace {
@@ -15,7 +9,6 @@ namespace {
 constexpr std::string_view GAP = "  ";
 constexpr std::string_view BOLD = "\x1b[1m";
 constexpr std::string_view PLAIN = "\x1b[0m";
-constexpr size_t USUAL_WIDTH = 80;
 
 // Widths of the columns; 0: left out.
 using CWidths = std::vector<size_t>;
@@ -63,15 +56,6 @@ void Fit(CWidths& widths, std::span<const CTableColumn> columns, size_t width) {
             widths[i] = 0;
         }
     }
-}
-
-// The first `count` characters of a visible text.
-std::string_view FirstColumns(std::string_view text, size_t count) {
-    size_t end = 0;
-    while (end < text.size() && CountColumns(text.substr(0, end + 1)) <= count) {
-        ++end;
-    }
-    return text.substr(0, end);
 }
 
 std::string Shortened(const std::string& text, size_t width, const CTextStyle& style) {
@@ -123,6 +107,9 @@ void CTableWriter::AppendLine(TCell cell, std::string_view colour) {
         }
     }
     line.resize(line.find_last_not_of(' ') + 1);
+    if (m_Style.width != ANY_WIDTH) {
+        line.resize(FirstColumns(line, m_Style.width).size());
+    }
     const bool isColoured = m_Style.colour && !colour.empty();
     m_Text += isColoured ? std::string(colour) + line + std::string(PLAIN) : line;
     m_Text += '\n';
@@ -131,14 +118,13 @@ void CTableWriter::AppendLine(TCell cell, std::string_view colour) {
 }  // namespace
 
 std::string FormatTextTable(std::span<const CTableColumn> columns,
-                            const std::vector<CTableRow>& rows, size_t width,
-                            const CTextStyle& style) {
+                            const std::vector<CTableRow>& rows, const CTextStyle& style) {
     if (rows.empty()) {
         return "";
     }
     CWidths widths = NaturalWidths(columns, rows);
-    if (width != ANY_WIDTH) {
-        Fit(widths, columns, width);
+    if (style.width != ANY_WIDTH) {
+        Fit(widths, columns, style.width);
     }
     CTableWriter writer(columns, widths, style);
     writer.AppendLine([&](size_t i) { return std::string(columns[i].title); }, BOLD);
@@ -146,19 +132,6 @@ std::string FormatTextTable(std::span<const CTableColumn> columns,
         writer.AppendLine([&](size_t i) { return row.cells[i]; }, row.colour);
     }
     return writer.m_Text;
-}
-
-size_t DetectWidth(int fd) {
-    if (isatty(fd) != 1) {
-        return ANY_WIDTH;
-    }
-    winsize size = {};
-    if (ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-        return size.ws_col;
-    }
-    const char* columns = std::getenv("COLUMNS");
-    const auto number = columns == nullptr ? std::nullopt : ReadCount(columns);
-    return number && *number > 0 ? static_cast<size_t>(*number) : USUAL_WIDTH;
 }
 
 }  // namespace qorctl

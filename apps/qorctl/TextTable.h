@@ -2,8 +2,9 @@
 //
 // Columns stand two blanks apart and are as wide as what they hold. Where that is too wide, the
 // least important columns are shortened first, down to their smallest width, and then left out,
-// the least important first; the most important ones (importance 0) always stay. A column without
-// any text is left out. A shortened text ends with "…", "~" where the style is ASCII.
+// the least important first; the most important ones (importance 0) stay, and lines are cut where
+// even they are too wide. A column without any text is left out. A shortened text ends with "…",
+// "~" where the style is ASCII.
 //
 // Thread rule: plain functions.
 #ifndef QORCTL_TEXTTABLE_H
@@ -23,8 +24,8 @@ enum class EAlign { LEFT, RIGHT };
 
 struct CTableColumn {
     std::string_view title;
-    int importance = 0;   // 0: the most important
-    size_t smallest = 0;  // columns that it may be shortened to; 0: not shortened
+    int importance = 0;     // 0: the most important
+    unsigned smallest = 0;  // columns that it may be shortened to; 0: not shortened
     EAlign align = EAlign::LEFT;
 };
 
@@ -33,17 +34,9 @@ struct CTableRow {
     std::string_view colour;  // a control sequence, or empty; used where the style has colour
 };
 
-// No limit on the width.
-inline constexpr size_t ANY_WIDTH = 0;
-
 // The table with its line of titles, each line ended; empty without rows.
 std::string FormatTextTable(std::span<const CTableColumn> columns,
-                            const std::vector<CTableRow>& rows, size_t width,
-                            const CTextStyle& style);
-
-// The width of the terminal `fd`; ANY_WIDTH when it is no terminal. The environment variable
-// COLUMNS stands in for a terminal that does not say.
-size_t DetectWidth(int fd);
+                            const std::vector<CTableRow>& rows, const CTextStyle& style);
 
 }  // namespace qorctl
 

@@ -8,6 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "Health.h"
+#include "Problems.h"
+
 namespace qorctl {
 namespace {
 
@@ -67,9 +70,12 @@ private:
     void EnterNode(const CNode& node);
     size_t MeasureKeys(const CNode& parent) const;
     void AppendBranches(const CNode& node);
+    void AppendOuterBranches(std::string& text, size_t depth) const;
+    std::string BranchesBelow(const CNode& node) const;
     void AppendLabel(const CNode& node);
     std::string LabelText(const CNode& node) const;
     std::string KeyAndValue(const CNode& node) const;
+    std::string InColour(const std::string& text, EHealth health) const;
     std::string Name(const CNode& node) const;
 
     const CItemTree& m_Tree;
@@ -122,14 +128,25 @@ size_t CTreeView::MeasureKeys(const CNode& parent) const {
     return widest;
 }
 
+// Those above `depth`.
+void CTreeView::AppendOuterBranches(std::string& text, size_t depth) const {
+    for (size_t outer = 2; outer < depth; ++outer) {
+        text += m_GoesOn[outer] ? m_Marks.through : m_Marks.none;
+    }
+}
+
+// What stands in front of the second line of a node.
+std::string CTreeView::BranchesBelow(const CNode& node) const {
+    std::string text;
+    AppendOuterBranches(text, std::min(node.depth, MAX_DRAWN_DEPTH) + 1);
+    return text;
+}
+
 void CTreeView::AppendBranches(const CNode& node) {
     if (node.depth == 1) {
         return;
     }
-    const size_t drawn = std::min(node.depth, MAX_DRAWN_DEPTH);
-    for (size_t depth = 2; depth < drawn; ++depth) {
-        m_Text += m_GoesOn[depth] ? m_Marks.through : m_Marks.none;
-    }
+    AppendOuterBranches(m_Text, std::min(node.depth, MAX_DRAWN_DEPTH));
     m_Text += node.nextSibling != CItemTree::NO_NODE ? m_Marks.fork : m_Marks.last;
     if (node.depth > MAX_DRAWN_DEPTH) {
         fmt::format_to(std::back_inserter(m_Text), "(level {}) ", node.depth);
@@ -164,9 +181,20 @@ std::string CTreeView::KeyAndValue(const CNode& node) const {
     text.append(std::max(m_KeyWidth[node.depth], width) - width, ' ');
     text += " :";
     if (!node.item->ItemValue().empty()) {
-        text += ' ' + MakeVisible(node.item->ItemValue(), m_Style);
+        const std::string below = BranchesBelow(node);
+        const size_t used = CountColumns(below) + CountColumns(text) + 1;
+        const std::string value = MakeVisible(node.item->ItemValue(), m_Style);
+        text += ' ' + InColour(WrapText(value, m_Style.width, used,
+                                        below + std::string(used - CountColumns(below), ' ')),
+                               JudgeState(node.item->ItemName(), node.item->ItemValue()));
     }
     return text;
+}
+
+std::string CTreeView::InColour(const std::string& text, EHealth health) const {
+    return m_Style.colour && health != EHealth::OK
+               ? std::string(ColourOf(health)) + text + std::string(PLAIN)
+               : text;
 }
 
 std::string CTreeView::Name(const CNode& node) const {

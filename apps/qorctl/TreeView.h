@@ -8,9 +8,10 @@
 //
 // A section title stands in brackets instead of hash marks; a key is followed by a colon, the
 // colons of one section in one column; an item marked as not reported by the tool says so (and is
-// dim where there is colour); an empty line separates the trees of the top level. Branches are
-// drawn down to MAX_DRAWN_DEPTH; what is deeper stays at that indentation and names its level
-// instead, so that the cost stays linear in the number of items.
+// dim where there is colour); a state that is not well has the colour of a problem; a value
+// that is too long for the width goes on below itself; an empty line separates the trees of the top
+// level. Branches are drawn down to MAX_DRAWN_DEPTH; what is deeper stays at that indentation and
+// names its level instead, so that the cost stays linear in the number of items.
 //
 // Thread rule: a plain function.
 #ifndef QORCTL_TREEVIEW_H

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "JsonReport.h"
 #include "LibraryFacts.h"
 #include "Output.h"
 #include "PluginLibrary.h"
@@ -62,25 +63,32 @@ CVersions Collect(const std::string& pluginPath) {
     return versions;
 }
 
+std::string Line(const char* name, const std::string& text, const CTextStyle& style) {
+    const std::string head = fmt::format("{:<14} : ", name);
+    return head +
+           WrapText(MakeVisible(text, style), style.width, head.size(),
+                    std::string(head.size(), ' ')) +
+           '\n';
+}
+
 std::string LineOf(const char* name, const CLibraryFacts& facts, const CTextStyle& style) {
     if (facts.path.empty()) {
-        return fmt::format("{:<14} : not loaded\n", name);
+        return Line(name, "not loaded", style);
     }
-    return fmt::format("{:<14} : {}  {}  build {}\n", name,
-                       facts.version.empty() ? "unknown" : MakeVisible(facts.version, style),
-                       MakeVisible(facts.path, style),
-                       facts.buildId.empty() ? "unknown" : facts.buildId);
+    return Line(name,
+                fmt::format("{}  {}  build {}", facts.version.empty() ? "unknown" : facts.version,
+                            facts.path, facts.buildId.empty() ? "unknown" : facts.buildId),
+                style);
 }
 
 std::string AsText(const CVersions& versions) {
     const CTextStyle style = DetectTextStyle(STDOUT_FILENO);
     return LineOf("qorctl", versions.program, style) + LineOf("plug-in", versions.plugin, style) +
            LineOf("common library", versions.commonLibrary, style) +
-           fmt::format(
-               "{:<14} : {}\n", "RAID tool",
-               MakeVisible(versions.toolProblem.empty() ? versions.toolVersion
-                                                        : "unknown (" + versions.toolProblem + ")",
-                           style));
+           Line("RAID tool",
+                versions.toolProblem.empty() ? versions.toolVersion
+                                             : "unknown (" + versions.toolProblem + ")",
+                style);
 }
 
 CJson TextOrNull(const std::string& text) {
@@ -93,13 +101,15 @@ CJson JsonOf(const CLibraryFacts& facts) {
     }
     return {{"version", TextOrNull(facts.version)},
             {"path", facts.path},
-            {"buildId", TextOrNull(facts.buildId)}};
+            {"build_id", TextOrNull(facts.buildId)}};
 }
 
 std::string AsJson(const CVersions& versions) {
-    const CJson json = {{"qorctl", JsonOf(versions.program)},
+    const CJson json = {{"schema_version", JSON_SCHEMA_VERSION},
+                        {"command", "version"},
+                        {"qorctl", JsonOf(versions.program)},
                         {"plugin", JsonOf(versions.plugin)},
-                        {"commonLibrary", JsonOf(versions.commonLibrary)},
+                        {"common_library", JsonOf(versions.commonLibrary)},
                         {"tool",
                          {{"version", TextOrNull(versions.toolVersion)},
                           {"problem", TextOrNull(versions.toolProblem)}}}};

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "CheckCommand.h"
+#include "JsonReport.h"
 #include "TerminalText.h"
 
 namespace qorctl {
@@ -14,13 +15,11 @@ namespace {
 
 using CJson = nlohmann::ordered_json;
 
-constexpr const char* FORMAT = "qorctl-watch";
-constexpr int VERSION = 1;
 constexpr int64_t MILLISECONDS = 1000;
 
 CJson Event(const CTick& tick, const char* event) {
-    return {{"format", FORMAT},
-            {"version", VERSION},
+    return {{"schema_version", JSON_SCHEMA_VERSION},
+            {"command", "watch"},
             {"time", FormatTime(tick.wallTime)},
             {"event", event}};
 }
@@ -36,7 +35,7 @@ CJson StartEvent(const CTick& tick) {
     json["controllers"] = inventory.controllers.size();
     json["volumes"] = inventory.logicalDrives.size();
     json["drives"] = inventory.physicalDrives.size();
-    json["pcieSsds"] = inventory.pcieSsds.size();
+    json["pcie_ssds"] = inventory.pcieSsds.size();
     return json;
 }
 
@@ -44,7 +43,7 @@ CJson NoAnswerEvent(const CTick& tick) {
     CJson json = Event(tick, "no-answer");
     json["reason"] = tick.poll.reason;
     json["message"] = tick.poll.message;
-    json["command"] = tick.poll.command;
+    json["failed_command"] = tick.poll.command;
     return json;
 }
 

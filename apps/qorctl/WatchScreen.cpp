@@ -3,52 +3,40 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <string_view>
 
 #include "CheckCommand.h"
+#include "Problems.h"
+#include "TableView.h"
 
 namespace qorctl {
 namespace {
 
-// The first `columns` characters.
-std::string Clip(const std::string& text, size_t columns) {
-    size_t end = 0;
-    size_t count = 0;
-    while (end < text.size()) {
-        size_t next = end + 1;
-        while (next < text.size() && CountColumns(text.substr(next, 1)) == 0) {
-            ++next;
-        }
-        if (++count > columns) {
-            break;
-        }
-        end = next;
+// Of the time of a change, which the head of the screen has.
+constexpr size_t DATE = std::string_view("2026-11-20T").size();
+constexpr std::string_view PLAIN = "\x1b[0m";
+
+// A line that fits, in the colour of a severity.
+std::string FitLine(const std::string& text, EHealth health, const CTextStyle& style) {
+    const std::string visible = MakeVisible(text, style);
+    const std::string_view line = FirstColumns(visible, style.width);
+    const std::string_view colour = style.colour ? ColourOf(health) : std::string_view();
+    return fmt::format("{}{}{}", colour, line, colour.empty() ? std::string_view() : PLAIN);
+}
+
+void AddLines(std::vector<std::string>& lines, std::string_view text) {
+    while (!text.empty()) {
+        const size_t end = text.find('\n');
+        lines.emplace_back(text.substr(0, end));
+        text.remove_prefix(end + 1);
     }
-    return text.substr(0, end);
-}
-
-std::string Column(const CText& text) {
-    return text ? "  " + *text : "";
-}
-
-std::string Column(const CMeasure& measure) {
-    return measure ? "  " + measure->text : "";
-}
-
-std::string StateColumn(const CText& state) {
-    return "  " + state.value_or("(state not reported)");
-}
-
-// How far a rebuild or a copy is.
-CText ProgressOf(const CPhysicalDrive& drive) {
-    const CEntry* entry = FindEntry(drive.sections, "General Information", "Progress");
-    return entry == nullptr ? std::nullopt : entry->value;
 }
 
 }  // namespace
 
 void CWatchScreen::Take(const CTick& tick) {
     for (const CChange& change : tick.changes) {
-        m_Changes.push_front(FormatTime(tick.wallTime) + ' ' + DescribeChange(change));
+        m_Changes.push_front(FormatTime(tick.wallTime).substr(DATE) + ' ' + DescribeChange(change));
     }
     m_Changes.resize(std::min(m_Changes.size(), MAX_CHANGES));
     if (tick.poll.answered) {
@@ -57,61 +45,49 @@ void CWatchScreen::Take(const CTick& tick) {
     m_Last = tick;
 }
 
-std::vector<std::string> CWatchScreen::AllLines() const {
+std::vector<std::string> CWatchScreen::AllLines(const CTextStyle& style) const {
     std::vector<std::string> lines;
-    lines.push_back(fmt::format("qorctl watch, every {} s: {}  {}", m_Interval,
-                                FormatTime(m_Last.wallTime), HealthName(m_Last.status)));
+    const auto add = [&](const std::string& text, EHealth health = EHealth::OK) {
+        lines.push_back(FitLine(text, health, style));
+    };
+    add(fmt::format("{}  qorctl watch, every {} s: {}", HealthName(m_Last.status), m_Interval,
+                    FormatTime(m_Last.wallTime)),
+        m_Last.status);
     if (!m_Last.poll.answered) {
-        lines.push_back(DescribeNoAnswer(m_Last.poll));
+        add(DescribeNoAnswer(m_Last.poll), EHealth::UNKNOWN);
     }
     if (!m_Answer.poll.answered) {
         return lines;
     }
     if (!m_Last.poll.answered) {
-        lines.push_back("the last answer, of " + FormatTime(m_Answer.wallTime) + ":");
+        add("the last answer, of " + FormatTime(m_Answer.wallTime) + ":");
     }
-    lines.push_back(m_Answer.poll.message.empty() ? DescribeCounts(m_Answer.poll.inventory)
-                                                  : m_Answer.poll.message);
+    add(m_Answer.poll.message.empty() ? DescribeCounts(m_Answer.poll.inventory)
+                                      : m_Answer.poll.message);
     for (const CHealthFinding& finding : m_Answer.health.findings) {
-        lines.push_back(
-            fmt::format("{}: {}: {}", HealthName(finding.health), finding.object, finding.message));
+        add(fmt::format("{}: {}: {}", HealthName(finding.health), finding.object, finding.message),
+            finding.health);
     }
     if (!m_Changes.empty()) {
-        lines.insert(lines.end(), {"", "Latest changes"});
-        lines.insert(lines.end(), m_Changes.begin(), m_Changes.end());
+        add("");
+        add("Latest changes");
     }
-    AddObjects(lines);
+    for (const std::string& change : m_Changes) {
+        add(change);
+    }
+    add("");
+    AddLines(lines,
+             FormatTables(m_Answer.poll.inventory, CProblemMarks(m_Answer.health.findings), style));
     return lines;
 }
 
-void CWatchScreen::AddObjects(std::vector<std::string>& lines) const {
-    const CInventory& inventory = m_Answer.poll.inventory;
-    lines.emplace_back();
-    for (const CLogicalDrive& drive : inventory.logicalDrives) {
-        lines.push_back(ObjectName(drive) + StateColumn(drive.state) + Column(drive.name) +
-                        Column(drive.raidLevel) + Column(drive.capacity));
-    }
-    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
-        lines.push_back(ObjectName(drive) + StateColumn(drive.statusDetail) +
-                        Column(ProgressOf(drive)) + Column(drive.use) + Column(drive.group) +
-                        Column(drive.temperature));
-    }
-    for (const CPcieSsd& ssd : inventory.pcieSsds) {
-        lines.push_back(ObjectName(ssd) + StateColumn(ssd.status) + Column(ssd.product) +
-                        Column(ssd.temperature) + Column(ssd.used));
-    }
-}
-
-std::vector<std::string> CWatchScreen::Lines(const CScreenSize& size,
-                                             const CTextStyle& style) const {
-    std::vector<std::string> lines = AllLines();
+std::vector<std::string> CWatchScreen::Lines(const CScreenSize& size, CTextStyle style) const {
+    style.width = size.columns;
+    std::vector<std::string> lines = AllLines(style);
     if (lines.size() > size.rows && size.rows > 0) {
         const size_t missing = lines.size() - size.rows + 1;
         lines.resize(size.rows - 1);
-        lines.push_back(fmt::format("... {} more lines", missing));
-    }
-    for (std::string& line : lines) {
-        line = Clip(MakeVisible(line, style), size.columns);
+        lines.push_back(FitLine(fmt::format("... {} more lines", missing), EHealth::OK, style));
     }
     return lines;
 }

@@ -1,5 +1,5 @@
 // What `qorctl watch` shows on a terminal: the status, what is wrong, the latest changes and the
-// state of everything, as far as the screen goes.
+// tables of everything, as far as the screen goes.
 //
 // Owner: the content is copied from the ticks. Thread rule: one thread at a time.
 #ifndef QORCTL_WATCHSCREEN_H
@@ -31,12 +31,12 @@ public:
     void Take(const CTick& tick);
 
     // At most `size.rows` lines of at most `size.columns` characters. When there is more, the last
-    // line says how many lines are missing.
-    std::vector<std::string> Lines(const CScreenSize& size, const CTextStyle& style) const;
+    // line says how many lines are missing. Coloured where the style has colour; its width does not
+    // count.
+    std::vector<std::string> Lines(const CScreenSize& size, CTextStyle style) const;
 
 private:
-    std::vector<std::string> AllLines() const;
-    void AddObjects(std::vector<std::string>& lines) const;
+    std::vector<std::string> AllLines(const CTextStyle& style) const;
 
     int64_t m_Interval;
     CTick m_Last;                       // the last request

@@ -51,7 +51,7 @@ bool MakeDirectory(const std::string& path, std::string& error) {
 }
 
 bool WriteFile(const std::string& path, const std::string& text, std::string& error) {
-    if (!MakeDirectory(fs::path(path).parent_path(), error)) {
+    if (!MakeDirectory(fs::absolute(path).parent_path(), error)) {
         return false;
     }
     std::ofstream file(path, std::ios::binary | std::ios::trunc);

@@ -1,7 +1,6 @@
 #include "DeviceWords.h"
 
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 #include "comlib/PciDevices.h"
@@ -33,8 +32,10 @@ std::vector<CDeviceWord> ReadDeviceWords(const std::string& text) {
 
 std::optional<std::vector<CDeviceWord>> ReadDeviceList() {
     std::ifstream file(DEVICE_LIST_PATH, std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(file)), {});
-    return file.is_open() ? std::make_optional(ReadDeviceWords(text)) : std::nullopt;
+    std::string text;
+    std::getline(file, text, '\0');  // iterators throw where reading fails: in a directory
+    const bool wasRead = file.is_open() && !file.bad();
+    return wasRead ? std::make_optional(ReadDeviceWords(text)) : std::nullopt;
 }
 
 std::optional<std::vector<CDeviceWord>> ReadLiveBus() {

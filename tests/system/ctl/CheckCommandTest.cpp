@@ -267,7 +267,7 @@ TEST_F(CheckCommandTest, EveryReasonForNoAnswerIsTold) {
         EXPECT_EQ(json.status, 3) << row.message;
         EXPECT_EQ(Json(json)["reason"], row.reason);
         EXPECT_EQ(Json(json)["message"], message);
-        EXPECT_EQ(Json(json)["command"], row.command);
+        EXPECT_EQ(Json(json)["failed_command"], row.command);
         EXPECT_EQ(Json(json)["status"], "UNKNOWN");
     }
 }
@@ -340,17 +340,17 @@ TEST_F(CheckCommandTest, JsonHasStatusFindingsAndValues) {
         Check(Server({.temperature = "", .mediaErrors = "2"}), {"--format", "json"});
     EXPECT_EQ(outcome.status, 1);
     const nlohmann::json json = Json(outcome);
-    EXPECT_EQ(json["format"], "qorctl-check");
-    EXPECT_EQ(json["version"], 1);
+    EXPECT_EQ(json["schema_version"], 1);
+    EXPECT_EQ(json["command"], "check");
     EXPECT_EQ(json["status"], "WARNING");
-    EXPECT_EQ(json["exitStatus"], 1);
+    EXPECT_EQ(json["exit_status"], 1);
     EXPECT_EQ(json["reason"], "judged");
     EXPECT_EQ(json["message"], "controller 0 drive PD3: 2 media errors");
     EXPECT_EQ(json["findings"], nlohmann::json::parse(R"([{"severity":"WARNING",
         "rule":"drive-media-errors","object":"controller 0 drive PD3",
         "message":"2 media errors"}])"));
     EXPECT_EQ(
-        json["notReported"],
+        json["not_reported"],
         nlohmann::json::parse(R"([{"object":"controller 0 drive PD3","what":"temperature"}])"));
     EXPECT_EQ(json["notes"], nlohmann::json::array());
     EXPECT_EQ(json["performance"][0],

@@ -291,6 +291,16 @@ TEST_F(DoctorTest, DeviceListWithoutDevicesIsAFailure) {
               "FAIL /opt/tarmica/qor/kam/work/devices.tmp holds no device, or may not be read");
 }
 
+TEST_F(DoctorTest, DeviceListThatIsADirectoryIsAFailure) {
+    fs::remove(DEVICE_LIST);
+    fs::create_directory(DEVICE_LIST);
+    const json report = Report();
+    EXPECT_EQ(FindingIn(report, "devices", "device list"),
+              "FAIL /opt/tarmica/qor/kam/work/devices.tmp holds no device, or may not be read");
+    EXPECT_EQ(FindingIn(report, "devices", "live PCI bus"),
+              "WARN not examined: there is no device list");
+}
+
 TEST_F(DoctorTest, SupportedDeviceThatIsNotListedIsAFailure) {
     AddDevice("0000:04:00.0", "0x1aed", "0x2001", "0x00");
     EXPECT_EQ(Finding("devices", "live PCI bus"),

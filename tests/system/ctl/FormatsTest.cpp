@@ -94,7 +94,8 @@ TEST_F(FormatsTest, TableIsColouredAndFitOnATerminal) {
     const CQorctlOutcome outcome = RunRaidOnTerminal("table", 25);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out, HasSubstr("\x1b[31m!!     0   3  FAILED\x1b[0m\n"));
-    EXPECT_THAT(outcome.out, HasSubstr("\x1b[31mController 0 drive PD3 is FAILED"));
+    EXPECT_THAT(outcome.out,
+                HasSubstr("\x1b[31mController 0 drive PD3 is\n  FAILED: it is out of\n"));
     EXPECT_THAT(outcome.out, Not(HasSubstr("=1+1")));
 }
 

@@ -72,6 +72,19 @@ TEST(InventoryDiffTest, ChangesOfEachKindOfObjectAreTold) {
                             "PCIe SSD 177: Healthy -> Warning"));
 }
 
+TEST(InventoryDiffTest, ProgressIsAChangeWhileItLasts) {
+    CInventory online = Server();
+    CInventory rebuilt = Server();
+    rebuilt.physicalDrives[0].statusDetail = "REBUILD";
+    rebuilt.physicalDrives[0].progress = CQuantity{"10%", 10};
+    CInventory later = rebuilt;
+    later.physicalDrives[0].progress = CQuantity{"50%", 50};
+    EXPECT_THAT(Changes(online, rebuilt), ElementsAre("controller 0 drive PD3: ONLINE -> REBUILD"));
+    EXPECT_THAT(Changes(rebuilt, later),
+                ElementsAre("controller 0 drive PD3: progress 10% -> 50%"));
+    EXPECT_THAT(Changes(later, online), ElementsAre("controller 0 drive PD3: REBUILD -> ONLINE"));
+}
+
 TEST(InventoryDiffTest, TemperatureIsNoChange) {
     CInventory after = Server();
     after.physicalDrives[0].temperature = CQuantity{"45C", 45};

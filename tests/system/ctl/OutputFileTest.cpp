@@ -14,6 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using qorctl::EFileMode;
 using qorctl::WriteOutputFile;
 
 class OutputFileTest : public qortest::CPrivateServerTest {
@@ -24,7 +25,7 @@ protected:
     }
 
     bool Write(const fs::path& path, const std::string& text = "new\n") {
-        return WriteOutputFile(path, text, m_Problem);
+        return WriteOutputFile(path, text, EFileMode::KEPT, m_Problem);
     }
 
     size_t FilesInFolder() const {

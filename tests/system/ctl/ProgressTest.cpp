@@ -90,7 +90,7 @@ TEST_F(ProgressTest, TerminalShowsTheCommandThatRunsAndIsCleared) {
     close(fd);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.terminal,
-                HasSubstr("\r\x1b[Kqorctl: krzcli -ldpdinfo -a0 (controller 1), 0 s"));
+                HasSubstr("\r\x1b[Kqorctl: 0 s, krzcli -ldpdinfo -a0 (controller 1)"));
     EXPECT_THAT(outcome.terminal, EndsWith("\r\x1b[K"));
     EXPECT_THAT(outcome.out, Not(HasSubstr("\x1b")));
 }

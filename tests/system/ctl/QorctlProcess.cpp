@@ -51,13 +51,6 @@ struct CTerminalPair {
     int theirs = -1;
 };
 
-// A bare chroot has no terminals; the test's own mounts can.
-void ProvideTerminals() {
-    if (access("/dev/pts/ptmx", F_OK) != 0) {
-        EXPECT_EQ(mount("devpts", "/dev/pts", "devpts", 0, "newinstance,ptmxmode=0666"), 0);
-    }
-}
-
 CTerminalPair OpenTerminal(unsigned short width) {
     ProvideTerminals();
     CTerminalPair pair;
@@ -94,6 +87,12 @@ pid_t Spawn(const CQorctlRun& run, const posix_spawn_file_actions_t& actions) {
 }
 
 }  // namespace
+
+void ProvideTerminals() {
+    if (access("/dev/pts/ptmx", F_OK) != 0) {
+        EXPECT_EQ(mount("devpts", "/dev/pts", "devpts", 0, "newinstance,ptmxmode=0666"), 0);
+    }
+}
 
 CQorctlOutcome RunQorctl(const fs::path& folder, const CQorctlRun& run) {
     const std::string out = run.outputPath.empty() ? (folder / "out").string() : run.outputPath;

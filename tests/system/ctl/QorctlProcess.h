@@ -30,6 +30,9 @@ struct CQorctlOutcome {
     std::string terminal = {};  // standard error, if it is a terminal
 };
 
+// A bare chroot has no terminals; the test's own mounts can.
+void ProvideTerminals();
+
 // `folder` takes the files that hold the outputs. A terminal's line ends come back as "\n".
 CQorctlOutcome RunQorctl(const std::filesystem::path& folder, const CQorctlRun& run);
 

@@ -91,7 +91,7 @@ TEST_F(StateFileTest, FolderThatCannotBeWrittenKeepsTheOldFile) {
     EXPECT_THAT(other.Problem(), HasSubstr("health.json.lock: Read-only file system"));
     CStateFile unlocked(m_Path);
     EXPECT_FALSE(unlocked.Write("new"));
-    EXPECT_EQ(unlocked.Problem(), m_Path + ": Read-only file system");
+    EXPECT_EQ(unlocked.Problem(), m_Path + " could not be written: Read-only file system");
     ASSERT_EQ(umount2(m_Folder.c_str(), MNT_DETACH), 0);
     EXPECT_EQ(qortest::ReadFile(m_Path), "old");
 }
@@ -100,7 +100,7 @@ TEST_F(StateFileTest, NameThatCannotBeReplacedLeavesNoTemporaryFile) {
     fs::create_directories(fs::path(m_Path) / "inside");
     CStateFile file(m_Path);
     EXPECT_FALSE(file.Write("text"));
-    EXPECT_EQ(file.Problem(), m_Path + ": Is a directory");
+    EXPECT_EQ(file.Problem(), m_Path + " could not be written: Is a directory");
     EXPECT_EQ(CountFiles(), 1U);
 }
 

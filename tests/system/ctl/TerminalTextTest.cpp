@@ -72,4 +72,18 @@ TEST(TerminalTextTest, ColumnsAreCharactersNotBytes) {
     EXPECT_EQ(CountColumns("\u00B0\u20AC\U0001F600"), 3U);
 }
 
+TEST(TerminalTextTest, LinesEndAtABlankThatFits) {
+    EXPECT_EQ(qorctl::WrapText("one two three four", 11, 0, "  "), "one two\n  three\n  four");
+    EXPECT_EQ(qorctl::WrapText("one two three four", 13, 0, "  "), "one two three\n  four");
+    EXPECT_EQ(qorctl::WrapText("one two three four", qorctl::ANY_WIDTH, 0, "  "),
+              "one two three four");
+    EXPECT_EQ(qorctl::WrapText("", 10, 0, "  "), "");
+}
+
+TEST(TerminalTextTest, WordThatIsTooLongIsMovedAndThenBroken) {
+    EXPECT_EQ(qorctl::WrapText("/a/path/too/long", 10, 0, ""), "/a/path/to\no/long");
+    EXPECT_EQ(qorctl::WrapText("/a/longpath", 20, 10, "      "), "\n      /a/longpath");
+    EXPECT_EQ(qorctl::WrapText("ääääääääää", 8, 0, ""), "ääääääää\nää");
+}
+
 }  // namespace

@@ -17,69 +17,75 @@ constexpr qorctl::CTableColumn COLUMNS[] = {
 
 const std::vector<CTableRow> ROWS = {{{"1", "a long name", "x"}, ""}, {{"10", "b", "yy"}, ""}};
 
+std::string Format(const std::vector<CTableRow>& rows, size_t width, qorctl::CTextStyle style) {
+    style.width = width;
+    return qorctl::FormatTextTable(COLUMNS, rows, style);
+}
+
 TEST(TextTableTest, ColumnsAreAlignedAndLinesEndWithoutBlanks) {
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, ANY_WIDTH, UTF8),
+    EXPECT_EQ(Format(ROWS, ANY_WIDTH, UTF8),
               "NO  NAME         EXTRA\n"
               " 1  a long name  x\n"
               "10  b            yy\n");
 }
 
 TEST(TextTableTest, TableThatJustFitsIsLeftAlone) {
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, 22, UTF8),
-              qorctl::FormatTextTable(COLUMNS, ROWS, ANY_WIDTH, UTF8));
+    EXPECT_EQ(Format(ROWS, 22, UTF8), Format(ROWS, ANY_WIDTH, UTF8));
 }
 
 TEST(TextTableTest, ColumnIsShortenedBeforeAnyIsLeftOut) {
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, 21, UTF8),
+    EXPECT_EQ(Format(ROWS, 21, UTF8),
               "NO  NAME        EXTRA\n"
               " 1  a long na…  x\n"
               "10  b           yy\n");
 }
 
 TEST(TextTableTest, LeastImportantColumnIsLeftOutFirst) {
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, 14, UTF8),
+    EXPECT_EQ(Format(ROWS, 14, UTF8),
               "NO  NAME\n"
               " 1  a l…\n"
               "10  b\n");
 }
 
-TEST(TextTableTest, MostImportantColumnStaysWhateverTheWidth) {
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, ROWS, 1, UTF8),
+TEST(TextTableTest, MostImportantColumnStaysAndIsCutToTheWidth) {
+    EXPECT_EQ(Format(ROWS, 2, UTF8),
               "NO\n"
               " 1\n"
               "10\n");
+    EXPECT_EQ(Format(ROWS, 1, UTF8),
+              "N\n"
+              " \n"
+              "1\n");
 }
 
 TEST(TextTableTest, AsciiShortensWithATilde) {
-    EXPECT_NE(qorctl::FormatTextTable(COLUMNS, ROWS, 21, {}).find("a long na~  x\n"),
-              std::string::npos);
+    EXPECT_NE(Format(ROWS, 21, {}).find("a long na~  x\n"), std::string::npos);
 }
 
 TEST(TextTableTest, CharactersCountNotBytes) {
     const std::vector<CTableRow> rows = {{{"1", "ääääää", "x"}, ""}};
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, rows, 16, UTF8),
+    EXPECT_EQ(Format(rows, 16, UTF8),
               "NO  NAME   EXTRA\n"
               " 1  ääää…  x\n");
 }
 
 TEST(TextTableTest, ColumnWithoutTextIsLeftOut) {
     const std::vector<CTableRow> rows = {{{"1", "", "x"}, ""}};
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, rows, ANY_WIDTH, UTF8),
+    EXPECT_EQ(Format(rows, ANY_WIDTH, UTF8),
               "NO  EXTRA\n"
               " 1  x\n");
 }
 
 TEST(TextTableTest, NoRowsNoTable) {
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, {}, ANY_WIDTH, UTF8), "");
+    EXPECT_EQ(Format({}, ANY_WIDTH, UTF8), "");
 }
 
 TEST(TextTableTest, ColourSurroundsLinesOnlyWhereTheStyleHasIt) {
     const std::vector<CTableRow> rows = {{{"1", "a", "x"}, "\x1b[31m"}};
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, rows, ANY_WIDTH, {.utf8 = true, .colour = true}),
+    EXPECT_EQ(Format(rows, ANY_WIDTH, {.utf8 = true, .colour = true}),
               "\x1b[1mNO  NAME  EXTRA\x1b[0m\n"
               "\x1b[31m 1  a     x\x1b[0m\n");
-    EXPECT_EQ(qorctl::FormatTextTable(COLUMNS, rows, ANY_WIDTH, UTF8).find('\x1b'),
-              std::string::npos);
+    EXPECT_EQ(Format(rows, ANY_WIDTH, UTF8).find('\x1b'), std::string::npos);
 }
 
 TEST(TextTableTest, WidthIsUnlimitedWithoutATerminal) {

@@ -56,6 +56,31 @@ TEST(TreeViewTest, DriveInBoxDrawingLines) {
               "   └─ Enclosure ID : 252\n");
 }
 
+TEST(TreeViewTest, LongValueGoesOnBelowItself) {
+    EXPECT_EQ(Format({{"", "Root"},
+                      {"Root", "### A ###"},
+                      {"### A ###", "Key", "one two three"},
+                      {"Root", "### B ###"},
+                      {"### B ###", "Key", "1234567890123"}},
+                     {.utf8 = true, .colour = false, .width = 21}),
+              "Root\n"
+              "├─ [A]\n"
+              "│  └─ Key : one two\n"
+              "│           three\n"
+              "└─ [B]\n"
+              "   └─ Key : 123456789\n"
+              "            0123\n");
+}
+
+TEST(TreeViewTest, StateThatIsNotWellHasAColour) {
+    EXPECT_EQ(Format({{"", "State", "Degraded"}, {"", "PD Status(Detail)", "ONLINE"}},
+                     {.utf8 = true, .colour = true}),
+              "State             : \x1b[31mDegraded\x1b[0m\n"
+              "PD Status(Detail) : ONLINE\n");
+    EXPECT_EQ(Format({{"", "PD Status(Detail)", "Odd"}}, {.utf8 = true, .colour = true}),
+              "PD Status(Detail) : \x1b[33mOdd\x1b[0m\n");
+}
+
 TEST(TreeViewTest, DriveInPlainAscii) {
     EXPECT_EQ(Format(DRIVE, ASCII),
               "Physical Drive Information\n"

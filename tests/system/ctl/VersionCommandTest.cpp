@@ -48,9 +48,9 @@ TEST_F(VersionCommandTest, JsonHoldsTheSame) {
     EXPECT_EQ(versions["qorctl"]["version"], QORCTL_VERSION);
     EXPECT_EQ(versions["plugin"]["path"], REAL_PLUGIN);
     EXPECT_EQ(versions["plugin"]["version"], QORCTL_VERSION);
-    EXPECT_THAT(versions["plugin"]["buildId"].get<std::string>(), MatchesRegex("[0-9a-f]{40}"));
-    EXPECT_EQ(versions["commonLibrary"]["version"], QORCTL_VERSION);
-    EXPECT_NE(versions["commonLibrary"]["buildId"], versions["plugin"]["buildId"]);
+    EXPECT_THAT(versions["plugin"]["build_id"].get<std::string>(), MatchesRegex("[0-9a-f]{40}"));
+    EXPECT_EQ(versions["common_library"]["version"], QORCTL_VERSION);
+    EXPECT_NE(versions["common_library"]["build_id"], versions["plugin"]["build_id"]);
     EXPECT_EQ(versions["tool"]["version"], "4.5");
     EXPECT_EQ(versions["tool"]["problem"], nullptr);
 }
@@ -66,7 +66,7 @@ TEST_F(VersionCommandTest, ForeignPluginIsOfUnknownVersion) {
     m_Environment["QOR_PLUGIN"] = STAND_IN_PLUGIN;
     const json versions = json::parse(Run({"version", "--format", "json"}).out);
     EXPECT_EQ(versions["plugin"]["version"], nullptr);
-    EXPECT_EQ(versions["commonLibrary"], nullptr);
+    EXPECT_EQ(versions["common_library"], nullptr);
 }
 
 TEST_F(VersionCommandTest, WithoutAPluginTheProgramsVersionIsShown) {

@@ -162,7 +162,7 @@ TEST_F(WatchCommandTest, JsonIsLinesEvenOnATerminal) {
     Answer(Drive("ONLINE"));
     CSession session(Watch({"--count", "1", "--format", "json"}), m_Environment);
     EXPECT_EQ(session.End(), 0);
-    EXPECT_THAT(session.Output(), StartsWith("{\"format\":\"qorctl-watch\",\"version\":1,"));
+    EXPECT_THAT(session.Output(), StartsWith("{\"schema_version\":1,\"command\":\"watch\","));
 }
 
 TEST_F(WatchCommandTest, DumbTerminalGetsLines) {
@@ -178,7 +178,7 @@ TEST_F(WatchCommandTest, ScreenIsDrawnAndComesBackAtTheEnd) {
     CSession session(Watch({"--count", "1"}), m_Environment);
     EXPECT_EQ(session.End(), 0);
     EXPECT_THAT(session.Output(), StartsWith(ENTER));
-    EXPECT_THAT(session.Output(), HasSubstr("drive PD3  ONLINE\x1b[K"));
+    EXPECT_THAT(session.Output(), HasSubstr(" 3  ONLINE\x1b[K"));
     EXPECT_THAT(session.Output(), EndsWith(LEAVE));
 }
 
@@ -186,7 +186,7 @@ TEST_F(WatchCommandTest, ScreenComesBackAfterEverySignalThatWantsAnEnd) {
     Answer(Drive("ONLINE"));
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         CSession session(Watch({"--interval", "3600"}), m_Environment);
-        ASSERT_TRUE(session.WaitFor("PD3  ONLINE"));
+        ASSERT_TRUE(session.WaitFor(" 3  ONLINE"));
         session.Signal(signal);
         EXPECT_EQ(session.End(), 128 + signal);
         EXPECT_THAT(session.Output(), EndsWith(LEAVE));
@@ -196,7 +196,7 @@ TEST_F(WatchCommandTest, ScreenComesBackAfterEverySignalThatWantsAnEnd) {
 TEST_F(WatchCommandTest, CtrlCIsUnderstood) {
     Answer(Drive("ONLINE"));
     CSession session(Watch({"--interval", "3600"}), m_Environment);
-    ASSERT_TRUE(session.WaitFor("PD3  ONLINE"));
+    ASSERT_TRUE(session.WaitFor(" 3  ONLINE"));
     session.Type('\x03');
     EXPECT_EQ(session.End(), 130);
     EXPECT_THAT(session.Output(), HasSubstr(LEAVE));
@@ -215,11 +215,11 @@ TEST_F(WatchCommandTest, SignalDuringARequestEndsItAtOnce) {
 TEST_F(WatchCommandTest, ResizedTerminalIsRedrawnToItsSize) {
     Answer(Drive("ONLINE"));
     CSession session(Watch({"--interval", "3600"}), m_Environment);
-    ASSERT_TRUE(session.WaitFor("PD3  ONLINE"));
+    ASSERT_TRUE(session.WaitFor(" 3  ONLINE"));
     session.Resize(2, 20);
     EXPECT_TRUE(session.WaitFor("... "));
     session.Resize(24, 80);
-    EXPECT_TRUE(session.WaitFor("PD3  ONLINE"));
+    EXPECT_TRUE(session.WaitFor(" 3  ONLINE"));
     session.Signal(SIGINT);
     EXPECT_EQ(session.End(), 130);
 }

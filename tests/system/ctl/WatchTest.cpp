@@ -166,19 +166,19 @@ TEST_F(WatchTest, EventsAreJsonLines) {
     std::istringstream lines(m_View.m_Json);
     for (std::string line; std::getline(lines, line);) {
         events.push_back(nlohmann::json::parse(line, nullptr, false));
-        EXPECT_EQ(events.back()["format"], "qorctl-watch") << line;
-        EXPECT_EQ(events.back()["version"], 1) << line;
-        events.back().erase("format");
-        events.back().erase("version");
+        EXPECT_EQ(events.back()["command"], "watch") << line;
+        EXPECT_EQ(events.back()["schema_version"], 1) << line;
+        events.back().erase("command");
+        events.back().erase("schema_version");
     }
     const auto parsed = [](const char* text) { return nlohmann::json::parse(text); };
     ASSERT_GE(events.size(), 6U);
     EXPECT_EQ(events[0], parsed(R"({"time":"2026-11-20T10:00:00Z","event":"no-answer",
         "reason":"tool-timeout","message":"the RAID tool did not answer in time",
-        "command":"krzcli -pdinfo -a0"})"));
+        "failed_command":"krzcli -pdinfo -a0"})"));
     EXPECT_EQ(events[1], parsed(R"({"time":"2026-11-20T10:01:00Z","event":"answers-again"})"));
     EXPECT_EQ(events[2], parsed(R"({"time":"2026-11-20T10:01:00Z","event":"start",
-        "status":"OK","controllers":0,"volumes":0,"drives":1,"pcieSsds":0})"));
+        "status":"OK","controllers":0,"volumes":0,"drives":1,"pcie_ssds":0})"));
     EXPECT_EQ(events[3], parsed(R"({"time":"2026-11-20T10:02:00Z","event":"change",
         "object":"controller 0 drive PD3","what":"state","before":"ONLINE","after":"\ufffd"})"));
     EXPECT_EQ(events[4], parsed(R"({"time":"2026-11-20T10:02:00Z","event":"appeared",

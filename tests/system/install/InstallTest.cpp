@@ -37,6 +37,7 @@ TEST_F(InstallTest, EverythingIsWhereItBelongs) {
              Share() / "fish/vendor_completions.d/qorsim.fish",
              Share() / "qor/RaidVCFac.ini",
              Share() / "qor/PciessdVCFac.ini",
+             Share() / "qor/qorctl.schema.json",
              Share() / "qor/hosts/small.json",
          }) {
         EXPECT_TRUE(fs::is_regular_file(file)) << file;

@@ -49,6 +49,16 @@ TEST_F(CNewTest, OutputFileHoldsTheSameBytes) {
     EXPECT_EQ(ReadFile(Write("3", "100")), New("3", "100", "1").out);
 }
 
+TEST_F(CNewTest, OutputFileMayBeInTheCurrentDirectory) {
+    const CEnd end = qortest::RunProgram({"sh", "-c",
+                                          "cd \"$0\" && " QORSIM_PROGRAM
+                                          " new --controllers 1 --drives 1 --seed 1 "
+                                          "--output host.json",
+                                          Folder().string()});
+    EXPECT_EQ(end.status, 0) << end.err;
+    EXPECT_EQ(ReadFile(Folder() / "host.json"), New("1", "1", "1").out);
+}
+
 TEST_F(CNewTest, UnwritableOutputIsNamed) {
     const CEnd end = Qorsim({"new", "--controllers", "1", "--drives", "1", "--seed", "1",
                              "--output", Folder().string()});

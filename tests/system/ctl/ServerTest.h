@@ -1,0 +1,31 @@
+// Fixture: the built qorctl and plug-in on a simulated server.
+#ifndef QORTEST_SERVERTEST_H
+#define QORTEST_SERVERTEST_H
+
+#include <cstdlib>
+#include <string>
+
+#include "../sim/SimTest.h"
+
+namespace qortest {
+
+class CServerTest : public CSimTest {
+protected:
+    void SetUp() override {
+        CSimTest::SetUp();
+        setenv("QOR_PLUGIN", REAL_PLUGIN, 1);
+        setenv("LC_ALL", "C.UTF-8", 1);
+        setenv("TERM", "xterm-256color", 1);
+    }
+
+    // What the shell command `text`, in which qorctl is a command, does on `host`.
+    static CEnd Shell(const std::string& host, const std::string& text) {
+        return RunShellOn(host, QORCTL + text);
+    }
+
+    static constexpr const char* QORCTL = "qorctl() { " QORCTL_PROGRAM " \"$@\"; }; ";
+};
+
+}  // namespace qortest
+
+#endif  // QORTEST_SERVERTEST_H

@@ -1,0 +1,51 @@
+// The tests that docs/security.md names as its evidence exist.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string TextOf(const fs::path& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// "Suite.Name" for each match of a pattern with these two groups.
+std::set<std::string> Names(const std::string& text, const std::regex& pattern) {
+    std::set<std::string> names;
+    for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end;
+         ++match) {
+        names.insert((*match)[1].str() + '.' + (*match)[2].str());
+    }
+    return names;
+}
+
+std::set<std::string> TestsOfTheTree() {
+    const std::regex definition(R"(\nTEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\))");
+    std::set<std::string> tests;
+    for (const auto& entry : fs::recursive_directory_iterator(TESTS_DIR)) {
+        if (entry.path().extension() == ".cpp") {
+            tests.merge(Names(TextOf(entry.path()), definition));
+        }
+    }
+    return tests;
+}
+
+TEST(NamedTests, EvidenceOfTheSecurityPageExists) {
+    const std::set<std::string> tests = TestsOfTheTree();
+    const std::set<std::string> named = Names(TextOf(fs::path(DOCS_DIR) / "security.md"),
+                                              std::regex(R"(`([A-Z]\w+)\.([A-Z]\w+)`)"));
+    EXPECT_GT(named.size(), 30U);
+    for (const std::string& name : named) {
+        EXPECT_EQ(tests.count(name), 1U) << "no test is called " << name;
+    }
+}
+
+}  // namespace
