@@ -1,5 +1,7 @@
 #include "getters/CMSRAID_CtrlInfoGetter.h"
 
+#include <utility>
+
 #include "cli/CMSRAID_KRZ.h"
 #include "cli/ResultFile.h"
 #include "getters/Text.h"
@@ -76,14 +78,14 @@ bool CMSRAID_CtrlInfoGetter::CreateRAIDItem(std::ifstream& stream, std::string l
     if (line.starts_with(TITLE_BEGIN_NAME)) {
         return ParseSection(stream, line);
     }
-    return ParseOtherLine(stream, line);
+    return ParseOtherLine(stream, std::move(line));
 }
 
-bool CMSRAID_CtrlInfoGetter::ParseOtherLine(std::ifstream& stream, const std::string& line) {
+bool CMSRAID_CtrlInfoGetter::ParseOtherLine(std::ifstream& stream, std::string line) {
     if (!IsKeyValueLine(line) || m_RaidList.empty()) {
         return true;
     }
-    if (!ParseKeyValue(stream, line, m_RaidList)) {
+    if (!ParseKeyValue(stream, std::move(line), m_RaidList)) {
         return false;
     }
     UseCurrentName(*m_RaidList.back());

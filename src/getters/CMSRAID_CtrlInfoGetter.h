@@ -49,7 +49,7 @@ public:
 
 private:
     bool CountControllers(const std::string& command, const std::string& path, long& count);
-    bool ParseOtherLine(std::ifstream& stream, const std::string& line);
+    bool ParseOtherLine(std::ifstream& stream, std::string line);
     bool ParseSection(std::ifstream& stream, const std::string& line);
 
     CItemListOwner m_CtrlHeadItemList;

@@ -1,6 +1,7 @@
 #include "getters/CMSRAID_LDInfoGetter.h"
 
 #include <string_view>
+#include <utility>
 
 #include "cli/CMSRAID_KRZ.h"
 #include "cli/ResultFile.h"
@@ -132,14 +133,14 @@ bool CMSRAID_LDInfoGetter::CreateRAIDItem(std::ifstream& stream, std::string lin
     if (Contains(line, LD_PDLIST_NAME_HEAD)) {
         return ParsePDList(stream, line);
     }
-    return ParseOtherLine(stream, line);
+    return ParseOtherLine(stream, std::move(line));
 }
 
-bool CMSRAID_LDInfoGetter::ParseOtherLine(std::ifstream& stream, const std::string& line) {
+bool CMSRAID_LDInfoGetter::ParseOtherLine(std::ifstream& stream, std::string line) {
     if (!IsKeyValueLine(line) || m_RaidList.empty()) {
         return true;
     }
-    if (!ParseKeyValue(stream, line, m_RaidList)) {
+    if (!ParseKeyValue(stream, std::move(line), m_RaidList)) {
         return false;
     }
     if (m_RaidList.back()->ItemName() == LD_ACCESS_POLICY_NAME_OLD) {

@@ -60,7 +60,7 @@ public:
 
 private:
     static void ReadPDRGNo(std::ifstream& stream, std::map<long, std::string>& mapRGNo);
-    bool ParseOtherLine(std::ifstream& stream, const std::string& line);
+    bool ParseOtherLine(std::ifstream& stream, std::string line);
     bool ParseSection(std::ifstream& stream, const std::string& line);
     bool ParseListedPD(std::ifstream& stream, const std::string& line);
     bool ParseAssocBlock(std::ifstream& stream, const std::string& line, ItemPosition pdNumber);

@@ -1,5 +1,7 @@
 #include "getters/CMSRAID_PCIeSSDInfoGetter.h"
 
+#include <utility>
+
 #include "getters/Text.h"
 #include "plugin/Trace.h"
 
@@ -20,7 +22,7 @@ bool CMSRAID_PCIeSSDInfoGetter::CreateRAIDItem(std::ifstream& stream, std::strin
     }
     if (!line.starts_with(TITLE_BEGIN_NAME)) {
         return !IsKeyValueLine(line) || m_RaidList.empty() ||
-               ParseKeyValue(stream, line, m_RaidList);
+               ParseKeyValue(stream, std::move(line), m_RaidList);
     }
     if (!ParseTitle(stream, line)) {
         return false;

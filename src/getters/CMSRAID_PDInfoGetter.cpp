@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "cli/KRZVersion.h"
 #include "getters/CMSRAID_LDInfoGetter.h"
@@ -100,7 +101,7 @@ bool CMSRAID_PDInfoGetter::CreateRAIDItem(std::ifstream& stream, std::string lin
         return ParseSection(stream, line);
     }
     if (IsKeyValueLine(line) && !m_RaidList.empty()) {
-        return ParseKeyValue(stream, line, m_RaidList);
+        return ParseKeyValue(stream, std::move(line), m_RaidList);
     }
     return true;
 }

@@ -1,45 +1,66 @@
 #include "getters/CMSRAID_PDSMInfoGetter.h"
 
+#include <string_view>
+
 #include "getters/Text.h"
 #include "plugin/Trace.h"
 
 namespace {
 
-constexpr const char* BLANKS = " \t";
 constexpr size_t SATA_NAME_WIDTH = 40;
 constexpr size_t BLANK_AND_DATA_WIDTH = 5;  // what follows "Raw" in a header
+
+constexpr bool IsBlank(char character) {
+    return character == ' ' || character == '\t';
+}
+
+// Byte by byte: string's own search is slow with so few characters, and a table has many rows.
+size_t FindBlank(std::string_view text, size_t begin) {
+    while (begin < text.size() && !IsBlank(text[begin])) {
+        ++begin;
+    }
+    return begin < text.size() ? begin : std::string_view::npos;
+}
+
+size_t FindText(std::string_view text, size_t begin) {
+    while (begin < text.size() && IsBlank(text[begin])) {
+        ++begin;
+    }
+    return begin < text.size() ? begin : std::string_view::npos;
+}
 
 // The columns of a SATA header. "Raw Data" is one column although it holds a blank; the tool always
 // prints another one behind it.
 std::vector<std::string> SATAColumns(const std::string& header) {
     std::vector<std::string> columns;
     size_t begin = 0;
-    for (size_t end = header.find_first_of(BLANKS); end != std::string::npos;
-         end = header.find_first_of(BLANKS, begin)) {
+    for (size_t end = FindBlank(header, 0); end != std::string::npos;
+         end = FindBlank(header, begin)) {
         const std::string name = Trimmed(header.substr(begin, end - begin));
         if (name == CMSRAID_PDSMInfoGetter::SMART_RAW_DATA_HEAD_NAME) {
             columns.emplace_back(CMSRAID_PDSMInfoGetter::SMART_RAW_DATA_NAME);
-            begin = header.find_first_not_of(BLANKS, end + BLANK_AND_DATA_WIDTH);
+            begin = FindText(header, end + BLANK_AND_DATA_WIDTH);
         } else {
             columns.push_back(name);
-            begin = header.find_first_not_of(BLANKS, end);
+            begin = FindText(header, end);
         }
     }
     columns.push_back(Trimmed(header.substr(begin)));
     return columns;
 }
 
-std::vector<std::string> SATACells(const std::string& line) {
+std::vector<std::string> SATACells(std::string_view line, size_t expected) {
     std::vector<std::string> cells;
+    cells.reserve(expected);
     size_t begin = 0;
     for (;;) {
         const bool isName = cells.size() == 1;
-        const size_t end = isName ? begin + SATA_NAME_WIDTH : line.find_first_of(BLANKS, begin);
+        const size_t end = isName ? begin + SATA_NAME_WIDTH : FindBlank(line, begin);
         if (end == std::string::npos) {
             break;
         }
         cells.push_back(Trimmed(line.substr(begin, end - begin)));
-        begin = line.find_first_not_of(BLANKS, end);
+        begin = FindText(line, end);
     }
     cells.push_back(Trimmed(line.substr(begin)));
     return cells;
@@ -52,23 +73,24 @@ struct CSASColumns {
 
 CSASColumns SASColumns(const std::string& header) {
     CSASColumns columns;
-    size_t begin = header.find_first_not_of(BLANKS);
+    size_t begin = FindText(header, 0);
     while (begin != std::string::npos) {
-        const size_t end = header.find_first_of(BLANKS, begin);
+        const size_t end = FindBlank(header, begin);
         columns.starts.push_back(columns.names.empty() ? 0 : begin);
         columns.names.push_back(Trimmed(header.substr(begin, end - begin)));
-        begin = header.find_first_not_of(BLANKS, end);
+        begin = FindText(header, end);
     }
     return columns;
 }
 
-std::vector<std::string> SASCells(const std::string& line, const std::vector<size_t>& starts,
+std::vector<std::string> SASCells(std::string_view line, const std::vector<size_t>& starts,
                                   const std::string& head) {
     std::vector<std::string> cells;
+    cells.reserve(starts.size());
     for (size_t i = 0; i < starts.size(); ++i) {
         const size_t width = i + 1 < starts.size() ? starts[i + 1] - starts[i] : std::string::npos;
-        const std::string text = line.substr(starts[i], width);
-        cells.push_back(Trimmed(i == 0 ? head + text : text));
+        const std::string_view text = line.substr(starts[i], width);
+        cells.push_back(i == 0 ? Trimmed(head + std::string(text)) : Trimmed(text));
     }
     return cells;
 }
@@ -152,7 +174,8 @@ bool CMSRAID_PDSMInfoGetter::ParseSMARTSATA(std::ifstream& stream, std::string h
     std::getline(stream, line);  // the rule under the header
     while (std::getline(stream, line)) {
         Trim(line);
-        if (!line.empty() && !AddRow(SMART_DETAIL_SATA_NAME, columns, SATACells(line), line)) {
+        if (!line.empty() &&
+            !AddRow(SMART_DETAIL_SATA_NAME, columns, SATACells(line, columns.size()), line)) {
             return false;
         }
     }
@@ -180,13 +203,14 @@ bool CMSRAID_PDSMInfoGetter::ParseSMARTSAS(std::ifstream& stream, std::string he
 bool CMSRAID_PDSMInfoGetter::AddRow(const char* group, const std::vector<std::string>& columns,
                                     const std::vector<std::string>& cells,
                                     const std::string& line) {
-    AddItem(m_RaidList, CurTitleName(), group, "");
+    const std::string parent = group;
+    AddItem(m_RaidList, CurTitleName(), parent, "");
     if (cells.size() != columns.size()) {
         QOR_TRACE(FAILURE, "Parse SmartDeital is FAILED.(%s)", line.c_str());
         return false;
     }
     for (size_t i = 0; i < columns.size(); ++i) {
-        AddItem(m_RaidList, group, columns[i], cells[i]);
+        AddItem(m_RaidList, parent, columns[i], cells[i]);
     }
     return true;
 }
