@@ -60,6 +60,15 @@ function(qor_precompile target)
   if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     target_precompile_headers(${target} PRIVATE ${ARGN})
     # g++ 12 then sees an overflow inside libstdc++ where a literal and a temporary string are added.
-    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds>)
+    target_compile_options(${target} PRIVATE
+      $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds$<SEMICOLON>-Wno-stringop-overflow>)
+  endif()
+endfunction()
+
+# qor_compile_together(TARGETS...): several files of a target are compiled as one, which reads the
+# large headers once, and optimises once what they make of them.
+function(qor_compile_together)
+  if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set_target_properties(${ARGV} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
   endif()
 endfunction()

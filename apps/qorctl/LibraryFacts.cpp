@@ -33,9 +33,9 @@ std::string Hexadecimal(std::string_view bytes) {
 
 void TakeNote(std::string_view name, ElfW(Word) type, std::string_view content,
               CLibraryFacts& facts) {
-    if (name == std::string_view("GNU", 4) && type == NT_GNU_BUILD_ID) {
+    if (name == std::string_view("GNU\0", 4) && type == NT_GNU_BUILD_ID) {
         facts.buildId = Hexadecimal(content);
-    } else if (name == std::string_view("qor", 4) && type == VERSION_NOTE) {
+    } else if (name == std::string_view("qor\0", 4) && type == VERSION_NOTE) {
         facts.version = content.substr(0, content.find('\0'));
     }
 }
@@ -74,8 +74,9 @@ int VisitObject(dl_phdr_info* object, size_t, void* data) {
     for (ElfW(Half) i = 0; i < object->dlpi_phnum; ++i) {
         const ElfW(Phdr)& segment = object->dlpi_phdr[i];
         if (segment.p_type == PT_NOTE) {
-            ReadNotes(reinterpret_cast<const char*>(object->dlpi_addr + segment.p_vaddr),
-                      segment.p_memsz, segment.p_align == 8 ? 8 : 4, search.facts);
+            // The loader tells addresses as numbers. NOLINTNEXTLINE(performance-no-int-to-ptr)
+            const auto* notes = reinterpret_cast<const char*>(object->dlpi_addr + segment.p_vaddr);
+            ReadNotes(notes, segment.p_memsz, segment.p_align == 8 ? 8 : 4, search.facts);
         }
     }
     return 1;

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <exception>
 #include <optional>
+#include <stdexcept>
 
 #include "Interrupt.h"
 #include "Output.h"
@@ -115,6 +116,9 @@ CRequestEnd AskPlugin(const CPluginLibrary& library, const CAsk& ask, const CUse
     try {
         UsePlugin(library, ask, use, end);
         return end;
+    } catch (const std::out_of_range& error) {
+        end.problem = std::string("the request ended with an exception: ") + error.what() +
+                      "; a line of the RAID tool's report is too short";
     } catch (const std::exception& error) {
         end.problem = std::string("the request ended with an exception: ") + error.what();
     } catch (...) {

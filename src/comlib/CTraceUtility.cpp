@@ -68,6 +68,13 @@ bool IsForOwnSink(CTraceUtility::TRACE_DBG_LEVEL level) {
     return (s_OwnLevels.load(std::memory_order_acquire) & static_cast<unsigned>(level)) != 0;
 }
 
+// The quick answer to the question that every traced operation asks.
+bool IsOffForAll(CTraceUtility::TRACE_DBG_LEVEL level) {
+    const unsigned levels =
+        s_Levels.load(std::memory_order_relaxed) | s_OwnLevels.load(std::memory_order_relaxed);
+    return (levels & (NOT_READ | static_cast<unsigned>(level))) == 0;
+}
+
 void Write(const CTraceLine& line) {
     switch (s_Sink) {
         case ETraceSink::SYSLOG:
@@ -84,26 +91,37 @@ void Write(const CTraceLine& line) {
     }
 }
 
-}  // namespace
-
-void CTraceUtility::WriteDebug(const char* module, TRACE_DBG_LEVEL level, const char* format, ...) {
+// Not part of WriteDebug(), which is quicker without what this needs on the stack.
+__attribute__((noinline)) void WriteIfOn(const char* module, CTraceUtility::TRACE_DBG_LEVEL level,
+                                         const char* format, va_list arguments) {
     const int callerErrno = errno;
     const bool isOn = IsOn(level);
     const bool isForOwnSink = IsForOwnSink(level);
-    if (isOn || isForOwnSink) {
-        CTraceLine line(module, level);
-        errno = callerErrno;
-        va_list arguments;
-        va_start(arguments, format);
-        line.Format(format, arguments);
-        va_end(arguments);
-        if (isOn) {
-            Write(line);
-        }
-        if (isForOwnSink) {
-            s_OwnSink(s_OwnContext, module, level, line.Message().data(), line.Message().size());
-        }
+    if (!isOn && !isForOwnSink) {
+        return;
     }
+    CTraceLine line(module, level);
+    errno = callerErrno;
+    line.Format(format, arguments);
+    if (isOn) {
+        Write(line);
+    }
+    if (isForOwnSink) {
+        s_OwnSink(s_OwnContext, module, level, line.Message().data(), line.Message().size());
+    }
+}
+
+}  // namespace
+
+void CTraceUtility::WriteDebug(const char* module, TRACE_DBG_LEVEL level, const char* format, ...) {
+    if (IsOffForAll(level)) {
+        return;
+    }
+    const int callerErrno = errno;
+    va_list arguments;
+    va_start(arguments, format);
+    WriteIfOn(module, level, format, arguments);
+    va_end(arguments);
     errno = callerErrno;
 }
 

@@ -1,5 +1,6 @@
 #include "getters/CMSRAID_CtrlInfoGetter.h"
 
+#include <string_view>
 #include <utility>
 
 #include "cli/CMSRAID_KRZ.h"
@@ -18,9 +19,10 @@ bool IsCtrlHeader(const std::string& line) {
 
 // Older tools have other names for two keys.
 void UseCurrentName(CItemDisp& item) {
-    if (item.ItemName() == CMSRAID_CtrlInfoGetter::CTRL_SUBVEN_ID_OLD_NAME) {
+    const std::string_view name = item.ItemName();
+    if (name == CMSRAID_CtrlInfoGetter::CTRL_SUBVEN_ID_OLD_NAME) {
         item.SetItemName(CMSRAID_CtrlInfoGetter::CTRL_SUBVEN_ID_NAME);
-    } else if (item.ItemName() == CMSRAID_CtrlInfoGetter::CTRL_SUBSYS_ID_OLD_NAME) {
+    } else if (name == CMSRAID_CtrlInfoGetter::CTRL_SUBSYS_ID_OLD_NAME) {
         item.SetItemName(CMSRAID_CtrlInfoGetter::CTRL_SUBSYS_ID_NAME);
     }
 }

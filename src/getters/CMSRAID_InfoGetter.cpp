@@ -129,11 +129,11 @@ bool CMSRAID_InfoGetter::ParseKeyValue(std::ifstream&, std::string line,
         QOR_TRACE(FAILURE, "m_RaidList size is zero.");
         return false;
     }
-    if (!IsKeyValueLine(line)) {
+    const size_t colon = ColonOf(line);
+    if (colon == std::string::npos) {
         QOR_TRACE(FAILURE, "Failed to parse ParseKeyValue.(%s)", line.c_str());
         return false;
     }
-    const size_t colon = line.find(':');
     std::string value(line, colon + 1);
     line.resize(colon);  // the key
     Trim(line);

@@ -143,7 +143,7 @@ bool CMSRAID_LDInfoGetter::ParseOtherLine(std::ifstream& stream, std::string lin
     if (!ParseKeyValue(stream, std::move(line), m_RaidList)) {
         return false;
     }
-    if (m_RaidList.back()->ItemName() == LD_ACCESS_POLICY_NAME_OLD) {
+    if (std::string_view(m_RaidList.back()->ItemName()) == LD_ACCESS_POLICY_NAME_OLD) {
         m_RaidList.back()->SetItemName(LD_ACCESS_POLICY_NAME);
     }
     return true;

@@ -207,13 +207,14 @@ bool CMSRAID_PDInfoGetter::ParseGeneralnfo(std::ifstream& stream, std::string) {
     bool temperatureSeen = false;
     ItemPosition powerStatus = m_RaidList.end();
     const bool result = ParsePairs(stream, [&](const CItemDisp& item) {
-        if (item.ItemName() == PD_TEMPERATURE_NAME) {
+        const std::string_view name = item.ItemName();
+        if (name == PD_TEMPERATURE_NAME) {
             temperatureSeen = true;
-        } else if (item.ItemName() == PD_POWER_STAT_NAME) {
+        } else if (name == PD_POWER_STAT_NAME) {
             powerStatus = std::prev(m_RaidList.end());
-        } else if (item.ItemName() == PD_IFTYPE_NAME) {
+        } else if (name == PD_IFTYPE_NAME) {
             m_IFType = item.ItemValue();
-        } else if (item.ItemName() == PD_STAT_NAME_HEAD && !ParsePDStatus(stream, {})) {
+        } else if (name == PD_STAT_NAME_HEAD && !ParsePDStatus(stream, {})) {
             QOR_TRACE(FAILURE, "ParsePDStatus is FAILED (ret=%08x).", 0U);
         }
     });

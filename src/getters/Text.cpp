@@ -32,8 +32,12 @@ std::string Trimmed(std::string_view text) {
 }
 
 bool IsKeyValueLine(std::string_view line) {
+    return ColonOf(line) != std::string_view::npos;
+}
+
+size_t ColonOf(std::string_view line) {
     const size_t colon = line.find(':');
-    return colon != std::string_view::npos && colon > 0;
+    return colon > 0 ? colon : std::string_view::npos;
 }
 
 std::string ValueOfLine(std::string_view line) {

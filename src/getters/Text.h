@@ -16,6 +16,9 @@ std::string Trimmed(std::string_view text);
 // colon counts; later ones belong to the value.
 bool IsKeyValueLine(std::string_view line);
 
+// Where that colon stands; npos if the line is no key/value line.
+size_t ColonOf(std::string_view line);
+
 // The trimmed text behind the first colon; the line must have one.
 std::string ValueOfLine(std::string_view line);
 

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
 #include "svp/CSvpCommon.h"
@@ -46,7 +47,8 @@ void CSvpConversion::Convert(CSvpPdInfoForm* form, const std::list<CItemDisp*>& 
 
 bool CSvpConversion::SerchStringList(const std::string& name, const char* const* table) {
     for (; **table != '\0'; ++table) {
-        if (name == *table) {
+        // Most names differ in their first letter already.
+        if (name[0] == **table && name == *table) {
             return true;
         }
     }
@@ -54,9 +56,10 @@ bool CSvpConversion::SerchStringList(const std::string& name, const char* const*
 }
 
 void CSvpConversion::TakeItem(const CItemDisp& item, const CItemDisp* next) {
-    if (item.ItemName() == CTRL_ROOT) {
+    const std::string_view name = item.ItemName();
+    if (name == CTRL_ROOT) {
         StartCtrl();
-    } else if (item.ItemName() == PD_ROOT) {
+    } else if (name == PD_ROOT) {
         StartPD();
     } else if (m_Mode == MODE::CONTROLLER) {
         TakeCtrlItem(item, next);

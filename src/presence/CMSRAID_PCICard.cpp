@@ -36,8 +36,9 @@ std::string IniPath(const char* name) {
 }
 
 bool Matches(const std::string& id, const DevicePCIID& entry) {
-    return !id.empty() && id.find(entry.vendor) != std::string::npos &&
-           id.find(entry.device) != std::string::npos;
+    // The device first: the vendor is often the same.
+    return !id.empty() && id.find(entry.device) != std::string::npos &&
+           id.find(entry.vendor) != std::string::npos;
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "svp/CSvpCommon.h"
 
+#include <array>
+
 #include "plugin/ComLib.h"
 
 namespace {
@@ -23,9 +25,9 @@ std::string CSvpCommon::BytesToBinString(const void* bytes, std::size_t count, s
 }
 
 void CSvpCommon::AppendByte(std::string* out, unsigned char byte) {
-    static constexpr char DIGITS[] = "0123456789abcdef";
-    out->push_back(DIGITS[byte >> 4U]);
-    out->push_back(DIGITS[byte & 0x0FU]);
+    std::array<char, 2> digits;
+    WriteByte(digits.data(), byte);
+    out->append(digits.data(), digits.size());
 }
 
 void CSvpCommon::TraceStart(const char* className) {

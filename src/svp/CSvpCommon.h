@@ -26,6 +26,14 @@ public:
     // Appends the two digits of one byte. `out` is never null.
     static void AppendByte(std::string* out, unsigned char byte);
 
+    // Writes the two digits of one byte to `digits` (never null); returns the place behind them.
+    static char* WriteByte(char* digits, unsigned char byte) {
+        constexpr char DIGITS[] = "0123456789abcdef";
+        digits[0] = DIGITS[byte >> 4U];
+        digits[1] = DIGITS[byte & 0x0FU];
+        return digits + 2;
+    }
+
     // Counts and sizes of the form are narrow and wrap; these keep what fits.
     static constexpr std::uint8_t Low8(std::uint64_t number) {
         return static_cast<std::uint8_t>(number & 0xFFU);

@@ -8,6 +8,21 @@ constexpr std::size_t LABEL_MAX = 31;
 constexpr std::size_t VALUE_MAX = 255;
 constexpr std::uint64_t SIZE_FIELDS = 3;  // one byte of label size, two of value size
 
+// What StringToBinString() tells of.
+void AppendText(std::string& out, const std::string& text) {
+    const std::size_t size = out.size();
+    out.resize(size + 2 * text.size() + 2);
+    char* digits = out.data() + size;
+    for (const char character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte < 0x80) {
+            digits = CSvpCommon::WriteByte(digits, byte);
+        }
+    }
+    digits = CSvpCommon::WriteByte(digits, 0);
+    out.resize(static_cast<std::size_t>(digits - out.data()));
+}
+
 }  // namespace
 
 CSvpCtrlPdItem::CSvpCtrlPdItem(const std::string& label, const std::string& value)
@@ -29,9 +44,9 @@ void CSvpCtrlPdItem::InitForm() {
 
 void CSvpCtrlPdItem::DumpMe(std::string* out) const {
     *out += CSvpCommon::ValueToBinString(&m_LavelSize, sizeof m_LavelSize);
-    *out += StringToBinString(m_Lavel);
+    AppendText(*out, m_Lavel);
     *out += CSvpCommon::ValueToBinString(&m_ValueSize, sizeof m_ValueSize);
-    *out += StringToBinString(m_Value);
+    AppendText(*out, m_Value);
 }
 
 void CSvpCtrlPdItem::OutPutMemberToDebugLog() const {
@@ -45,13 +60,6 @@ void CSvpCtrlPdItem::OutPutMemberToDebugLog() const {
 
 std::string CSvpCtrlPdItem::StringToBinString(const std::string& text) {
     std::string digits;
-    digits.reserve(2 * text.size() + 2);
-    for (const char character : text) {
-        const auto byte = static_cast<unsigned char>(character);
-        if (byte < 0x80) {
-            CSvpCommon::AppendByte(&digits, byte);
-        }
-    }
-    CSvpCommon::AppendByte(&digits, 0);
+    AppendText(digits, text);
     return digits;
 }

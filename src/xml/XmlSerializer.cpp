@@ -29,6 +29,12 @@ unsigned int CXmlSerializer::CheckDataSize(unsigned long addLength) const {
     return m_MaxDataSize - m_XmlData.size() < addLength ? RESULT_TOO_LARGE : RESULT_OK;
 }
 
+void CXmlSerializer::ReserveXmlData(std::string::size_type addLength) {
+    if (CheckDataSize(addLength) == RESULT_OK) {
+        m_XmlData.reserve(m_XmlData.size() + addLength);
+    }
+}
+
 unsigned int CXmlSerializer::AddXmlData(std::string data) {
     const unsigned int result = CheckDataSize(data.size());
     if (result == RESULT_OK) {

@@ -56,6 +56,22 @@ private:
     char* m_pResult = nullptr;  // the characters of m_XmlData once the document is complete
 
 protected:
+    // Lets `append` write to the end of the document, which it gets as a std::string. RESULT_OK, or
+    // RESULT_TOO_LARGE with the document as it was.
+    template <class Append>
+    unsigned int AppendXmlData(Append append) {
+        const std::string::size_type size = m_XmlData.size();
+        append(m_XmlData);
+        if (m_XmlData.size() <= m_MaxDataSize) {
+            return RESULT_OK;
+        }
+        m_XmlData.resize(size);
+        return RESULT_TOO_LARGE;
+    }
+
+    // Makes room for a document of that many bytes more, so that it does not have to move later.
+    void ReserveXmlData(std::string::size_type addLength);
+
     // Bytes that the document may hold: all that a string can. A test of what happens in a full
     // document lowers it, as no machine has the memory to fill one.
     std::string::size_type m_MaxDataSize;

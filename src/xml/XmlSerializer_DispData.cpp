@@ -1,10 +1,56 @@
 #include "xml/XmlSerializer_DispData.h"
 
+#include <algorithm>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
+namespace {
+
+// The tags of an element, written out once: a document has millions of them.
+struct CTags {
+    std::string_view open;
+    std::string_view close;
+    std::string_view empty;
+};
+
+constexpr std::string_view LEAF_MARK = "<item/>";
+constexpr std::string_view ITEM_END = "</item>";
+constexpr CTags NAME = {"<item><name>", "</name>", "<item><name/>"};  // the first in every item
+constexpr CTags VALUE = {"<val>", "</val>", "<val/>"};
+constexpr CTags ENABLE = {"<enbl>", "</enbl>", "<enbl/>"};
+
+void AppendElement(std::string& text, const CTags& tags, const std::string& value) {
+    if (value.empty()) {
+        text.append(tags.empty);
+    } else {
+        text.append(tags.open).append(value).append(tags.close);
+    }
+}
+
+constexpr std::string::size_type TAGS_OF_ITEM =
+    std::string_view("<item><name></name><val></val><enbl>TRUE</enbl><item/></item>").size();
+
+constexpr std::string_view ENABLE_TRUE = "TRUE";
+constexpr std::string_view ENABLE_FALSE = "FALSE";
+
+// About what the items take, a little more than less: the first ones stand for all.
+std::string::size_type EstimatedSize(const std::list<CItemDisp*>& items) {
+    constexpr std::string::size_type SAMPLE = 256;
+    const std::string::size_type sample = std::min(items.size(), SAMPLE);
+    std::string::size_type size = 0;
+    auto item = items.begin();
+    for (std::string::size_type i = 0; i < sample; ++i, ++item) {
+        size += (*item)->ItemName().size() + (*item)->ItemValue().size();
+    }
+    const std::string::size_type average = size / sample + TAGS_OF_ITEM;
+    return (average + average / 8) * items.size();
+}
+
+}  // namespace
+
 CXmlSerializer_DispData::CXmlSerializer_DispData(std::string rootName, std::string component)
-    : CXmlSerializer(std::move(rootName), std::move(component)), m_ItemElement("item", "") {}
+    : CXmlSerializer(std::move(rootName), std::move(component)) {}
 
 CXmlSerializer_DispData::~CXmlSerializer_DispData() = default;
 
@@ -13,6 +59,7 @@ unsigned int CXmlSerializer_DispData::XmlSerialize(void* data, char** out) {
     if (items == nullptr || *out != nullptr || items->empty()) {
         return RESULT_INVALID_ARGUMENT;
     }
+    ReserveXmlData(EstimatedSize(*items));
     std::list<std::string> openParents;
     const CItemDisp* previous = nullptr;
     unsigned int index = 1;
@@ -44,7 +91,8 @@ unsigned int CXmlSerializer_DispData::CheckInputData(
     if (item->ItemName() == item->ParentName()) {
         return CHECK_OWN_PARENT;
     }
-    if (item->Enable() != "TRUE" && item->Enable() != "FALSE") {
+    const std::string_view enable = item->Enable();
+    if (enable != ENABLE_TRUE && enable != ENABLE_FALSE) {
         return CHECK_ENABLE_FLAG;
     }
     return CHECK_OK;
@@ -72,48 +120,47 @@ unsigned int CXmlSerializer_DispData::AddItem(std::list<CItemDisp*>::iterator po
     if (openParents->empty() || openParents->back() != item.ParentName()) {
         openParents->push_back(item.ParentName());
     }
-    std::string text;
-    AppendItem(text, item);
-    AppendItemTag(text, item, position, items, openParents);
-    return AddXmlData(std::move(text));
+    return AppendXmlData([&](std::string& text) {
+        AppendItem(text, item);
+        AppendItemTag(text, item, position, items, openParents);
+    });
 }
 
-void CXmlSerializer_DispData::AppendItem(std::string& text, const CItemDisp& item) const {
-    m_ItemElement.AppendTag(text, CXmlElement::TAG_OPEN);
-    CXmlElement::AppendElement(text, "name", item.ItemName());
-    CXmlElement::AppendElement(text, "val", item.ItemValue());
-    CXmlElement::AppendElement(text, "enbl", item.Enable());
+void CXmlSerializer_DispData::AppendItem(std::string& text, const CItemDisp& item) {
+    AppendElement(text, NAME, item.ItemName());
+    AppendElement(text, VALUE, item.ItemValue());
+    AppendElement(text, ENABLE, item.Enable());
 }
 
 void CXmlSerializer_DispData::AppendItemTag(std::string& text, const CItemDisp& item,
                                             std::list<CItemDisp*>::iterator position,
                                             std::list<CItemDisp*>* items,
-                                            std::list<std::string>* openParents) const {
+                                            std::list<std::string>* openParents) {
     if (*position == items->back()) {
-        m_ItemElement.AppendTag(text, CXmlElement::TAG_EMPTY);
+        text.append(LEAF_MARK);
         CloseEveryLevel(text, openParents);
         return;
     }
     const CItemDisp& next = **std::next(position);
     if (next.ParentName() != item.ItemName()) {
-        m_ItemElement.AppendTag(text, CXmlElement::TAG_EMPTY);
+        text.append(LEAF_MARK);
         CloseLevelsUpTo(text, next.ParentName(), openParents);
     }
 }
 
 void CXmlSerializer_DispData::CloseEveryLevel(std::string& text,
-                                              std::list<std::string>* openParents) const {
+                                              std::list<std::string>* openParents) {
     for (; !openParents->empty(); openParents->pop_back()) {
-        m_ItemElement.AppendTag(text, CXmlElement::TAG_CLOSE);
+        text.append(ITEM_END);
     }
 }
 
 // The first closing tag ends the item itself, each further one an ancestor whose children have all
 // been written.
 void CXmlSerializer_DispData::CloseLevelsUpTo(std::string& text, const std::string& parentName,
-                                              std::list<std::string>* openParents) const {
+                                              std::list<std::string>* openParents) {
     for (; !openParents->empty(); openParents->pop_back()) {
-        m_ItemElement.AppendTag(text, CXmlElement::TAG_CLOSE);
+        text.append(ITEM_END);
         if (openParents->back() == parentName) {
             return;
         }

@@ -20,7 +20,6 @@
 #include <string>
 
 #include "plugin/ItemDisp.h"
-#include "xml/XmlElement.h"
 #include "xml/XmlSerializer.h"
 
 class CXmlSerializer_DispData : public CXmlSerializer {
@@ -63,15 +62,13 @@ public:
 private:
     unsigned int AddItem(std::list<CItemDisp*>::iterator position, std::list<CItemDisp*>* items,
                          std::list<std::string>* openParents);
-    void AppendItem(std::string& text, const CItemDisp& item) const;
-    void AppendItemTag(std::string& text, const CItemDisp& item,
-                       std::list<CItemDisp*>::iterator position, std::list<CItemDisp*>* items,
-                       std::list<std::string>* openParents) const;
-    void CloseEveryLevel(std::string& text, std::list<std::string>* openParents) const;
-    void CloseLevelsUpTo(std::string& text, const std::string& parentName,
-                         std::list<std::string>* openParents) const;
-
-    CXmlElement m_ItemElement;
+    static void AppendItem(std::string& text, const CItemDisp& item);
+    static void AppendItemTag(std::string& text, const CItemDisp& item,
+                              std::list<CItemDisp*>::iterator position,
+                              std::list<CItemDisp*>* items, std::list<std::string>* openParents);
+    static void CloseEveryLevel(std::string& text, std::list<std::string>* openParents);
+    static void CloseLevelsUpTo(std::string& text, const std::string& parentName,
+                                std::list<std::string>* openParents);
 };
 
 #endif  // QOR_XML_XMLSERIALIZER_DISPDATA_H

@@ -56,7 +56,8 @@ TEST_F(DriveCommandTest, MalformedSmartTableIsAnExceptionThatIsReported) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err,
-              "qorctl: the request ended with an exception: position 9\\x1b[31m beyond the text\n");
+              "qorctl: the request ended with an exception: position 9\\x1b[31m beyond the text; a "
+              "line of the RAID tool's report is too short\n");
     EXPECT_EQ(Log(), "create\nof 0 [0:3]\nGetPDInfo 0\nFreeItemList 1\ndelete\nunload\n");
 }
 

@@ -207,7 +207,8 @@ TEST_F(RaidCommandTest, ExceptionOfTheRequestIsReportedAndEverythingIsFreed) {
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err,
-              "qorctl: the request ended with an exception: position 9\\x1b[31m beyond the text\n");
+              "qorctl: the request ended with an exception: position 9\\x1b[31m beyond the text; a "
+              "line of the RAID tool's report is too short\n");
     EXPECT_EQ(Log(), "create\nGetRAIDInfo 0\nFreeItemList 4\ndelete\nunload\n");
 }
 

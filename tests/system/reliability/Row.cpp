@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <sstream>
+#include <string_view>
 
 namespace qortest {
 namespace {
@@ -96,6 +97,21 @@ std::string FormatTables(const std::vector<std::pair<std::string, CRow>>& rows) 
     return text;
 }
 
+namespace {
+
+// What the exception says of itself is the C++ library's affair.
+std::string WithoutReason(const std::string& text) {
+    constexpr std::string_view HEAD = "an exception: ";
+    const size_t head = text.find(HEAD);
+    const size_t end = text.rfind("; ");
+    if (head == std::string::npos || end == std::string::npos) {
+        return text;
+    }
+    return text.substr(0, head + HEAD.size()) + "…" + text.substr(end);
+}
+
+}  // namespace
+
 std::string CellText(const std::string& text) {
     std::string cell;
     for (const char c : text) {
@@ -110,7 +126,7 @@ std::string CellText(const std::string& text) {
             cell += hex;
         }
     }
-    return cell;
+    return WithoutReason(cell);
 }
 
 }  // namespace qortest
