@@ -14,7 +14,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <thread>
 
@@ -38,7 +37,8 @@ size_t CountMounts() {
 // State and parent of a process, the two fields behind its name in brackets.
 bool IsOwnAndWaiting(const fs::path& process) {
     std::ifstream file(process / "stat");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    std::string text;  // stays empty where the process ends meanwhile
+    std::getline(file, text, '\0');
     const size_t name = text.rfind(") ");
     if (name == std::string::npos) {
         return false;
