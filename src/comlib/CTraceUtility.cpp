@@ -92,8 +92,10 @@ void Write(const CTraceLine& line) {
 }
 
 // Not part of WriteDebug(), which is quicker without what this needs on the stack.
-__attribute__((noinline)) void WriteIfOn(const char* module, CTraceUtility::TRACE_DBG_LEVEL level,
-                                         const char* format, va_list arguments) {
+__attribute__((noinline, format(printf, 3, 0))) void WriteIfOn(const char* module,
+                                                               CTraceUtility::TRACE_DBG_LEVEL level,
+                                                               const char* format,
+                                                               va_list arguments) {
     const int callerErrno = errno;
     const bool isOn = IsOn(level);
     const bool isForOwnSink = IsForOwnSink(level);

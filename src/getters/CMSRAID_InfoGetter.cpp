@@ -147,9 +147,11 @@ void CMSRAID_InfoGetter::AddRootItem() {}
 void CMSRAID_InfoGetter::FreeItemList() {}
 
 void CMSRAID_InfoGetter::Trim(std::string& text) {
-    // In place: every line of a report comes by here.
-    const std::string_view trimmed = TrimmedView(text);
-    const auto begin = static_cast<size_t>(trimmed.data() - text.data());
+    // In place: every line of a report comes by here. Both views are of the same bytes, which
+    // text.data() would leave where a std::string of before C++11 shares them.
+    const std::string_view whole = text;
+    const std::string_view trimmed = TrimmedView(whole);
+    const auto begin = static_cast<size_t>(trimmed.data() - whole.data());
     text.resize(begin + trimmed.size());
     text.erase(0, begin);
 }
