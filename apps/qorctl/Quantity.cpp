@@ -93,7 +93,7 @@ std::optional<long long> ReadMeasure(std::string_view text, std::span<const CUni
 }
 
 std::optional<long long> NotNegative(std::optional<long long> number) {
-    return number && *number >= 0 ? number : std::nullopt;
+    return number.value_or(-1) >= 0 ? number : std::nullopt;
 }
 
 }  // namespace

@@ -59,7 +59,7 @@ protected:
                          {"QOR_TRACE", "stderr:2"},
                          {"QOR_PLUGIN", REAL_PLUGIN}};
         fs::create_directories(m_Folder / "bus");
-        ASSERT_EQ(mount((m_Folder / "bus").c_str(), PCI_DEVICES, nullptr, MS_BIND, nullptr), 0);
+        ASSERT_EQ(mount((m_Folder / "bus").c_str(), PCI_DEVICES, "none", MS_BIND, nullptr), 0);
         AddDevice("0000:02:00.0", "0x1000", "0x005d", "0x02");
         WriteFile(DEVICE_LIST, CARD);
         WriteFile(RAID_LIST, List("Vendor1=VEN_1000\nDevice1=DEV_005D\n", 1));

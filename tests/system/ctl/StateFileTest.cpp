@@ -83,8 +83,8 @@ TEST_F(StateFileTest, FolderThatCannotBeWrittenKeepsTheOldFile) {
     CStateFile file(m_Path);
     ASSERT_EQ(file.Lock(), CStateFile::ELock::TAKEN);
     ASSERT_TRUE(file.Write("old"));
-    ASSERT_EQ(mount(m_Folder.c_str(), m_Folder.c_str(), nullptr, MS_BIND, nullptr), 0);
-    ASSERT_EQ(mount(nullptr, m_Folder.c_str(), nullptr, MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr),
+    ASSERT_EQ(mount(m_Folder.c_str(), m_Folder.c_str(), "none", MS_BIND, nullptr), 0);
+    ASSERT_EQ(mount("none", m_Folder.c_str(), "none", MS_REMOUNT | MS_BIND | MS_RDONLY, nullptr),
               0);
     CStateFile other(m_Path);
     EXPECT_EQ(other.Lock(), CStateFile::ELock::FAILED);
