@@ -319,7 +319,7 @@ int clock_nanosleep(clockid_t, int, const timespec*, timespec*) {
 
 void syslog(int, const char*, ...) {}
 
-// The same for code that was compiled with run-time checks.
+// The same for code that was compiled with run-time checks; glibc gave it the reserved name.
 void __syslog_chk(int, int, const char*, ...) {}  // NOLINT(bugprone-reserved-identifier)
 
 }  // extern "C"
