@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr char CTRL_ROOT[] = "Controller Information";
-constexpr char PD_ROOT[] = "Physical Drive Information";
-constexpr char GENERAL_TITLE[] = "### General Information ###";
-constexpr char FIRMWARE_TITLE[] = "### Firmware/BIOS/Driver Information ###";
+constexpr std::string_view CTRL_ROOT = "Controller Information";
+constexpr std::string_view PD_ROOT = "Physical Drive Information";
+constexpr std::string_view GENERAL_TITLE = "### General Information ###";
+constexpr std::string_view FIRMWARE_TITLE = "### Firmware/BIOS/Driver Information ###";
 
 // The low 8 bits of the decimal number that `text` starts with: white space, a sign, digits; 0
 // without digits. Bytes are compared, so that the host's locale plays no part; wrapping unsigned
@@ -79,18 +79,16 @@ void CSvpConversion::StartPD() {
     m_Mode = MODE::PD;
 }
 
-// Texts are cut at their first zero byte (c_str()) before they become items: the form ends each of
-// them with one.
 void CSvpConversion::TakeCtrlItem(const CItemDisp& item, const CItemDisp* next) {
     if (item.ParentName() == GENERAL_TITLE) {
         if (item.ItemName() == tsCtrlGenList[0]) {
             m_Ctrl.SetCtrlNo(ReadLow8(item.ItemValue().c_str()));
         } else if (SerchStringList(item.ItemName(), tsCtrlGenList)) {
-            m_Ctrl.AddItem(item.ItemName(), item.ItemValue().c_str());
+            m_Ctrl.AddItem(item.ItemName(), item.ItemValue());
         }
     } else if (item.ParentName() == FIRMWARE_TITLE) {
         if (SerchStringList(item.ItemName(), tsCtrlVerList)) {
-            m_Ctrl.AddItem(item.ItemName(), item.ItemValue().c_str());
+            m_Ctrl.AddItem(item.ItemName(), item.ItemValue());
         }
         EndBlock(FIRMWARE_TITLE, next);
     }
@@ -106,13 +104,13 @@ void CSvpConversion::TakePDItem(const CItemDisp& item, const CItemDisp* next) {
             m_PD.SetPDNo(ReadLow8(item.ItemValue().c_str() + 2));
         }
     } else if (SerchStringList(item.ItemName(), tsPdGenList)) {
-        m_PD.AddItem(item.ItemName(), item.ItemValue().c_str());
+        m_PD.AddItem(item.ItemName(), item.ItemValue());
     }
     EndBlock(GENERAL_TITLE, next);
 }
 
 // The block named `title` is the last one that is read: behind it nothing counts until a root.
-void CSvpConversion::EndBlock(const char* title, const CItemDisp* next) {
+void CSvpConversion::EndBlock(std::string_view title, const CItemDisp* next) {
     if (next != nullptr && next->ParentName() != title) {
         m_Mode = MODE::NONE;
     }

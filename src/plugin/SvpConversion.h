@@ -13,6 +13,7 @@
 
 #include <list>
 #include <string>
+#include <string_view>
 
 #include "plugin/ItemDisp.h"
 #include "svp/CSvpCtrlPdInfo.h"
@@ -41,7 +42,7 @@ private:
     void StartPD();
     void TakeCtrlItem(const CItemDisp& item, const CItemDisp* next);
     void TakePDItem(const CItemDisp& item, const CItemDisp* next);
-    void EndBlock(const char* title, const CItemDisp* next);
+    void EndBlock(std::string_view title, const CItemDisp* next);
     void FlushPD();
     void FlushCtrl();
 

@@ -1,7 +1,5 @@
 #include "svp/CSvpCommon.h"
 
-#include <array>
-
 #include "plugin/ComLib.h"
 
 namespace {
@@ -16,18 +14,12 @@ std::string CSvpCommon::ValueToBinString(const void* value, unsigned int size) {
 
 std::string CSvpCommon::BytesToBinString(const void* bytes, std::size_t count, std::endian order) {
     const auto* first = static_cast<const unsigned char*>(bytes);
-    std::string digits;
-    digits.reserve(2 * count);
+    std::string digits(2 * count, '0');
+    char* place = digits.data();
     for (std::size_t i = 0; i < count; ++i) {
-        AppendByte(&digits, order == std::endian::little ? first[i] : first[count - 1 - i]);
+        place = WriteByte(place, order == std::endian::little ? first[i] : first[count - 1 - i]);
     }
     return digits;
-}
-
-void CSvpCommon::AppendByte(std::string* out, unsigned char byte) {
-    std::array<char, 2> digits;
-    WriteByte(digits.data(), byte);
-    out->append(digits.data(), digits.size());
 }
 
 void CSvpCommon::TraceStart(const char* className) {

@@ -23,9 +23,6 @@ public:
     // last to the first for std::endian::big.
     static std::string BytesToBinString(const void* bytes, std::size_t count, std::endian order);
 
-    // Appends the two digits of one byte. `out` is never null.
-    static void AppendByte(std::string* out, unsigned char byte);
-
     // Writes the two digits of one byte to `digits` (never null); returns the place behind them.
     static char* WriteByte(char* digits, unsigned char byte) {
         constexpr char DIGITS[] = "0123456789abcdef";

@@ -12,8 +12,8 @@
 #define QOR_SVP_CSVPCTRLPDINFO_H
 
 #include <cstdint>
-#include <list>
 #include <string>
+#include <vector>
 
 #include "svp/CSvpCtrlPdItem.h"
 #include "svp/CSvpPdInfo.h"
@@ -55,8 +55,8 @@ public:
     std::uint8_t PDCountOnCtrl() const { return m_PDCountOnCtrl; }
     std::uint16_t CtrlAndPDSectionSize() const { return m_CtrlAndPDSectionSize; }
     std::uint16_t CtrlSectionSize() const { return m_CtrlSectionSize; }
-    const std::list<CSvpCtrlPdItem>& Items() const { return m_Items; }
-    const std::list<CSvpPdInfo>& PDs() const { return m_PDs; }
+    const std::vector<CSvpCtrlPdItem>& Items() const { return m_Items; }
+    const std::vector<CSvpPdInfo>& PDs() const { return m_PDs; }
 
 private:
     std::uint64_t m_DumpSize = 0;
@@ -64,8 +64,8 @@ private:
     std::uint8_t m_PDCountOnCtrl = 0;
     std::uint16_t m_CtrlAndPDSectionSize = 0;
     std::uint16_t m_CtrlSectionSize = 0;
-    std::list<CSvpCtrlPdItem> m_Items;
-    std::list<CSvpPdInfo> m_PDs;
+    std::vector<CSvpCtrlPdItem> m_Items;
+    std::vector<CSvpPdInfo> m_PDs;
 };
 
 #endif  // QOR_SVP_CSVPCTRLPDINFO_H

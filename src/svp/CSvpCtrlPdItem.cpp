@@ -8,19 +8,20 @@ constexpr std::size_t LABEL_MAX = 31;
 constexpr std::size_t VALUE_MAX = 255;
 constexpr std::uint64_t SIZE_FIELDS = 3;  // one byte of label size, two of value size
 
-// What StringToBinString() tells of.
-void AppendText(std::string& out, const std::string& text) {
-    const std::size_t size = out.size();
-    out.resize(size + 2 * text.size() + 2);
-    char* digits = out.data() + size;
+// Two digits for each byte and for the zero byte behind the text.
+std::size_t MostDigitsOf(const std::string& text) {
+    return 2 * (text.size() + 1);
+}
+
+// Writes what StringToBinString() tells of; returns the place behind it.
+char* WriteText(char* digits, const std::string& text) {
     for (const char character : text) {
         const auto byte = static_cast<unsigned char>(character);
         if (byte < 0x80) {
             digits = CSvpCommon::WriteByte(digits, byte);
         }
     }
-    digits = CSvpCommon::WriteByte(digits, 0);
-    out.resize(static_cast<std::size_t>(digits - out.data()));
+    return CSvpCommon::WriteByte(digits, 0);
 }
 
 }  // namespace
@@ -43,10 +44,14 @@ void CSvpCtrlPdItem::InitForm() {
 }
 
 void CSvpCtrlPdItem::DumpMe(std::string* out) const {
-    *out += CSvpCommon::ValueToBinString(&m_LavelSize, sizeof m_LavelSize);
-    AppendText(*out, m_Lavel);
-    *out += CSvpCommon::ValueToBinString(&m_ValueSize, sizeof m_ValueSize);
-    AppendText(*out, m_Value);
+    const std::size_t begin = out->size();
+    out->resize(begin + 2 * SIZE_FIELDS + MostDigitsOf(m_Lavel) + MostDigitsOf(m_Value));
+    char* digits = CSvpCommon::WriteByte(out->data() + begin, m_LavelSize);
+    digits = WriteText(digits, m_Lavel);
+    digits = CSvpCommon::WriteByte(digits, CSvpCommon::Low8(m_ValueSize));
+    digits = CSvpCommon::WriteByte(digits, CSvpCommon::Low8(m_ValueSize >> 8U));
+    digits = WriteText(digits, m_Value);
+    out->resize(static_cast<std::size_t>(digits - out->data()));
 }
 
 void CSvpCtrlPdItem::OutPutMemberToDebugLog() const {
@@ -59,7 +64,7 @@ void CSvpCtrlPdItem::OutPutMemberToDebugLog() const {
 }
 
 std::string CSvpCtrlPdItem::StringToBinString(const std::string& text) {
-    std::string digits;
-    AppendText(digits, text);
+    std::string digits(MostDigitsOf(text), '\0');
+    digits.resize(static_cast<std::size_t>(WriteText(digits.data(), text) - digits.data()));
     return digits;
 }

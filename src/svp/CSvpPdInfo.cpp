@@ -8,6 +8,8 @@
 namespace {
 
 constexpr std::uint64_t HEADER_SIZE = 3;
+// All names but the number's and the empty one.
+constexpr std::size_t USUAL_ITEMS = std::size(tsPdGenList) - 2;
 
 }  // namespace
 
@@ -20,6 +22,7 @@ void CSvpPdInfo::InitForm() {
 }
 
 void CSvpPdInfo::AddItem(const std::string& label, const std::string& value) {
+    m_Items.reserve(USUAL_ITEMS);
     m_Items.emplace_back(label, value);
 }
 

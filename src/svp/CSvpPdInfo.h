@@ -10,8 +10,8 @@
 #define QOR_SVP_CSVPPDINFO_H
 
 #include <cstdint>
-#include <list>
 #include <string>
+#include <vector>
 
 #include "svp/CSvpCtrlPdItem.h"
 
@@ -48,7 +48,7 @@ public:
     std::uint64_t DataSize() const { return m_DumpSize; }
     std::uint8_t PDNo() const { return m_PDNo; }
     std::uint16_t PDSectionSize() const { return m_PDSectionSize; }
-    const std::list<CSvpCtrlPdItem>& Items() const { return m_Items; }
+    const std::vector<CSvpCtrlPdItem>& Items() const { return m_Items; }
 
 private:
     bool IsComplete() const;
@@ -56,7 +56,7 @@ private:
     std::uint64_t m_DumpSize = 0;
     std::uint8_t m_PDNo = 0;
     std::uint16_t m_PDSectionSize = 0;
-    std::list<CSvpCtrlPdItem> m_Items;
+    std::vector<CSvpCtrlPdItem> m_Items;
 };
 
 #endif  // QOR_SVP_CSVPPDINFO_H

@@ -18,8 +18,8 @@
 
 #include <array>
 #include <cstdint>
-#include <list>
 #include <string>
+#include <vector>
 
 #include "svp/CSvpCtrlPdInfo.h"
 
@@ -56,7 +56,7 @@ public:
     std::uint32_t TotalDataSize() const { return m_TotalDataSize; }
     std::uint8_t CtrlCount() const { return m_CtrlCount; }
     std::uint8_t PDCount() const { return m_PDCount; }
-    const std::list<CSvpCtrlPdInfo>& Ctrls() const { return m_Ctrls; }
+    const std::vector<CSvpCtrlPdInfo>& Ctrls() const { return m_Ctrls; }
 
 private:
     std::uint64_t m_DumpSize = 0;
@@ -67,7 +67,7 @@ private:
     std::uint8_t m_CtrlCount = 0;
     std::uint8_t m_PDCount = 0;
     std::array<unsigned char, 2> m_Reserved2 = {};
-    std::list<CSvpCtrlPdInfo> m_Ctrls;
+    std::vector<CSvpCtrlPdInfo> m_Ctrls;
 };
 
 #endif  // QOR_SVP_CSVPPDINFOFORM_H

@@ -38,7 +38,7 @@ struct CExpected {
     bool wraps = false;
 };
 
-std::uint64_t ExpectItems(const std::list<CSvpCtrlPdItem>& items, CExpected& expected) {
+std::uint64_t ExpectItems(const std::vector<CSvpCtrlPdItem>& items, CExpected& expected) {
     std::uint64_t size = 0;
     for (const CSvpCtrlPdItem& item : items) {
         const std::string& label = item.Lavel();

@@ -32,9 +32,10 @@ TEST(SvpCommon, EveryByteHasTwoLowerCaseDigits) {
     for (int byte = 0; byte < 256; ++byte) {
         char expected[3];
         std::snprintf(expected, sizeof expected, "%02x", static_cast<unsigned int>(byte));
-        std::string digits;
-        CSvpCommon::AppendByte(&digits, static_cast<unsigned char>(byte));
-        EXPECT_EQ(digits, expected);
+        std::string digits = "???";
+        char* behind = CSvpCommon::WriteByte(digits.data(), static_cast<unsigned char>(byte));
+        EXPECT_EQ(digits, std::string(expected) + "?");
+        EXPECT_EQ(behind, digits.data() + 2);
     }
 }
 
