@@ -1,8 +1,11 @@
 #include "presence/CMSRAID_PCICard.h"
 
 #include <array>
+#include <cstdint>
 #include <fstream>
 #include <locale>
+#include <string_view>
+#include <vector>
 
 #include "plugin/Trace.h"
 
@@ -36,9 +39,26 @@ std::string IniPath(const char* name) {
 }
 
 bool Matches(const std::string& id, const DevicePCIID& entry) {
-    // The device first: the vendor is often the same.
     return !id.empty() && id.find(entry.device) != std::string::npos &&
            id.find(entry.vendor) != std::string::npos;
+}
+
+// The characters of a text, 64 told apart. What has one that the other has not is no part of it:
+// that tells nearly all of many entries from many identifiers.
+std::uint64_t CharactersOf(std::string_view text) {
+    std::uint64_t characters = 0;
+    for (const char character : text) {
+        characters |= std::uint64_t{1} << (static_cast<unsigned char>(character) & 0x3FU);
+    }
+    return characters;
+}
+
+std::vector<std::uint64_t> DeviceCharactersOf(const std::list<DevicePCIID>& entries) {
+    std::vector<std::uint64_t> characters;
+    for (const DevicePCIID& entry : entries) {
+        characters.push_back(CharactersOf(entry.device));
+    }
+    return characters;
 }
 
 }  // namespace
@@ -110,10 +130,13 @@ bool CMSRAID_PCICard::IsPresentSupportDevice(const std::list<DevicePCIID>& suppo
     }
     std::list<std::string> present;
     GetPresentPCIList(&present);
+    const std::vector<std::uint64_t> deviceCharacters = DeviceCharactersOf(supported);
     bool result = false;
     for (const std::string& id : present) {
+        const std::uint64_t missing = ~CharactersOf(id);
+        auto needed = deviceCharacters.begin();
         for (const DevicePCIID& entry : supported) {
-            if (!Matches(id, entry)) {
+            if ((*needed++ & missing) != 0 || !Matches(id, entry)) {
                 continue;
             }
             if (found != nullptr) {
