@@ -134,11 +134,11 @@ bool CMSRAID_InfoGetter::ParseKeyValue(std::ifstream&, std::string line,
         QOR_TRACE(FAILURE, "Failed to parse ParseKeyValue.(%s)", line.c_str());
         return false;
     }
-    std::string value(line, colon + 1);
+    m_Value.assign(line, colon + 1);
     line.resize(colon);  // the key
     Trim(line);
-    Trim(value);
-    AddItem(list, CurTitleName(), line, value);
+    Trim(m_Value);
+    AddItem(list, CurTitleName(), line, m_Value);
     return true;
 }
 

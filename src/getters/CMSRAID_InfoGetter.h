@@ -120,6 +120,8 @@ private:
     void NoteUnreadableReport(const std::string& path);
     bool ParseReport(const std::string& path, const std::string& command,
                      std::list<CItemDisp*>& out);
+
+    std::string m_Value;  // of the last key/value line, kept for its memory
 };
 
 template <class OnItem>

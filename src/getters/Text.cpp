@@ -4,40 +4,10 @@ namespace {
 
 constexpr size_t COMMAND_BUFFER_SIZE = 768;
 
-constexpr bool IsLeadingSpace(char character) {
-    return character == ' ' || character == '\t';
-}
-
-constexpr bool IsTrailingSpace(char character) {
-    return IsLeadingSpace(character) || character == '\r' || character == '\n';
-}
-
 }  // namespace
-
-// Byte by byte: there is rarely more than one to remove.
-std::string_view TrimmedView(std::string_view text) {
-    size_t begin = 0;
-    while (begin < text.size() && IsLeadingSpace(text[begin])) {
-        ++begin;
-    }
-    size_t end = text.size();
-    while (end > begin && IsTrailingSpace(text[end - 1])) {
-        --end;
-    }
-    return text.substr(begin, end - begin);
-}
 
 std::string Trimmed(std::string_view text) {
     return std::string(TrimmedView(text));
-}
-
-bool IsKeyValueLine(std::string_view line) {
-    return ColonOf(line) != std::string_view::npos;
-}
-
-size_t ColonOf(std::string_view line) {
-    const size_t colon = line.find(':');
-    return colon > 0 ? colon : std::string_view::npos;
 }
 
 std::string ValueOfLine(std::string_view line) {

@@ -6,18 +6,32 @@
 #include <string_view>
 
 // Removes blanks and tabs from the front, and blanks, tabs, carriage returns and line feeds from
-// the end. A text of nothing else becomes empty.
-std::string_view TrimmedView(std::string_view text);
+// the end. A text of nothing else becomes empty. Byte by byte: there is rarely more than one to
+// remove.
+inline std::string_view TrimmedView(std::string_view text) {
+    const auto isBlank = [](char character) { return character == ' ' || character == '\t'; };
+    while (!text.empty() && isBlank(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && (isBlank(text.back()) || text.back() == '\r' || text.back() == '\n')) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
 
 // Same, as a new text.
 std::string Trimmed(std::string_view text);
 
 // A key/value line is "key : value": it has a colon, and not as its first character. The first
-// colon counts; later ones belong to the value.
-bool IsKeyValueLine(std::string_view line);
+// colon counts; later ones belong to the value. Where it stands; npos if the line is none.
+inline size_t ColonOf(std::string_view line) {
+    const size_t colon = line.find(':');
+    return colon > 0 ? colon : std::string_view::npos;
+}
 
-// Where that colon stands; npos if the line is no key/value line.
-size_t ColonOf(std::string_view line);
+inline bool IsKeyValueLine(std::string_view line) {
+    return ColonOf(line) != std::string_view::npos;
+}
 
 // The trimmed text behind the first colon; the line must have one.
 std::string ValueOfLine(std::string_view line);
