@@ -1,7 +1,9 @@
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <cstdlib>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "DriveCommand.h"
@@ -14,6 +16,8 @@
 #include "XmlCommand.h"
 
 namespace {
+
+constexpr const char* VERSION_LINE = "qorctl " QORCTL_VERSION;
 
 constexpr const char* EXIT_STATUS =
     "Exit status:\n"
@@ -231,8 +235,13 @@ int RunDrive(const COptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Scripts that ask for nothing else need not wait for the whole command line to be made.
+    if (argc == 2 && std::string_view(argv[1]) == "--version") {
+        return std::puts(VERSION_LINE) < 0 || std::fflush(stdout) != 0 ? EXIT_FAILURE
+                                                                       : EXIT_SUCCESS;
+    }
     CLI::App app("Shows the storage information that the RAID plug-in reports.", "qorctl");
-    app.set_version_flag("--version", "qorctl " QORCTL_VERSION);
+    app.set_version_flag("--version", VERSION_LINE);
     app.footer(std::string(EXIT_STATUS) + FOOTER);
     app.require_subcommand(1);
 
