@@ -59,6 +59,19 @@ CFinding Malformed(const std::string& text) {
     return Warn(fmt::format("\"{}\" is not of the form major.minor", text), UPDATE_TOOL);
 }
 
+template <class IsTooOld>
+CFinding ExamineVersion(CServerFacts& facts, IsTooOld isTooOld, const char* consequence) {
+    const CToolVersion tool = AskVersion(facts);
+    if (tool.obstacle) {
+        return *tool.obstacle;
+    }
+    const std::optional<CVersion> version = ReadVersion(tool.text);
+    if (!version) {
+        return Malformed(tool.text);
+    }
+    return isTooOld(*version) ? Warn(tool.text + consequence, UPDATE_TOOL) : Ok(tool.text);
+}
+
 bool IsOlderModel(const CSupportedDevice& device) {
     return device.vendor == "VEN_8086" ||
            (device.vendor == "VEN_1000" &&
@@ -107,38 +120,18 @@ CFinding ExamineToolPermissions(CServerFacts& facts) {
 }
 
 CFinding ExamineToolForRaid(CServerFacts& facts) {
-    const CToolVersion tool = AskVersion(facts);
-    if (tool.obstacle) {
-        return *tool.obstacle;
-    }
-    const std::optional<CVersion> version = ReadVersion(tool.text);
-    if (!version) {
-        return Malformed(tool.text);
-    }
-    if (version->major < 4 || (version->major == 4 && version->minor < 4)) {
-        return Warn(fmt::format("{} is older than 4.4: reports lack items", tool.text),
-                    UPDATE_TOOL);
-    }
-    return Ok(tool.text);
+    const auto isTooOld = [](const CVersion& version) {
+        return version.major < 4 || (version.major == 4 && version.minor < 4);
+    };
+    return ExamineVersion(facts, isTooOld, " is older than 4.4: reports lack items");
 }
 
 CFinding ExamineToolForSsds(CServerFacts& facts) {
     if (facts.SsdDevices().empty()) {
         return Ok("not needed, there is no supported PCIe SSD");
     }
-    const CToolVersion tool = AskVersion(facts);
-    if (tool.obstacle) {
-        return *tool.obstacle;
-    }
-    const std::optional<CVersion> version = ReadVersion(tool.text);
-    if (!version) {
-        return Malformed(tool.text);
-    }
-    if (version->major < 7) {
-        return Warn(fmt::format("{} is older than 7: PCIe SSDs are not reported", tool.text),
-                    UPDATE_TOOL);
-    }
-    return Ok(tool.text);
+    const auto isTooOld = [](const CVersion& version) { return version.major < 7; };
+    return ExamineVersion(facts, isTooOld, " is older than 7: PCIe SSDs are not reported");
 }
 
 CFinding ExamineLsiUtility(CServerFacts& facts) {

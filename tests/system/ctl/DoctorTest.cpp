@@ -431,6 +431,16 @@ TEST_F(DoctorTest, ResultDirectoryThatIsNoDirectoryIsAFailure) {
     fs::remove(RESULT_DIR);
 }
 
+TEST_F(DoctorTest, ResultDirectoryThatIsALinkIsAFailure) {
+    const fs::path target = m_Folder / "elsewhere";
+    fs::rename(RESULT_DIR, target);
+    fs::create_directory_symlink(target, RESULT_DIR);
+    EXPECT_EQ(Finding("result files", "directory"),
+              std::string("FAIL ") + RESULT_DIR + " is no directory that this user may write into");
+    fs::remove(RESULT_DIR);
+    fs::rename(target, RESULT_DIR);
+}
+
 TEST_F(DoctorTest, ResultDirectoryOpenToOthersIsAFailure) {
     fs::permissions(RESULT_DIR, fs::perms(0755));
     EXPECT_EQ(Finding("result files", "mode"), "WARN mode 0755: others may read along");

@@ -4,8 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "QorctlTest.h"
-#include "RaidHost.h"
+#include "RealPluginTest.h"
 
 namespace fs = std::filesystem;
 
@@ -39,6 +38,17 @@ const std::vector<CRecord> FAILED_DRIVE = {
 constexpr const char* SENTENCE =
     "\nController 0 drive PD3 is FAILED: it is out of service; replace it.\n";
 
+// The document, after the shipped schema has accepted it. Uses `folder`.
+CJson Valid(const fs::path& folder, const std::string& document) {
+    qortest::WriteFile(folder / "document.json", document);
+    const CQorctlOutcome check = qortest::RunQorctl(
+        folder, {.program = PYTHON,
+                 .arguments = {VALIDATE_JSON, JSON_SCHEMA, folder / "document.json"},
+                 .environment = {{"LC_ALL", "C.UTF-8"}}});
+    EXPECT_EQ(check.status, 0) << check.out << check.err;
+    return CJson::parse(document);
+}
+
 class FormatsTest : public qortest::CQorctlTest {
 protected:
     CQorctlOutcome RunRaid(const std::vector<CRecord>& answer,
@@ -56,17 +66,6 @@ protected:
                        .environment = m_Environment,
                        .terminal = true,
                        .terminalWidth = width});
-    }
-
-    // The document, after the shipped schema has accepted it.
-    CJson Valid(const std::string& document) const {
-        qortest::WriteFile(m_Folder / "document.json", document);
-        const CQorctlOutcome check = qortest::RunQorctl(
-            m_Folder, {.program = PYTHON,
-                       .arguments = {VALIDATE_JSON, JSON_SCHEMA, m_Folder / "document.json"},
-                       .environment = {{"LC_ALL", "C.UTF-8"}}});
-        EXPECT_EQ(check.status, 0) << check.out << check.err;
-        return CJson::parse(document);
     }
 };
 
@@ -117,7 +116,7 @@ TEST_F(FormatsTest, JsonIsTheDocumentAndNothingElse) {
     const CQorctlOutcome outcome = RunRaid(FAILED_DRIVE, {"--format", "json"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
-    const CJson json = Valid(outcome.out);
+    const CJson json = Valid(m_Folder, outcome.out);
     EXPECT_EQ(json["command"], "raid");
     EXPECT_EQ(json["result"], "success");
     EXPECT_EQ(json["controllers"][0]["product"], "X\x1b[1m");
@@ -135,7 +134,7 @@ TEST_F(FormatsTest, FailedRequestIsJsonToo) {
         {"--format", "json"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, EndsWith("qorctl: the request failed\n"));
-    const CJson json = Valid(outcome.out);
+    const CJson json = Valid(m_Folder, outcome.out);
     EXPECT_EQ(json["result"], "failure");
     EXPECT_EQ(json["error_code"], "05");
     EXPECT_EQ(json["notice_code"], "01");
@@ -149,18 +148,18 @@ TEST_F(FormatsTest, FailedRequestIsJsonToo) {
 TEST_F(FormatsTest, MissingPluginAndExceptionsAreJsonToo) {
     const CQorctlOutcome missing = Run({"raid", "--plugin", "/none.so", "--format", "json"});
     EXPECT_EQ(missing.status, 1);
-    EXPECT_EQ(Valid(missing.out)["messages"][0]["code"], "plugin-not-loaded");
+    EXPECT_EQ(Valid(m_Folder, missing.out)["messages"][0]["code"], "plugin-not-loaded");
     const CQorctlOutcome thrown =
         RunRaid({{"throw", "GetRAIDInfo", "out_of_range"}}, {"--format", "json"});
     EXPECT_EQ(thrown.status, 1);
-    EXPECT_EQ(Valid(thrown.out)["messages"][0]["code"], "plugin-failed");
+    EXPECT_EQ(Valid(m_Folder, thrown.out)["messages"][0]["code"], "plugin-failed");
 }
 
 TEST_F(FormatsTest, NothingToReportIsAJsonSuccess) {
     const CQorctlOutcome outcome =
         RunRaid({{"error", "02"}, {"notice", "02"}, {"detail", "none"}}, {"--format", "json"});
     EXPECT_EQ(outcome.status, 0);
-    const CJson json = Valid(outcome.out);
+    const CJson json = Valid(m_Folder, outcome.out);
     EXPECT_EQ(json["result"], "success");
     EXPECT_EQ(json["messages"][0]["severity"], "warning");
     EXPECT_EQ(json["messages"][2]["severity"], "info");
@@ -171,7 +170,7 @@ TEST_F(FormatsTest, NothingToReportIsAJsonSuccess) {
 TEST_F(FormatsTest, BytesThatAreNotUtf8GiveValidJson) {
     const CQorctlOutcome outcome = RunRaid(
         {{"item", "", "Odd \xff", "\xc3\x28", "TRUE"}, {"notice", "\xfe"}}, {"--format", "json"});
-    EXPECT_EQ(Valid(outcome.out)["others"][0]["name"], "Odd \uFFFD");
+    EXPECT_EQ(Valid(m_Folder, outcome.out)["others"][0]["name"], "Odd \uFFFD");
 }
 
 // CSV and XML
@@ -254,39 +253,18 @@ TEST_F(FormatsTest, FailedRequestLeavesTheOutputFileUnlessItIsJson) {
     EXPECT_EQ(RunRaid({{"result", "0"}}, {"--output", file}).status, 1);
     EXPECT_EQ(qortest::ReadFile(file), "old");
     EXPECT_EQ(RunRaid({{"result", "0"}}, {"--output", file, "--format", "json"}).status, 1);
-    EXPECT_EQ(Valid(qortest::ReadFile(file))["result"], "failure");
+    EXPECT_EQ(Valid(m_Folder, qortest::ReadFile(file))["result"], "failure");
 }
 
 // The real plug-in
 
-class RealFormatsTest : public FormatsTest {
-protected:
-    void SetUp() override {
-        FormatsTest::SetUp();
-        m_Environment = {{"LC_ALL", "C.UTF-8"},
-                         {"PATH", "/usr/bin:/bin"},
-                         {"QOR_TRACE", "none"},
-                         {"QOR_PLUGIN", REAL_PLUGIN}};
-    }
-
-    CQorctlOutcome RunOnWholeController(const std::vector<std::string>& arguments) const {
-        qortest::PutRaidCard();
-        qortest::CStandInTool tool;
-        tool.Play("-v", {.out = qortest::VersionReport("7.0")});
-        tool.Play("-ctrlinfo -aAll", {.out = qortest::ControllerList(1)});
-        tool.Play("-ctrlinfo -a0", {.out = qortest::Golden("whole/ctrlinfo.txt")});
-        tool.Play("-ldpdinfo -a0", {.out = qortest::Golden("whole/ldpdinfo.txt")});
-        tool.Play("-ldpdinfo -a0", {.out = qortest::Golden("whole/ldpdinfo.txt")});
-        tool.Play("-pdinfo -nosmart -a0", {.out = qortest::Golden("whole/pdinfo.txt")});
-        return Run(arguments);
-    }
-};
+using RealFormatsTest = qortest::CRealPluginTest;
 
 TEST_F(RealFormatsTest, WholeControllerIsValidJsonWithTheToolsVersion) {
     const CQorctlOutcome outcome = RunOnWholeController({"raid", "--format", "json"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
-    const CJson json = Valid(outcome.out);
+    const CJson json = Valid(m_Folder, outcome.out);
     EXPECT_EQ(json["tool_version"], "7.0");
     EXPECT_EQ(json["controllers"].size(), 1U);
     EXPECT_EQ(json["physical_drives"].size(), 9U);
@@ -320,7 +298,7 @@ TEST_F(RealFormatsTest, DriveIsValidJsonWithItsSmartTable) {
         qortest::CStandInTool tool;
         tool.Play("-ldpdinfo -a0", {.out = qortest::Golden("smart/groups.txt")});
         tool.Play("-pdinfo -pd[252:5] -a0", {.out = qortest::Golden(report)});
-        const CJson json = Valid(Run({"drive", "0", "252", "5", "--format", "json"}).out);
+        const CJson json = Valid(m_Folder, Run({"drive", "0", "252", "5", "--format", "json"}).out);
         const CJson& drive = json["physical_drives"].at(0);
         EXPECT_EQ(drive["controller"], 0);
         EXPECT_GE(drive["smart"]["attributes"].size(), 1U) << report;

@@ -6,8 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "QorctlTest.h"
-#include "RaidHost.h"
+#include "RealPluginTest.h"
 
 namespace fs = std::filesystem;
 
@@ -28,20 +27,16 @@ std::string Replaced(std::string text, const std::string& what, const std::strin
     return text.replace(text.find(what), what.size(), with);
 }
 
-class InterruptTest : public qortest::CQorctlTest {
+class InterruptTest : public qortest::CRealPluginTest {
 protected:
     void SetUp() override {
-        CQorctlTest::SetUp();
-        m_Environment = {{"LC_ALL", "C.UTF-8"},
-                         {"PATH", "/usr/bin:/bin"},
-                         {"QOR_TRACE", "none"},
-                         {"QOR_PLUGIN", REAL_PLUGIN}};
+        CRealPluginTest::SetUp();
         ASSERT_EQ(mkfifo(m_Pipe.c_str(), 0600), 0);
         m_Reader = open(m_Pipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     }
     void TearDown() override {
         close(m_Reader);
-        CQorctlTest::TearDown();
+        CRealPluginTest::TearDown();
     }
 
     qortest::CQorctlOutcome RunInterrupted(const std::string& signal,

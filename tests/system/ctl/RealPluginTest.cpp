@@ -1,9 +1,8 @@
 // The verbs with the plug-in that is shipped, and a RAID tool that plays a small controller.
+#include "RealPluginTest.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "QorctlTest.h"
-#include "RaidHost.h"
 
 namespace {
 
@@ -12,34 +11,27 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-class RealPluginTest : public qortest::CQorctlTest {
-protected:
-    void SetUp() override {
-        CQorctlTest::SetUp();
-        m_Environment = {{"LC_ALL", "C.UTF-8"},
-                         {"PATH", "/usr/bin:/bin"},
-                         {"QOR_TRACE", "none"},
-                         {"QOR_PLUGIN", REAL_PLUGIN}};
-    }
-
-    CQorctlOutcome RunOnWholeController(const std::vector<std::string>& arguments) const {
-        qortest::PutRaidCard();
-        qortest::CStandInTool tool;
-        tool.Play("-v", {.out = qortest::VersionReport("7.0")});
-        tool.Play("-ctrlinfo -aAll", {.out = qortest::ControllerList(1)});
-        tool.Play("-ctrlinfo -a0", {.out = qortest::Golden("whole/ctrlinfo.txt")});
-        tool.Play("-ldpdinfo -a0", {.out = qortest::Golden("whole/ldpdinfo.txt")});
-        tool.Play("-ldpdinfo -a0", {.out = qortest::Golden("whole/ldpdinfo.txt")});
-        tool.Play("-pdinfo -nosmart -a0", {.out = qortest::Golden("whole/pdinfo.txt")});
-        return Run(arguments);
-    }
-};
+using RealPluginTest = qortest::CRealPluginTest;
 
 TEST_F(RealPluginTest, StorageIsShown) {
     const CQorctlOutcome outcome = RunOnWholeController({"storage"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out, StartsWith("Controller Information\n├─ [General Information]\n"));
+}
+
+TEST_F(RealPluginTest, UserWhoMayNotReadTheDeviceListIsToldSo) {
+    qortest::PutRaidCard();
+    std::filesystem::permissions(qortest::DEVICE_LIST, std::filesystem::perms::none);
+    const CQorctlOutcome outcome = qortest::RunQorctl(
+        m_Folder, {.program = "/usr/bin/setpriv",
+                   .arguments = {"--bounding-set", "-dac_override,-dac_read_search", "--inh-caps",
+                                 "-dac_override,-dac_read_search", QORCTL_PROGRAM, "raid"},
+                   .environment = m_Environment});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.err, HasSubstr("nothing to report: "));
+    EXPECT_THAT(outcome.err, EndsWith("; but this user may not read " +
+                                      std::string(qortest::DEVICE_LIST) + ", run as root\n"));
 }
 
 TEST_F(RealPluginTest, DocumentHasTheComponentAndEveryDrive) {
