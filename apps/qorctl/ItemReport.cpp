@@ -116,7 +116,7 @@ void CItemReport::Explain(const CRequestEnd& end) {
     } else if (!m_XmlProblem.empty()) {
         Fail("no-document", m_XmlProblem);
     } else if (m_IsEmpty) {
-        const std::string text = "nothing to report: " + m_Subject.request.nothing;
+        const std::string text = NothingToReport(m_Subject.request);
         m_Inventory.messages.push_back(
             {.severity = ESeverity::INFO, .code = "nothing-to-report", .text = text, .remedy = ""});
         Report(text);

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <exception>
 #include <optional>
@@ -12,6 +13,7 @@
 #include "Output.h"
 #include "PluginLibrary.h"
 #include "TerminalText.h"
+#include "doctor/DeviceWords.h"
 
 namespace qorctl {
 namespace {
@@ -152,10 +154,19 @@ int RunRequest(const std::string& pluginPath, const CAsk& ask, const CShow& show
     return EXIT_FAILURE;
 }
 
+std::string NothingToReport(const CItemRequest& request) {
+    std::string text = "nothing to report: " + request.nothing;
+    if (access(doctor::DEVICE_LIST_PATH, R_OK) != 0 && errno == EACCES) {
+        text +=
+            fmt::format("; but this user may not read {}, run as root", doctor::DEVICE_LIST_PATH);
+    }
+    return text;
+}
+
 int RunItemRequest(const std::string& pluginPath, const CItemRequest& request, const CShow& show) {
     return RunRequest(pluginPath, request.ask, [&](CMngSrv_QorLibIF& object, CItemList& items) {
         if (items.empty()) {
-            Report("nothing to report: " + request.nothing);
+            Report(NothingToReport(request));
             return EXIT_SUCCESS;
         }
         return show(object, items);

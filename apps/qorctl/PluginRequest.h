@@ -57,6 +57,10 @@ CItemRequest RaidRequest();
 CItemRequest StorageRequest();
 CItemRequest DriveRequest(const CDriveAddress& address);
 
+// The sentence for an empty list. A user who may not read the device list has no device at all, and
+// is told so.
+std::string NothingToReport(const CItemRequest& request);
+
 // Makes a plug-in object, asks it and, after success, hands the answer to `use` while the object
 // and the items are there. Writes nothing, and throws nothing of the plug-in's.
 CRequestEnd AskPlugin(const CPluginLibrary& library, const CAsk& ask, const CUse& use);

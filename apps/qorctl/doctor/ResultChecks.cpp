@@ -20,9 +20,10 @@ constexpr mode_t OWNER_ONLY = 0700;
 // Longer than all attempts of a command that runs into its time limit.
 constexpr std::chrono::minutes LONGEST_RUN(10);
 
+// Of a symbolic link itself: who made it decides where reports go.
 std::optional<mode_t> ModeOf(const std::string& path) {
     struct stat status = {};
-    if (stat(path.c_str(), &status) != 0) {
+    if (lstat(path.c_str(), &status) != 0) {
         return std::nullopt;
     }
     return status.st_mode;
@@ -104,7 +105,7 @@ CFinding JudgeOwner(uid_t owner, uid_t user) {
 
 CFinding ExamineResultOwner(CServerFacts& facts) {
     struct stat status = {};
-    return stat(facts.ResultDirectory().c_str(), &status) == 0
+    return lstat(facts.ResultDirectory().c_str(), &status) == 0
                ? JudgeOwner(status.st_uid, geteuid())
                : NoDirectory();
 }
