@@ -17,6 +17,7 @@ bool IsHeader(std::string_view line) {
 
 // The count is one signed byte.
 void DemandCount(const std::string& report) {
+    LetToolPrint({{"krzcli -ctrlinfo -aAll", report}});
     const CLeavesNothing check;
     CMSRAID_CtrlInfoGetter getter;
     char count = 1;
@@ -37,10 +38,9 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string report = InputText(data, size);
-    LetToolPrint({{"", report}});
     CMSRAID_CtrlInfoGetter getter;
     FuzzGetter(getter, [&](ItemList& items) { return getter.GetInfo(0, items); },
-               {.root = "Controller Information"});
+               {{"krzcli -ctrlinfo -a0", report}}, {.root = "Controller Information"});
     DemandCount(report);
     return 0;
 }

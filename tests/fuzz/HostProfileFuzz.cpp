@@ -6,7 +6,6 @@
 #include "HostProfile.h"
 #include "ProfileFile.h"
 #include "ReportFuzz.h"
-#include "Server.h"
 #include "StandIn.h"
 #include "Timeline.h"
 #include "getters/CMSRAID_CtrlInfoGetter.h"
@@ -21,33 +20,34 @@ constexpr const char* CONTROLLER = "-a0";
 // Some JSON patches copy all there is, so that a few more events would fill the memory.
 constexpr size_t MOST_EVENTS = 8;
 
-void DemandRead(CMSRAID_InfoGetter& getter, const char* root, bool plain) {
+void DemandRead(CMSRAID_InfoGetter& getter, const char* root,
+                const std::vector<CToolReport>& reports, bool plain) {
     bool understood = true;
     FuzzGetter(getter,
                [&](ItemList& items) {
                    understood = getter.GetInfo(0, items);
                    return understood;
                },
-               {.root = root, .retired = "### SMART Information ###"});
+               reports, {.root = root, .retired = "### SMART Information ###"});
     Demand(understood || !plain, "the plug-in understands the simulated tool", root);
+}
+
+CToolReport ReportOf(const qorsim::CHost& host, const char* command) {
+    const qorsim::CToolAnswer answer = AnswerKrzcli(host, {command, CONTROLLER});
+    Demand(answer.status == 0, "the tool knows its commands", answer.out);
+    return {std::string("krzcli ") + command + " " + CONTROLLER, answer.out};
 }
 
 // The plug-in reads what the simulated tool prints. Additions may hold lines of any kind.
 void DemandReports(const qorsim::CHost& host) {
-    std::vector<CToolReport> reports;
-    for (const char* command : {"-ctrlinfo", "-ldpdinfo", "-pdinfo"}) {
-        const qorsim::CToolAnswer answer = AnswerKrzcli(host, {command, CONTROLLER});
-        Demand(answer.status == 0, "the tool knows its commands", answer.out);
-        reports.push_back({std::string("krzcli ") + command + " " + CONTROLLER, answer.out});
-    }
-    LetToolPrint(std::move(reports));
     const bool plain = host.tool.additions.empty() && !host.controllers.empty();
+    const CToolReport groups = ReportOf(host, "-ldpdinfo");
     CMSRAID_CtrlInfoGetter ctrlGetter;
-    DemandRead(ctrlGetter, "Controller Information", plain);
+    DemandRead(ctrlGetter, "Controller Information", {ReportOf(host, "-ctrlinfo")}, plain);
     CMSRAID_LDInfoGetter ldGetter;
-    DemandRead(ldGetter, "Logical Drive Information", plain);
+    DemandRead(ldGetter, "Logical Drive Information", {groups}, plain);
     CMSRAID_PDInfoGetter pdGetter;
-    DemandRead(pdGetter, "Physical Drive Information", plain);
+    DemandRead(pdGetter, "Physical Drive Information", {groups, ReportOf(host, "-pdinfo")}, plain);
 }
 
 void DemandEvents(const nlohmann::json& profile) {

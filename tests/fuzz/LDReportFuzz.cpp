@@ -9,7 +9,10 @@ namespace {
 
 using namespace qorfuzz;
 
+constexpr const char* COMMAND = "krzcli -ldpdinfo -a0";
+
 void DemandGroups(const std::string& report) {
+    LetToolPrint({{COMMAND, report}});
     const CLeavesNothing check;
     CMSRAID_LDInfoGetter getter;
     std::map<long, std::string> groups;
@@ -30,10 +33,9 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string report = InputText(data, size);
-    LetToolPrint({{"", report}});
     CMSRAID_LDInfoGetter getter;
     FuzzGetter(getter, [&](ItemList& items) { return getter.GetInfo(0, items); },
-               {.root = "Logical Drive Information"});
+               {{COMMAND, report}}, {.root = "Logical Drive Information"});
     DemandGroups(report);
     return 0;
 }

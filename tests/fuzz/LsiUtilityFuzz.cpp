@@ -10,6 +10,10 @@ namespace {
 
 using namespace qorfuzz;
 
+constexpr const char* MEGACLI_COMMAND =
+    R"("/opt/tarmica/qor/provider/RAID/tool/MegaCli" -AdpAllInfo -aALL)";
+constexpr const char* STORCLI_COMMAND =
+    R"("/opt/tarmica/qor/provider/RAID/tool/storcli" /call show)";
 constexpr std::string_view MEGACLI_KEY = "  Disks           :";
 constexpr std::string_view STORCLI_KEY = "Physical Drives =";
 
@@ -32,11 +36,12 @@ long DisksIn(const std::string& report, std::string_view key) {
     return sum;
 }
 
-void DemandPresence(const DevicePCIID& controller, const std::string& report,
+void DemandPresence(const DevicePCIID& controller, const CToolReport& report,
                     std::string_view key) {
+    LetUtilityPrint(report);
     const CLeavesNothing check;
     const bool present = CMSRAID_MegaStorCLI::IsPresentRAIDPhysDisk({controller});
-    Demand(present == (DisksIn(report, key) > 0),
+    Demand(present == (DisksIn(report.text, key) > 0),
            "disks are present where more than 0 are counted");
 }
 
@@ -55,8 +60,7 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string report = InputText(data, size);
-    LetUtilityPrint(report);
-    DemandPresence({"VEN_8086", "DEV_0000"}, report, MEGACLI_KEY);
-    DemandPresence({"VEN_1000", "DEV_005D"}, report, STORCLI_KEY);
+    DemandPresence({"VEN_8086", "DEV_0000"}, {MEGACLI_COMMAND, report}, MEGACLI_KEY);
+    DemandPresence({"VEN_1000", "DEV_005D"}, {STORCLI_COMMAND, report}, STORCLI_KEY);
     return 0;
 }

@@ -3,7 +3,6 @@
 #include "Fuzz.h"
 #include "ReportFuzz.h"
 #include "ReportVocabulary.h"
-#include "Server.h"
 #include "getters/CMSRAID_PDInfoGetter.h"
 
 std::vector<std::string_view> qorfuzz::Vocabulary() {
@@ -15,9 +14,10 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 // title.
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace qorfuzz;
-    LetToolPrint({{"", InputText(data, size)}});
+    const std::string report = InputText(data, size);
     CMSRAID_PDInfoGetter getter;
     FuzzGetter(getter, [&](ItemList& items) { return getter.GetInfo(0, items); },
+               {{"krzcli -ldpdinfo -a0", report}, {"krzcli -pdinfo -a0", report}},
                {.root = "Physical Drive Information", .retired = "### SMART Information ###"});
     return 0;
 }

@@ -2,7 +2,6 @@
 #include "Fuzz.h"
 #include "ReportFuzz.h"
 #include "ReportVocabulary.h"
-#include "Server.h"
 #include "getters/CMSRAID_PCIeSSDInfoGetter.h"
 
 std::vector<std::string_view> qorfuzz::Vocabulary() {
@@ -11,9 +10,9 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace qorfuzz;
-    LetToolPrint({{"", InputText(data, size)}});
+    const std::string report = InputText(data, size);
     CMSRAID_PCIeSSDInfoGetter getter;
     FuzzGetter(getter, [&](ItemList& items) { return getter.GetInfo(items); },
-               {.root = "PCIe SSD Information"});
+               {{"krzcli -pssdinfo -aAll", report}}, {.root = "PCIe SSD Information"});
     return 0;
 }

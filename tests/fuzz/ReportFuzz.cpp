@@ -1,10 +1,10 @@
 #include "ReportFuzz.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "Fuzz.h"
 #include "ItemProperties.h"
-#include "Server.h"
 
 namespace qorfuzz {
 namespace {
@@ -20,33 +20,47 @@ void DemandItems(ItemList& items, const CReportRules& rules) {
     DemandForm(items);
 }
 
-void DemandFailure(const CMSRAID_InfoGetter& getter, const std::string& codesBefore,
-                   const ItemList& items) {
-    const std::string& codes = getter.ErrCode();
-    Demand(codes == "04" + codesBefore || codes == "01" + codesBefore, "a failure has its code",
-           codes);
-    Demand(codes.starts_with("04") == getter.ErrDetail().empty(), "the command is the detail",
-           getter.ErrDetail());
-    Demand(items.empty(), "a failure has no items");
+// The command whose report is the tool's error; null where there is none.
+const CToolReport* ToolErrorIn(const std::vector<CToolReport>& reports) {
+    const auto error = std::find_if(reports.begin(), reports.end(), [](const CToolReport& report) {
+        return IsToolError(report.text);
+    });
+    return error != reports.end() ? &*error : nullptr;
+}
+
+void DemandFailure(const CMSRAID_InfoGetter& getter, const CToolReport* toolError) {
+    Demand(getter.ErrCode() == (toolError != nullptr ? "01" : "04"), "a failure has its code",
+           getter.ErrCode());
+    Demand(getter.ErrDetail() == (toolError != nullptr ? toolError->command : ""),
+           "the detail of the tool's error is its command", getter.ErrDetail());
+}
+
+void DemandSuccess(const CMSRAID_InfoGetter& getter, ItemList& items, const CReportRules& rules) {
+    Demand(getter.ErrCode().empty(), "success has no code", getter.ErrCode());
+    Demand(!rules.isOutOfRange, "what is out of range is no success");
+    DemandItems(items, rules);
 }
 
 }  // namespace
 
-void FuzzGetter(CMSRAID_InfoGetter& getter, const CGetterRun& run, const CReportRules& rules) {
+void FuzzGetter(CMSRAID_InfoGetter& getter, const CGetterRun& run,
+                const std::vector<CToolReport>& reports, const CReportRules& rules) {
+    LetToolPrint(reports);
+    const CToolReport* const toolError = ToolErrorIn(reports);
     const CLeavesNothing check;
-    const std::string codesBefore = getter.ErrCode();
     CItemListOwner items;
     try {
         if (run(items)) {
-            Demand(getter.ErrCode() == codesBefore, "success has no code", getter.ErrCode());
-            DemandItems(items, rules);
-        } else {
-            DemandFailure(getter, codesBefore, items);
+            Demand(toolError == nullptr, "the tool's error is a failure");
+            DemandSuccess(getter, items, rules);
+            return;
         }
+        DemandFailure(getter, toolError);
     } catch (const std::out_of_range&) {
-        Demand(rules.mayBeOutOfRange, "no exception but the documented ones comes out");
-        Demand(items.empty(), "an exception leaves no items");
+        Demand(toolError == nullptr, "the tool's error is a failure");
+        Demand(rules.isOutOfRange, "no exception but the documented ones comes out");
     }
+    Demand(items.empty(), "only success has items");
 }
 
 bool IsToolError(std::string_view report) {

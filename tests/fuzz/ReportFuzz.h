@@ -4,7 +4,10 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include "Server.h"
 #include "getters/CMSRAID_InfoGetter.h"
 
 namespace qorfuzz {
@@ -14,16 +17,18 @@ using CGetterRun = std::function<bool(ItemList&)>;
 struct CReportRules {
     const char* root;               // name of the report's root items
     std::string_view retired = {};  // of titles that leave the list, see DemandItemTree()
-    bool mayBeOutOfRange = false;   // std::out_of_range is allowed for this report
+    bool isOutOfRange = false;      // the report holds what std::out_of_range is documented for
 };
 
-// Lets `getter`, by `run`, read what the tool prints at present. Demands that
-//   - it gives items as `rules` say, which are fit for the document and the form, or
-//   - it fails with the code "04" (or "01" where the report begins with "Error - ") and no items,
-//   or
-//   - it throws std::out_of_range, where the rules allow it, and gives no items,
-// and that nothing is left behind.
-void FuzzGetter(CMSRAID_InfoGetter& getter, const CGetterRun& run, const CReportRules& rules);
+// Lets `getter`, which is new, by `run` read `reports`: what the tool prints for the commands that
+// the getter runs, in their order. Demands that
+//   - it fails with the code "01" and the command where a report begins with "Error - ", or
+//   - it fails with the code "04" and no command, or
+//   - it throws std::out_of_range where the rules say so, or
+//   - it gives items as `rules` say, which are fit for the document and the form,
+// that only the last gives items, that no other command is run, and that nothing is left behind.
+void FuzzGetter(CMSRAID_InfoGetter& getter, const CGetterRun& run,
+                const std::vector<CToolReport>& reports, const CReportRules& rules);
 
 // Whether the tool reports an error in the first line of `report`.
 bool IsToolError(std::string_view report);

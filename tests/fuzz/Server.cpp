@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -25,19 +26,22 @@ std::vector<CToolReport>& ToolReports() {
     return reports;
 }
 
-std::string& UtilityText() {
-    static std::string text;
-    return text;
+CToolReport& UtilityReport() {
+    static CToolReport report;
+    return report;
 }
 
-std::string_view AnswerOf(std::string_view command) {
-    command.remove_prefix(std::string_view(TOOL_DIR).size());
-    for (const CToolReport& report : ToolReports()) {
-        if (report.command.empty() || report.command == command) {
-            return report.text;
-        }
-    }
-    return {};
+const std::string& ToolAnswer(const std::string& command) {
+    const auto report = std::find_if(
+        ToolReports().begin(), ToolReports().end(),
+        [&](const CToolReport& candidate) { return TOOL_DIR + candidate.command == command; });
+    Demand(report != ToolReports().end(), "only the commands that are due are run", command);
+    return report->text;
+}
+
+const std::string& UtilityAnswer(const std::string& command) {
+    Demand(UtilityReport().command == command, "only the command that is due is run", command);
+    return UtilityReport().text;
 }
 
 void WriteText(const char* path, std::string_view text) {
@@ -61,8 +65,8 @@ void LetToolPrint(std::vector<CToolReport> reports) {
     ToolReports() = std::move(reports);
 }
 
-void LetUtilityPrint(const std::string& text) {
-    UtilityText() = text;
+void LetUtilityPrint(const CToolReport& report) {
+    UtilityReport() = report;
 }
 
 void WriteServerFile(const char* path, const std::string& text) {
@@ -82,8 +86,8 @@ CLeavesNothing::~CLeavesNothing() {
 extern "C" {
 
 int LLVMFuzzerInitialize(int*, char***) {
-    // Trace lines are formatted and written, so that what they do with the input is seen, too.
-    // Trace lines are written, but for those that tell the flow only: they take most of the time.
+    // Trace lines are written, so that what they do with the input is seen, too; but for those that
+    // tell the flow only, which take most of the time.
     setenv("QOR_TRACE", "file:/dev/null:19", 0);
     qorsim::EnterPrivateMounts();
     std::filesystem::create_directories("/opt/tarmica/qor/provider/tmp");
@@ -103,16 +107,16 @@ __wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcE
 
 int __wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES6_Pm(
     const std::string& command, const std::string& outFile, unsigned long* exitCode) {
-    qorfuzz::WriteText(outFile.c_str(), qorfuzz::AnswerOf(command));
+    qorfuzz::WriteText(outFile.c_str(), qorfuzz::ToolAnswer(command));
     *exitCode = 0;
     return EXEC_OK;
 }
 
 unsigned int
 __wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES6_S6_Pmm(
-    const std::string&, const std::string& outFile, const std::string&, unsigned long* exitCode,
-    unsigned long) {
-    qorfuzz::WriteText(outFile.c_str(), qorfuzz::UtilityText());
+    const std::string& command, const std::string& outFile, const std::string&,
+    unsigned long* exitCode, unsigned long) {
+    qorfuzz::WriteText(outFile.c_str(), qorfuzz::UtilityAnswer(command));
     *exitCode = 0;
     return EXEC_OK;
 }

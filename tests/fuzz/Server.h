@@ -9,18 +9,18 @@
 
 namespace qorfuzz {
 
-// What the tool prints for a command ("krzcli -v"); an empty command stands for any.
+// What a program prints for a command.
 struct CToolReport {
     std::string command;
     std::string text;
 };
 
-// What the RAID tool prints from now on. It succeeds always; it prints nothing for a command that
-// is not there.
+// What the RAID tool prints from now on for its commands ("krzcli -v"). It succeeds always. Any
+// other command is a finding: what is run may not depend on what was printed.
 void LetToolPrint(std::vector<CToolReport> reports);
 
-// What the LSI utilities print from now on.
-void LetUtilityPrint(const std::string& text);
+// The same for the LSI utility that is due.
+void LetUtilityPrint(const CToolReport& report);
 
 // Writes a file of the simulated server.
 void WriteServerFile(const char* path, const std::string& text);
