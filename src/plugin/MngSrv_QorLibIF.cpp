@@ -29,9 +29,10 @@ unsigned char Answer(const std::list<CItemDisp*>* items, std::string* errorCode,
     std::string notice;
     std::string detail;
     const unsigned char result = request(interFace, &errCode, &notice, &detail);
-    errorCode->insert(0, errCode);
-    noticeCode->insert(0, notice);
-    *errorDetail = detail;
+    // Nothing can fail any more: an exception leaves the caller's texts as they were reset.
+    errorCode->swap(errCode);
+    noticeCode->swap(notice);
+    errorDetail->swap(detail);
     return result;
 }
 

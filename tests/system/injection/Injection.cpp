@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdarg>
@@ -19,28 +20,109 @@
 #include <cstring>
 #include <ctime>
 #include <new>
+#include <utility>
 
 namespace {
 
-qortest::CInjection armed = {nullptr, 0};
-long strikes = 0;
+using qortest::CFailure;
+using qortest::EDuration;
+
+// One failure that is to come.
+class CStriker {
+public:
+    CStriker() = default;
+    CStriker(const CFailure& failure, long successes, EDuration duration)
+        : m_Failure(failure), m_Successes(successes), m_Duration(duration) {}
+
+    bool IsFor(const char* function) const {
+        return m_Failure.function != nullptr && std::strcmp(m_Failure.function, function) == 0;
+    }
+    bool IsFor(const char* function, int error) const {
+        return IsFor(function) && m_Failure.error == error;
+    }
+    int Error() const { return m_Failure.error; }
+    long Strikes() const { return m_Strikes; }
+
+    // Counts the call of its function; true if it is to fail.
+    bool Strikes(const char* function) {
+        if (!IsFor(function)) {
+            return false;
+        }
+        if (m_Successes > 0) {
+            --m_Successes;
+            return false;
+        }
+        if (m_Strikes > 0 && m_Duration == EDuration::Once) {
+            return false;
+        }
+        ++m_Strikes;
+        return true;
+    }
+
+private:
+    CFailure m_Failure;
+    long m_Successes = 0;
+    EDuration m_Duration = EDuration::Once;
+    long m_Strikes = 0;
+};
+
+CStriker effect;
+CStriker cause;
+std::vector<qortest::CCall> calls;
+bool isRecording = false;
 long liveBlocks = 0;
+
+// What the record allocates is not the request's.
+void Record(const char* function, const char* text, int error) {
+    if (isRecording) {
+        const int callerErrno = errno;
+        isRecording = false;
+        calls.push_back({function, text, error});
+        isRecording = true;
+        errno = callerErrno;
+    }
+}
 
 // Counts the call; true, with errno set, if it is to fail.
 bool Strikes(const char* function) {
-    if (armed.function == nullptr || std::strcmp(armed.function, function) != 0) {
+    if (!isRecording) {
         return false;
     }
-    if (armed.successes > 0) {
-        --armed.successes;
-        return false;
+    for (CStriker* striker : {&effect, &cause}) {
+        if (striker->Strikes(function)) {
+            Record(function, "", striker->Error());
+            errno = striker->Error();
+            return true;
+        }
     }
-    if (strikes > 0 && armed.duration == qortest::EDuration::Once) {
-        return false;
+    return false;
+}
+
+int Recorded(const char* function, const char* text, int result) {
+    Record(function, text, result < 0 ? errno : 0);
+    return result;
+}
+
+template <class Object>
+Object* Recorded(const char* function, const char* text, Object* result) {
+    Record(function, text, result == nullptr ? errno : 0);
+    return result;
+}
+
+// Of an operation on a descriptor, only a failure.
+template <class Number>
+Number RecordedOf(const char* function, int fd, Number result) {
+    if (result < 0 && isRecording) {
+        const int error = errno;
+        std::array<char, 4096> path = {};
+        std::array<char, 32> link = {};
+        std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", fd);
+        const ssize_t length = readlink(link.data(), path.data(), path.size() - 1);
+        path[length > 0 ? static_cast<size_t>(length) : 0] = '\0';
+        errno = error;
+        Record(function, path.data(), error);
     }
-    ++strikes;
-    errno = armed.error;
-    return true;
+    return result;
 }
 
 // The definition behind this program's own; `own` gives the type.
@@ -49,52 +131,75 @@ Function* Real(Function& /*own*/, const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+#if QORTEST_MALLOC_FAILS
+bool IsOurs(const void* code) {
+    Dl_info object = {};
+    return dladdr(code, &object) != 0 && std::strstr(object.dli_fname, "/libqor_") != nullptr;
+}
+#endif
+
 }  // namespace
 
 namespace qortest {
 
 const std::vector<CFailingFunction>& FailingFunctions() {
+    constexpr const char* STORAGE = "GetStorageInfo";
+    constexpr const char* EXEC = "KRZExecCli";
+    constexpr const char* LIST = "GetRAIDInfoWithoutToolAndDeviceList";
     static const std::vector<CFailingFunction> functions = {
-        {"open", {EACCES, EMFILE, ENOENT, ENOSPC, EIO, EINTR, ENOMEM}},
-        {"fopen64", {EACCES, EMFILE, ENOENT, EIO, EINTR, ENOMEM}},
-        {"read", {EIO, EINTR, EISDIR, ONE_BYTE}},
-        {"write", {ENOSPC, EIO, EINTR, EPIPE, EFBIG, ONE_BYTE}},
-        {"lseek64", {EINVAL, EOVERFLOW}},
-        {"fsync", {EIO, ENOSPC}},
-        {"close", {EIO, EINTR}},
-        {"fclose", {EIO}},
-        {"fcntl", {EMFILE, EINVAL}},
-        {"stat", {EACCES, EIO, ENOENT, ENOMEM}},
-        {"fstat", {EIO, ENOMEM}},
-        {"mkdir", {EACCES, ENOSPC, EIO, EROFS, ENOENT}},
-        {"mkostemp", {EACCES, EMFILE, ENOSPC, EIO}},
-        {"rename", {EACCES, ENOSPC, EIO}},
-        {"unlink", {EACCES, EIO, EROFS, EBUSY}},
-        {"opendir", {EACCES, EMFILE, ENOENT, ENOMEM}},
-        {"readdir", {EIO, ENOENT}},
-        {"posix_spawnp", {EAGAIN, ENOMEM, EMFILE, EACCES, ENOENT, EIO}},
-        {"posix_spawn_file_actions_init", {ENOMEM}},
-        {"posix_spawn_file_actions_addopen", {ENOMEM}},
-        {"posix_spawn_file_actions_adddup2", {ENOMEM, EBADF}},
-        {"posix_spawn_file_actions_addclosefrom_np", {ENOMEM}},
-        {"posix_spawn_file_actions_addchdir_np", {ENOMEM}},
-        {"posix_spawnattr_init", {ENOMEM}},
-        {"syscall", {ENOSYS, EMFILE, ENOMEM, EPERM}},  // a process descriptor
-        {"waitpid", {EINTR, ECHILD}},
-        {"poll", {EINTR, ENOMEM}},
-        {"sigtimedwait", {EINTR, EAGAIN}},
+        {"open", {EACCES, EMFILE, ENOENT, ENOSPC, EIO, EINTR, ENOMEM}, STORAGE},
+        {"fopen64", {EACCES, EMFILE, ENOENT, EIO, EINTR, ENOMEM}, STORAGE},
+        {"read", {EIO, EINTR, EISDIR, ONE_BYTE}, STORAGE},
+        {"write", {ENOSPC, EIO, EINTR, EPIPE, EFBIG, ONE_BYTE}, STORAGE},
+        {"lseek64", {EINVAL, EOVERFLOW}, "GetPDInfo"},
+        {"fsync", {EIO, ENOSPC}, LIST},
+        {"close", {EIO, EINTR}, STORAGE},
+        {"fclose", {EIO}, STORAGE},
+        {"fcntl", {EMFILE, EINVAL}, STORAGE},
+        {"stat", {EACCES, EIO, ENOENT, ENOMEM}, STORAGE},
+        {"lstat", {EACCES, EIO, ENOENT, ENOMEM}, STORAGE},
+        {"fstat", {EIO, ENOMEM}, STORAGE},
+        {"mkdir", {EACCES, ENOSPC, EIO, EROFS, ENOENT}, STORAGE},
+        {"mkostemp", {EACCES, EMFILE, ENOSPC, EIO}, LIST},
+        {"rename", {EACCES, ENOSPC, EIO}, LIST},
+        {"unlink", {EACCES, EIO, EROFS, EBUSY}, STORAGE},
+        {"opendir", {EACCES, EMFILE, ENOENT, ENOMEM}, LIST},
+        {"readdir", {EIO, ENOENT}, LIST},
+        {"posix_spawnp", {EAGAIN, ENOMEM, EMFILE, EACCES, ENOENT, EIO}, STORAGE},
+        {"posix_spawn_file_actions_init", {ENOMEM}, STORAGE},
+        {"posix_spawn_file_actions_addopen", {ENOMEM}, STORAGE},
+        {"posix_spawn_file_actions_adddup2", {ENOMEM, EBADF}, STORAGE},
+        {"posix_spawn_file_actions_addclosefrom_np", {ENOMEM}, STORAGE},
+        {"posix_spawn_file_actions_addchdir_np", {ENOMEM}, LIST},
+        {"posix_spawnattr_init", {ENOMEM}, STORAGE},
+        {"syscall", {ENOSYS, EMFILE, ENOMEM, EPERM}, STORAGE},  // a process descriptor
+        {"waitpid", {EINTR, ECHILD, STOPPED}, STORAGE},
+        {"poll", {EINTR, ENOMEM}, STORAGE},
+        {"kill", {EPERM, ESRCH}, EXEC, {"waitpid", STOPPED}},
+        {"nanosleep", {EINTR}, EXEC, {"waitpid", STOPPED}},
+        {"clock_nanosleep", {EINTR}, EXEC, {"posix_spawnp", EAGAIN}},
+        {"sigtimedwait", {EINTR, EAGAIN}, EXEC, {"write", EPIPE}},
+#if QORTEST_MALLOC_FAILS
+        {"malloc", {ENOMEM}, EXEC},  // for a trace line of more than 1 KiB
+#endif
     };
     return functions;
 }
 
 void Arm(const CInjection& injection) {
-    strikes = 0;
-    armed = injection;
+    effect =
+        CStriker({injection.function, injection.error}, injection.successes, injection.duration);
+    cause = CStriker(injection.cause, 0, injection.duration);
+    isRecording = true;
 }
 
-long Disarm() {
-    armed = {nullptr, 0};
-    return strikes;
+void Arm() {
+    Arm({nullptr, 0});
+}
+
+CRecord Disarm() {
+    isRecording = false;
+    return {effect.Strikes(), std::exchange(calls, {})};
 }
 
 long LiveBlocks() {
@@ -129,20 +234,21 @@ int open(const char* path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    return Strikes("open") ? -1 : real(path, flags, mode);
+    return Recorded("open", path, Strikes("open") ? -1 : real(path, flags, mode));
 }
 
 FILE* fopen64(const char* path, const char* mode) {
     static const auto real = Real(fopen64, "fopen64");
-    return Strikes("fopen64") ? nullptr : real(path, mode);
+    return Recorded("fopen64", path, Strikes("fopen64") ? nullptr : real(path, mode));
 }
 
 ssize_t read(int fd, void* buffer, size_t size) {
     static const auto real = Real(read, "read");
     if (!Strikes("read")) {
-        return real(fd, buffer, size);
+        return RecordedOf("read", fd, real(fd, buffer, size));
     }
-    return errno == qortest::ONE_BYTE ? real(fd, buffer, std::min<size_t>(size, 1)) : -1;
+    const bool isShort = errno == qortest::ONE_BYTE;
+    return RecordedOf("read", fd, isShort ? real(fd, buffer, std::min<size_t>(size, 1)) : -1);
 }
 
 ssize_t write(int fd, const void* buffer, size_t size) {
@@ -189,17 +295,22 @@ __attribute__((no_sanitize("address"))) int fcntl(int fd, int command, ...) {
 int stat(const char* path, struct stat* status) noexcept {
     static const auto real =
         reinterpret_cast<int (*)(const char*, struct stat*)>(dlsym(RTLD_NEXT, "stat"));
-    return Strikes("stat") ? -1 : real(path, status);
+    return Recorded("stat", path, Strikes("stat") ? -1 : real(path, status));
+}
+
+int lstat(const char* path, struct stat* status) noexcept {
+    static const auto real = Real(lstat, "lstat");
+    return Strikes("lstat") ? -1 : real(path, status);
 }
 
 int fstat(int fd, struct stat* status) noexcept {
     static const auto real = Real(fstat, "fstat");
-    return Strikes("fstat") ? -1 : real(fd, status);
+    return RecordedOf("fstat", fd, Strikes("fstat") ? -1 : real(fd, status));
 }
 
 int mkdir(const char* path, mode_t mode) noexcept {
     static const auto real = Real(mkdir, "mkdir");
-    return Strikes("mkdir") ? -1 : real(path, mode);
+    return Recorded("mkdir", path, Strikes("mkdir") ? -1 : real(path, mode));
 }
 
 int mkostemp(char* path, int flags) {
@@ -231,8 +342,11 @@ int posix_spawnp(pid_t* child, const char* file, const posix_spawn_file_actions_
                  const posix_spawnattr_t* attributes, char* const* arguments,
                  char* const* environment) {
     static const auto real = Real(posix_spawnp, "posix_spawnp");
-    return Strikes("posix_spawnp") ? errno
-                                   : real(child, file, actions, attributes, arguments, environment);
+    const int error = Strikes("posix_spawnp")
+                          ? errno
+                          : real(child, file, actions, attributes, arguments, environment);
+    Record("posix_spawnp", arguments[2], error);
+    return error;
 }
 
 int posix_spawn_file_actions_init(posix_spawn_file_actions_t* actions) noexcept {
@@ -292,15 +406,38 @@ __attribute__((no_sanitize("address"))) long syscall(long number, ...) noexcept 
 // "No such child" is what the host's own waiting leads to: it has taken the child's end.
 pid_t waitpid(pid_t child, int* status, int options) {
     static const auto real = Real(waitpid, "waitpid");
-    if (!Strikes("waitpid")) {
+    static bool isKilledOneRunning = false;
+    const bool asksForStops = (options & WUNTRACED) != 0;
+    if (isKilledOneRunning && !asksForStops) {
+        isKilledOneRunning = false;
+        return 0;
+    }
+    const bool tellsStops =
+        effect.IsFor("waitpid", qortest::STOPPED) || cause.IsFor("waitpid", qortest::STOPPED);
+    if ((tellsStops && !asksForStops) || !Strikes("waitpid")) {
         return real(child, status, options);
     }
     const int error = errno;
+    if (error == qortest::STOPPED) {
+        isKilledOneRunning = true;
+        *status = W_STOPCODE(SIGSTOP);
+        return child;
+    }
     if (error == ECHILD) {
         real(child, nullptr, 0);
     }
     errno = error;
     return -1;
+}
+
+int kill(pid_t process, int number) noexcept {
+    static const auto real = Real(kill, "kill");
+    return Strikes("kill") ? -1 : real(process, number);
+}
+
+int nanosleep(const timespec* duration, timespec* rest) {
+    static const auto real = Real(nanosleep, "nanosleep");
+    return Strikes("nanosleep") ? -1 : real(duration, rest);
 }
 
 int poll(pollfd* entries, nfds_t count, int timeout) {
@@ -314,8 +451,20 @@ int sigtimedwait(const sigset_t* signals, siginfo_t* information, const timespec
 }
 
 int clock_nanosleep(clockid_t, int, const timespec*, timespec*) {
-    return 0;
+    return Strikes("clock_nanosleep") ? errno : 0;
 }
+
+#if QORTEST_MALLOC_FAILS
+// The C library's own, which dlsym() may need itself.
+void* __libc_malloc(size_t size);  // NOLINT(bugprone-reserved-identifier)
+
+// Fails for the code of the two libraries only: others ask for memory with operator new, or are the
+// C library inside a function that fails as a whole.
+void* malloc(size_t size) noexcept {
+    const bool mayFail = effect.IsFor("malloc") && IsOurs(__builtin_return_address(0));
+    return mayFail && Strikes("malloc") ? nullptr : __libc_malloc(size);
+}
+#endif
 
 void syslog(int, const char*, ...) {}
 

@@ -6,12 +6,16 @@
 #include <set>
 #include <string>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 #include "Injection.h"
 #include "PrivateServerTest.h"
 #include "Request.h"
 
 namespace qortest {
+
+struct CTrial;
 
 // With QOR_ALL_INJECTIONS in the environment every call of every request is tried; else of the long
 // requests a part only, always the same.
@@ -25,13 +29,17 @@ protected:
     // until none is left to fail.
 
     void TryAllocations();
-    // With every error; where not all calls are tried, with one error after the other.
+    // With every error; where not all calls are tried, with one error after the other. Demands that
+    // something failed in the request that is sure to call the function.
     void TryCalls(const CFailingFunction& function);
 
     // How often something failed.
     long Struck() const { return m_Struck; }
 
 private:
+    // What a request comes to: verdict and content.
+    using Answer = std::pair<std::string, std::string>;
+
     long Stride() const;
     // Learns what the request gives on a server that traces these levels.
     void Use(const CRequest& request, int traceLevels);
@@ -39,14 +47,25 @@ private:
     // whether there is a call left to try.
     bool Try(const CInjection& injection);
     // The device list decides what there is to report.
-    void LearnContent(const std::string& deviceList);
+    Answer AnswerWith(const std::string& deviceList);
+    Answer LearnAnswer();
+    void ExpectUsefulAnswers() const;
+    void ExpectAnswer(const CTrial& trial) const;
+    void ExpectFailure(const CTrial& trial) const;
+    void ExpectSuccess(const CTrial& trial) const;
+    void ExpectDetail(const CTrial& trial) const;
 
     const CRequest* m_Request = nullptr;
     EDuration m_Duration = EDuration::Once;
     long m_Struck = 0;
-    std::set<std::string> m_Contents;  // of answers that may leave a part out as a whole
-    std::string m_WholeVerdict;
-    std::string m_WholeContent;
+    Answer m_Whole;
+    std::string m_WholeFile;  // of KRZExecCli
+    Answer m_RaidOnly;
+    Answer m_SsdOnly;
+    Answer m_Nothing;
+    // The tool commands of the request, by the number of their run, on all the servers that it was
+    // learnt on.
+    std::set<std::pair<size_t, std::string>> m_Commands;
 };
 
 // The name of a test: request and duration.

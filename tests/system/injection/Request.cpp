@@ -10,7 +10,6 @@ namespace fs = std::filesystem;
 namespace qortest {
 namespace {
 
-constexpr const char* TOOL = "/opt/tarmica/krz/cli/krzcli";
 constexpr const char* UTILITY = "/opt/tarmica/qor/provider/RAID/tool/storcli";
 
 // A tool of one shell without further programs: hundreds of runs a second.
@@ -28,14 +27,12 @@ private:
     std::string m_Cases;
 };
 
-void WriteTool() {
+void WriteTool(const std::string& version, const std::string& controller) {
     const std::string groups = "RG0\nRG No. : RG0\n\n>>PD5 (252:5)\nSlot : 5\n";
     CQuickTool tool;
-    tool.Answer("-v", "Product Version : 7.0\n");
+    tool.Answer("-v", version);
     tool.Answer("-ctrlinfo -aAll", "RAID Controller : 0\n");
-    tool.Answer("-ctrlinfo -a0",
-                "RAID Controller : 0\n\n### General Information ###\n"
-                "Product Name : A controller with a long name\n");
+    tool.Answer("-ctrlinfo -a0", controller);
     tool.Answer("-ldpdinfo -a0", groups);
     const std::string drives =
         "PD5(LD0)\n### General Information ###\nPD Status : ONLINE\n"
@@ -48,6 +45,10 @@ void WriteTool() {
                 "Product Name : A solid state drive\n");
     tool.Write(TOOL);
 }
+
+constexpr const char* CONTROLLER_REPORT =
+    "RAID Controller : 0\n\n### General Information ###\n"
+    "Product Name : A controller with a long name\n";
 
 void WriteUtility() {
     CQuickTool utility;
@@ -67,6 +68,11 @@ void Nothing() {}
 void RemoveToolAndDeviceList() {
     fs::remove(TOOL);
     fs::remove_all("/opt/tarmica/qor/kam");
+}
+
+// The tool tells of the error with exit status 0, in the first line of its report.
+void LetControllerFail() {
+    WriteTool(VERSION_REPORT, "Error - The controller does not answer\n");
 }
 
 void AskStorage(CMngSrv_QorLibIF& plugin, std::list<CItemDisp*>&, COutcome& outcome) {
@@ -96,8 +102,11 @@ void AskXml(CMngSrv_QorLibIF& plugin, std::list<CItemDisp*>& items, COutcome& ou
 }
 
 void AskExec(CMngSrv_QorLibIF& plugin, std::list<CItemDisp*>&, COutcome& outcome) {
+    // The blanks make a trace line that does not fit on the stack.
+    static const std::string command = "krzcli -v" + std::string(2000, ' ');
     unsigned long status = 0;
-    outcome.result = plugin.KRZExecCli("krzcli -v", &status, EXEC_RESULT);
+    outcome.result = plugin.KRZExecCli(command, &status, EXEC_RESULT);
+    outcome.text = std::to_string(status);
 }
 
 }  // namespace
@@ -106,48 +115,97 @@ std::string Content(const COutcome& outcome) {
     return ItemText(outcome.items) + outcome.text;
 }
 
-std::string Verdict(const COutcome& outcome) {
-    return std::to_string(outcome.result) + "/" + outcome.errorCode + "/" + outcome.noticeCode;
+std::string Verdict(const CRequest& request, const COutcome& outcome) {
+    const std::string result = std::to_string(outcome.result);
+    return request.texts == ETexts::None
+               ? result
+               : result + "/" + outcome.errorCode + "/" + outcome.noticeCode;
 }
 
 void LayOutServer(int traceLevels) {
-    WriteFile(std::string(INSTALL_DIR) + "/RaidVCFac.ini",
+    WriteFile(fs::path(INSTALL_DIR) / RAID_INI,
               "[SuportDevice]\nSuportDeviceNum=1\nVendor1=VEN_1000\nDevice1=DEV_005D\n");
-    WriteFile(DEVICE_LIST, "02:00.0_1000:005d_0000_02\n03:00.0_1aed:2001_0000_00\n");
+    WriteFile(fs::path(INSTALL_DIR) / SSD_INI,
+              "[SuportDevice]\nSuportDeviceNum=1\nVendor1=VEN_144D\nDevice1=DEV_A821\n");
+    WriteFile(DEVICE_LIST, std::string(RAID_CARD) + SSD);
     WriteFile("/etc/opt/tarmica/qor/comlib.ini",
               "[Trace]\nSink=file\nLevels=" + std::to_string(traceLevels) +
                   "\nFile=/opt/tarmica/trace.log\n");
-    WriteTool();
+    WriteTool(VERSION_REPORT, CONTROLLER_REPORT);
     WriteUtility();
     // What the list is made of where it is not seen for a moment.
     WriteDevice("0000:02:00.0", "0x1000", "0x005d");
-    WriteDevice("0000:03:00.0", "0x1aed", "0x2001");
+    WriteDevice("0000:03:00.0", "0x144d", "0xa821");
+}
+
+void HideVersion() {
+    WriteTool("", CONTROLLER_REPORT);
 }
 
 // The tool that is not seen for a moment counts as not installed: 02.
 const std::vector<CRequest>& Requests() {
     static const std::vector<CRequest> requests = {
         {"GetStorageInfo",
+         ETexts::CodesAndDetail,
          Nothing,
          AskStorage,
+         "1//",
+         4,
+         "",
          {"0/01/", "0/01/01", "0/02/", "0/02/01", "0/02/02", "0/03/", "0/03/01"},
          {"1//", "1//01", "1/02/02"},
          7},
-        {"GetPDInfo", Nothing, AskDrive, {"0/01/", "0/02/", "0/03/"}, {"1//"}, 3},
+        {"GetPDInfo",
+         ETexts::CodesAndDetail,
+         Nothing,
+         AskDrive,
+         "1//",
+         1,
+         "",
+         {"0/01/", "0/02/", "0/03/"},
+         {"1//"},
+         3},
         {"GetCtrlPDInfoBinaryString",
+         ETexts::Codes,
          Nothing,
          AskForm,
+         "1//",
+         2,
+         "",
          {"0/01/", "0/01/01", "0/02/", "0/02/01", "0/03/", "0/03/01"},
          {"1//", "1//01", "1/02/02"},
          7},
-        {"KRZExecCli", Nothing, AskExec, {"1//", "2//", "3//"}, {"0//"}, 1},
+        {"KRZExecCli",
+         ETexts::None,
+         Nothing,
+         AskExec,
+         "0",
+         1,
+         VERSION_REPORT,
+         {"1", "2", "3"},
+         {"0"},
+         1},
         {"GetRAIDInfoWithoutToolAndDeviceList",
+         ETexts::CodesAndDetail,
          RemoveToolAndDeviceList,
          AskRaid,
+         "0/02/",
+         2,
+         "",
          {"0/02/"},
          {"1//", "1/02/02"},
          1},
-        {"XmlSerialize", Nothing, AskXml, {}, {"0//"}, 1},
+        {"GetRAIDInfoOfFailingController",
+         ETexts::CodesAndDetail,
+         LetControllerFail,
+         AskRaid,
+         "0/01/",
+         2,
+         "",
+         {"0/01/", "0/01/01", "0/02/", "0/02/01", "0/03/", "0/03/01"},
+         {"1//", "1/02/02"},
+         1},
+        {"XmlSerialize", ETexts::None, Nothing, AskXml, "0", 1, "", {}, {"0"}, 1},
     };
     return requests;
 }
