@@ -20,6 +20,10 @@ struct CRecord {
     std::string enable;
 };
 
+#ifdef QOR_OLD_STRING_ABI
+static_assert(sizeof(std::string) == sizeof(void*), "the std::string of before C++11");
+#endif
+
 using Records = std::list<CRecord*>;
 
 // The operation at `slot` of the object's table.

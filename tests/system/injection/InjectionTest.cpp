@@ -77,8 +77,10 @@ size_t CountEntries(const char* directory) {
 }
 
 // Where result files go while the install directory is not seen: a directory of the whole machine.
+constexpr const char* WITHOUT_INSTALL_PATH = "/tmp/MSRAID";
+
 size_t CountOwnFilesWithoutInstallPath() {
-    const fs::path directory = "/tmp/MSRAID";
+    const fs::path directory = WITHOUT_INSTALL_PATH;
     std::array<char, 16> own = {};
     std::snprintf(own.data(), own.size(), "%08x_", static_cast<unsigned>(gettid()));
     size_t count = 0;
@@ -290,6 +292,7 @@ void CInjectionTest::TearDown() {
     RecordProperty("injections", std::to_string(m_Struck));
     std::printf("%ld injections\n", m_Struck);
     umount2(KERNEL_BUS, MNT_DETACH);
+    rmdir(WITHOUT_INSTALL_PATH);  // goes only if it is empty
     CPrivateServerTest::TearDown();
 }
 

@@ -4,12 +4,16 @@
 #include <sys/resource.h>
 
 #include <filesystem>
+#include <functional>
 #include <new>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
+#include "ItemText.h"
 #include "LoadedPluginTest.h"
 #include "RepeatingTool.h"
+#include "ServerWithoutTool.h"
 
 namespace {
 
@@ -60,41 +64,114 @@ TEST_F(HostMemory, LackOfMemoryIsToldAndPasses) {
     plugin->FreeItemList(&again.items);
 }
 
-struct CTask {
-    const CLoadedPlugin* plugin;
-    unsigned char result;
+// The plug-in's operations in a thread whose stack has 64 KiB. What came back is judged outside:
+// that may need more.
+class SmallStack : public HostMemory {
+protected:
+    void SetUp() override {
+        HostMemory::SetUp();
+        qortest::WriteFile(qortest::DEVICE_LIST,
+                           "02:00.0_1000:005d_0000_02\n03:00.0_1aed:2001_0000_00\n");
+    }
+
+    static void Run(std::function<void()> task) {
+        constexpr size_t SMALL_STACK = 64UL << 10;
+        pthread_attr_t attributes;
+        pthread_attr_init(&attributes);
+        ASSERT_EQ(pthread_attr_setstacksize(&attributes, SMALL_STACK), 0);
+        pthread_t thread = {};
+        ASSERT_EQ(pthread_create(&thread, &attributes, Call, &task), 0);
+        pthread_join(thread, nullptr);
+        pthread_attr_destroy(&attributes);
+    }
+
+    static CAnswer GetPDInfo(const CLoadedPlugin& plugin) {
+        CAnswer answer;
+        answer.result = plugin->GetPDInfo(0, 252, 5, &answer.items, &answer.errorCode,
+                                          &answer.noticeCode, &answer.errorDetail);
+        return answer;
+    }
+
+    // Runs a request that has to end with the exception.
+    static void ExpectOutOfRange(CAnswer (*ask)(const CLoadedPlugin&)) {
+        const CLoadedPlugin plugin;
+        bool thrown = false;
+        Run([&] {
+            try {
+                ask(plugin);
+            } catch (const std::out_of_range&) {
+                thrown = true;
+            }
+        });
+        EXPECT_TRUE(thrown);
+    }
+
+private:
+    static void* Call(void* task) {
+        (*static_cast<const std::function<void()>*>(task))();
+        return nullptr;
+    }
 };
 
-void* AskInThread(void* argument) {
-    auto* task = static_cast<CTask*>(argument);
-    std::list<CItemDisp*> items;
-    std::string errorCode;
-    std::string noticeCode;
-    std::string errorDetail;
-    task->result = (*task->plugin)->GetStorageInfo(&items, &errorCode, &noticeCode, &errorDetail);
-    char* text = nullptr;
-    task->result =
-        task->result != 0 && (*task->plugin)->XmlSerialize(0, "component", &items, &text) == 0;
-    (*task->plugin)->FreeItemList(&items);
+TEST_F(SmallStack, StorageXmlAndFormAreServed) {
+    const CLoadedPlugin plugin;
+    CAnswer answer;
+    unsigned int xml = 1;
+    unsigned char form = 0;
     std::string digits;
-    task->result =
-        task->result != 0 &&
-        (*task->plugin)->GetCtrlPDInfoBinaryString(&digits, &errorCode, &noticeCode) != 0;
-    return nullptr;
+    Run([&] {
+        answer.result = plugin->GetStorageInfo(&answer.items, &answer.errorCode, &answer.noticeCode,
+                                               &answer.errorDetail);
+        char* text = nullptr;
+        xml = plugin->XmlSerialize(0, "component", &answer.items, &text);
+        std::string errorCode;
+        std::string noticeCode;
+        form = plugin->GetCtrlPDInfoBinaryString(&digits, &errorCode, &noticeCode);
+    });
+    EXPECT_EQ(answer.result, 1) << answer.errorCode;
+    EXPECT_NE(qortest::ItemText(answer.items).find("| PCIe SSD Information |"), std::string::npos);
+    EXPECT_EQ(xml, 0U);
+    EXPECT_EQ(form, 1);
+    EXPECT_GT(digits.size(), 32U);
+    plugin->FreeItemList(&answer.items);
 }
 
-TEST_F(HostMemory, ThreadWithSmallStackIsServed) {
-    constexpr size_t SMALL_STACK = 64UL << 10;
+TEST_F(SmallStack, DriveWithItsSmartTableIsServed) {
     const CLoadedPlugin plugin;
-    CTask task = {&plugin, 0};
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, SMALL_STACK), 0);
-    pthread_t thread = {};
-    ASSERT_EQ(pthread_create(&thread, &attributes, AskInThread, &task), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-    EXPECT_EQ(task.result, 1);
+    CAnswer answer;
+    Run([&] { answer = GetPDInfo(plugin); });
+    EXPECT_EQ(answer.result, 1) << answer.errorCode;
+    EXPECT_NE(qortest::ItemText(answer.items).find("| Attribute | Read Error Rate |"),
+              std::string::npos);
+    plugin->FreeItemList(&answer.items);
+}
+
+TEST_F(SmallStack, ToolCommandIsRun) {
+    const CLoadedPlugin plugin;
+    const std::string file = "/opt/tarmica/result";
+    unsigned int result = 99;
+    unsigned long status = 99;
+    Run([&] { result = plugin->KRZExecCli("krzcli -v", &status, file); });
+    EXPECT_EQ(result, 0U);
+    EXPECT_EQ(status, 0U);
+    EXPECT_EQ(qortest::ReadFile(file), "Product Version : 7.0\n");
+}
+
+TEST_F(SmallStack, ServerWithoutToolAndDeviceListIsServed) {
+    const qortest::CServerWithoutTool server;
+    const CLoadedPlugin plugin;
+    CAnswer answer;
+    Run([&] { answer = GetRAIDInfo(plugin); });
+    qortest::CServerWithoutTool::ExpectAnswer(answer);
+}
+
+// Unwinding needs stack, too.
+TEST_F(SmallStack, ExceptionOfADamagedReportReachesTheThread) {
+    qortest::WriteFile("/opt/tarmica/reports/-pdinfo -pd[252:5] -a0",
+                       qortest::GoldenBad("smart/sata_row_ends_in_name.txt"));
+    ExpectOutOfRange(GetPDInfo);
+    qortest::WriteFile("/opt/tarmica/reports/-v", "Product Version :");
+    ExpectOutOfRange(GetRAIDInfo);
 }
 
 }  // namespace

@@ -1,13 +1,12 @@
 #include "LoadedPluginTest.h"
 
-#include <dlfcn.h>
-
 #include <filesystem>
 #include <stdexcept>
 
 namespace qortest {
 
-CLoadedPlugin::CLoadedPlugin(const char* path) : m_Library(dlopen(path, RTLD_NOW | RTLD_LOCAL)) {
+CLoadedPlugin::CLoadedPlugin(const char* path, int visibility)
+    : m_Library(dlopen(path, RTLD_NOW | visibility)) {
     if (m_Library == nullptr) {
         throw std::runtime_error(dlerror());
     }

@@ -3,6 +3,8 @@
 #ifndef QORTEST_LOADEDPLUGINTEST_H
 #define QORTEST_LOADEDPLUGINTEST_H
 
+#include <dlfcn.h>
+
 #include <list>
 #include <string>
 
@@ -18,7 +20,8 @@ inline constexpr const char* TRACE_FILE = "/opt/tarmica/trace.log";
 // One loaded copy of the plug-in with one object; unloads on the way out.
 class CLoadedPlugin {
 public:
-    explicit CLoadedPlugin(const char* path = QOR_PLUGIN_PATH);
+    // `visibility` is RTLD_LOCAL, as hosts should have it, or RTLD_GLOBAL.
+    explicit CLoadedPlugin(const char* path = QOR_PLUGIN_PATH, int visibility = RTLD_LOCAL);
     ~CLoadedPlugin();
     CLoadedPlugin(const CLoadedPlugin&) = delete;
     CLoadedPlugin& operator=(const CLoadedPlugin&) = delete;

@@ -17,6 +17,8 @@ void WriteRepeatingTool() {
     WriteFile(folder + "-ctrlinfo -a0", Golden("whole/ctrlinfo.txt"));
     WriteFile(folder + "-ldpdinfo -a0", Golden("whole/ldpdinfo.txt"));
     WriteFile(folder + "-pdinfo -nosmart -a0", Golden("whole/pdinfo.txt"));
+    WriteFile(folder + "-pdinfo -pd[252:5] -a0", Golden("smart/sata.txt"));
+    WriteFile(folder + "-pssdinfo -aAll", Golden("pssd/two_ssds.txt"));
 }
 
 }  // namespace qortest

@@ -5,7 +5,7 @@
 namespace qortest {
 
 // Prints the file of its arguments' name in "/opt/tarmica/reports", which holds the reports of a
-// small controller.
+// small controller, of its SATA drive 252:5 and of two PCIe SSDs.
 void WriteRepeatingTool();
 
 }  // namespace qortest
