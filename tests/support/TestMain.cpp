@@ -2,12 +2,25 @@
 // "/opt/tarmica" and "/etc/opt/tarmica" belong to the test and the machine is left untouched.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 
 #include "PrivateMounts.h"
 
+namespace {
+
+// What a script runs in the background ignores interrupts, and so would the programs under test.
+void TakeDefaultSignals() {
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM}) {
+        std::signal(signal, SIG_DFL);
+    }
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+    TakeDefaultSignals();
     testing::InitGoogleTest(&argc, argv);
     if (!testing::GTEST_FLAG(list_tests)) {
         try {
