@@ -59,11 +59,13 @@ public:
         words.push_back(nullptr);
         variables.push_back(nullptr);
         winsize size = {.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
+        qortest::ProvideTerminals();
         m_Child = forkpty(&m_Terminal, nullptr, nullptr, &size);
         if (m_Child == 0) {
             execve(words[0], words.data(), variables.data());
             _exit(127);
         }
+        EXPECT_GT(m_Child, 0) << "no terminal";
     }
     ~CSession() {
         if (m_Child > 0) {
