@@ -51,9 +51,9 @@ constexpr CInstead INSTEAD[] = {
     {"docs/install.md", "cd build/release && cpack -G DEB", "",
      "takes long, and the packages' own test does it"},
     {"docs/install.md",
-     "cmake -S examples -B build/example -DCMAKE_PREFIX_PATH=/usr/local && cmake --build "
+     "cmake -G Ninja -S examples -B build/example -DCMAKE_PREFIX_PATH=/usr/local && cmake --build "
      "build/example",
-     "cmake -S examples -B build/example -DCMAKE_PREFIX_PATH=\"$PWD/prefix\" "
+     "cmake -G Ninja -S examples -B build/example -DCMAKE_PREFIX_PATH=\"$PWD/prefix\" "
      "-DCMAKE_CXX_COMPILER=g++ >/dev/null && cmake --build build/example >/dev/null",
      "the machine's own folders are left alone"},
     {"docs/reliability.md", "QOR_REGENERATE_GOLDEN=1 build/dev/bin/system_reliability", "",

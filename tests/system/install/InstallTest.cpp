@@ -68,8 +68,8 @@ class ExampleTest : public qortest::CInstallTest {
 protected:
     // Configures and builds a project against the installed tree.
     CEnd Build(const fs::path& source, const fs::path& build) const {
-        return Shell("'" INSTALL_CMAKE "' -S '" + source.string() + "' -B '" + build.string() +
-                     "' -DCMAKE_PREFIX_PATH='" + Prefix().string() +
+        return Shell("'" INSTALL_CMAKE "' -G Ninja -S '" + source.string() + "' -B '" +
+                     build.string() + "' -DCMAKE_PREFIX_PATH='" + Prefix().string() +
                      "' -DCMAKE_CXX_COMPILER='" INSTALL_COMPILER
                      "' -DCMAKE_CXX_FLAGS='-Wall -Wextra -Werror " INSTALL_HOST_FLAGS
                      "' && '" INSTALL_CMAKE "' --build '" +
