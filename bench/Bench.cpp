@@ -98,6 +98,10 @@ void RunShell(const std::string& command, const std::string& outFile) {
     RunProgram({"sh", "-c", command}, outFile);
 }
 
+void UseToolEnvironment() {
+    setenv("LD_LIBRARY_PATH", "/opt/tarmica/krz/lib", 1);
+}
+
 void WriteFile(const std::string& path, const std::string& text) {
     std::error_code ignored;
     fs::create_directories(fs::path(path).parent_path(), ignored);

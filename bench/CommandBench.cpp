@@ -69,6 +69,7 @@ void RegisterPython(const std::string& name) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    qorbench::UseToolEnvironment();
     std::string measure = "command/small process";
     const std::string_view option = "--touched-gib=";
     if (argc > 1 && std::string_view(argv[1]).starts_with(option)) {

@@ -82,6 +82,7 @@ void RegisterWay(const std::string& name, unsigned controllers, int repetitions,
 
 int main(int argc, char** argv) {
     qorsim::EnterPrivateMounts();
+    qorbench::UseToolEnvironment();
     LayOutServer();
     for (const unsigned controllers : {1U, 8U, 64U}) {
         const std::string name = "request/" + std::to_string(controllers) + " controllers";
