@@ -105,7 +105,7 @@ CFinding JudgeOwner(uid_t owner, uid_t user) {
 
 CFinding ExamineResultOwner(CServerFacts& facts) {
     struct stat status = {};
-    return lstat(facts.ResultDirectory().c_str(), &status) == 0
+    return stat(facts.ResultDirectory().c_str(), &status) == 0
                ? JudgeOwner(status.st_uid, geteuid())
                : NoDirectory();
 }

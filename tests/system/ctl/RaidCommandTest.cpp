@@ -350,6 +350,14 @@ TEST_F(RaidCommandTest, VersionIsShown) {
     EXPECT_EQ(outcome.out, "qorctl " QORCTL_VERSION "\n");
 }
 
+TEST_F(RaidCommandTest, VersionThatCannotBeWrittenIsAFailure) {
+    const CQorctlOutcome outcome = qortest::RunQorctl(m_Folder, {.program = {},
+                                                                 .arguments = {"--version"},
+                                                                 .environment = m_Environment,
+                                                                 .outputPath = "/dev/full"});
+    EXPECT_EQ(outcome.status, 1);
+}
+
 TEST_F(RaidCommandTest, HelpStatesTheExitStatusAndAnExample) {
     const CQorctlOutcome outcome = Run({"--help"});
     EXPECT_EQ(outcome.status, 0);

@@ -455,7 +455,7 @@ int clock_nanosleep(clockid_t, int, const timespec*, timespec*) {
 }
 
 #if QORTEST_MALLOC_FAILS
-// The C library's own, which dlsym() may need itself.
+// The C library's own, which dlsym() may need itself; glibc gave it the reserved name.
 void* __libc_malloc(size_t size);  // NOLINT(bugprone-reserved-identifier)
 
 // Fails for the code of the two libraries only: others ask for memory with operator new, or are the

@@ -19,18 +19,6 @@ constexpr const char* DRIVE_COMMAND = "-pdinfo -pd[252:5] -a0";
 
 class AllSlots : public qortest::LoadedPluginTest {
 protected:
-    static CAnswer GetPDInfo(const CLoadedPlugin& plugin) {
-        CAnswer answer;
-        answer.result = plugin->GetPDInfo(0, 252, 5, &answer.items, &answer.errorCode,
-                                          &answer.noticeCode, &answer.errorDetail);
-        return answer;
-    }
-    static CAnswer GetStorageInfo(const CLoadedPlugin& plugin) {
-        CAnswer answer;
-        answer.result = plugin->GetStorageInfo(&answer.items, &answer.errorCode, &answer.noticeCode,
-                                               &answer.errorDetail);
-        return answer;
-    }
     static void ExpectTexts(const CAnswer& answer, int result, const std::string& texts) {
         EXPECT_EQ(answer.result, result);
         EXPECT_EQ(answer.errorCode + "/" + answer.noticeCode + "/" + answer.errorDetail, texts);

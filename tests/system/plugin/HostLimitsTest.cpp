@@ -173,10 +173,8 @@ protected:
     }
 
     static std::string AskForDrive(const CLoadedPlugin& plugin) {
-        CAnswer answer;
-        EXPECT_EQ(plugin->GetPDInfo(0, 252, 5, &answer.items, &answer.errorCode, &answer.noticeCode,
-                                    &answer.errorDetail),
-                  1);
+        CAnswer answer = GetPDInfo(plugin);
+        EXPECT_EQ(answer.result, 1);
         std::string text = qortest::ItemText(answer.items);
         plugin->FreeItemList(&answer.items);
         return text;

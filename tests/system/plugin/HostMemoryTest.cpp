@@ -85,13 +85,6 @@ protected:
         pthread_attr_destroy(&attributes);
     }
 
-    static CAnswer GetPDInfo(const CLoadedPlugin& plugin) {
-        CAnswer answer;
-        answer.result = plugin->GetPDInfo(0, 252, 5, &answer.items, &answer.errorCode,
-                                          &answer.noticeCode, &answer.errorDetail);
-        return answer;
-    }
-
     // Runs a request that has to end with the exception.
     static void ExpectOutOfRange(CAnswer (*ask)(const CLoadedPlugin&)) {
         const CLoadedPlugin plugin;

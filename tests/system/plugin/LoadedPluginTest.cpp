@@ -39,6 +39,20 @@ CAnswer LoadedPluginTest::GetRAIDInfo(const CLoadedPlugin& plugin) {
     return answer;
 }
 
+CAnswer LoadedPluginTest::GetStorageInfo(const CLoadedPlugin& plugin) {
+    CAnswer answer;
+    answer.result = plugin->GetStorageInfo(&answer.items, &answer.errorCode, &answer.noticeCode,
+                                           &answer.errorDetail);
+    return answer;
+}
+
+CAnswer LoadedPluginTest::GetPDInfo(const CLoadedPlugin& plugin) {
+    CAnswer answer;
+    answer.result = plugin->GetPDInfo(0, 252, 5, &answer.items, &answer.errorCode,
+                                      &answer.noticeCode, &answer.errorDetail);
+    return answer;
+}
+
 void LoadedPluginTest::PlayOneController(CStandInTool& tool) {
     tool.Play("-v", {.out = "Product Version : 7.0\n"});
     tool.Play("-ctrlinfo -aAll", {.out = "RAID Controller : 0\n"});

@@ -49,6 +49,10 @@ protected:
 
     // GetRAIDInfo of slot 4; the test frees the items with the plug-in's FreeItemList.
     static CAnswer GetRAIDInfo(const CLoadedPlugin& plugin);
+    // The same with slot 8, and with slot 6 for the drive in slot 5 of enclosure 252 at controller
+    // 0.
+    static CAnswer GetStorageInfo(const CLoadedPlugin& plugin);
+    static CAnswer GetPDInfo(const CLoadedPlugin& plugin);
     // The reports of one small controller, in the order in which the plug-in asks for them.
     static void PlayOneController(CStandInTool& tool);
     // True if the trace file has a line that holds `text`.

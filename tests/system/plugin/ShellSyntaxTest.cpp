@@ -148,15 +148,12 @@ protected:
 
     // The items of everything that can be asked for.
     static std::string ItemsOf(const CLoadedPlugin& plugin) {
-        CAnswer answer;
-        EXPECT_EQ(plugin->GetStorageInfo(&answer.items, &answer.errorCode, &answer.noticeCode,
-                                         &answer.errorDetail),
-                  1);
-        EXPECT_EQ(plugin->GetPDInfo(0, 252, 5, &answer.items, &answer.errorCode, &answer.noticeCode,
-                                    &answer.errorDetail),
-                  1);
-        std::string text = qortest::ItemText(answer.items);
-        plugin->FreeItemList(&answer.items);
+        std::string text;
+        for (CAnswer answer : {GetStorageInfo(plugin), GetPDInfo(plugin)}) {
+            EXPECT_EQ(answer.result, 1);
+            text += qortest::ItemText(answer.items);
+            plugin->FreeItemList(&answer.items);
+        }
         return text;
     }
 
