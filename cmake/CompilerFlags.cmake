@@ -66,10 +66,9 @@ function(qor_precompile target)
 endfunction()
 
 # qor_compile_together(TARGETS...): several files of a target are compiled as one, which reads the
-# large headers once, and optimises once what they make of them. Which files come together depends on
-# those that have properties of their own, as some have for the sanitizers; these builds do without.
+# large headers once, and optimises once what they make of them.
 function(qor_compile_together)
-  if(NOT CMAKE_CXX_COMPILER_LAUNCHER AND NOT QOR_SANITIZE)
+  if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     set_target_properties(${ARGV} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
   endif()
 endfunction()

@@ -9,9 +9,6 @@ namespace {
 
 using CNode = CItemTree::CNode;
 
-constexpr std::string_view TITLE_BEGIN = "### ";
-constexpr std::string_view TITLE_END = " ###";
-
 constexpr std::string_view CONTROLLER_ROOT = "Controller Information";
 constexpr std::string_view GROUP_ROOT = "Logical Drive Information";
 constexpr std::string_view DRIVE_ROOT = "Physical Drive Information";
@@ -152,24 +149,6 @@ constexpr CRoleRow ROLES[] = {
 
 // From the tree to sections
 
-std::string WithoutHashMarks(std::string_view name) {
-    if (name.starts_with(TITLE_BEGIN)) {
-        name.remove_prefix(TITLE_BEGIN.size());
-        if (name.ends_with(TITLE_END)) {
-            name.remove_suffix(TITLE_END.size());
-        }
-    }
-    return std::string(name);
-}
-
-bool IsTitle(const CNode& node) {
-    return node.item->ItemName().starts_with(TITLE_BEGIN);
-}
-
-bool HasChildren(const CNode& node) {
-    return node.firstChild != CItemTree::NO_NODE;
-}
-
 std::optional<std::string> ValueOf(const CNode& node) {
     if (node.item->Enable() == "FALSE" && node.item->ItemValue().empty()) {
         return std::nullopt;
@@ -190,7 +169,7 @@ CEntry MakeEntry(const CItemTree& tree, size_t index) {
     const CNode& node = tree.Node(index);
     CEntry entry;
     entry.name = node.item->ItemName();
-    entry.isGroup = HasChildren(node);
+    entry.isGroup = node.HasChildren();
     if (!entry.isGroup) {
         entry.value = ValueOf(node);
         return entry;
@@ -204,7 +183,7 @@ CEntry MakeEntry(const CItemTree& tree, size_t index) {
 
 CSection MakeSection(const CItemTree& tree, size_t title) {
     CSection section;
-    section.name = WithoutHashMarks(tree.Node(title).item->ItemName());
+    section.name = tree.Node(title).Title();
     for (size_t i = tree.Node(title).firstChild; i != CItemTree::NO_NODE;
          i = tree.Node(i).nextSibling) {
         section.entries.push_back(MakeEntry(tree, i));
@@ -217,7 +196,7 @@ CSections MakeSections(const CItemTree& tree, size_t root) {
     CSections sections;
     for (size_t i = tree.Node(root).firstChild; i != CItemTree::NO_NODE;
          i = tree.Node(i).nextSibling) {
-        if (IsTitle(tree.Node(i))) {
+        if (tree.Node(i).IsTitle()) {
             sections.push_back(MakeSection(tree, i));
             continue;
         }

@@ -1,6 +1,27 @@
 #include "ItemTree.h"
 
 namespace qorctl {
+namespace {
+
+constexpr std::string_view TITLE_BEGIN = "### ";
+constexpr std::string_view TITLE_END = " ###";
+
+}  // namespace
+
+bool CItemTree::CNode::IsTitle() const {
+    return item->ItemName().starts_with(TITLE_BEGIN);
+}
+
+std::string_view CItemTree::CNode::Title() const {
+    std::string_view title = item->ItemName();
+    if (IsTitle()) {
+        title.remove_prefix(TITLE_BEGIN.size());
+        if (title.ends_with(TITLE_END)) {
+            title.remove_suffix(TITLE_END.size());
+        }
+    }
+    return title;
+}
 
 CItemTree::CItemTree(const std::list<CItemDisp*>& items) {
     m_Nodes.reserve(items.size() + 1);

@@ -31,6 +31,12 @@ public:
     static constexpr size_t ROOT = 0;
 
     struct CNode {
+        bool HasChildren() const { return firstChild != NO_NODE; }
+        // Whether it is the title of a section: "### General Information ###"
+        bool IsTitle() const;
+        // The item's name, without the marks of a title. Valid as long as the item.
+        std::string_view Title() const;
+
         const CItemDisp* item = nullptr;
         size_t parent = NO_NODE;
         size_t firstChild = NO_NODE;

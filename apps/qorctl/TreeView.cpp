@@ -14,8 +14,6 @@
 namespace qorctl {
 namespace {
 
-constexpr std::string_view TITLE_BEGIN = "### ";
-constexpr std::string_view TITLE_END = " ###";
 constexpr std::string_view BOLD = "\x1b[1m";
 constexpr std::string_view DIM = "\x1b[2m";
 constexpr std::string_view PLAIN = "\x1b[0m";
@@ -32,14 +30,6 @@ constexpr CBranchMarks ASCII_MARKS = {"|  ", "   ", "|- ", "`- "};
 
 using CNode = CItemTree::CNode;
 
-bool IsTitle(const CNode& node) {
-    return node.item->ItemName().starts_with(TITLE_BEGIN);
-}
-
-bool HasChildren(const CNode& node) {
-    return node.firstChild != CItemTree::NO_NODE;
-}
-
 bool IsNotReported(const CNode& node) {
     return node.item->Enable() == "FALSE";
 }
@@ -47,15 +37,7 @@ bool IsNotReported(const CNode& node) {
 // A heading is shown without a colon: a section title, or a name that only stands above others.
 bool IsHeading(const CNode& node) {
     return node.item->ItemValue().empty() &&
-           (IsTitle(node) || HasChildren(node) || node.item->ParentName().empty());
-}
-
-std::string_view WithoutHashMarks(std::string_view title) {
-    title.remove_prefix(TITLE_BEGIN.size());
-    if (title.ends_with(TITLE_END)) {
-        title.remove_suffix(TITLE_END.size());
-    }
-    return title;
+           (node.IsTitle() || node.HasChildren() || node.item->ParentName().empty());
 }
 
 class CTreeView {
@@ -104,7 +86,7 @@ std::string CTreeView::Format() {
 // called while the state is still that of the line before.
 void CTreeView::SeparateTrees(const CNode& node) {
     const size_t lastDepth = m_GoesOn.size() - 1;
-    if (node.depth == 1 && !m_Text.empty() && (lastDepth > 1 || HasChildren(node))) {
+    if (node.depth == 1 && !m_Text.empty() && (lastDepth > 1 || node.HasChildren())) {
         m_Text += '\n';
     }
 }
@@ -198,9 +180,8 @@ std::string CTreeView::InColour(const std::string& text, EHealth health) const {
 }
 
 std::string CTreeView::Name(const CNode& node) const {
-    const std::string& name = node.item->ItemName();
-    return IsTitle(node) ? "[" + MakeVisible(WithoutHashMarks(name), m_Style) + "]"
-                         : MakeVisible(name, m_Style);
+    const std::string name = MakeVisible(node.Title(), m_Style);
+    return node.IsTitle() ? "[" + name + "]" : name;
 }
 
 }  // namespace

@@ -15,8 +15,6 @@ namespace {
 
 using CJson = nlohmann::ordered_json;
 
-constexpr int64_t MILLISECONDS = 1000;
-
 CJson Event(const CTick& tick, const char* event) {
     return {{"schema_version", JSON_SCHEMA_VERSION},
             {"command", "watch"},

@@ -7,6 +7,8 @@
 
 namespace qorctl {
 
+constexpr int64_t MILLISECONDS = 1000;  // of a second
+
 enum class EWake {
     TIME,    // the time has come
     REDRAW,  // the terminal has another size

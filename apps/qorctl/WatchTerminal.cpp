@@ -26,7 +26,6 @@ constexpr std::string_view END_OF_SCREEN = "\x1b[J";
 constexpr std::array<int, 4> ALL_SIGNALS = {SIGINT, SIGTERM, SIGHUP, SIGWINCH};
 constexpr size_t STOP_SIGNALS = 3;
 constexpr int SIGNAL_STATUS = 128;
-constexpr int64_t MILLISECONDS = 1000;
 constexpr int64_t NANOSECONDS = 1000000;  // of a millisecond
 
 // Signal handlers reach nothing but objects like these.
