@@ -37,10 +37,10 @@ protected:
         CServerTest::TearDown();
     }
 
-    std::string Tmux(const CStrings& arguments) const {
+    qortest::CEnd Tmux(const CStrings& arguments) const {
         CStrings command = {"tmux", "-u", "-S", Folder() / "tmux", "-f", "/dev/null"};
         command.insert(command.end(), arguments.begin(), arguments.end());
-        return qortest::RunProgram(command).out;
+        return qortest::RunProgram(command);
     }
 
     // Starts the command on `host` in a terminal of its own, which stays when the command has
@@ -50,8 +50,11 @@ protected:
         const std::string line = std::string(MARK) + "=" + Folder().string() + " " QORSIM_PROGRAM +
                                  " run " + options + " -- " QORCTL_PROGRAM " " + command +
                                  "; echo status=$?; exec cat";
-        Tmux(
-            {"new-session", "-d", "-x", std::to_string(width), "-y", std::to_string(height), line});
+        // A server that ends with its last terminal takes one along that comes while it does.
+        const qortest::CEnd end =
+            Tmux({"new-session", "-d", "-x", std::to_string(width), "-y", std::to_string(height),
+                  line, ";", "set-option", "-s", "exit-empty", "off"});
+        EXPECT_EQ(end.status, 0) << end.err;
     }
 
     // What the terminal shows once `text` is there; with control sequences where `options` say so.
@@ -66,7 +69,7 @@ protected:
                 ADD_FAILURE() << '"' << text << "\" does not come: " << shown;
                 break;
             }
-            shown = Tmux(capture);
+            shown = Tmux(capture).out;
         }
         return shown;
     }
