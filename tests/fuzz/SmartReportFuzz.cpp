@@ -41,13 +41,18 @@ CLines BehindEmptyLines(CLines lines) {
     return {std::find_if_not(lines.begin(), lines.end(), IsEmpty), lines.end()};
 }
 
+// What an item makes of a text: it ends at a NUL.
+std::string_view ItemText(std::string_view text) {
+    return text.substr(0, text.find('\0'));
+}
+
 // The drive's interface type; `before` where the section does not name one.
 std::string_view InterfaceTypeIn(CLines section, std::string_view before) {
     for (const std::string_view line : section) {
         const size_t colon = line.find(':');
         if (colon != std::string_view::npos &&
-            TrimmedView(line.substr(0, colon)) == "Interface Type") {
-            before = TrimmedView(line.substr(colon + 1));
+            ItemText(TrimmedView(line.substr(0, colon))) == "Interface Type") {
+            before = ItemText(TrimmedView(line.substr(colon + 1)));
         }
     }
     return before;
@@ -105,7 +110,7 @@ bool HoldsTableOutOfRange(const std::string& report) {
     std::string_view type;
     for (CLines lines = all; !lines.empty();) {
         const std::string_view line = lines.front();
-        const std::string_view title = TrimmedView(line);
+        const std::string_view title = ItemText(TrimmedView(line));
         lines = Behind(lines, 1);
         if (!line.starts_with("### ")) {
             continue;
