@@ -6,13 +6,13 @@
 
 #include "Bench.h"
 #include "PrivateMounts.h"
+#include "ServerPaths.h"
 #include "presence/CMSRAID_PCICard.h"
 
 namespace {
 
 constexpr unsigned DEVICES = 256;
 constexpr unsigned SUPPORTED = 64;
-constexpr const char* DEVICE_LIST = "/opt/tarmica/qor/kam/work/devices.tmp";
 constexpr const char* INI_FILE = "/opt/tarmica/qor/provider/RaidVCFac.ini";
 
 std::string Hex(unsigned number) {
@@ -39,7 +39,7 @@ void LayOutServer() {
         ini += "Vendor" + number + "=VEN_1000\nDevice" + number + "=DEV_" +
                Hex(0x8000 + SUPPORTED - i) + "\n";
     }
-    qorbench::WriteFile(DEVICE_LIST, devices);
+    qorbench::WriteFile(qorsim::DEVICE_LIST, devices);
     qorbench::WriteFile(INI_FILE, ini);
 }
 
@@ -70,7 +70,8 @@ int main(int argc, char** argv) {
             std::exit(1);
         }
     });
-    RegisterWay(name + "/floor",
-                [] { benchmark::DoNotOptimize(ReadOnce(DEVICE_LIST) + ReadOnce(INI_FILE)); });
+    RegisterWay(name + "/floor", [] {
+        benchmark::DoNotOptimize(ReadOnce(qorsim::DEVICE_LIST) + ReadOnce(INI_FILE));
+    });
     return qorbench::RunAll(argc, argv);
 }

@@ -6,6 +6,7 @@
 #include "Bench.h"
 #include "PrivateMounts.h"
 #include "ReportWriter.h"
+#include "ServerPaths.h"
 #include "plugin/MngSrv_QorLibIF.h"
 
 namespace fs = std::filesystem;
@@ -36,7 +37,7 @@ void LayOutReports(unsigned controllers) {
 }
 
 void LayOutServer() {
-    qorbench::WriteFile("/opt/tarmica/qor/kam/work/devices.tmp", "01:00.0_1000:005d_0000_02\n");
+    qorbench::WriteFile(qorsim::DEVICE_LIST, "01:00.0_1000:005d_0000_02\n");
     qorbench::WriteFile("/opt/tarmica/qor/provider/RaidVCFac.ini",
                         "[SuportDevice]\nSuportDeviceNum=1\nVendor1=VEN_1000\nDevice1=DEV_005D\n");
     fs::create_directories(fs::path(TOOL).parent_path());

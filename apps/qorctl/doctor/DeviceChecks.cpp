@@ -14,9 +14,11 @@
 namespace qorctl::doctor {
 namespace {
 
-constexpr const char* MAKE_AGAIN =
-    "delete /opt/tarmica/qor/kam/work/devices.tmp: the next request makes it again";
 constexpr size_t MOST_SHOWN = 5;
+
+std::string MakeAgain() {
+    return fmt::format("delete {}: the next request makes it again", DEVICE_LIST_PATH);
+}
 
 // Seconds since the epoch; 0 when it is not known.
 long BootTime() {
@@ -74,14 +76,14 @@ CFinding JudgeDifference(const std::vector<CDeviceWord>& listed,
                      [&](const std::string& place) { return IsSupported(place, facts); });
     if (invisible != unlisted.end()) {
         return Fail("a supported device of the server is not in the list: " + *invisible,
-                    MAKE_AGAIN);
+                    MakeAgain());
     }
     if (unlisted.empty() && gone.empty()) {
         return Ok(fmt::format("{} devices, all of them in the list", live.size()));
     }
     return Warn(fmt::format("devices that are only in the list: {}; only on the bus: {}",
                             Places(gone), Places(unlisted)),
-                MAKE_AGAIN);
+                MakeAgain());
 }
 
 }  // namespace
@@ -95,12 +97,12 @@ CFinding ExamineDeviceList(CServerFacts&) {
     const auto words = S_ISREG(status.st_mode) ? ReadDeviceList() : std::nullopt;
     if (!words || words->empty()) {
         return Fail(fmt::format("{} holds no device, or may not be read", DEVICE_LIST_PATH),
-                    MAKE_AGAIN);
+                    MakeAgain());
     }
     if (status.st_mtime < BootTime()) {
         return Warn(fmt::format("{}, {} devices, is older than the start of the machine",
                                 DEVICE_LIST_PATH, words->size()),
-                    MAKE_AGAIN);
+                    MakeAgain());
     }
     return Ok(fmt::format("{}, {} devices", DEVICE_LIST_PATH, words->size()));
 }

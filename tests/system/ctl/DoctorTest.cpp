@@ -34,6 +34,8 @@ constexpr const char* RAID_LIST = "/opt/tarmica/qor/provider/RaidVCFac.ini";
 constexpr const char* SSD_LIST = "/opt/tarmica/qor/provider/PciessdVCFac.ini";
 constexpr const char* STORCLI = "/opt/tarmica/qor/provider/RAID/tool/storcli";
 constexpr const char* MEGACLI = "/opt/tarmica/qor/provider/RAID/tool/MegaCli";
+constexpr const char* MAKE_AGAIN =
+    "delete /opt/tarmica/qor/kam/work/devices.tmp: the next request makes it again";
 constexpr const char* CARD = "02:00.0_1000:005d_0000_02\n";
 constexpr const char* SSD = "04:00.0_1aed:2001_0000_00\n";
 
@@ -92,18 +94,21 @@ protected:
         return report;
     }
 
-    // "VERDICT reason" of one check, which has a remedy unless it is OK.
-    static std::string FindingIn(const json& report, const std::string& group,
-                                 const std::string& name) {
+    static json CheckIn(const json& report, const std::string& group, const std::string& name) {
         for (const json& check : report["checks"]) {
             if (check["group"] == group && check["name"] == name) {
-                EXPECT_EQ(check["remedy"] == "", check["verdict"] == "OK");
-                return check["verdict"].get<std::string>() + " " +
-                       check["reason"].get<std::string>();
+                return check;
             }
         }
         ADD_FAILURE() << "no check " << group << ", " << name;
-        return "";
+        return {{"verdict", ""}, {"reason", ""}, {"remedy", ""}};
+    }
+    // "VERDICT reason" of one check, which has a remedy unless it is OK.
+    static std::string FindingIn(const json& report, const std::string& group,
+                                 const std::string& name) {
+        const json check = CheckIn(report, group, name);
+        EXPECT_EQ(check["remedy"] == "", check["verdict"] == "OK");
+        return check["verdict"].get<std::string>() + " " + check["reason"].get<std::string>();
     }
     std::string Finding(const std::string& group, const std::string& name) const {
         return FindingIn(Report(), group, name);
@@ -299,6 +304,21 @@ TEST_F(DoctorTest, DeviceListThatIsADirectoryIsAFailure) {
               "FAIL /opt/tarmica/qor/kam/work/devices.tmp holds no device, or may not be read");
     EXPECT_EQ(FindingIn(report, "devices", "live PCI bus"),
               "WARN not examined: there is no device list");
+}
+
+TEST_F(DoctorTest, DeviceListThatIsNotTrueIsToBeMadeAgain) {
+    WriteFile(DEVICE_LIST, std::string(CARD) + "06:00.0_8086:1522_0000_01\n");
+    EXPECT_EQ(CheckIn(Report(), "devices", "live PCI bus")["remedy"], MAKE_AGAIN);
+    AddDevice("0000:04:00.0", "0x1aed", "0x2001", "0x00");
+    EXPECT_EQ(CheckIn(Report(), "devices", "live PCI bus")["remedy"], MAKE_AGAIN);
+    const timespec longAgo[2] = {{1, 0}, {1, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, DEVICE_LIST, longAgo, 0), 0);
+    EXPECT_EQ(CheckIn(Report(), "devices", "device list")["remedy"], MAKE_AGAIN);
+    WriteFile(DEVICE_LIST, "");
+    EXPECT_EQ(CheckIn(Report(), "devices", "device list")["remedy"], MAKE_AGAIN);
+    fs::remove(DEVICE_LIST);
+    EXPECT_EQ(CheckIn(Report(), "devices", "device list")["remedy"],
+              "nothing: the next request makes it");
 }
 
 TEST_F(DoctorTest, SupportedDeviceThatIsNotListedIsAFailure) {

@@ -123,8 +123,9 @@ TEST_F(TerminalTest, NoColorIsObeyed) {
 
 TEST_F(TerminalTest, ProgressIsShownAndCtrlCEndsTheTool) {
     Start("--host small --fault hang@-pdinfo", "raid", 60, 24);
-    EXPECT_THAT(Await("krzcli -pdinfo -nosmart -a0 (controller 1"),
-                testing::ContainsRegex("qorctl: [0-9]+ s, krzcli -pdinfo"));
+    EXPECT_THAT(
+        Await("krzcli -pdinfo -nosmart -a0 (controller 1"),
+        testing::ContainsRegex("qorctl: [0-9]+ s, krzcli -pdinfo -nosmart -a0 .controller 1"));
     Tmux({"send-keys", "C-c"});
     EXPECT_THAT(Await("status=130"), Not(HasSubstr("qorctl: ")));
     EXPECT_EQ(CountProcesses(), 0U);
