@@ -29,9 +29,11 @@ unsigned int CXmlSerializer::CheckDataSize(unsigned long addLength) const {
     return m_MaxDataSize - m_XmlData.size() < addLength ? RESULT_TOO_LARGE : RESULT_OK;
 }
 
-void CXmlSerializer::ReserveXmlData(std::string::size_type addLength) {
-    if (CheckDataSize(addLength) == RESULT_OK) {
-        m_XmlData.reserve(m_XmlData.size() + addLength);
+void CXmlSerializer::ReserveXmlData(std::string::size_type bodyLength) {
+    const std::string::size_type rest =
+        bodyLength + m_RootElement.CreateTag(CXmlElement::TAG_CLOSE).size();
+    if (CheckDataSize(rest) == RESULT_OK) {
+        m_XmlData.reserve(m_XmlData.size() + rest);
     }
 }
 

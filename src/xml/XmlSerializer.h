@@ -69,8 +69,9 @@ protected:
         return RESULT_TOO_LARGE;
     }
 
-    // Makes room for a document of that many bytes more, so that it does not have to move later.
-    void ReserveXmlData(std::string::size_type addLength);
+    // Makes room for a body of that many bytes and the end of the document, so that the document
+    // does not have to move later.
+    void ReserveXmlData(std::string::size_type bodyLength);
 
     // Bytes that the document may hold: all that a string can. A test of what happens in a full
     // document lowers it, as no machine has the memory to fill one.

@@ -1,6 +1,5 @@
 #include "xml/XmlSerializer_DispData.h"
 
-#include <algorithm>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -29,22 +28,19 @@ void AppendElement(std::string& text, const CTags& tags, const std::string& valu
 }
 
 constexpr std::string::size_type TAGS_OF_ITEM =
-    std::string_view("<item><name></name><val></val><enbl>TRUE</enbl><item/></item>").size();
+    std::string_view("<item><name></name><val></val><enbl></enbl><item/></item>").size();
 
 constexpr std::string_view ENABLE_TRUE = "TRUE";
 constexpr std::string_view ENABLE_FALSE = "FALSE";
 
-// About what the items take, a little more than less: the first ones stand for all.
-std::string::size_type EstimatedSize(const std::list<CItemDisp*>& items) {
-    constexpr std::string::size_type SAMPLE = 256;
-    const std::string::size_type sample = std::min(items.size(), SAMPLE);
+// What the items take, and a few bytes more where an item has children or an empty text.
+std::string::size_type SizeAtMost(const std::list<CItemDisp*>& items) {
     std::string::size_type size = 0;
-    auto item = items.begin();
-    for (std::string::size_type i = 0; i < sample; ++i, ++item) {
-        size += (*item)->ItemName().size() + (*item)->ItemValue().size();
+    for (const CItemDisp* item : items) {
+        size += TAGS_OF_ITEM + item->ItemName().size() + item->ItemValue().size() +
+                item->Enable().size();
     }
-    const std::string::size_type average = size / sample + TAGS_OF_ITEM;
-    return (average + average / 8) * items.size();
+    return size;
 }
 
 }  // namespace
@@ -59,7 +55,7 @@ unsigned int CXmlSerializer_DispData::XmlSerialize(void* data, char** out) {
     if (items == nullptr || *out != nullptr || items->empty()) {
         return RESULT_INVALID_ARGUMENT;
     }
-    ReserveXmlData(EstimatedSize(*items));
+    ReserveXmlData(SizeAtMost(*items));
     std::list<std::string> openParents;
     const CItemDisp* previous = nullptr;
     unsigned int index = 1;

@@ -427,4 +427,18 @@ TEST(XmlSerializerDispData, RandomListsAreAcceptedOrRefusedAsModelled) {
     EXPECT_LT(refused, 19'000);
 }
 
+TEST(XmlSerializerDispData, OneLargeItemMakesTheOthersNoLarger) {
+    CItemList list;
+    list.Add("", "R", std::string(20'000'000, 'v'));
+    constexpr std::string::size_type CHILDREN = 500'000;
+    for (std::string::size_type i = 0; i < CHILDREN; ++i) {
+        list.Add("R", "C", "V");
+    }
+    CXmlSerializer_DispData serializer("dispdata", "C");
+    char* out = nullptr;
+    EXPECT_EQ(serializer.XmlSerialize(&list.items, &out), 0U);
+    EXPECT_LE(serializer.XmlData().capacity(), serializer.XmlData().size() + 100)
+        << "no room is kept that is not used";
+}
+
 }  // namespace
