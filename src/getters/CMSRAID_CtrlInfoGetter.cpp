@@ -65,10 +65,15 @@ bool CMSRAID_CtrlInfoGetter::CountControllers(const std::string& command, const 
     if (!OpenReport(path, stream)) {
         return false;
     }
+    long headers = 0;
     for (std::string line; std::getline(stream, line);) {
-        count += IsCtrlHeader(line) ? 1 : 0;
+        headers += IsCtrlHeader(line) ? 1 : 0;
     }
-    return IsReadToTheEnd(path, stream);
+    if (!IsReadToTheEnd(path, stream)) {
+        return false;
+    }
+    count = headers;
+    return true;
 }
 
 bool CMSRAID_CtrlInfoGetter::CreateRAIDItem(std::ifstream& stream, std::string line) {

@@ -96,8 +96,13 @@ bool CMSRAID_LDInfoGetter::GetPDRGNo(long ctrlNo, std::map<long, std::string>& m
     if (!OpenReport(file.Path(), stream)) {
         return false;
     }
-    ReadPDRGNo(stream, mapRGNo);
-    return IsReadToTheEnd(file.Path(), stream);
+    std::map<long, std::string> found;
+    ReadPDRGNo(stream, found);
+    if (!IsReadToTheEnd(file.Path(), stream)) {
+        return false;
+    }
+    mapRGNo.merge(found);
+    return true;
 }
 
 void CMSRAID_LDInfoGetter::ReadPDRGNo(std::ifstream& stream, std::map<long, std::string>& mapRGNo) {

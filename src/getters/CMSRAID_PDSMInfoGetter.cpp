@@ -29,23 +29,26 @@ size_t FindText(std::string_view text, size_t begin) {
     return begin < text.size() ? begin : std::string_view::npos;
 }
 
-// The columns of a SATA header. "Raw Data" is one column although it holds a blank; the tool always
-// prints another one behind it.
+// "Raw Data" is one column although it holds a blank.
+bool IsRawData(const std::string& piece) {
+    return piece == CMSRAID_PDSMInfoGetter::SMART_RAW_DATA_HEAD_NAME;
+}
+
+std::string SATAColumn(const std::string& piece) {
+    return IsRawData(piece) ? CMSRAID_PDSMInfoGetter::SMART_RAW_DATA_NAME : piece;
+}
+
+// The columns of a SATA header. The tool always prints another one behind "Raw Data".
 std::vector<std::string> SATAColumns(const std::string& header) {
     std::vector<std::string> columns;
     size_t begin = 0;
     for (size_t end = FindBlank(header, 0); end != std::string::npos;
          end = FindBlank(header, begin)) {
-        const std::string name = Trimmed(header.substr(begin, end - begin));
-        if (name == CMSRAID_PDSMInfoGetter::SMART_RAW_DATA_HEAD_NAME) {
-            columns.emplace_back(CMSRAID_PDSMInfoGetter::SMART_RAW_DATA_NAME);
-            begin = FindText(header, end + BLANK_AND_DATA_WIDTH);
-        } else {
-            columns.push_back(name);
-            begin = FindText(header, end);
-        }
+        const std::string piece = Trimmed(header.substr(begin, end - begin));
+        columns.push_back(SATAColumn(piece));
+        begin = FindText(header, IsRawData(piece) ? end + BLANK_AND_DATA_WIDTH : end);
     }
-    columns.push_back(Trimmed(header.substr(begin)));
+    columns.push_back(SATAColumn(Trimmed(header.substr(begin))));
     return columns;
 }
 

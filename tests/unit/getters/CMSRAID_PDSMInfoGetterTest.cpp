@@ -497,7 +497,7 @@ TEST_F(PDSMInfoGetter, HeaderOfASATATableGivesTheColumns) {
         {"ID Attribute Raw Dates", {"ID", "Attribute", "Raw Data", "s"}},
         {"ID Attribute Raw Values", {"ID", "Attribute", "Raw Data", "es"}},
         // The last column is what it is.
-        {"ID Attribute Raw", {"ID", "Attribute", "Raw"}},
+        {"ID Attribute Raw", {"ID", "Attribute", "Raw Data"}},
         {"ID Attribute RawData X", {"ID", "Attribute", "RawData", "X"}},
         {"ID Attribute raw data X", {"ID", "Attribute", "raw", "data", "X"}},
         {"Attribute", {"Attribute"}},
