@@ -122,9 +122,10 @@ bool CollectRAIDInfo(ItemList& holding, ItemList& list, CResultTexts& texts) {
     return CollectControllers(holding, list, texts);
 }
 
-bool CollectPCIeSSDs(ItemList& holding, ItemList& list, CResultTexts& texts) {
+// Whether the SSDs could be answered for; nothing if there are none or they are not asked for.
+std::optional<bool> CollectPCIeSSDs(ItemList& holding, ItemList& list, CResultTexts& texts) {
     if (!CMSRAID_PCICard::IsPresentPCIeSSD(nullptr)) {
-        return true;
+        return std::nullopt;
     }
     if (!CMSRAID_KRZ::IsKRZInstalled()) {
         texts.errCode = ERR_NOT_INSTALLED;
@@ -134,11 +135,11 @@ bool CollectPCIeSSDs(ItemList& holding, ItemList& list, CResultTexts& texts) {
     const std::optional<CKRZVersion> version = CKRZVersion::Parse(ToolVersion());
     CMSRAID_PCIeSSDInfoGetter getter;
     if (!version) {
-        return true;
+        return std::nullopt;
     }
     if (IsOldForSSD(*version)) {
         QOR_TRACE(SKIP, "Skip getting PCIe SSD Information because KRZ is old.");
-        return true;
+        return std::nullopt;
     }
     if (!getter.GetInfo(holding)) {
         QOR_TRACE(FAILURE, "CMSRAID_PCIeSSDInfoGetter::GetInfo is FAILED (ret=%08x).", 0U);
@@ -211,14 +212,18 @@ unsigned char CMSRAID_InterFace::GetStorageInfo(std::list<CItemDisp*>* list, std
     CItemListOwner holding;
     CItemListGuard guard(*list);
     CResultTexts texts = {*errCode, *notice, *detail};
-    const bool result =
-        GetRAIDInfo(list, errCode, notice, detail) != 0 && CollectPCIeSSDs(holding, *list, texts);
+    unsigned char result = GetRAIDInfo(list, errCode, notice, detail);
+    if (result != 0) {
+        if (const std::optional<bool> ssds = CollectPCIeSSDs(holding, *list, texts)) {
+            result = *ssds ? 1 : 0;
+        }
+    }
     guard.Dismiss();
     FreeItemList(&holding);
-    if (!result) {
+    if (result == 0) {
         FreeItemList(list);
     }
-    return result ? 1 : 0;
+    return result;
 }
 
 void CMSRAID_InterFace::FreeItemList(std::list<CItemDisp*>* list) {

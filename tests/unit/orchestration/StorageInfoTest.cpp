@@ -288,30 +288,46 @@ TEST_F(StorageInfo, ItemsAreAppendedBehindTheCallers) {
 
 class CRAIDInfoDouble : public CMSRAID_InterFace {
 public:
-    explicit CRAIDInfoDouble(bool succeeds) : m_Succeeds(succeeds) {}
+    explicit CRAIDInfoDouble(int result) : m_Result(static_cast<unsigned char>(result)) {}
     unsigned char GetRAIDInfo(std::list<CItemDisp*>* list, std::string* errCode,
                               std::string* notice, std::string* detail) override {
         AddItem(*list, "", "double", "");
         *errCode = "e";
         *notice = "n";
         *detail = "d";
-        return m_Succeeds ? 1 : 0;
+        return m_Result;
     }
 
 private:
-    bool m_Succeeds;
+    unsigned char m_Result;
 };
 
 TEST_F(StorageInfo, RAIDInformationComesThroughTheTable) {
-    for (const bool succeeds : {false, true}) {
-        CRAIDInfoDouble interFace(succeeds);
+    for (const int result : {0, 1, 7, 255}) {
+        CRAIDInfoDouble interFace(result);
         CItems items;
         std::string errCode;
         std::string notice;
         std::string detail;
-        EXPECT_EQ(interFace.GetStorageInfo(&items, &errCode, &notice, &detail), succeeds ? 1 : 0);
+        EXPECT_EQ(interFace.GetStorageInfo(&items, &errCode, &notice, &detail), result);
         EXPECT_EQ(errCode + notice + detail, "end");
-        EXPECT_EQ(items.Text(), succeeds ? " | double |  | TRUE\n" : "");
+        EXPECT_EQ(items.Text(), result != 0 ? " | double |  | TRUE\n" : "");
+    }
+}
+
+TEST_F(StorageInfo, ResultOfTheSSDsReplacesTheOneOfTheRAIDInformation) {
+    PutDevices(ECard::Absent, ESSD::Present);
+    CStandInTool tool;
+    PlayVersion(tool, "6.8");
+    PlayVersion(tool, "7.0");
+    tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
+    for (const int expected : {7, 1}) {
+        CRAIDInfoDouble interFace(7);
+        CItems items;
+        std::string errCode;
+        std::string notice;
+        std::string detail;
+        EXPECT_EQ(interFace.GetStorageInfo(&items, &errCode, &notice, &detail), expected);
     }
 }
 
