@@ -29,9 +29,12 @@ unsigned char Answer(const std::list<CItemDisp*>* items, std::string* errorCode,
     std::string notice;
     std::string detail;
     const unsigned char result = request(interFace, &errCode, &notice, &detail);
-    // Nothing can fail any more: an exception leaves the caller's texts as they were reset.
-    errorCode->swap(errCode);
-    noticeCode->swap(notice);
+    // With room for both codes nothing can fail any more: an exception leaves the caller's texts as
+    // they were reset. Two of them may be the same text.
+    errorCode->reserve(errorCode->size() + errCode.size() + notice.size());
+    noticeCode->reserve(noticeCode->size() + errCode.size() + notice.size());
+    errorCode->insert(0, errCode);
+    noticeCode->insert(0, notice);
     errorDetail->swap(detail);
     return result;
 }
@@ -100,22 +103,15 @@ unsigned char CMngSrv_QorLibIF::GetCtrlPDInfoBinaryString(std::string* binary,
     binary->clear();
     errorCode->clear();
     noticeCode->clear();
-    // Handed over when nothing can fail any more: an exception leaves the caller's texts empty.
-    std::string digits;
-    std::string errCode;
-    std::string notice;
     CSvpPdInfoForm form;
     CItemListOwner items;
-    const bool result = GetRAIDInfo(&items, &errCode, &notice) != 0;
+    const bool result = GetRAIDInfo(&items, errorCode, noticeCode) != 0;
     if (result) {
         ChangeToSvpPdInfoForm(&form, &items);
     }
     form.SetDataSize();
-    form.DumpMe(&digits);
+    form.DumpMe(binary);
     form.OutPutMemberToDebugLog();
-    binary->swap(digits);
-    errorCode->swap(errCode);
-    noticeCode->swap(notice);
     if (result) {
         FreeItemList(&items);
     }
@@ -126,7 +122,7 @@ void CMngSrv_QorLibIF::ChangeToSvpPdInfoForm(CSvpPdInfoForm* form, std::list<CIt
     CSvpConversion::Convert(form, *items);
 }
 
-bool CMngSrv_QorLibIF::SerchStringList(const std::string& name, const char* const* table) {
+bool CMngSrv_QorLibIF::SerchStringList(const std::string& name, const std::string* table) {
     return CSvpConversion::SerchStringList(name, table);
 }
 

@@ -89,9 +89,10 @@ public:
                                     std::list<CItemDisp*>* items, std::string* errorCode,
                                     std::string* noticeCode, std::string* errorDetail);
 
-    // Slot 7. Fills `binary` with the service-processor form as lower-case hexadecimal digits. On
-    // failure (0) it holds the form of no controller. A null pointer gives 0 and touches nothing.
-    // Throws as slot 4; the three texts are empty then.
+    // Slot 7. Empties the three texts, asks slot 3 for the two codes, and appends the
+    // service-processor form to `binary` as lower-case hexadecimal digits; on failure (0) that of
+    // no controller. A null pointer gives 0 and touches nothing. Throws as slot 4, and the three
+    // texts are empty then; throws std::bad_alloc for the form with the codes in their texts.
     virtual unsigned char GetCtrlPDInfoBinaryString(std::string* binary, std::string* errorCode,
                                                     std::string* noticeCode);
 
@@ -113,7 +114,7 @@ public:
     // Not for hosts: the two steps behind slot 7. The second says whether `name` is one of the
     // table's texts before its empty end mark; it is spelled so.
     void ChangeToSvpPdInfoForm(CSvpPdInfoForm* form, std::list<CItemDisp*>* items);
-    bool SerchStringList(const std::string& name, const char* const* table);
+    bool SerchStringList(const std::string& name, const std::string* table);
 
 private:
     CMngSrv_QorLibMan* m_pLibMan;

@@ -45,10 +45,9 @@ void CSvpConversion::Convert(CSvpPdInfoForm* form, const std::list<CItemDisp*>& 
     conversion.FlushCtrl();
 }
 
-bool CSvpConversion::SerchStringList(const std::string& name, const char* const* table) {
-    for (; **table != '\0'; ++table) {
-        // Most names differ in their first letter already.
-        if (name[0] == **table && name == *table) {
+bool CSvpConversion::SerchStringList(const std::string& name, const std::string* table) {
+    for (; !table->empty(); ++table) {
+        if (name == *table) {
             return true;
         }
     }

@@ -29,7 +29,7 @@ public:
     static void Convert(CSvpPdInfoForm* form, const std::list<CItemDisp*>& items);
 
     // True if `name` is one of the table's texts before the empty one that ends it, byte by byte.
-    static bool SerchStringList(const std::string& name, const char* const* table);
+    static bool SerchStringList(const std::string& name, const std::string* table);
 
 private:
     enum class MODE { NONE, CONTROLLER, PD };

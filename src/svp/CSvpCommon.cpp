@@ -1,5 +1,7 @@
 #include "svp/CSvpCommon.h"
 
+#include <cstring>
+
 #include "plugin/ComLib.h"
 
 namespace {
@@ -9,7 +11,14 @@ constexpr char MODULE[] = "Lib_MngSrv";
 }  // namespace
 
 std::string CSvpCommon::ValueToBinString(const void* value, unsigned int size) {
-    return BytesToBinString(value, size, std::endian::native);
+    return BytesToBinString(value, size, HostOrder());
+}
+
+std::endian CSvpCommon::HostOrder() {
+    const int one = 1;
+    unsigned char first = 0;
+    std::memcpy(&first, &one, sizeof first);
+    return first == 1 ? std::endian::little : std::endian::big;
 }
 
 std::string CSvpCommon::BytesToBinString(const void* bytes, std::size_t count, std::endian order) {

@@ -19,6 +19,9 @@ public:
     // The `size` bytes of the number at `value` (never null), least significant byte first.
     static std::string ValueToBinString(const void* value, unsigned int size);
 
+    // How this host keeps a number, told by the first byte of one.
+    static std::endian HostOrder();
+
     // The `count` bytes at `bytes` (never null): as they stand for std::endian::little, from the
     // last to the first for std::endian::big.
     static std::string BytesToBinString(const void* bytes, std::size_t count, std::endian order);

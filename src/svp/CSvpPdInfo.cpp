@@ -8,8 +8,8 @@
 namespace {
 
 constexpr std::uint64_t HEADER_SIZE = 3;
-// All names but the number's and the empty one.
-constexpr std::size_t USUAL_ITEMS = std::size(tsPdGenList) - 2;
+// All names but the number's.
+constexpr std::size_t USUAL_ITEMS = PD_GEN_NAMES - 1;
 
 }  // namespace
 
@@ -34,7 +34,7 @@ void CSvpPdInfo::CheckMyItem() {
 
 bool CSvpPdInfo::IsComplete() const {
     auto item = m_Items.begin();
-    for (const char* const* name = std::next(tsPdGenList); **name != '\0'; ++name, ++item) {
+    for (const std::string* name = std::next(tsPdGenList); !name->empty(); ++name, ++item) {
         if (item == m_Items.end() || item->Lavel() != *name || item->Value().empty()) {
             return false;
         }

@@ -1,5 +1,6 @@
 #include "svp/CSvpPdInfoForm.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "svp/CSvpCommon.h"
@@ -70,6 +71,6 @@ void CSvpPdInfoForm::OutPutMemberToDebugLog() const {
 }
 
 std::string CSvpPdInfoForm::StringToBinString(const unsigned char* bytes, int count) {
-    return CSvpCommon::BytesToBinString(bytes, static_cast<std::size_t>(count),
+    return CSvpCommon::BytesToBinString(bytes, static_cast<std::size_t>(std::max(count, 0)),
                                         std::endian::little);
 }

@@ -48,7 +48,8 @@ public:
 
     void OutPutMemberToDebugLog() const;
 
-    // Two digits for each of the `count` bytes at `bytes`, in order, zero bytes included.
+    // Two digits for each of the `count` bytes at `bytes`, in order, zero bytes included; none for
+    // a negative count.
     static std::string StringToBinString(const unsigned char* bytes, int count);
 
     // Bytes of the whole form, as SetDataSize() left it.

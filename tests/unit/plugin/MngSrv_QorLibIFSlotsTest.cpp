@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "FakeComLib.h"
@@ -356,6 +357,68 @@ TEST_F(QorLibIFSlots, ExceptionLeavesTheFormsTextsEmpty) {
     EXPECT_EQ(binary, "");
     EXPECT_EQ(Texts(), "'' '' 'detail before'");
     EXPECT_TRUE(fs::is_empty(RESULT_DIR));
+}
+
+TEST_F(QorLibIFSlots, TextsOfAnOverrideThatThrowsStay) {
+    class CThrowing : public CMngSrv_QorLibIF {
+    public:
+        using CMngSrv_QorLibIF::GetRAIDInfo;
+        unsigned char GetRAIDInfo(std::list<CItemDisp*>*, std::string* errorCode,
+                                  std::string* noticeCode) override {
+            *errorCode = "e";
+            *noticeCode = "n";
+            throw std::runtime_error("of the host");
+        }
+    } object;
+    std::string binary = "before";
+    EXPECT_THROW(object.GetCtrlPDInfoBinaryString(&binary, &m_ErrorCode, &m_NoticeCode),
+                 std::runtime_error);
+    EXPECT_EQ(binary, "");
+    EXPECT_EQ(Texts(), "'e' 'n' 'detail before'");
+}
+
+TEST_F(QorLibIFSlots, OverrideGetsTheCallersOwnTexts) {
+    class CNoting : public CMngSrv_QorLibIF {
+    public:
+        using CMngSrv_QorLibIF::GetRAIDInfo;
+        unsigned char GetRAIDInfo(std::list<CItemDisp*>*, std::string* errorCode,
+                                  std::string* noticeCode) override {
+            texts = {errorCode, noticeCode};
+            return 1;
+        }
+        std::pair<std::string*, std::string*> texts;
+    } object;
+    std::string binary;
+    EXPECT_EQ(object.GetCtrlPDInfoBinaryString(&binary, &m_ErrorCode, &m_NoticeCode), 1);
+    EXPECT_EQ(object.texts, std::make_pair(&m_ErrorCode, &m_NoticeCode));
+}
+
+// --- one text in two places ---
+
+TEST_F(QorLibIFSlots, CodesArePutInFrontOfWhatTheTextHolds) {
+    std::string both = "before";
+    std::string detail;
+    EXPECT_EQ(Object().GetPDInfo(1, 2, 3, &m_Items, &both, &both, &detail), 0);
+    EXPECT_EQ(both, "02");
+    both = "before";
+    EXPECT_EQ(Object().GetPDInfo(1, 2, 3, &m_Items, &both, &both), 0);
+    EXPECT_EQ(both, "02");
+    PutRaidCard();
+    both = "before";
+    EXPECT_EQ(Object().GetRAIDInfo(&m_Items, &both, &both, &detail), 1);
+    EXPECT_EQ(both, "0202") << "neither tool nor disk";
+    EXPECT_EQ(Object().GetStorageInfo(&m_Items, &both, &both, &both), 1);
+    EXPECT_EQ(both, "none") << "the detail is assigned last";
+}
+
+TEST_F(QorLibIFSlots, FormIsAppendedToWhatTheTextHolds) {
+    std::string both = "before";
+    EXPECT_EQ(Object().GetCtrlPDInfoBinaryString(&both, &both, &m_NoticeCode), 1);
+    EXPECT_EQ(both, EMPTY_FORM);
+    PutRaidCard();
+    EXPECT_EQ(Object().GetCtrlPDInfoBinaryString(&both, &both, &m_NoticeCode), 1);
+    EXPECT_EQ(both, std::string("02") + EMPTY_FORM);
+    EXPECT_EQ(m_NoticeCode, "02");
 }
 
 TEST_F(QorLibIFSlots, SearchKnowsTheTables) {

@@ -314,8 +314,8 @@ TEST(SvpConversion, LongTextsAreCut) {
 }
 
 TEST(SvpConversion, SearchIsExactAndStopsAtTheEndMark) {
-    const char* const table[] = {"one", "two", "", "behind the end"};
-    const char* const empty[] = {"", "behind the end"};
+    const std::string table[] = {"one", "two", "", "behind the end"};
+    const std::string empty[] = {"", "behind the end"};
     EXPECT_TRUE(CSvpConversion::SerchStringList("one", table));
     EXPECT_TRUE(CSvpConversion::SerchStringList("two", table));
     EXPECT_FALSE(CSvpConversion::SerchStringList("Two", table));
@@ -327,9 +327,13 @@ TEST(SvpConversion, SearchIsExactAndStopsAtTheEndMark) {
     EXPECT_FALSE(CSvpConversion::SerchStringList("behind the end", empty));
 }
 
-template <std::size_t Count>
-std::vector<std::string> Texts(const char* const (&table)[Count]) {
-    return {table, table + Count};
+// The end mark included.
+std::vector<std::string> Texts(const std::string* table) {
+    std::vector<std::string> texts;
+    do {
+        texts.push_back(*table);
+    } while (!(table++)->empty());
+    return texts;
 }
 
 TEST(SvpConversion, NameTables) {

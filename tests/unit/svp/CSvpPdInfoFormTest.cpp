@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <random>
 #include <stdexcept>
 #include <utility>
@@ -139,6 +140,8 @@ TEST(SvpPdInfoForm, EveryByteOfARawFieldIsWritten) {
     const unsigned char bytes[] = {0x00, 0x7F, 0x80, 0xFF};
     EXPECT_EQ(CSvpPdInfoForm::StringToBinString(bytes, 4), "007f80ff");
     EXPECT_EQ(CSvpPdInfoForm::StringToBinString(bytes, 0), "");
+    EXPECT_EQ(CSvpPdInfoForm::StringToBinString(bytes, -1), "");
+    EXPECT_EQ(CSvpPdInfoForm::StringToBinString(bytes, std::numeric_limits<int>::min()), "");
 }
 
 TEST(SvpPdInfoForm, TraceLinesInOrder) {
