@@ -18,6 +18,31 @@ constexpr int RETRY_COUNT = 2;
 constexpr unsigned long RETRY_PAUSE_MS = 1000;
 constexpr unsigned long EXIT_CODE_UNKNOWN = 255;
 
+// Runs the tool until an attempt succeeds, fails for good or was the last one.
+unsigned int RunAttempts(const std::string& command, const std::string& rsltFile, int retry,
+                         unsigned long& exitStatus) {
+    for (int attempt = 0;; ++attempt) {
+        const int run = ExecForeignModule(KRZ_CLI_DIR + command, rsltFile, &exitStatus);
+        if (run == EXEC_OK && exitStatus == 0) {
+            return KRZ_OK;
+        }
+        if (FirstLineBeginsWith(rsltFile, INVALID_INPUT_HEAD)) {
+            QOR_TRACE(FAILURE, "Failed to execute krzcli command.(%s)", command.c_str());
+            return KRZ_TOOL_ERROR;
+        }
+        if (run < 0) {
+            QOR_TRACE(FAILURE, "krzcli command timeout.(%s)", command.c_str());
+            return KRZ_TIMEOUT;
+        }
+        if (attempt >= retry) {
+            QOR_TRACE(FAILURE, "Failed to execute krzcli command.(%s,cliRtn=%d)", command.c_str(),
+                      static_cast<int>(exitStatus));
+            return run == EXEC_OK ? KRZ_TOOL_ERROR : KRZ_RUN_FAILED;
+        }
+        Sleep(RETRY_PAUSE_MS);
+    }
+}
+
 unsigned int JudgeSuccess(const std::string& command, const std::string& rsltFile) {
     if (FirstLineBeginsWith(rsltFile, ERROR_HEAD)) {
         QOR_TRACE(FAILURE, "KRZ CLI has an error(%s).", command.c_str());
@@ -71,27 +96,9 @@ unsigned int CMSRAID_KRZ::_ExecCli(const std::string& command, unsigned long* cl
     }
     QOR_TRACE(RESULT, "execute krzcli command.(%s)", command.c_str());
     unsigned long exitStatus = 0;
-    for (int attempt = 0;; ++attempt) {
-        const int run = ExecForeignModule(KRZ_CLI_DIR + command, rsltFile, &exitStatus);
-        *cliRtn = exitStatus;
-        if (run == EXEC_OK && exitStatus == 0) {
-            return JudgeSuccess(command, rsltFile);
-        }
-        if (FirstLineBeginsWith(rsltFile, INVALID_INPUT_HEAD)) {
-            QOR_TRACE(FAILURE, "Failed to execute krzcli command.(%s)", command.c_str());
-            return KRZ_TOOL_ERROR;
-        }
-        if (run < 0) {
-            QOR_TRACE(FAILURE, "krzcli command timeout.(%s)", command.c_str());
-            return KRZ_TIMEOUT;
-        }
-        if (attempt >= retry) {
-            QOR_TRACE(FAILURE, "Failed to execute krzcli command.(%s,cliRtn=%d)", command.c_str(),
-                      static_cast<int>(exitStatus));
-            return run == EXEC_OK ? KRZ_TOOL_ERROR : KRZ_RUN_FAILED;
-        }
-        Sleep(RETRY_PAUSE_MS);
-    }
+    const unsigned int result = RunAttempts(command, rsltFile, retry, exitStatus);
+    *cliRtn = exitStatus;
+    return result == KRZ_OK ? JudgeSuccess(command, rsltFile) : result;
 }
 
 std::string CMSRAID_KRZ::GetKRZVersion(const std::string& rsltFile) {

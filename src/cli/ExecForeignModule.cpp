@@ -6,10 +6,10 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <fstream>
 #include <vector>
 
-#include "cli/ChildProcess.h"
+#include "cli/ChildStart.h"
+#include "cli/ChildWait.h"
 #include "cli/UniqueFd.h"
 #include "plugin/Trace.h"
 
@@ -22,7 +22,6 @@ constexpr unsigned long EXIT_CODE_NOT_STARTED = 1;
 constexpr std::chrono::seconds TOOL_TIME_LIMIT(150);
 constexpr const char* TOOL_LIBRARY_DIR = "/opt/tarmica/krz/lib";
 constexpr const char* LIBRARY_PATH_NAME = "LD_LIBRARY_PATH";
-constexpr mode_t OUTPUT_MODE = 0666;
 
 // The host's environment with the tool's library directory at the end of LD_LIBRARY_PATH. Points
 // into the host's own environment, so it lives for one start only.
@@ -52,49 +51,42 @@ private:
     std::vector<char*> m_Entries;
 };
 
-// Opens the output file as the child would, on a descriptor that is not one of the child's own
-// three: a host may have those closed. -1 with errno on failure.
-int OpenOutput(const std::string& outFile) {
-    const CUniqueFd file(
-        open(outFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, OUTPUT_MODE));
-    return file.IsValid() ? fcntl(file.Get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1) : -1;
-}
-
 // A child that is stopped would stay for ever; nobody else knows of it.
 void EndChildThatDidNotEnd(pid_t child, int status) {
     if (!WIFEXITED(status) && !WIFSIGNALED(status)) {
-        KillChildGroup(child);
+        KillChild(child);
     }
 }
 
-bool IsNoProcessError(int error) {
-    return error == EAGAIN || error == ENOMEM;
-}
-
-// What a child that could not become the command would have said before it ended with status 1.
-void TraceStartFailure(int error) {
-    errno = error;
+// What a child that could not become the command has to say before it ends with status 1.
+void TraceFailedStep(const CChildStart& start) {
+    errno = start.error;
     const auto code = static_cast<unsigned int>(GetLastError());
-    if (error == EBADF || error == EBUSY || error == EMFILE) {
-        QOR_TRACE(FAILURE, "ExecForeignModule dup2 Error %08x.", code);
-    } else {
-        QOR_TRACE(FAILURE, "ExecForeignModule execlp Error %08x.", code);
+    switch (start.failed) {
+        case EChildStep::Output:
+            QOR_TRACE(FAILURE, "ExecForeignModule open Error %08x.", code);
+            break;
+        case EChildStep::Streams:
+            QOR_TRACE(FAILURE, "ExecForeignModule dup2 Error %08x.", code);
+            break;
+        default:
+            QOR_TRACE(FAILURE, "ExecForeignModule execlp Error %08x.", code);
+            break;
     }
 }
 
-int StartTool(const std::string& command, int output, pid_t& child) {
-    CChildSetup setup;
-    setup.Duplicate(output, STDOUT_FILENO);
-    setup.Duplicate(STDOUT_FILENO, STDERR_FILENO);
+CChildStart StartTool(const std::string& command, const std::string& outFile) {
     const CToolEnvironment environment;
-    return setup.Start(command, environment.Entries(), child);
+    return StartChild(command, {.output = outFile.c_str(),
+                                .errors = EErrorOutput::WithOutput,
+                                .environment = environment.Entries()});
 }
 
 int WaitForTool(pid_t child, unsigned long* exitCode, milliseconds limit) {
     int status = 0;
     const EChildWait wait = WaitForChild(child, limit, status);
     if (wait == EChildWait::TimedOut) {
-        KillChildGroup(child);
+        KillChild(child);
         return EXEC_TIMEOUT;
     }
     if (wait == EChildWait::Failed) {
@@ -111,19 +103,17 @@ int WaitForTool(pid_t child, unsigned long* exitCode, milliseconds limit) {
     return EXEC_OK;
 }
 
-int StartUtility(const std::string& command, const std::string& outFile, const std::string& workDir,
-                 pid_t& child) {
-    CChildSetup setup;
-    if (!workDir.empty()) {
-        setup.ChangeDirectory(workDir);
-    }
-    if (outFile.empty()) {
-        setup.Discard(STDOUT_FILENO);
-    } else {
-        setup.OpenForWriting(STDOUT_FILENO, outFile);
-    }
-    setup.Discard(STDERR_FILENO);
-    return setup.Start(command, environ, child);
+// Never waits, as an open of a named pipe may.
+bool CanBeOpened(const std::string& directory) {
+    return CUniqueFd(open(directory.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)).IsValid();
+}
+
+CChildStart StartUtility(const std::string& command, const std::string& outFile,
+                         const std::string& workDir) {
+    return StartChild(command, {.directory = workDir.empty() ? nullptr : workDir.c_str(),
+                                .output = outFile.empty() ? nullptr : outFile.c_str(),
+                                .errors = EErrorOutput::Dropped,
+                                .environment = environ});
 }
 
 // One look a second, then the rest of the time-out, then the child is left alone.
@@ -173,24 +163,16 @@ int ExecForeignModuleWithLimit(const std::string& command, const std::string& ou
         return EXEC_FAILED;
     }
     *exitCode = EXIT_CODE_UNKNOWN;
-    const CUniqueFd output(OpenOutput(outFile));
-    if (!output.IsValid()) {
-        QOR_TRACE(FAILURE, "ExecForeignModule open Error %08x.",
-                  static_cast<unsigned int>(GetLastError()));
-        *exitCode = EXIT_CODE_NOT_STARTED;
-        return EXEC_OK;
-    }
-    pid_t child = 0;
-    const int error = StartTool(command, output.Get(), child);
-    if (IsNoProcessError(error)) {
+    const CChildStart start = StartTool(command, outFile);
+    if (start.failed == EChildStep::Process) {
         return EXEC_FAILED;
     }
-    if (error != 0) {
-        TraceStartFailure(error);
+    if (start.failed != EChildStep::None) {
+        TraceFailedStep(start);
         *exitCode = EXIT_CODE_NOT_STARTED;
         return EXEC_OK;
     }
-    return WaitForTool(child, exitCode, limit);
+    return WaitForTool(start.child, exitCode, limit);
 }
 
 unsigned int ExecForeignModule(const std::string& command, const std::string& outFile,
@@ -200,17 +182,16 @@ unsigned int ExecForeignModule(const std::string& command, const std::string& ou
     if (command.empty()) {
         return EXEC_FAILED;
     }
-    if (!workDir.empty() && !std::ifstream(workDir)) {
+    if (!workDir.empty() && !CanBeOpened(workDir)) {
         return EXEC_FAILED;
     }
-    pid_t child = 0;
-    const int error = StartUtility(command, outFile, workDir, child);
-    if (IsNoProcessError(error)) {
+    const CChildStart start = StartUtility(command, outFile, workDir);
+    if (start.failed == EChildStep::Process) {
         return EXEC_FAILED;
     }
-    if (error != 0) {
+    if (start.failed != EChildStep::None) {
         *exitCode = EXIT_CODE_NOT_STARTED;
         return EXEC_OK;
     }
-    return WaitForUtility(child, exitCode, timeoutMs);
+    return WaitForUtility(start.child, exitCode, timeoutMs);
 }

@@ -22,7 +22,7 @@ private:
     bool m_Kept = false;
 };
 
-// False also if the file cannot be opened or has no line.
+// False also if the file cannot be opened, cannot be read at a place or has no line.
 bool FirstLineBeginsWith(const std::string& path, const std::string& head);
 
 #endif  // QOR_CLI_RESULTFILE_H

@@ -172,4 +172,7 @@ unsigned long GetLastError() {
 
 void Sleep(unsigned long milliseconds) {
     FakeComLib().sleeps.push_back(milliseconds);
+    if (FakeComLib().onSleep) {
+        FakeComLib().onSleep();
+    }
 }

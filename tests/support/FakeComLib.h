@@ -3,6 +3,7 @@
 #ifndef QORTEST_FAKECOMLIB_H
 #define QORTEST_FAKECOMLIB_H
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -21,6 +22,7 @@ struct CFakeComLib {
     std::string installPath = "/opt/tarmica/qor/provider";
     std::vector<CTraceLine> traces;     // every line, in order; the module name is checked
     std::vector<unsigned long> sleeps;  // milliseconds of every Sleep, which returns at once
+    std::function<void()> onSleep;      // called by every Sleep, if set
     std::string deviceListToMake;       // what COsInfo::makeDeviceInfo writes; "" writes no file
     int deviceListsMade = 0;            // calls of COsInfo::makeDeviceInfo
 

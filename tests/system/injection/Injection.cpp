@@ -4,8 +4,10 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
+#include <sched.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <syslog.h>
 #include <unistd.h>
@@ -150,6 +152,7 @@ const std::vector<CFailingFunction>& FailingFunctions() {
         {"open", {EACCES, EMFILE, ENOENT, ENOSPC, EIO, EINTR, ENOMEM}, STORAGE},
         {"fopen64", {EACCES, EMFILE, ENOENT, EIO, EINTR, ENOMEM}, STORAGE},
         {"read", {EIO, EINTR, EISDIR, ONE_BYTE}, STORAGE},
+        {"pread", {EIO, EINTR, ONE_BYTE}, STORAGE},
         {"write", {ENOSPC, EIO, EINTR, EPIPE, EFBIG, ONE_BYTE}, STORAGE},
         {"lseek64", {EINVAL, EOVERFLOW}, "GetPDInfo"},
         {"fsync", {EIO, ENOSPC}, LIST},
@@ -165,19 +168,17 @@ const std::vector<CFailingFunction>& FailingFunctions() {
         {"unlink", {EACCES, EIO, EROFS, EBUSY}, STORAGE},
         {"opendir", {EACCES, EMFILE, ENOENT, ENOMEM}, LIST},
         {"readdir", {EIO, ENOENT}, LIST},
-        {"posix_spawnp", {EAGAIN, ENOMEM, EMFILE, EACCES, ENOENT, EIO}, STORAGE},
-        {"posix_spawn_file_actions_init", {ENOMEM}, STORAGE},
-        {"posix_spawn_file_actions_addopen", {ENOMEM}, STORAGE},
-        {"posix_spawn_file_actions_adddup2", {ENOMEM, EBADF}, STORAGE},
-        {"posix_spawn_file_actions_addclosefrom_np", {ENOMEM}, STORAGE},
-        {"posix_spawn_file_actions_addchdir_np", {ENOMEM}, LIST},
-        {"posix_spawnattr_init", {ENOMEM}, STORAGE},
-        {"syscall", {ENOSYS, EMFILE, ENOMEM, EPERM}, STORAGE},  // a process descriptor
+        {"mmap", {ENOMEM}, STORAGE},  // the child's stack
+        {"clone", {EAGAIN, ENOMEM}, STORAGE},
+        {"chdir", {ENOENT, EACCES}, LIST},
+        {"dup2", {EMFILE, EBADF}, STORAGE},
+        {"execvpe", {ENOENT, EACCES, E2BIG, ENOMEM, EAGAIN}, STORAGE},
+        {"syscall", {ENOSYS, EMFILE, ENOMEM, EPERM}, STORAGE},  // descriptors, and one of a process
         {"waitpid", {EINTR, ECHILD, STOPPED}, STORAGE},
         {"poll", {EINTR, ENOMEM}, STORAGE},
         {"kill", {EPERM, ESRCH}, EXEC, {"waitpid", STOPPED}},
         {"nanosleep", {EINTR}, EXEC, {"waitpid", STOPPED}},
-        {"clock_nanosleep", {EINTR}, EXEC, {"posix_spawnp", EAGAIN}},
+        {"clock_nanosleep", {EINTR}, EXEC, {"clone", EAGAIN}},
         {"sigtimedwait", {EINTR, EAGAIN}, EXEC, {"write", EPIPE}},
 #if QORTEST_MALLOC_FAILS
         {"malloc", {ENOMEM}, EXEC},  // for a trace line of more than 1 KiB
@@ -249,6 +250,16 @@ ssize_t read(int fd, void* buffer, size_t size) {
     }
     const bool isShort = errno == qortest::ONE_BYTE;
     return RecordedOf("read", fd, isShort ? real(fd, buffer, std::min<size_t>(size, 1)) : -1);
+}
+
+ssize_t pread(int fd, void* buffer, size_t size, off_t offset) {
+    static const auto real = Real(pread, "pread");
+    if (!Strikes("pread")) {
+        return RecordedOf("pread", fd, real(fd, buffer, size, offset));
+    }
+    const bool isShort = errno == qortest::ONE_BYTE;
+    const size_t part = std::min<size_t>(size, 1);
+    return RecordedOf("pread", fd, isShort ? real(fd, buffer, part, offset) : -1);
 }
 
 ssize_t write(int fd, const void* buffer, size_t size) {
@@ -338,54 +349,36 @@ dirent* readdir(DIR* directory) {
     return Strikes("readdir") ? nullptr : real(directory);
 }
 
-int posix_spawnp(pid_t* child, const char* file, const posix_spawn_file_actions_t* actions,
-                 const posix_spawnattr_t* attributes, char* const* arguments,
-                 char* const* environment) {
-    static const auto real = Real(posix_spawnp, "posix_spawnp");
-    const int error = Strikes("posix_spawnp")
-                          ? errno
-                          : real(child, file, actions, attributes, arguments, environment);
-    Record("posix_spawnp", arguments[2], error);
-    return error;
+void* mmap(void* address, size_t size, int protection, int flags, int fd, off_t offset) noexcept {
+    static const auto real = Real(mmap, "mmap");
+    return Strikes("mmap") ? MAP_FAILED : real(address, size, protection, flags, fd, offset);
 }
 
-int posix_spawn_file_actions_init(posix_spawn_file_actions_t* actions) noexcept {
-    static const auto real = Real(posix_spawn_file_actions_init, "posix_spawn_file_actions_init");
-    return Strikes("posix_spawn_file_actions_init") ? errno : real(actions);
-}
-
-int posix_spawn_file_actions_addopen(posix_spawn_file_actions_t* actions, int fd, const char* path,
-                                     int flags, mode_t mode) noexcept {
+int clone(int (*function)(void*), void* stack, int flags, void* argument, ...) noexcept {
     static const auto real =
-        Real(posix_spawn_file_actions_addopen, "posix_spawn_file_actions_addopen");
-    return Strikes("posix_spawn_file_actions_addopen") ? errno
-                                                       : real(actions, fd, path, flags, mode);
+        reinterpret_cast<int (*)(int (*)(void*), void*, int, void*)>(dlsym(RTLD_NEXT, "clone"));
+    return Strikes("clone") ? -1 : real(function, stack, flags, argument);
 }
 
-int posix_spawn_file_actions_adddup2(posix_spawn_file_actions_t* actions, int from,
-                                     int to) noexcept {
-    static const auto real =
-        Real(posix_spawn_file_actions_adddup2, "posix_spawn_file_actions_adddup2");
-    return Strikes("posix_spawn_file_actions_adddup2") ? errno : real(actions, from, to);
+// The child shares the memory of this program, the record included, until it is the command.
+
+int chdir(const char* path) noexcept {
+    static const auto real = Real(chdir, "chdir");
+    return Strikes("chdir") ? -1 : real(path);
 }
 
-int posix_spawn_file_actions_addclosefrom_np(posix_spawn_file_actions_t* actions,
-                                             int from) noexcept {
-    static const auto real =
-        Real(posix_spawn_file_actions_addclosefrom_np, "posix_spawn_file_actions_addclosefrom_np");
-    return Strikes("posix_spawn_file_actions_addclosefrom_np") ? errno : real(actions, from);
+int dup2(int from, int to) noexcept {
+    static const auto real = Real(dup2, "dup2");
+    return Strikes("dup2") ? -1 : real(from, to);
 }
 
-int posix_spawn_file_actions_addchdir_np(posix_spawn_file_actions_t* actions,
-                                         const char* path) noexcept {
-    static const auto real =
-        Real(posix_spawn_file_actions_addchdir_np, "posix_spawn_file_actions_addchdir_np");
-    return Strikes("posix_spawn_file_actions_addchdir_np") ? errno : real(actions, path);
-}
-
-int posix_spawnattr_init(posix_spawnattr_t* attributes) noexcept {
-    static const auto real = Real(posix_spawnattr_init, "posix_spawnattr_init");
-    return Strikes("posix_spawnattr_init") ? errno : real(attributes);
+// Does not return when it succeeds, so it is recorded before.
+int execvpe(const char* file, char* const* arguments, char* const* environment) noexcept {
+    static const auto real = Real(execvpe, "execvpe");
+    const int error = Strikes("execvpe") ? errno : 0;
+    Record("execvpe", arguments[2], error);
+    errno = error;
+    return error != 0 ? -1 : real(file, arguments, environment);
 }
 
 // Likewise.
@@ -398,9 +391,13 @@ __attribute__((no_sanitize("address"))) long syscall(long number, ...) noexcept 
         value = va_arg(arguments, long);
     }
     va_end(arguments);
-    return Strikes("syscall")
-               ? -1
-               : real(number, values[0], values[1], values[2], values[3], values[4], values[5]);
+    if (!Strikes("syscall")) {
+        return real(number, values[0], values[1], values[2], values[3], values[4], values[5]);
+    }
+    if (number == SYS_getdents64) {
+        Record("getdents64", "", errno);
+    }
+    return -1;
 }
 
 // "No such child" is what the host's own waiting leads to: it has taken the child's end.

@@ -71,7 +71,7 @@ struct CCall {
 struct CRecord {
     long strikes = 0;  // how often the injection struck, without its cause
     // Since Arm(): every injected failure, and every call of open(), fopen64(), stat(), mkdir() and
-    // posix_spawnp(), and of fstat() and read() where they failed.
+    // execvpe(), and of fstat(), read() and pread() where they failed.
     std::vector<CCall> calls;
 };
 

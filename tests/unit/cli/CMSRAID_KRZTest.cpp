@@ -1,6 +1,11 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
 #include <stdexcept>
+#include <vector>
 
 #include "FakeComLib.h"
 #include "PrivateServerTest.h"
@@ -288,6 +293,35 @@ TEST_F(CMSRAID_KRZTest, VersionOfAMissingToolIsEmpty) {
     EXPECT_EQ(CMSRAID_KRZ::GetKRZVersion(OUT), "");
     EXPECT_THAT(FakeComLib().traces, ElementsAre(Failure("KRZ is not installed."),
                                                  Failure("Failed to delete file(" + OUT + ").")));
+}
+
+TEST_F(CMSRAID_KRZTest, PipeIsNotReadBack) {
+    ASSERT_EQ(mkfifo(OUT.c_str(), 0600), 0);
+    const int reader = open(OUT.c_str(), O_RDONLY | O_NONBLOCK);
+    CStandInTool tool;
+    tool.Play(ARGUMENTS, {.out = "Error - for the reader of the pipe\n"});
+    EXPECT_EQ(Exec(), KRZ_OK);
+    std::array<char, 100> text = {};
+    EXPECT_GT(read(reader, text.data(), text.size()), 0);
+    close(reader);
+    EXPECT_STREQ(text.data(), "Error - for the reader of the pipe\n");
+}
+
+TEST_F(CMSRAID_KRZTest, PipeThatNobodyReadsIsAFailure) {
+    ASSERT_EQ(mkfifo(OUT.c_str(), 0600), 0);
+    const CStandInTool toolThatIsNotRun;
+    EXPECT_EQ(Exec(), KRZ_TOOL_ERROR);
+    EXPECT_EQ(m_CliRtn, 1U);
+}
+
+TEST_F(CMSRAID_KRZTest, ExitStatusIsHandedOverAtTheEnd) {
+    CStandInTool tool;
+    PlayTimes(tool, 3, {.status = 3});
+    std::vector<unsigned long> between;
+    FakeComLib().onSleep = [&] { between.push_back(m_CliRtn); };
+    EXPECT_EQ(Exec(), KRZ_TOOL_ERROR);
+    EXPECT_EQ(m_CliRtn, 3U);
+    EXPECT_THAT(between, ElementsAre(255U, 255U));
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <pthread.h>
 #include <sched.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 
 #include <array>
 #include <chrono>
+#include <thread>
 #include <vector>
 
 #include "FakeComLib.h"
@@ -395,7 +399,125 @@ TEST_F(CToolRunTest, ProcessThatCannotBeMadeIsAFailure) {
                              : 1;
               }),
               0);
-    EXPECT_TRUE(fs::exists(OUT));
+    EXPECT_FALSE(fs::exists(OUT));
+}
+
+TEST_F(CToolRunTest, ProcessThatCannotBeMadeLeavesTheFileAsItWas) {
+    fs::permissions(DIR, fs::perms::all);
+    WriteFile(OUT, "of an earlier run");
+    fs::permissions(OUT, fs::perms::all);
+    EXPECT_EQ(RunAsAnotherHost([&] {
+                  AllowNoMoreProcesses();
+                  return RunTool("true") == EXEC_FAILED ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(ReadFile(OUT), "of an earlier run");
+}
+
+TEST_F(CToolRunTest, ChildThatLeftItsGroupIsKilled) {
+    const CWitness witness(DIR + "/witness");
+    EXPECT_EQ(ExecForeignModuleWithLimit(
+                  "exec 9>" + DIR +
+                      "/witness; sleep 600 & "
+                      "exec perl -e 'setpgrp(0, getpgrp(getppid())) or die; sleep 600'",
+                  OUT, &m_ExitCode, SHORT_LIMIT),
+              EXEC_TIMEOUT);
+    EXPECT_EQ(OwnChildren(), "");
+    EXPECT_EQ(witness.TextWhenAllAreGone(), "") << "its group has ended, too";
+}
+
+TEST_F(CToolRunTest, OutputThatNobodyReadsCannotBeOpened) {
+    ASSERT_EQ(mkfifo(OUT.c_str(), 0600), 0);
+    EXPECT_EQ(RunTool("touch " + DIR + "/ran"), EXEC_OK);
+    EXPECT_EQ(m_ExitCode, 1U);
+    EXPECT_THAT(FakeComLib().traces,
+                ElementsAre(Failure("ExecForeignModule open Error 00000006.")));
+    EXPECT_FALSE(fs::exists(DIR + "/ran"));
+}
+
+TEST_F(CToolRunTest, OutputThatIsReadSlowlyIsComplete) {
+    ASSERT_EQ(mkfifo(OUT.c_str(), 0600), 0);
+    const int reader = open(OUT.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    fcntl(reader, F_SETFL, 0);
+    size_t received = 0;
+    std::thread slow([&] {
+        pollfd entry = {reader, POLLIN, 0};
+        poll(&entry, 1, -1);
+        std::array<char, 1000> bytes = {};
+        for (ssize_t n = 1; n > 0; received += static_cast<size_t>(n)) {
+            n = read(reader, bytes.data(), bytes.size());
+        }
+    });
+    EXPECT_EQ(RunTool("head -c 300000 /dev/zero"), EXEC_OK);
+    EXPECT_EQ(m_ExitCode, 0U) << "writing to a full pipe waits";
+    slow.join();
+    close(reader);
+    EXPECT_EQ(received, 300000U);
+}
+
+TEST_F(CToolRunTest, DeviceOrMemoryFileServesAsOutput) {
+    const int memory = memfd_create("output", 0);
+    EXPECT_EQ(ExecForeignModule("echo out", "/proc/self/fd/" + std::to_string(memory), &m_ExitCode),
+              EXEC_OK);
+    EXPECT_EQ(m_ExitCode, 0U);
+    EXPECT_EQ(ReadFile("/proc/self/fd/" + std::to_string(memory)), "out\n");
+    close(memory);
+    EXPECT_EQ(ExecForeignModule("echo out", "/dev/null", &m_ExitCode), EXEC_OK);
+    EXPECT_EQ(m_ExitCode, 0U);
+    EXPECT_EQ(ExecForeignModule("echo out", "/dev/full", &m_ExitCode), EXEC_OK);
+    EXPECT_NE(m_ExitCode, 0U);
+}
+
+TEST_F(CToolRunTest, MissingNullDeviceKeepsNoToolFromRunning) {
+    EXPECT_EQ(RunAsAnotherHost([&] {
+                  unshare(CLONE_NEWNS);
+                  mount("test", "/dev", "tmpfs", 0, "");
+                  const bool ran =
+                      RunTool("cat; echo $?; exec ls /proc/self/fd") == EXEC_OK && m_ExitCode == 0;
+                  return ran && !fs::exists("/dev/null") ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(ReadFile(OUT), "0\n0\n1\n2\n3\n");
+}
+
+// Linux before 5.9.
+TEST_F(CToolRunTest, KernelThatClosesOneDescriptorAtATimeServesTheTool) {
+    EXPECT_EQ(RunAsAnotherHost([&] {
+                  RefuseSystemCall(SYS_close_range, ENOSYS);
+                  for (int i = 0; i < 500; ++i) {
+                      [[maybe_unused]] const int fd = open("/etc/passwd", O_RDONLY);
+                  }
+                  return RunTool("exec ls /proc/self/fd") == EXEC_OK && m_ExitCode == 0 ? 0 : 1;
+              }),
+              0);
+    EXPECT_EQ(ReadFile(OUT), "0\n1\n2\n3\n") << "3 is the directory that ls reads";
+}
+
+TEST_F(CToolRunTest, DescriptorsThatCannotBeClosedKeepTheToolFromRunning) {
+    EXPECT_EQ(RunAsAnotherHost([&] {
+                  RefuseSystemCall(SYS_close_range, ENOSYS);
+                  unshare(CLONE_NEWNS);
+                  mount("test", "/proc", "tmpfs", 0, "");
+                  const bool refused = RunTool("echo ran") == EXEC_OK && m_ExitCode == 1;
+                  return refused && FakeComLib().Traces(CTraceUtility::TRACE_DBG_FAILURE) ==
+                                        std::vector<std::string>{
+                                            "ExecForeignModule execlp Error 00000002."}
+                             ? 0
+                             : 1;
+              }),
+              0);
+    EXPECT_EQ(ReadFile(OUT), "");
+}
+
+TEST_F(CToolRunTest, HostsThreadCanBeCancelledNoSoonerThanTheChildRuns) {
+    std::thread thread([&] {
+        int state = PTHREAD_CANCEL_DISABLE;
+        EXPECT_EQ(RunTool("echo ran"), EXEC_OK);
+        pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, &state);
+        EXPECT_EQ(state, PTHREAD_CANCEL_ENABLE) << "as the host had it";
+    });
+    thread.join();
+    EXPECT_EQ(ReadFile(OUT), "ran\n");
 }
 
 TEST_F(CToolRunTest, HostWithoutFreeDescriptorsCannotOpenTheOutput) {
@@ -515,6 +637,29 @@ TEST_F(CUtilityRunTest, MissingNullDeviceIsNotMade) {
                   return failed && !fs::exists("/dev/null") ? 0 : 1;
               }),
               0);
+}
+
+TEST_F(CUtilityRunTest, OutputThatNobodyReadsCannotBeOpened) {
+    ASSERT_EQ(mkfifo(OUT.c_str(), 0600), 0);
+    EXPECT_EQ(RunUtility("touch " + DIR + "/ran"), unsigned{EXEC_OK});
+    EXPECT_EQ(m_ExitCode, 1U);
+    EXPECT_FALSE(fs::exists(DIR + "/ran"));
+}
+
+TEST_F(CUtilityRunTest, WorkingDirectoryThatIsAPipeIsNotWaitedFor) {
+    ASSERT_EQ(mkfifo((DIR + "/pipe").c_str(), 0600), 0);
+    EXPECT_EQ(RunUtility("echo ran", DIR + "/pipe"), unsigned{EXEC_OK});
+    EXPECT_EQ(m_ExitCode, 1U);
+}
+
+TEST_F(CUtilityRunTest, ProcessThatCannotBeMadeLeavesNoFile) {
+    fs::permissions(DIR, fs::perms::all);
+    EXPECT_EQ(RunAsAnotherHost([&] {
+                  AllowNoMoreProcesses();
+                  return RunUtility("true") == unsigned{EXEC_FAILED} ? 0 : 1;
+              }),
+              0);
+    EXPECT_FALSE(fs::exists(OUT));
 }
 
 TEST_F(CUtilityRunTest, LibraryPathIsPassedOnAsItIs) {

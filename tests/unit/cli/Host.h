@@ -3,14 +3,19 @@
 #define QORTEST_HOST_H
 
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <poll.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -133,6 +138,20 @@ private:
     static constexpr int LIMIT_MS = 20000;
     int m_Fd = -1;
 };
+
+// From now on the kernel answers one system call with `error`, as an older one does or one that
+// filters calls. Cannot be undone.
+inline void RefuseSystemCall(long number, int error) {
+    std::array<sock_filter, 4> program = {{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned int>(number), 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned int>(error)),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    }};
+    const sock_fprog filter = {program.size(), program.data()};
+    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+    EXPECT_EQ(prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
+}
 
 // Runs `host` in a child of the test, for changes that cannot be undone. Returns what it returns;
 // 200 if it was killed.
