@@ -6,6 +6,7 @@
 #include "comlib/CIniCache.h"
 #include "comlib/Configuration.h"
 #include "comlib/ErrorText.h"
+#include "comlib/Kernel.h"
 #include "plugin/ComLib.h"
 
 std::string CFileUtility::GetInstallPath(int /*kind*/) {
@@ -13,7 +14,8 @@ std::string CFileUtility::GetInstallPath(int /*kind*/) {
         comlib::CIniCache::Find("Install", "INSTALLPATH_CIM", comlib::CONFIGURATION_FILE)
             .value_or(comlib::DEFAULT_INSTALL_PATH);
     struct stat status = {};
-    if (!path.starts_with('/') || stat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+    if (!path.starts_with('/') || !comlib::GetStatus(path.c_str(), status) ||
+        !S_ISDIR(status.st_mode)) {
         return "";
     }
     path.erase(path.find_last_not_of('/') + 1);
@@ -22,7 +24,7 @@ std::string CFileUtility::GetInstallPath(int /*kind*/) {
 
 bool CFileUtility::IsFileExist(std::string path) {
     struct stat status = {};
-    return stat(path.c_str(), &status) == 0;
+    return comlib::GetStatus(path.c_str(), status);
 }
 
 int DeleteFileA(const char* path) {
@@ -39,7 +41,7 @@ namespace {
 // others in a directory with the sticky bit stay theirs.
 const char* DoubtAbout(const char* path) {
     struct stat status = {};
-    if (lstat(path, &status) != 0) {
+    if (!comlib::GetLinkStatus(path, status)) {
         return nullptr;
     }
     if (!S_ISDIR(status.st_mode)) {

@@ -1,7 +1,6 @@
 #include "comlib/CTraceLine.h"
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <signal.h>
 #include <sys/uio.h>
 #include <syslog.h>
@@ -15,6 +14,7 @@
 #include <cstdlib>
 
 #include "comlib/CUniqueFd.h"
+#include "comlib/Kernel.h"
 
 namespace comlib {
 namespace {
@@ -104,6 +104,9 @@ void PutTime(char* out, size_t size) {
 
 // Keeps the signals of a failing write away from the host: SIGPIPE when the reader of a pipe is
 // gone, SIGXFSZ when the file has reached the process's limit. Both come to the writing thread.
+//
+// On Linux, sigprocmask() too is about the calling thread only; pthread_sigmask() is another
+// function in the C libraries before glibc 2.32.
 class CWriteSignals {
 public:
     CWriteSignals() {
@@ -111,11 +114,11 @@ public:
         sigaddset(&m_Signals, SIGPIPE);
         sigaddset(&m_Signals, SIGXFSZ);
         sigpending(&m_PendingBefore);
-        pthread_sigmask(SIG_BLOCK, &m_Signals, &m_MaskBefore);
+        sigprocmask(SIG_BLOCK, &m_Signals, &m_MaskBefore);
     }
     CWriteSignals(const CWriteSignals&) = delete;  // stands for the state of one thread
     CWriteSignals& operator=(const CWriteSignals&) = delete;
-    ~CWriteSignals() { pthread_sigmask(SIG_SETMASK, &m_MaskBefore, nullptr); }
+    ~CWriteSignals() { sigprocmask(SIG_SETMASK, &m_MaskBefore, nullptr); }
 
     // To be called after a write that failed with `error`.
     void Discard(int error) const {
@@ -201,7 +204,7 @@ void CTraceLine::WriteToDescriptor(int fd) const {
     std::array<char, TIME_ROOM> time;
     PutTime(time.data(), time.size());
     std::array<char, 256> head;
-    std::snprintf(head.data(), head.size(), "%s %d/%d %.64s %s ", time.data(), getpid(), gettid(),
+    std::snprintf(head.data(), head.size(), "%s %d/%d %.64s %s ", time.data(), getpid(), ThreadId(),
                   m_Module, InfoOf(m_Level).m_Name);
     const std::string_view headText = head.data();
     CTextRoom room;

@@ -1,12 +1,12 @@
 #include <time.h>
-#include <unistd.h>
 
 #include <cerrno>
 
+#include "comlib/Kernel.h"
 #include "plugin/ComLib.h"
 
 unsigned long GetCurrentThreadId() {
-    return static_cast<unsigned long>(gettid());
+    return static_cast<unsigned long>(comlib::ThreadId());
 }
 
 unsigned long GetLastError() {

@@ -133,6 +133,18 @@ Function* Real(Function& /*own*/, const char* name) {
     return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+// The system call behind stat(), lstat() and fstat(), under their names.
+template <class Call>
+long Status(const Call& real, int fd, const char* path, int flags) {
+    if ((flags & AT_EMPTY_PATH) != 0) {
+        return RecordedOf("fstat", fd, Strikes("fstat") ? -1 : real());
+    }
+    if ((flags & AT_SYMLINK_NOFOLLOW) != 0) {
+        return Strikes("lstat") ? -1 : real();
+    }
+    return Recorded("stat", path, Strikes("stat") ? -1 : static_cast<int>(real()));
+}
+
 #if QORTEST_MALLOC_FAILS
 bool IsOurs(const void* code) {
     Dl_info object = {};
@@ -303,22 +315,6 @@ __attribute__((no_sanitize("address"))) int fcntl(int fd, int command, ...) {
     return Strikes("fcntl") ? -1 : real(fd, command, argument);
 }
 
-int stat(const char* path, struct stat* status) noexcept {
-    static const auto real =
-        reinterpret_cast<int (*)(const char*, struct stat*)>(dlsym(RTLD_NEXT, "stat"));
-    return Recorded("stat", path, Strikes("stat") ? -1 : real(path, status));
-}
-
-int lstat(const char* path, struct stat* status) noexcept {
-    static const auto real = Real(lstat, "lstat");
-    return Strikes("lstat") ? -1 : real(path, status);
-}
-
-int fstat(int fd, struct stat* status) noexcept {
-    static const auto real = Real(fstat, "fstat");
-    return RecordedOf("fstat", fd, Strikes("fstat") ? -1 : real(fd, status));
-}
-
 int mkdir(const char* path, mode_t mode) noexcept {
     static const auto real = Real(mkdir, "mkdir");
     return Recorded("mkdir", path, Strikes("mkdir") ? -1 : real(path, mode));
@@ -391,8 +387,18 @@ __attribute__((no_sanitize("address"))) long syscall(long number, ...) noexcept 
         value = va_arg(arguments, long);
     }
     va_end(arguments);
-    if (!Strikes("syscall")) {
+    const auto call = [&] {
         return real(number, values[0], values[1], values[2], values[3], values[4], values[5]);
+    };
+    if (number == SYS_gettid) {
+        return call();
+    }
+    if (number == SYS_newfstatat) {
+        return Status(call, static_cast<int>(values[0]), reinterpret_cast<const char*>(values[1]),
+                      static_cast<int>(values[3]));
+    }
+    if (!Strikes("syscall")) {
+        return call();
     }
     if (number == SYS_getdents64) {
         Record("getdents64", "", errno);

@@ -1,0 +1,75 @@
+#include <gtest/gtest.h>
+#include <libintl.h>
+#include <locale.h>
+#include <string.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "ComLibTest.h"
+#include "comlib/ErrorText.h"
+
+namespace {
+
+using comlib::ErrorText;
+
+TEST(ErrorText, IsTheCLibrarysForEveryNumberThatItKnows) {
+    for (int error = -200; error < 5000; ++error) {
+        const char* const known = strerrordesc_np(error);
+        EXPECT_STREQ(ErrorText(error), known != nullptr ? known : "unknown error") << error;
+    }
+}
+
+TEST(ErrorText, OfAnotherNumberIsAConstant) {
+    EXPECT_EQ(ErrorText(-1), ErrorText(4095));
+    EXPECT_EQ(ErrorText(41), ErrorText(58));
+    EXPECT_STREQ(ErrorText(41), "unknown error");
+}
+
+TEST(ErrorText, LeavesTheErrorNumber) {
+    errno = EDOM;
+    ErrorText(ENOENT);
+    ErrorText(-1);
+    EXPECT_EQ(errno, EDOM);
+}
+
+// A catalogue of translations with one text.
+std::string Catalogue(const std::string& english, const std::string& translation) {
+    constexpr uint32_t HEAD = 28, ENTRY = 8, TEXTS = HEAD + 2 * ENTRY;
+    const auto length = [](const std::string& text) { return static_cast<uint32_t>(text.size()); };
+    const std::array<uint32_t, 11> numbers = {0x950412de,
+                                              0,
+                                              1,
+                                              HEAD,
+                                              HEAD + ENTRY,
+                                              0,
+                                              0,
+                                              length(english),
+                                              TEXTS,
+                                              length(translation),
+                                              TEXTS + length(english) + 1};
+    std::string content(reinterpret_cast<const char*>(numbers.data()), sizeof(numbers));
+    content.append(english).push_back('\0');
+    content.append(translation).push_back('\0');
+    return content;
+}
+
+class ErrorTextTest : public qortest::CComLibTest {};
+
+TEST_F(ErrorTextTest, IsEnglishWhateverTheHostsLanguage) {
+    qortest::WriteFile(Scratch() / "de/LC_MESSAGES/libc.mo",
+                       Catalogue("No such file or directory", "Datei oder Verzeichnis fehlt"));
+    setenv("LANGUAGE", "de", 1);
+    ASSERT_NE(setlocale(LC_ALL, "C.UTF-8"), nullptr);
+    ASSERT_NE(bindtextdomain("libc", Scratch().c_str()), nullptr);
+    EXPECT_STREQ(strerror(ENOENT), "Datei oder Verzeichnis fehlt");
+    EXPECT_STREQ(ErrorText(ENOENT), "No such file or directory");
+    EXPECT_STREQ(strerror(ENOENT), "Datei oder Verzeichnis fehlt") << "the host's stays";
+    setlocale(LC_ALL, "C");
+    unsetenv("LANGUAGE");
+}
+
+}  // namespace
