@@ -162,11 +162,11 @@ const std::vector<CFailingFunction>& FailingFunctions() {
     constexpr const char* LIST = "GetRAIDInfoWithoutToolAndDeviceList";
     static const std::vector<CFailingFunction> functions = {
         {"open", {EACCES, EMFILE, ENOENT, ENOSPC, EIO, EINTR, ENOMEM}, STORAGE},
-        {"fopen64", {EACCES, EMFILE, ENOENT, EIO, EINTR, ENOMEM}, STORAGE},
+        {"fopen", {EACCES, EMFILE, ENOENT, EIO, EINTR, ENOMEM}, STORAGE},
         {"read", {EIO, EINTR, EISDIR, ONE_BYTE}, STORAGE},
         {"pread", {EIO, EINTR, ONE_BYTE}, STORAGE},
         {"write", {ENOSPC, EIO, EINTR, EPIPE, EFBIG, ONE_BYTE}, STORAGE},
-        {"lseek64", {EINVAL, EOVERFLOW}, "GetPDInfo"},
+        {"lseek", {EINVAL, EOVERFLOW}, "GetPDInfo"},
         {"fsync", {EIO, ENOSPC}, LIST},
         {"close", {EIO, EINTR}, STORAGE},
         {"fclose", {EIO}, STORAGE},
@@ -250,9 +250,15 @@ int open(const char* path, int flags, ...) {
     return Recorded("open", path, Strikes("open") ? -1 : real(path, flags, mode));
 }
 
+// The C++ library calls one of the two, and one of lseek() and lseek64(), as it was built: with an
+// offset of 64 bits they are the same.
+FILE* fopen(const char* path, const char* mode) {
+    static const auto real = Real(fopen, "fopen");
+    return Recorded("fopen", path, Strikes("fopen") ? nullptr : real(path, mode));
+}
+
 FILE* fopen64(const char* path, const char* mode) {
-    static const auto real = Real(fopen64, "fopen64");
-    return Recorded("fopen64", path, Strikes("fopen64") ? nullptr : real(path, mode));
+    return fopen(path, mode);
 }
 
 ssize_t read(int fd, void* buffer, size_t size) {
@@ -282,9 +288,13 @@ ssize_t write(int fd, const void* buffer, size_t size) {
     return errno == qortest::ONE_BYTE ? real(fd, buffer, std::min<size_t>(size, 1)) : -1;
 }
 
+off_t lseek(int fd, off_t offset, int whence) noexcept {
+    static const auto real = Real(lseek, "lseek");
+    return Strikes("lseek") ? -1 : real(fd, offset, whence);
+}
+
 off64_t lseek64(int fd, off64_t offset, int whence) noexcept {
-    static const auto real = Real(lseek64, "lseek64");
-    return Strikes("lseek64") ? -1 : real(fd, offset, whence);
+    return lseek(fd, offset, whence);
 }
 
 int fsync(int fd) {

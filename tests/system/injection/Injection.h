@@ -70,7 +70,7 @@ struct CCall {
 
 struct CRecord {
     long strikes = 0;  // how often the injection struck, without its cause
-    // Since Arm(): every injected failure, and every call of open(), fopen64(), stat(), mkdir() and
+    // Since Arm(): every injected failure, and every call of open(), fopen(), stat(), mkdir() and
     // execvpe(), and of fstat(), read() and pread() where they failed.
     std::vector<CCall> calls;
 };

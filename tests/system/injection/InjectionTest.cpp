@@ -115,7 +115,7 @@ void PlaceAllocations(std::vector<CCall>& calls) {
     for (CCall& call : calls) {
         if (call.function == ALLOCATION) {
             call.text = opened;
-        } else if (call.function == "open" || call.function == "fopen64") {
+        } else if (call.function == "open" || call.function == "fopen") {
             opened = call.text;
         }
     }
@@ -159,8 +159,7 @@ bool IsUnread(const CCall& call) {
 // What counts as "no supported device", of which only the trace tells, is a device list or a list
 // of supported devices that cannot be read.
 bool IsDeviceListUnread(const CCall& call) {
-    return call.text == DEVICE_LIST &&
-           (IsFailureOf(call, {"fopen64", ALLOCATION}) || IsUnread(call));
+    return call.text == DEVICE_LIST && (IsFailureOf(call, {"fopen", ALLOCATION}) || IsUnread(call));
 }
 
 bool IsIniUnread(const CCall& call, const char* name) {
@@ -186,7 +185,7 @@ bool MayLackRaid(const CTrial& trial) {
 // What a tool run, or the reading of its report, comes to grief by.
 bool SpoilsRun(const CCall& call) {
     if (call.text.ends_with("_MngSrvRaid.txt")) {
-        return IsFailureOf(call, {"open", "fopen64", ALLOCATION}) || IsUnread(call);
+        return IsFailureOf(call, {"open", "fopen", ALLOCATION}) || IsUnread(call);
     }
     return IsToolUnseen(call) ||
            IsFailureOf(call, {"mmap", "clone", "dup2", "getdents64", "execvpe", "waitpid"});
