@@ -103,6 +103,9 @@ CStrings ShippedHosts() {
 
 void CSimTest::SetUp() {
     CPrivateServerTest::SetUp();
+    // The lines of qorctl's trees are compared, and messages of the system's programs.
+    setenv("LC_ALL", "C.UTF-8", 1);
+    unsetenv("LANGUAGE");
     m_Folder = NewFolder();
     fs::permissions(m_Folder, fs::perms(0755));  // for the test that becomes another user
 }
@@ -155,6 +158,17 @@ std::string CSimTest::SmallHostOfVersion(const std::string& version) const {
     nlohmann::json profile = ShippedProfile("small");
     profile["tool"]["version"] = version;
     return WriteProfile(profile);
+}
+
+std::string JsonProblem(const std::string& text) {
+    try {
+        const nlohmann::json document = nlohmann::json::parse(text);
+        ADD_FAILURE() << text << " is JSON";
+        return "";
+    } catch (const nlohmann::json::exception& failure) {
+        const std::string what = failure.what();  // "[name and number] words"
+        return what.substr(what.find("] ") + 2);
+    }
 }
 
 void ExpectGolden(const std::string& name, const std::string& text) {

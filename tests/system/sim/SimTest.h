@@ -55,6 +55,10 @@ private:
     std::filesystem::path m_Folder;
 };
 
+// What the JSON library says of a text that is no JSON. The words are its own, and its versions
+// differ in them.
+std::string JsonProblem(const std::string& text);
+
 // Compares with tests/golden/sim/NAME; with QOR_UPDATE_GOLDEN set in the environment, writes it.
 void ExpectGolden(const std::string& name, const std::string& text);
 
