@@ -6,6 +6,7 @@
 #include <string>
 
 #include "CheckCommand.h"
+#include "HelpText.h"
 #include "WatchCommand.h"
 
 namespace qorctl {
@@ -79,7 +80,7 @@ void AddThresholds(CLI::App* command, const std::string& name, CThresholds& thre
             ->add_option("--" + name + "-" + severity, *value,
                          what + " above this is " + severity + "; " + std::to_string(*value) +
                              " when not given")
-            ->check(CLI::Range(0LL, MAX_THRESHOLD))
+            ->check(qorapps::NumberFromTo(0, MAX_THRESHOLD))
             ->type_name("NUMBER");
     }
 }
@@ -122,7 +123,7 @@ void AddCheck(CLI::App& app, int& status) {
     command
         ->add_option("--hold", options.holdHours,
                      "Hours for which growth is a warning; 24 when not given")
-        ->check(CLI::Range(int64_t{0}, MAX_HOLD))
+        ->check(qorapps::NumberFromTo(0, MAX_HOLD))
         ->type_name("HOURS");
     command->callback([line, &status] { status = RunCheckCommand(line->plugin, line->options); });
 }
@@ -143,12 +144,12 @@ void AddWatch(CLI::App& app, int& status) {
     command
         ->add_option("--interval", line->options.interval,
                      "Seconds from one request to the next; 60 when not given")
-        ->check(CLI::Range(int64_t{1}, MAX_SECONDS))
+        ->check(qorapps::NumberFromTo(1, MAX_SECONDS))
         ->type_name("SECONDS");
     command
         ->add_option("--count", line->options.count,
                      "End after so many requests; 0, when not given: go on until interrupted")
-        ->check(CLI::Range(int64_t{0}, MAX_COUNT))
+        ->check(qorapps::NumberFromTo(0, MAX_COUNT))
         ->type_name("NUMBER");
     command->callback(
         [line, &status] { status = RunWatchCommand(line->plugin, line->options, line->format); });

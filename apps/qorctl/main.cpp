@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -8,6 +9,7 @@
 
 #include "DriveCommand.h"
 #include "HealthCommands.h"
+#include "HelpText.h"
 #include "PluginRequest.h"
 #include "RaidCommand.h"
 #include "StorageCommand.h"
@@ -241,6 +243,7 @@ int main(int argc, char** argv) {
                                                                        : EXIT_SUCCESS;
     }
     CLI::App app("Shows the storage information that the RAID plug-in reports.", "qorctl");
+    app.formatter(std::make_shared<qorapps::CHelpText>());
     app.set_version_flag("--version", VERSION_LINE);
     app.footer(std::string(EXIT_STATUS) + FOOTER);
     app.require_subcommand(1);

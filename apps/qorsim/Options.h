@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "HelpText.h"
+
 namespace qorsim {
 
 // How long the simulated server has been running when the command begins, in seconds.
@@ -13,7 +15,7 @@ inline CLI::Option* AddStartAtOption(CLI::App& command, long& seconds) {
         .add_option("--start-at", seconds,
                     "Begin SECONDS after the server's start, for the events of its profile")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0L, most));
+        ->check(qorapps::NumberFromTo(0, most));
 }
 
 }  // namespace qorsim

@@ -1,7 +1,9 @@
 // qorsim: a simulated server, and the stand-ins of its tools under their names.
 #include <CLI/CLI.hpp>
+#include <memory>
 
 #include "Commands.h"
+#include "HelpText.h"
 #include "Record.h"
 #include "RecordTool.h"
 #include "Replay.h"
@@ -27,6 +29,7 @@ int main(int argc, char** argv) {
         return *status;
     }
     CLI::App app("A simulated server with RAID controllers, for programs that have none", "qorsim");
+    app.formatter(std::make_shared<qorapps::CHelpText>());
     app.require_subcommand(1);
     app.footer(FOOTER);
     int status = 0;

@@ -151,9 +151,9 @@ TEST_F(CNewTest, DrivesWithoutAControllerAreRefused) {
 
 TEST_F(CNewTest, NumbersBeyondTheLimitsAreRefused) {
     EXPECT_THAT(New("128", "1", "1").err,
-                HasSubstr("--controllers: Value 128 not in range 0 to 127"));
+                HasSubstr("--controllers: must be a number from 0 to 127, is 128\n"));
     EXPECT_THAT(New("1", "10001", "1").err,
-                HasSubstr("--drives: Value 10001 not in range 0 to 10000"));
+                HasSubstr("--drives: must be a number from 0 to 10000, is 10001\n"));
     EXPECT_THAT(New("1", "1", "one").err, HasSubstr("--seed"));
     EXPECT_EQ(New("1", "1", "18446744073709551615").status, 0);
 }
