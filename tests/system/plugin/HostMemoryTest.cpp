@@ -78,7 +78,9 @@ protected:
         constexpr size_t SMALL_STACK = 64UL << 10;
         pthread_attr_t attributes;
         pthread_attr_init(&attributes);
-        ASSERT_EQ(pthread_attr_setstacksize(&attributes, SMALL_STACK), 0);
+        // Or the smallest that the processor allows: 128 KiB on 64-bit ARM.
+        const auto smallest = static_cast<size_t>(sysconf(_SC_THREAD_STACK_MIN));
+        ASSERT_EQ(pthread_attr_setstacksize(&attributes, std::max(SMALL_STACK, smallest)), 0);
         pthread_t thread = {};
         ASSERT_EQ(pthread_create(&thread, &attributes, Call, &task), 0);
         pthread_join(thread, nullptr);
