@@ -2,13 +2,15 @@
 // service-processor forms, numbers. The bytes are the same on every processor, and whether char is
 // signed or not. Each file goes to all readers, so that they meet what they do not expect, too.
 //
-// usage: cross_bytes FILE...
+// usage: cross_bytes OUTPUT DIRECTORY...
 #include <algorithm>
-#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
 #include <stdexcept>
+#include <vector>
 
 #include "Fuzz.h"
 #include "ItemListInput.h"
@@ -30,6 +32,7 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using namespace qorfuzz;
 
 constexpr const char* DEVICE_LIST = "/opt/tarmica/qor/kam/work/devices.tmp";
@@ -40,10 +43,10 @@ constexpr const char* MEGACLI =
 constexpr const char* STORCLI = R"("/opt/tarmica/qor/provider/RAID/tool/storcli" /call show)";
 constexpr long MOST_DEVICES = 12;  // each is asked for: a count of millions takes minutes
 
+std::ofstream g_Output;
+
 void Write(const char* what, const std::string& text) {
-    std::printf("%s %zu ", what, text.size());
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::putchar('\n');
+    g_Output << what << ' ' << text.size() << ' ' << text << '\n';
 }
 
 void Write(const char* what, long number) {
@@ -189,22 +192,41 @@ void WriteNumbers(const std::string& text) {
     }
 }
 
+void WriteReaders(const std::string& text) {
+    WriteReport(text);
+    WriteUtilityReport(text);
+    WriteDeviceList(text);
+    WriteIniFile(text);
+    WriteItemList(text);
+    WriteDecodedForm(text);
+    WriteNumbers(text);
+}
+
+std::vector<fs::path> FilesBelow(const fs::path& directory) {
+    std::vector<fs::path> files;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(directory)) {
+        if (entry.is_regular_file()) {
+            files.push_back(entry.path());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     LLVMFuzzerInitialize(&argc, &argv);
-    for (int i = 1; i < argc; ++i) {
-        std::ifstream file(argv[i], std::ios::binary);
-        Demand(file.is_open(), "the file can be read", argv[i]);
-        const std::string text(std::istreambuf_iterator<char>(file), {});
-        Write("FILE", argv[i]);
-        WriteReport(text);
-        WriteUtilityReport(text);
-        WriteDeviceList(text);
-        WriteIniFile(text);
-        WriteItemList(text);
-        WriteDecodedForm(text);
-        WriteNumbers(text);
+    Demand(argc > 2, "output and directories are given");
+    g_Output.open(argv[1], std::ios::binary | std::ios::trunc);
+    for (int i = 2; i < argc; ++i) {
+        for (const fs::path& path : FilesBelow(argv[i])) {
+            std::ifstream file(path, std::ios::binary);
+            Demand(file.is_open(), "the file can be read", path.string());
+            Write("FILE", path.string());
+            WriteReaders({std::istreambuf_iterator<char>(file), {}});
+        }
     }
-    return 0;
+    g_Output.close();
+    return g_Output ? EXIT_SUCCESS : EXIT_FAILURE;
 }

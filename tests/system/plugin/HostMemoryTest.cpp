@@ -2,7 +2,9 @@
 // sanitizers, which need much of both.
 #include <pthread.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <new>
