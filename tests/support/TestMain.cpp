@@ -1,6 +1,7 @@
 // The main() of every test program: each runs in mounts of its own, so that the fixed paths under
 // "/opt/tarmica" and "/etc/opt/tarmica" belong to the test and the machine is left untouched.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <csignal>
 #include <cstdio>
@@ -21,6 +22,7 @@ void TakeDefaultSignals() {
 
 int main(int argc, char** argv) {
     TakeDefaultSignals();
+    umask(022);  // modes of files are compared, and other users read what a test writes
     testing::InitGoogleTest(&argc, argv);
     if (!testing::GTEST_FLAG(list_tests)) {
         try {
