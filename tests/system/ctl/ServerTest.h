@@ -14,8 +14,10 @@ protected:
     void SetUp() override {
         CSimTest::SetUp();
         setenv("QOR_PLUGIN", REAL_PLUGIN, 1);
-        setenv("LC_ALL", "C.UTF-8", 1);
         setenv("TERM", "xterm-256color", 1);
+        for (const char* name : {"NO_COLOR", "COLUMNS"}) {
+            unsetenv(name);
+        }
     }
 
     // What the shell command `text`, in which qorctl is a command, does on `host`.
