@@ -14,8 +14,19 @@
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
+#include <ctime>
 #include <optional>
 #include <string_view>
+
+// clone() and sigaction() by the C library's second names. What a sanitizer of the host's puts in
+// the place of the first ones is made for a child with a memory of its own: it would end the host,
+// or forget the host's handlers.
+extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier)
+int __clone(int (*function)(void*), void* stack, int flags, void* argument, ...) noexcept;
+int __sigaction(int signal, const struct sigaction* action, struct sigaction* old) noexcept;
+// NOLINTEND(bugprone-reserved-identifier)
+}
 
 namespace {
 
@@ -41,7 +52,17 @@ void TakeDefaultSignals() {
     struct sigaction action = {};
     action.sa_handler = SIG_DFL;
     for (int signal = 1; signal < NSIG; ++signal) {
-        sigaction(signal, &action, nullptr);
+        __sigaction(signal, &action, nullptr);
+    }
+}
+
+// What was sent to the host's group before the child left it. A stop (Ctrl-Z) would keep the child
+// for ever where nobody sends it on, and the host waits until it is the command.
+void DropPendingSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    constexpr timespec AT_ONCE = {};
+    while (sigtimedwait(&all, nullptr, &AT_ONCE) > 0) {
     }
 }
 
@@ -161,8 +182,9 @@ void UnblockSignals() {
 // The first step that fails; none once the child is the command.
 EChildStep DoSteps(const CChild& child) {
     const CChildSetup& setup = child.setup;
-    TakeDefaultSignals();
     setpgid(0, 0);
+    TakeDefaultSignals();
+    DropPendingSignals();
     if (setup.directory != nullptr && chdir(setup.directory) != 0) {
         return EChildStep::Directory;
     }
@@ -243,7 +265,7 @@ pid_t Clone(CChild& child) {
         return -1;
     }
     const CUndisturbed undisturbed;
-    return clone(RunChild, stack.Begin(), CLONE_VM | CLONE_VFORK | SIGCHLD, &child);
+    return __clone(RunChild, stack.Begin(), CLONE_VM | CLONE_VFORK | SIGCHLD, &child);
 }
 
 void Reap(pid_t child) {

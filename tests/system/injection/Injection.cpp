@@ -181,7 +181,7 @@ const std::vector<CFailingFunction>& FailingFunctions() {
         {"opendir", {EACCES, EMFILE, ENOENT, ENOMEM}, LIST},
         {"readdir", {EIO, ENOENT}, LIST},
         {"mmap", {ENOMEM}, STORAGE},  // the child's stack
-        {"clone", {EAGAIN, ENOMEM}, STORAGE},
+        {"__clone", {EAGAIN, ENOMEM}, STORAGE},
         {"chdir", {ENOENT, EACCES}, LIST},
         {"dup2", {EMFILE, EBADF}, STORAGE},
         {"execvpe", {ENOENT, EACCES, E2BIG, ENOMEM, EAGAIN}, STORAGE},
@@ -190,7 +190,7 @@ const std::vector<CFailingFunction>& FailingFunctions() {
         {"poll", {EINTR, ENOMEM}, STORAGE},
         {"kill", {EPERM, ESRCH}, EXEC, {"waitpid", STOPPED}},
         {"nanosleep", {EINTR}, EXEC, {"waitpid", STOPPED}},
-        {"clock_nanosleep", {EINTR}, EXEC, {"clone", EAGAIN}},
+        {"clock_nanosleep", {EINTR}, EXEC, {"__clone", EAGAIN}},
         {"sigtimedwait", {EINTR, EAGAIN}, EXEC, {"write", EPIPE}},
 #if QORTEST_MALLOC_FAILS
         {"malloc", {ENOMEM}, EXEC},  // for a trace line of more than 1 KiB
@@ -360,10 +360,10 @@ void* mmap(void* address, size_t size, int protection, int flags, int fd, off_t 
     return Strikes("mmap") ? MAP_FAILED : real(address, size, protection, flags, fd, offset);
 }
 
-int clone(int (*function)(void*), void* stack, int flags, void* argument, ...) noexcept {
+int __clone(int (*function)(void*), void* stack, int flags, void* argument, ...) noexcept {
     static const auto real =
-        reinterpret_cast<int (*)(int (*)(void*), void*, int, void*)>(dlsym(RTLD_NEXT, "clone"));
-    return Strikes("clone") ? -1 : real(function, stack, flags, argument);
+        reinterpret_cast<int (*)(int (*)(void*), void*, int, void*)>(dlsym(RTLD_NEXT, "__clone"));
+    return Strikes("__clone") ? -1 : real(function, stack, flags, argument);
 }
 
 // The child shares the memory of this program, the record included, until it is the command.

@@ -188,7 +188,7 @@ bool SpoilsRun(const CCall& call) {
         return IsFailureOf(call, {"open", "fopen", ALLOCATION}) || IsUnread(call);
     }
     return IsToolUnseen(call) ||
-           IsFailureOf(call, {"mmap", "clone", "dup2", "getdents64", "execvpe", "waitpid"});
+           IsFailureOf(call, {"mmap", "__clone", "dup2", "getdents64", "execvpe", "waitpid"});
 }
 
 // SSDs are reported by a tool that is known to be new enough: the run behind the look for supported

@@ -52,7 +52,7 @@ const std::map<std::string, const char*>& NeverFailing() {
         {"sigfillset", VALID_ARGUMENTS},
         {"sigismember", VALID_ARGUMENTS},
         {"sigpending", VALID_ARGUMENTS},
-        {"sigaction", VALID_ARGUMENTS},
+        {"__sigaction", VALID_ARGUMENTS},
         {"sigprocmask", VALID_ARGUMENTS},
         {"pthread_setcancelstate", VALID_ARGUMENTS},
         {"setpgid", "fails for a session leader and after an exec, and the new child is neither"},

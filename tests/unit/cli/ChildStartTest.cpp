@@ -1,8 +1,38 @@
+#include <dlfcn.h>
+#include <pthread.h>
+#include <sched.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+
 #include <array>
+#include <chrono>
+#include <fstream>
 
 #include "Host.h"
 #include "PrivateServerTest.h"
 #include "cli/ChildStart.h"
+
+namespace {
+int g_CallsOfReplacedFunctions = 0;
+}
+
+// As in a host whose sanitizer puts functions of its own in the place of the C library's.
+extern "C" {
+
+int clone(int (*function)(void*), void* stack, int flags, void* argument, ...) noexcept {
+    static const auto real =
+        reinterpret_cast<int (*)(int (*)(void*), void*, int, void*)>(dlsym(RTLD_NEXT, "clone"));
+    ++g_CallsOfReplacedFunctions;
+    return real(function, stack, flags, argument);
+}
+
+int sigaction(int signal, const struct sigaction* action, struct sigaction* old) noexcept {
+    static const auto real = reinterpret_cast<decltype(&sigaction)>(dlsym(RTLD_NEXT, "sigaction"));
+    ++g_CallsOfReplacedFunctions;
+    return real(signal, action, old);
+}
+
+}  // extern "C"
 
 namespace {
 
@@ -107,6 +137,149 @@ TEST_F(CChildStartTest, MaskAndHandlersAreTheHostsAgain) {
         EXPECT_EQ(sigismember(&before, signal), sigismember(&after, signal)) << signal;
     }
     EXPECT_EQ(calls, 1);
+}
+
+// The thread sanitizer's functions take a child for one with a memory of its own: its clone() ends
+// the host, its sigaction() forgets the host's handlers.
+TEST_F(CChildStartTest, WhatAHostsSanitizerReplacesIsNotCalled) {
+    g_CallsOfReplacedFunctions = 0;
+    const CChildStart start = StartChild("true", {.environment = environ});
+    EXPECT_EQ(g_CallsOfReplacedFunctions, 0);
+    EXPECT_EQ(waitpid(start.child, nullptr, 0), start.child);
+}
+
+// Sends the stop of a terminal (Ctrl-Z) to the group of `host` all the time. A host that hangs is
+// killed.
+void StormOfStops(pid_t host) {
+    constexpr std::chrono::seconds LIMIT(20);
+    signal(SIGTSTP, SIG_IGN);
+    const auto deadline = std::chrono::steady_clock::now() + LIMIT;
+    while (std::chrono::steady_clock::now() < deadline) {
+        kill(-host, SIGTSTP);
+    }
+    kill(host, SIGKILL);
+    _exit(1);
+}
+
+TEST_F(CChildStartTest, StopOfTheHostsGroupDoesNotReachTheChild) {
+    constexpr int STARTS = 200;
+    fs::create_directories(DIR + "/empty");
+    const CVariable path("PATH", (DIR + "/empty").c_str());
+    EXPECT_EQ(RunAsAnotherHost([] {
+                  setpgid(0, 0);
+                  const CSignalAction handled(SIGTSTP, [](int) {});
+                  const pid_t host = getpid();
+                  const pid_t storm = fork();
+                  if (storm < 0) {
+                      return 2;
+                  }
+                  if (storm == 0) {
+                      StormOfStops(host);
+                  }
+                  int failed = 0;
+                  for (int i = 0; i < STARTS; ++i) {
+                      failed +=
+                          StartChild("true", {.environment = environ}).failed == EChildStep::Command
+                              ? 1
+                              : 0;
+                  }
+                  kill(storm, SIGKILL);
+                  waitpid(storm, nullptr, 0);
+                  return failed == STARTS ? 0 : 1;
+              }),
+              0)
+        << "200: the host waited for ever";
+}
+
+// A request for the end of the host's thread waits until the child is the command: in the child it
+// would unwind the memory of both.
+TEST_F(CChildStartTest, CancellationOfTheHostsThreadWaits) {
+    CChildStart start;
+    pthread_t thread = {};
+    ASSERT_EQ(pthread_create(
+                  &thread, nullptr,
+                  [](void* result) -> void* {
+                      pthread_cancel(pthread_self());
+                      *static_cast<CChildStart*>(result) =
+                          StartChild("echo ran", {.output = OUT.c_str(), .environment = environ});
+                      pthread_testcancel();
+                      return nullptr;
+                  },
+                  &start),
+              0);
+    void* result = nullptr;
+    pthread_join(thread, &result);
+    EXPECT_EQ(result, PTHREAD_CANCELED) << "afterwards";
+    EXPECT_EQ(start.failed, EChildStep::None);
+    EXPECT_EQ(waitpid(start.child, nullptr, 0), start.child);
+    EXPECT_EQ(ReadFile(OUT), "ran\n");
+}
+
+// In pages.
+size_t MappedMemory() {
+    size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages;
+}
+
+TEST_F(CChildStartTest, StartLeavesNoMemoryBehind) {
+    const CChildSetup failing = {.output = DIR.c_str(), .environment = environ};
+    const CChildSetup working = {.environment = environ};
+    const auto start = [&] {
+        EXPECT_EQ(StartChild("true", failing).failed, EChildStep::Output);
+        EXPECT_EQ(waitpid(StartChild("true", working).child, nullptr, 0) > 0, true);
+    };
+    start();
+    const size_t before = MappedMemory();
+    for (int i = 0; i < 50; ++i) {
+        start();
+    }
+    EXPECT_LT(MappedMemory(), before + 50) << "a child's stack is 16 pages";
+}
+
+TEST_F(CChildStartTest, HostWithoutMemoryForTheStackGetsNoChild) {
+    EXPECT_EQ(RunAsAnotherHost([] {
+                  const rlimit none = {0, 0};
+                  setrlimit(RLIMIT_AS, &none);
+                  const CChildStart start = StartChild("true", {.environment = environ});
+                  return start.failed == EChildStep::Process && start.error == ENOMEM &&
+                                 start.child == -1
+                             ? 0
+                             : 1;
+              }),
+              0);
+}
+
+TEST_F(CChildStartTest, ProcessThatCannotBeMadeIsTold) {
+    EXPECT_EQ(RunAsAnotherHost([] {
+                  RefuseSystemCall(SYS_clone, EPERM);
+                  const CChildStart start = StartChild("true", {.environment = environ});
+                  return start.failed == EChildStep::Process && start.error == EPERM ? 0 : 1;
+              }),
+              0);
+}
+
+TEST_F(CChildStartTest, ShellIsFoundAsTheHostsPathSays) {
+    WriteFile(DIR + "/first/sh", "no program");
+    fs::create_directories(DIR + "/second/sh");
+    WriteFile(DIR + "/script/sh", "echo \"script $*\"\n");
+    fs::permissions(DIR + "/script/sh", fs::perms::owner_all);
+    const std::string tooLong = "/" + std::string(5000, 'x');
+    const std::string first = DIR + "/first:" + DIR + "/second:" + tooLong + ":/bin";
+    const std::string script = DIR + "/script:/bin";
+    struct {
+        const char* path;
+        const char* output;
+    } const rows[] = {
+        {nullptr, "ran\n"},
+        {first.c_str(), "ran\n"},
+        {script.c_str(), "script -c echo ran\n"},
+    };
+    for (const auto& row : rows) {
+        const CVariable path("PATH", row.path);
+        EXPECT_EQ(Run("echo ran", {.output = OUT.c_str(), .environment = environ}), 0);
+        EXPECT_EQ(ReadFile(OUT), row.output);
+    }
 }
 
 }  // namespace

@@ -1,3 +1,8 @@
+#include <sys/syscall.h>
+
+#include <chrono>
+#include <stdexcept>
+
 #include "Host.h"
 #include "PrivateServerTest.h"
 #include "cli/ChildStart.h"
@@ -18,10 +23,16 @@ protected:
         fs::create_directories(DIR);
     }
 
+    // Throws if there is no child: to kill the process -1 would be to kill them all.
     static pid_t Start(const std::string& command) {
         const CChildStart start = StartChild(command, {.environment = environ});
-        EXPECT_EQ(start.failed, EChildStep::None);
-        return start.child;
+        return ExistingChild(start.child);
+    }
+    static pid_t ExistingChild(pid_t child) {
+        if (child <= 0) {
+            throw std::runtime_error("no child");
+        }
+        return child;
     }
 };
 
@@ -72,7 +83,7 @@ TEST_F(CChildWaitTest, KillReachesAChildThatLeftItsGroup) {
         pause();
         _exit(0);
     }
-    KillChild(child);
+    KillChild(ExistingChild(child));
     EXPECT_EQ(OwnChildren(), "");
 }
 
@@ -82,6 +93,41 @@ TEST_F(CChildWaitTest, KillOfAnEndedChildTakesItsEnd) {
     ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT), 0);
     KillChild(child);
     EXPECT_EQ(OwnChildren(), "");
+}
+
+// Linux before 5.3, or a host that may not have a process descriptor.
+TEST_F(CChildWaitTest, EndIsSeenSoonWithoutAProcessDescriptor) {
+    for (const int error : {ENOSYS, EPERM}) {
+        EXPECT_EQ(RunAsAnotherHost([error] {
+                      constexpr int RUNS = 8;
+                      constexpr std::chrono::seconds LIMIT(3);
+                      RefuseSystemCall(SYS_pidfd_open, error);
+                      const auto start = std::chrono::steady_clock::now();
+                      for (int i = 0; i < RUNS; ++i) {
+                          int status = 0;
+                          if (WaitForChild(Start("sleep 0.01; exit 5"), NO_TIME_LIMIT, status) !=
+                                  EChildWait::Changed ||
+                              WEXITSTATUS(status) != 5) {
+                              return 1;
+                          }
+                      }
+                      return std::chrono::steady_clock::now() - start < LIMIT ? 0 : 2;
+                  }),
+                  0)
+            << error;
+    }
+}
+
+TEST_F(CChildWaitTest, LimitHoldsWithoutAProcessDescriptor) {
+    EXPECT_EQ(RunAsAnotherHost([] {
+                  RefuseSystemCall(SYS_pidfd_open, ENOSYS);
+                  const pid_t child = Start("exec sleep 600");
+                  int status = 0;
+                  const EChildWait wait = WaitForChild(child, milliseconds(30), status);
+                  KillChild(child);
+                  return wait == EChildWait::TimedOut ? 0 : 1;
+              }),
+              0);
 }
 
 }  // namespace

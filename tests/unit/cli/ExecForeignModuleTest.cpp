@@ -123,6 +123,13 @@ TEST_F(CToolRunTest, FileModeFollowsTheHostsMask) {
     EXPECT_EQ(fs::status(OUT).permissions(), fs::perms(0640));
 }
 
+TEST_F(CToolRunTest, FileIsForAllWhomTheHostsMaskLets) {
+    const mode_t mask = umask(0);
+    EXPECT_EQ(RunTool("true"), EXEC_OK);
+    umask(mask);
+    EXPECT_EQ(fs::status(OUT).permissions(), fs::perms(0666));
+}
+
 TEST_F(CToolRunTest, LargeOutputIsComplete) {
     EXPECT_EQ(RunTool("head -c 5000000 /dev/zero"), EXEC_OK);
     EXPECT_EQ(fs::file_size(OUT), 5000000U);
@@ -148,6 +155,23 @@ TEST_F(CToolRunTest, LibraryPathIsExtendedForTheToolOnly) {
             EXPECT_STREQ(after, row.host);
         }
     }
+}
+
+TEST_F(CToolRunTest, LibraryPathIsInTheEnvironmentOnce) {
+    const CVariable variable("LD_LIBRARY_PATH", "/a");
+    EXPECT_EQ(RunTool("tr '\\0' '\\n' < /proc/$$/environ | grep ^LD_LIBRARY_PATH="), EXEC_OK);
+    EXPECT_EQ(ReadFile(OUT), "LD_LIBRARY_PATH=/a:/opt/tarmica/krz/lib\n");
+}
+
+TEST_F(CToolRunTest, HostWithoutAnEnvironmentIsServed) {
+    EXPECT_EQ(RunAsAnotherHost([&] {
+                  clearenv();
+                  return RunTool("tr '\\0' '\\n' < /proc/$$/environ") == EXEC_OK && m_ExitCode == 0
+                             ? 0
+                             : 1;
+              }),
+              0);
+    EXPECT_EQ(ReadFile(OUT), "LD_LIBRARY_PATH=/opt/tarmica/krz/lib\n");
 }
 
 TEST_F(CToolRunTest, EnvironmentIsPassedOnAndUntouched) {
@@ -666,6 +690,18 @@ TEST_F(CUtilityRunTest, LibraryPathIsPassedOnAsItIs) {
     const CVariable variable("LD_LIBRARY_PATH", "/a");
     EXPECT_EQ(RunUtility("echo \"$LD_LIBRARY_PATH\""), unsigned{EXEC_OK});
     EXPECT_EQ(ReadFile(OUT), "/a\n");
+}
+
+TEST_F(CUtilityRunTest, HostWithoutAnEnvironmentIsServed) {
+    EXPECT_EQ(RunAsAnotherHost([&] {
+                  clearenv();
+                  return RunUtility("tr '\\0' '\\n' < /proc/$$/environ") == unsigned{EXEC_OK} &&
+                                 m_ExitCode == 0
+                             ? 0
+                             : 1;
+              }),
+              0);
+    EXPECT_EQ(ReadFile(OUT), "");
 }
 
 TEST_F(CUtilityRunTest, HostWithoutStandardDescriptorsIsServed) {

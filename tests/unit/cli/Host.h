@@ -157,9 +157,11 @@ inline void RefuseSystemCall(long number, int error) {
 // 200 if it was killed.
 inline int RunAsAnotherHost(const std::function<int()>& host) {
     constexpr int KILLED = 200;
+    // An exception ends the child: it must not go on with the test's other steps.
+    const auto run = [&host]() noexcept { return host(); };
     const pid_t child = fork();
     if (child == 0) {
-        _exit(host());
+        _exit(run());
     }
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
