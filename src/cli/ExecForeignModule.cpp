@@ -19,7 +19,6 @@ namespace {
 
 constexpr unsigned long EXIT_CODE_UNKNOWN = 255;
 constexpr unsigned long EXIT_CODE_NOT_STARTED = 1;
-constexpr std::chrono::seconds TOOL_TIME_LIMIT(150);
 constexpr const char* TOOL_LIBRARY_DIR = "/opt/tarmica/krz/lib";
 constexpr const char* LIBRARY_PATH_NAME = "LD_LIBRARY_PATH";
 

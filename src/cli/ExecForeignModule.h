@@ -14,11 +14,15 @@ inline constexpr int EXEC_FAILED = 1;
 inline constexpr int EXEC_TIMEOUT = -1;                 // three arguments
 inline constexpr unsigned int EXEC_LSI_TIMEOUT = 0xFF;  // five arguments
 
+// How long the RAID tool may run.
+inline constexpr std::chrono::seconds TOOL_TIME_LIMIT(150);
+
 // A time-out of the five-argument variant that never expires.
 inline constexpr unsigned long EXEC_NO_TIMEOUT = ~0UL;
 
 // For the RAID tool. Runs `command` with standard output and then standard error in `outFile`
-// (created or emptied) and "/opt/tarmica/krz/lib" added to LD_LIBRARY_PATH, for at most 150 s.
+// (created or emptied) and "/opt/tarmica/krz/lib" added to LD_LIBRARY_PATH, for at most
+// TOOL_TIME_LIMIT.
 //   EXEC_OK       the command ended; its exit status is behind `exitCode`. A command that could not
 //                 get its output file or be run at all counts as one that ended with status 1.
 //   EXEC_FAILED   empty command or file name (`*exitCode` untouched); no process could be made, it

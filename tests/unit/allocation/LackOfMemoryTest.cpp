@@ -7,6 +7,7 @@
 
 #include "AllocationFault.h"
 #include "ItemList.h"
+#include "plugin/ItemList.h"
 #include "plugin/SvpConversion.h"
 #include "xml/MngSrv_QorLibMan.h"
 
@@ -58,6 +59,16 @@ TEST(LackOfMemory, SerializationLeavesNothingBehind) {
         manager.XmlSerialize(0, "a component text of some length", &list.items, &out);
     });
     EXPECT_GT(failures, 10);
+}
+
+TEST(LackOfMemory, AddingItemsLeavesNothingBehind) {
+    const std::string text(40, 't');
+    const int failures = FailEveryAllocation([&text] {
+        CItemListOwner items;
+        AddItem(items, text, text, text);
+        InsertItem(items, items.begin(), text, text, text);
+    });
+    EXPECT_GT(failures, 7);
 }
 
 TEST(LackOfMemory, CreatingSerializersLeavesNothingBehind) {

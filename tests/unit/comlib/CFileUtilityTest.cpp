@@ -1,3 +1,4 @@
+#include <sys/fsuid.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -156,6 +157,28 @@ TEST_F(CFileUtilityTest, DirectoryOfAnotherUserIsTraced) {
     EXPECT_EQ(_mkdir(path.c_str()), -1);
     EXPECT_EQ(TakeTraces(), Traces{"ComLib FAILURE directory \"" + path +
                                    "\" is not safe: it belongs to another user"});
+}
+
+// Becomes an ordinary user, who still writes the test's trace as root.
+class COrdinaryUser {
+public:
+    COrdinaryUser() {
+        constexpr uid_t NOBODY = 65534;
+        const uid_t root = geteuid();
+        EXPECT_TRUE(root != 0 || seteuid(NOBODY) == 0);
+        setfsuid(root);
+    }
+    ~COrdinaryUser() { EXPECT_EQ(seteuid(getuid()), 0); }
+    COrdinaryUser(const COrdinaryUser&) = delete;
+    COrdinaryUser& operator=(const COrdinaryUser&) = delete;
+};
+
+TEST_F(CFileUtilityTest, DirectoryOfRootIsSafeForAnOrdinaryUser) {
+    const COrdinaryUser user;
+    errno = 0;
+    EXPECT_EQ(_mkdir(Scratch().c_str()), -1);
+    EXPECT_EQ(errno, EEXIST);
+    EXPECT_EQ(TakeTraces(), Traces{});
 }
 
 TEST_F(CFileUtilityTest, FailedCreationIsTracedAndKeepsItsReason) {

@@ -44,6 +44,7 @@ TEST(Thread, SleepLastsAtLeastItsTime) {
     EXPECT_GE(TimeOfSleep(0), 0ms);
     EXPECT_GE(TimeOfSleep(1), 1ms);
     EXPECT_GE(TimeOfSleep(50), 50ms);
+    EXPECT_GE(TimeOfSleep(1000), 1000ms);
     EXPECT_GE(TimeOfSleep(999), 999ms);  // carries into the next second almost always
 }
 

@@ -503,6 +503,27 @@ TEST_F(CMSRAID_InfoGetterTest, TrimIsThePlainTrimming) {
     EXPECT_EQ(text, "");
 }
 
+TEST_F(CMSRAID_InfoGetterTest, TitleIsTrimmedThroughTheTable) {
+    class COwnTrimming : public CTestGetter {
+    public:
+        void Trim(std::string& text) override { text = "<" + text + ">"; }
+    } getter;
+    getter.AddRootItem();
+    std::ifstream stream;
+    EXPECT_TRUE(getter.ParseTitle(stream, "### A ###"));
+    EXPECT_EQ(getter.m_RaidList.back()->ItemName(), "<### A ###>");
+    DeleteItems(getter.m_RaidList);
+}
+
+TEST_F(CMSRAID_InfoGetterTest, RunBeginsWithAnEmptyList) {
+    const CItemDisp left("", "left by a subclass, which owns it", "", "TRUE");
+    CTestGetter getter;
+    getter.m_RaidList.push_back(const_cast<CItemDisp*>(&left));
+    EXPECT_TRUE(Run(getter, "### A ###\n"s));
+    EXPECT_THAT(Rows(m_Items), ElementsAre(CRow{"", ROOT, ""}, CRow{ROOT, "### A ###", ""}));
+    EXPECT_EQ(left.ItemName(), "left by a subclass, which owns it");
+}
+
 TEST_F(CMSRAID_InfoGetterTest, VeryLongLineIsKept) {
     const std::string value(1 << 20, 'v');
     EXPECT_THAT(RowsOf("### A ###\nk : " + value + "\n"),

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
+#include <string>
+#include <type_traits>
 
 #include "plugin/ItemDisp.h"
 
@@ -21,6 +24,33 @@ TEST(ItemDisp, KeepsEmptyTexts) {
     EXPECT_EQ(item.ItemName(), "");
     EXPECT_EQ(item.ItemValue(), "");
     EXPECT_EQ(item.Enable(), "");
+}
+
+TEST(ItemDisp, CreatedItemKeepsEmptyTexts) {
+    const std::unique_ptr<CItemDisp, void (*)(CItemDisp*)> item(CreateItemDisp("", "", "", ""),
+                                                                DeleteItemDisp);
+    EXPECT_EQ(item->ParentName() + item->ItemName() + item->ItemValue() + item->Enable(), "");
+}
+
+TEST(ItemDisp, RenamingChangesOneText) {
+    CItemDisp item("parent", "name", "value", "TRUE");
+    item.SetParentName("other parent");
+    EXPECT_EQ(item.ParentName(), "other parent");
+    EXPECT_EQ(item.ItemName(), "name");
+    item.SetItemName("other name");
+    EXPECT_EQ(item.ParentName(), "other parent");
+    EXPECT_EQ(item.ItemName(), "other name");
+    EXPECT_EQ(item.ItemValue(), "value");
+    EXPECT_EQ(item.Enable(), "TRUE");
+}
+
+// Hosts read the four texts at their places.
+TEST(ItemDisp, IsARecordOfFourTexts) {
+    using Record = std::array<std::string, 4>;
+    static_assert(sizeof(CItemDisp) == sizeof(Record));
+    static_assert(!std::is_polymorphic_v<CItemDisp>);
+    const CItemDisp item("parent", "name", "value", "FALSE");
+    EXPECT_EQ(reinterpret_cast<const Record&>(item), (Record{"parent", "name", "value", "FALSE"}));
 }
 
 TEST(ItemDisp, DeleteOfNullIsHarmless) {

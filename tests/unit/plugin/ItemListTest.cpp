@@ -27,6 +27,7 @@ TEST(ItemList, InsertedItemStandsBeforeThePosition) {
     const ItemPosition inserted = InsertItem(items, last, "", "first", "");
     EXPECT_EQ(inserted, items.begin());
     EXPECT_EQ(std::next(inserted), last);
+    EXPECT_EQ((*inserted)->Enable(), "TRUE");
 }
 
 TEST(ItemList, PlaceholderIsNotShown) {

@@ -92,6 +92,17 @@ TEST_F(MngSrv_QorLibIF, NullArgumentsAreRefusedAndNothingIsTouched) {
     EXPECT_EQ(TraceTextWithoutFlow(), "");
 }
 
+constexpr const char* ORCHESTRATOR_THAT_IS_NOT_ASKED =
+    "4: CMSRAID_InterFace::CMSRAID_InterFace [START]\n"
+    "4: CMSRAID_InterFace::CMSRAID_InterFace [END]\n"
+    "4: CMSRAID_InterFace::~CMSRAID_InterFace [START]\n"
+    "4: CMSRAID_InterFace::~CMSRAID_InterFace [END]\n";
+
+TEST_F(MngSrv_QorLibIF, RefusedRequestHasItsOrchestratorAllTheSame) {
+    EXPECT_EQ(Object().GetRAIDInfo(nullptr, &m_ErrorCode, &m_NoticeCode, &m_ErrorDetail), 0);
+    EXPECT_EQ(TraceText(), ORCHESTRATOR_THAT_IS_NOT_ASKED);
+}
+
 TEST_F(MngSrv_QorLibIF, InformationComesWithItsTexts) {
     CStandInTool tool;
     PlayHost(tool);
@@ -170,6 +181,17 @@ TEST_F(MngSrv_QorLibIF, EmptyDetailReplacesNone) {
     EXPECT_EQ(Texts(), "'04' '' ''");
 }
 
+TEST_F(MngSrv_QorLibIF, NoticeIsPutInFrontOfTheErrorWhereBothHaveOneText) {
+    PutRaidCard();
+    CStandInTool tool;
+    tool.Play("-v", {.out = VersionReport("4.3")});
+    tool.Play("-ctrlinfo -aAll", {.out = ControllerList(1)});
+    tool.Play("-ctrlinfo -a0", {.out = "### Title before any header ###\n"});
+    std::string both;
+    EXPECT_EQ(Object().GetRAIDInfo(&m_Items, &both, &both, &m_ErrorDetail), 0);
+    EXPECT_EQ(both, "0104");
+}
+
 TEST_F(MngSrv_QorLibIF, HostWithoutACardAnswersNone) {
     EXPECT_EQ(Object().GetRAIDInfo(&m_Items, &m_ErrorCode, &m_NoticeCode, &m_ErrorDetail), 1);
     EXPECT_EQ(Texts(), "'' '' 'none'");
@@ -224,7 +246,12 @@ TEST_F(MngSrv_QorLibIF, FreeItemListEmptiesTheList) {
 
 TEST_F(MngSrv_QorLibIF, FreeItemListOfNullIsHarmless) {
     Object().FreeItemList(nullptr);
-    EXPECT_EQ(TraceText().find("FreeItemList"), std::string::npos);
+    EXPECT_EQ(TraceText(), ORCHESTRATOR_THAT_IS_NOT_ASKED);
+}
+
+TEST_F(MngSrv_QorLibIF, FreeItemListOfAnEmptyListIsTracedAsAny) {
+    Object().FreeItemList(&m_Items);
+    EXPECT_NE(TraceText().find("4: CMSRAID_InterFace::FreeItemList [START]\n"), std::string::npos);
 }
 
 // --- KRZExecCli ---
@@ -275,6 +302,14 @@ TEST_F(MngSrv_QorLibIF, CommandAndPathEndAtAnEmbeddedNul) {
     EXPECT_EQ(Object().KRZExecCli("krzcli -x\0 -y"s, &exitCode, OUTPUT + "\0.more"s), 0U);
     EXPECT_EQ(ReadFile(OUTPUT), "out\n");
     EXPECT_FALSE(fs::exists(OUTPUT + ".more"s));
+}
+
+TEST_F(MngSrv_QorLibIF, PathThatBeginsWithANulIsEmpty) {
+    using namespace std::string_literals;
+    const CStandInTool toolThatIsNotAsked;
+    unsigned long exitCode = 99;
+    EXPECT_EQ(Object().KRZExecCli("krzcli -x", &exitCode, "\0"s + OUTPUT), 2U);
+    EXPECT_EQ(exitCode, 0U);
 }
 
 }  // namespace
