@@ -140,7 +140,8 @@ bool COsInfo::makeDeviceInfo() {
 }
 
 int DeleteFileA(const char* path) {
-    return unlink(path) == 0 ? 1 : 0;
+    constexpr int SUCCESS = 2;  // any number but 0
+    return unlink(path) == 0 ? SUCCESS : 0;
 }
 
 int _mkdir(const char* path) {

@@ -68,6 +68,11 @@ TEST_F(CMSRAID_KRZTest, IsInstalledWhenTheProgramExists) {
     EXPECT_TRUE(CMSRAID_KRZ::IsKRZInstalled());
 }
 
+TEST_F(CMSRAID_KRZTest, DirectoryWithoutTheProgramIsNoInstallation) {
+    WriteFile("/opt/tarmica/krz/cli/krzcli.old", "");
+    EXPECT_FALSE(CMSRAID_KRZ::IsKRZInstalled());
+}
+
 TEST_F(CMSRAID_KRZTest, MissingToolIsToldAtOnce) {
     EXPECT_EQ(Exec(), KRZ_NOT_INSTALLED);
     EXPECT_EQ(m_CliRtn, 255U);
@@ -117,6 +122,13 @@ TEST_F(CMSRAID_KRZTest, RejectionOfAToolThatWasKilledCounts) {
     CStandInTool tool;
     tool.Play(ARGUMENTS, {.run = "echo 'Error - Invalid input at or near token x'; kill -KILL 0"});
     EXPECT_EQ(Exec(), KRZ_TOOL_ERROR);
+}
+
+TEST_F(CMSRAID_KRZTest, RejectionIsTheWholeText) {
+    CStandInTool tool;
+    PlayTimes(tool, 3, {.out = "Error - Invalid input at or near\n", .status = 1});
+    EXPECT_EQ(Exec(), KRZ_TOOL_ERROR);
+    EXPECT_THAT(FakeComLib().sleeps, ElementsAre(1000U, 1000U));
 }
 
 TEST_F(CMSRAID_KRZTest, OtherErrorWithFailingStatusIsTriedAgain) {

@@ -252,7 +252,10 @@ TEST_F(CMSRAID_InfoGetterTest, CommandWithoutControllerIsRunAsItIs) {
     tool.Play("-pssdinfo -aAll", {});
     tool.Play("-test -a%s", {});
     CTestGetter getter("krzcli -pssdinfo -aAll");
+    FakeComLib().traces.clear();
     EXPECT_TRUE(getter.GetInfo(m_Items));
+    EXPECT_EQ(FakeComLib().traces.front(), Flow("CMSRAID_InfoGetter::GetInfo [START]"));
+    EXPECT_EQ(FakeComLib().traces.back(), Flow("CMSRAID_InfoGetter::GetInfo [END]"));
     CTestGetter unformatted;
     EXPECT_TRUE(unformatted.GetInfo(m_Items));
 }
@@ -377,6 +380,17 @@ TEST_F(CMSRAID_InfoGetterTest, CodesAreCollectedTheLatestFirst) {
     EXPECT_TRUE(Run(getter, "### A ###\n"s));
     EXPECT_EQ(getter.ErrCode(), "030401");
     EXPECT_THAT(m_Items, SizeIs(2));
+}
+
+TEST_F(CMSRAID_InfoGetterTest, DetailIsTheLatestCommandThatFailed) {
+    CTestGetter getter;
+    EXPECT_FALSE(Run(getter, "### A ###\n: v\n"s));
+    fs::remove_all(TOOL_DIR);
+    EXPECT_FALSE(getter.GetInfo(0, m_Items));
+    EXPECT_EQ(getter.ErrDetail(), "krzcli -test -a0");
+    EXPECT_FALSE(getter.GetInfo(7, m_Items));
+    EXPECT_EQ(getter.ErrDetail(), "krzcli -test -a7");
+    EXPECT_EQ(getter.ErrCode(), "010104");
 }
 
 TEST_F(CMSRAID_InfoGetterTest, ExceptionPassesAndLeavesNothing) {
@@ -611,6 +625,21 @@ TEST_F(CMSRAID_InfoGetterTest, ResultFileNameHasThreadAndCounter) {
               std::stoul(name.substr(end + 1), nullptr, 16) + 1);
     EXPECT_FALSE(fs::exists(first)) << "only named, not made";
     EXPECT_THAT(FakeComLib().traces, IsEmpty());
+}
+
+// In a process of its own, where no result file was named before.
+TEST_F(CMSRAID_InfoGetterTest, NumbersOfResultFilesBeginWithZero) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            const std::string first = CMSRAID_InfoGetter::GetRsltFilePath();
+            const std::string second = CMSRAID_InfoGetter::GetRsltFilePath();
+            _exit(first.ends_with("_00000000_MngSrvRaid.txt") &&
+                          second.ends_with("_00000001_MngSrvRaid.txt")
+                      ? 0
+                      : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 TEST_F(CMSRAID_InfoGetterTest, ResultDirectoryIsMadeForTheOwnerOnly) {

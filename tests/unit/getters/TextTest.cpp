@@ -78,6 +78,7 @@ TEST(Text, CommandTakesTheArgumentOnce) {
     EXPECT_EQ(FormatCommand("krzcli -ctrlinfo -a%s", "0"), "krzcli -ctrlinfo -a0");
     EXPECT_EQ(FormatCommand("krzcli -pssdinfo -aAll", "0"), "krzcli -pssdinfo -aAll");
     EXPECT_EQ(FormatCommand("a%s", "%s"), "a%s");
+    EXPECT_EQ(FormatCommand("a%s b%s", "0"), "a0 b%s");
     EXPECT_EQ(FormatCommand("", "0"), "");
 }
 
