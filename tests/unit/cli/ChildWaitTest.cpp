@@ -44,6 +44,18 @@ TEST_F(CChildWaitTest, StopIsSeen) {
     KillChild(child);
 }
 
+TEST_F(CChildWaitTest, ContinuationIsSeenWhereTheStopWasMissed) {
+    const pid_t child = Start("kill -STOP $$; exec sleep 600");
+    siginfo_t info = {};
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &info, WSTOPPED | WNOWAIT), 0);
+    kill(child, SIGCONT);
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &info, WCONTINUED | WNOWAIT), 0);
+    int status = 0;
+    EXPECT_EQ(WaitForChild(child, NO_TIME_LIMIT, status), EChildWait::Changed);
+    EXPECT_TRUE(WIFCONTINUED(status));
+    KillChild(child);
+}
+
 TEST_F(CChildWaitTest, ChildBeyondTheLimitRunsOn) {
     const pid_t child = Start("exec sleep 600");
     int status = 0;

@@ -54,6 +54,7 @@ protected:
 TEST_F(COsInfoTest, DevicesAreListedInOrder) {
     AddDevice("0000:3b:00.0", "0x1000\n", "0x005d\n", "0x02\n");
     AddDevice("10000:01:00.0", "0x8086\n", "0x0a54\n", "0x00\n");
+    AddDevice("ffff:00:00.0", "0x8086\n", "0x1237\n", "0x02\n");
     AddDevice("0000:00:1f.2", "0x8086\n", "0xa1d2\n", "0x09\n");
     AddDevice("0001:00:00.0", "0x1aed\n", "0x2001\n", "0xff\n");
     EXPECT_TRUE(Make());
@@ -61,6 +62,7 @@ TEST_F(COsInfoTest, DevicesAreListedInOrder) {
               "00:1f.2_8086:a1d2_0000_09\n"
               "3b:00.0_1000:005d_0000_02\n"
               "00:00.0_1aed:2001_0001_ff\n"
+              "00:00.0_8086:1237_ffff_02\n"
               "01:00.0_8086:0a54_10000_00\n");
     EXPECT_EQ(TakeTraces(), Traces{});
 }
