@@ -51,8 +51,8 @@ std::string SetItem(const std::string& name, const std::string& value, const std
            "\n";
 }
 
-// A getter whose key/value parser rejects keys that begin with "BAD", and whose protected parts
-// are in reach.
+// A getter that rejects keys and titles that begin with "BAD", counts its roots, and whose
+// protected parts are in reach.
 class CTestGetter : public CMSRAID_CtrlInfoGetter {
 public:
     ~CTestGetter() override { DeleteItems(m_RaidList); }
@@ -61,13 +61,22 @@ public:
         return !line.starts_with("BAD") &&
                CMSRAID_CtrlInfoGetter::ParseKeyValue(stream, line, list);
     }
+    bool ParseTitle(std::ifstream& stream, std::string line) override {
+        return !line.starts_with("### BAD") && CMSRAID_CtrlInfoGetter::ParseTitle(stream, line);
+    }
+    void AddRootItem() override {
+        ++rootCalls;
+        CMSRAID_CtrlInfoGetter::AddRootItem();
+    }
     void Trim(std::string& text) override {
         ++trimCalls;
         CMSRAID_CtrlInfoGetter::Trim(text);
     }
+    using CMSRAID_InfoGetter::AddPlaceholder;
     using CMSRAID_InfoGetter::NoteRunFailure;
     std::string ItemsBuilt() const { return qortest::ItemText(m_RaidList); }
 
+    int rootCalls = 0;
     int trimCalls = 0;
 };
 
@@ -499,6 +508,23 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, ControllerNumberIsHeldUntilGeneralInformation
               "### General Information ### | Product Name | X | TRUE\n");
 }
 
+TEST_F(CMSRAID_CtrlInfoGetterTest, HeaderIsTracedAsItStands) {
+    EXPECT_EQ(Items("RAID Controller : 0 \t\r\n"), " | Controller Information |  | TRUE\n");
+    const CTexts flow = FakeComLib().Traces(CTraceUtility::TRACE_DBG_FLOW);
+    ASSERT_GT(flow.size(), 5U);
+    EXPECT_EQ(flow[5], "CMSRAID_CtrlInfoGetter::ParseCtrlNo [START], RAID Controller : 0 \t\r");
+}
+
+TEST_F(CMSRAID_CtrlInfoGetterTest, RootsAndTitlesAreMadeByTheVirtualOperations) {
+    CTestGetter getter;
+    EXPECT_TRUE(Read(HEADER + "RAID Controller : 1\n", getter).result);
+    EXPECT_EQ(getter.rootCalls, 2);
+    EXPECT_FALSE(Read(HEADER + "### BAD ###\na : b\n", getter).result);
+    EXPECT_EQ(FakeComLib().Traces(FAILURE),
+              CTexts({"CreateRAIDItem is FAILED (ret=00000000).",
+                      "Failed to parse RAID Information ret=00000000."}));
+}
+
 TEST_F(CMSRAID_CtrlInfoGetterTest, HeldNumberWithoutItsTitleIsDiscarded) {
     CMSRAID_CtrlInfoGetter getter;
     EXPECT_EQ(Read("RAID Controller : 5\n### Other ###\n", getter).items,
@@ -614,6 +640,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, OldKeyNamesAreRenamedOutsideTheSpecialSection
                              "Subsystem Vendor ID : 5\n"
                              "Subsystem ID : 6\n"
                              "SubVendor IDs : 7\n"
+                             "SubDevice IDs : 7\n"
                              "### Other ###\n"
                              "SubDevice ID : 8\n"),
               " | Controller Information |  | TRUE\n"
@@ -626,6 +653,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, OldKeyNamesAreRenamedOutsideTheSpecialSection
               "### General Information ### | Subsystem Vendor ID | 5 | TRUE\n"
               "### General Information ### | Subsystem ID | 6 | TRUE\n"
               "### General Information ### | SubVendor IDs | 7 | TRUE\n"
+              "### General Information ### | SubDevice IDs | 7 | TRUE\n"
               "Controller Information | ### Other ### |  | TRUE\n"
               "### Other ### | Subsystem ID | 8 | TRUE\n");
 }
@@ -802,6 +830,31 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, SpecialParsersRejectAStreamThatIsAtItsEnd) {
     EXPECT_EQ(getter.ItemsBuilt(), " | Controller Information |  | TRUE\n");
 }
 
+TEST_F(CMSRAID_CtrlInfoGetterTest, FirmwarePlaceholdersFollowTheItemThatIsLastAtItsEntry) {
+    CTestGetter getter;
+    getter.AddRootItem();
+    getter.AddPlaceholder("last");
+    std::ifstream stream = StreamOf("a : b\n");
+    EXPECT_TRUE(getter.ParseFirmwareInfo(stream, ""));
+    EXPECT_EQ(getter.ItemsBuilt(),
+              " | Controller Information |  | TRUE\n"
+              "Controller Information | last |  | FALSE\n"
+              "Controller Information | Firmware Package Version |  | FALSE\n"
+              "Controller Information | Firmware Version |  | FALSE\n"
+              "Controller Information | Firmware Build Time |  | FALSE\n"
+              "Controller Information | a | b | TRUE\n");
+}
+
+TEST_F(CMSRAID_CtrlInfoGetterTest, SettingsPlaceholderStandsUnderTheCurrentSection) {
+    CTestGetter getter;
+    getter.AddRootItem();
+    std::ifstream stream = StreamOf("");
+    EXPECT_TRUE(getter.ParseSettingInfo(stream, ""));
+    EXPECT_EQ(getter.ItemsBuilt(),
+              " | Controller Information |  | TRUE\n"
+              "Controller Information | Reconstruction Rate |  | FALSE\n");
+}
+
 TEST_F(CMSRAID_CtrlInfoGetterTest, HeaderParserNeedsARoot) {
     CMSRAID_CtrlInfoGetter getter;
     qortest::ResetFakeComLib();
@@ -845,6 +898,22 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, EmbeddedNulCutsAText) {
               "Controller Information |  |  | TRUE\n"
               "Controller Information | ### T |  | TRUE\n"
               "### T | a | b | TRUE\n");
+}
+
+TEST_F(CMSRAID_CtrlInfoGetterTest, TitleIsComparedAsItsItemShowsIt) {
+    using std::string_literals::operator""s;
+    EXPECT_EQ(Items(HEADER + "### General Information ###\0 x\n"
+                             "### Firmware/BIOS/Driver Information ###\0 x\nBIOS : 1\n\n"
+                             "### Controller Settings Information ###\0 x\n"s),
+              " | Controller Information |  | TRUE\n"
+              "Controller Information | ### General Information ### |  | TRUE\n"
+              "### General Information ### | Controller No. | 0 | TRUE\n"
+              "Controller Information | ### Firmware/BIOS/Driver Information ### |  | TRUE\n" +
+                  FirmItem("Firmware Package Version", "", "FALSE") +
+                  FirmItem("Firmware Version", "", "FALSE") +
+                  FirmItem("Firmware Build Time", "", "FALSE") + FirmItem("BIOS", "1", "TRUE") +
+                  "Controller Information | ### Controller Settings Information ### |  | TRUE\n" +
+                  SetItem("Reconstruction Rate", "", "FALSE"));
 }
 
 TEST_F(CMSRAID_CtrlInfoGetterTest, ReportCutAtAnyByteGivesItemsOrACleanFailure) {

@@ -61,7 +61,7 @@ std::string LDItems(const std::string& list, const std::string& number, const st
            Item(list, "Capacity", capacity) + Item(list, "Name", name);
 }
 
-// A getter whose key/value parser rejects keys that begin with "BAD".
+// A getter that rejects keys and titles that begin with "BAD" and counts its roots.
 class CTestGetter : public CMSRAID_LDInfoGetter {
 public:
     ~CTestGetter() override { DeleteItems(m_RaidList); }
@@ -69,7 +69,17 @@ public:
                        std::list<CItemDisp*>& list) override {
         return !line.starts_with("BAD") && CMSRAID_LDInfoGetter::ParseKeyValue(stream, line, list);
     }
+    bool ParseTitle(std::ifstream& stream, std::string line) override {
+        return !line.starts_with("### BAD") && CMSRAID_LDInfoGetter::ParseTitle(stream, line);
+    }
+    void AddRootItem() override {
+        ++rootCalls;
+        CMSRAID_LDInfoGetter::AddRootItem();
+    }
+    using CMSRAID_InfoGetter::AddPlaceholder;
     std::string ItemsBuilt() const { return qortest::ItemText(m_RaidList); }
+
+    int rootCalls = 0;
 };
 
 struct CRead {
@@ -121,6 +131,11 @@ protected:
         failures.insert(failures.end(), {"CreateRAIDItem is FAILED (ret=00000000).",
                                          "Failed to parse RAID Information ret=00000000."});
         EXPECT_EQ(FakeComLib().Traces(FAILURE), failures);
+    }
+
+    static std::ifstream StreamOf(const std::string& text) {
+        qortest::WriteFile("/opt/tarmica/text", text);
+        return std::ifstream("/opt/tarmica/text");
     }
 
     // The groups of the drives in a report that must be accepted.
@@ -423,6 +438,18 @@ TEST_F(CMSRAID_LDInfoGetterTest, EveryGroupHasARootOfItsOwn) {
     EXPECT_EQ(Items("RG0\nsRG1\nscRG2\n"), ROOT + ROOT + ROOT);
 }
 
+TEST_F(CMSRAID_LDInfoGetterTest, RootsAndTitlesAreMadeByTheVirtualOperations) {
+    CTestGetter getter;
+    EXPECT_TRUE(Read("RG0\nRG1\n", getter).result);
+    EXPECT_EQ(getter.rootCalls, 2);
+    ExpectRejected("RG0\n### BAD ###\n", {});
+}
+
+TEST_F(CMSRAID_LDInfoGetterTest, LinesOfGroupsWithoutASectionAddUpToTheNextOne) {
+    EXPECT_EQ(Items("RG0\na : 1\n\nRG1\nb : 2\n\n" + GENERAL_TITLE),
+              ROOT + ROOT + GENERAL + GeneralItem("a", "1") + GeneralItem("b", "2") + NO_ASSOC);
+}
+
 TEST_F(CMSRAID_LDInfoGetterTest, GroupLinesAreHeldUntilGeneralInformation) {
     EXPECT_EQ(Items("RG0\nRG No. : RG0\nRAID Level:\n\nfree : 1\n" + GENERAL_TITLE + "k : v\n"),
               ROOT + Item("Logical Drive Information", "free", "1") + GENERAL +
@@ -468,6 +495,7 @@ TEST_F(CMSRAID_LDInfoGetterTest, HeldItemsWithoutTheirTitleAreDiscarded) {
 }
 
 TEST_F(CMSRAID_LDInfoGetterTest, ControllerHeaderIsIgnored) {
+    EXPECT_EQ(Items("RG0\n\nRAID Controller : >LD0 (a)\nRAID Controller : >>PD0 (a)\n"), ROOT);
     EXPECT_EQ(Items("RAID Controller : 0\nRG0\n\nRAID Controller : 1\nRAID Controller\n"), ROOT);
     EXPECT_EQ(Items("RG0\n\n RAID Controller : 1\n"),
               ROOT + Item("Logical Drive Information", "RAID Controller", "1"));
@@ -513,6 +541,17 @@ TEST_F(CMSRAID_LDInfoGetterTest, MalformedListedLDRejectsTheReport) {
          }) {
         ExpectRejected("RG0\n\n" + line + "\n", {"Parse LDList Error(" + line + ")."});
     }
+}
+
+TEST_F(CMSRAID_LDInfoGetterTest, ListLinesAreTracedAsTheyStand) {
+    CMSRAID_LDInfoGetter getter;
+    EXPECT_FALSE(Read("RG0 \t\r\n\n>>PD0 (x) \r\n\n>LD0 (x) \r\n", getter).result);
+    const CTexts flow = FakeComLib().Traces(CTraceUtility::TRACE_DBG_FLOW);
+    ASSERT_GT(flow.size(), 13U);
+    EXPECT_EQ(flow[5], "CMSRAID_LDInfoGetter::ParseRAIDlnfo [START], RG0 \t\r");
+    EXPECT_EQ(flow[9], "CMSRAID_LDInfoGetter::ParseLDList [START], >>PD0 (x) \r");
+    EXPECT_EQ(flow[13], "CMSRAID_LDInfoGetter::ParseLDList [START], >LD0 (x) \r");
+    EXPECT_EQ(FakeComLib().Traces(FAILURE).front(), "Parse LDList Error(>LD0 (x) \r).");
 }
 
 TEST_F(CMSRAID_LDInfoGetterTest, ListedLDWithoutABracketIsAKeyValueLine) {
@@ -613,6 +652,13 @@ TEST_F(CMSRAID_LDInfoGetterTest, TabsInATitleBecomeBlanks) {
     EXPECT_EQ(Items("RG0\n\n ### General Information ###\n"), ROOT);
 }
 
+TEST_F(CMSRAID_LDInfoGetterTest, TitleThatLooksLikeAListLineIsATitle) {
+    for (const std::string& title : CTexts{"### >LD0 (a, b, c) ###", "### >>PD0 (x) ###"}) {
+        EXPECT_EQ(Items("RG0\n\n" + title + "\nk : v\n"),
+                  ROOT + Item("Logical Drive Information", title, "") + Item(title, "k", "v"));
+    }
+}
+
 TEST_F(CMSRAID_LDInfoGetterTest, TitleBeforeTheFirstGroupRejectsTheReport) {
     ExpectRejected("### Any ###\nRG0\n", {"m_RaidList size is zero."});
     ExpectRejected(">LD0 (a,b,c)\n" + GENERAL_TITLE, {"m_RaidList size is zero."});
@@ -640,6 +686,19 @@ TEST_F(CMSRAID_LDInfoGetterTest, AccessPolicyMovesToTheSettings) {
                   Item("### LD Settings Information ###", "Default Access Policy", "Read Write") +
                   Item("### LD Settings Information ###", "Read Policy", "x") +
                   Item("### LD Settings Information ###", "Default Access Policy", "y"));
+}
+
+TEST_F(CMSRAID_LDInfoGetterTest, AccessPoliciesAddUpToTheNextSettings) {
+    EXPECT_EQ(Items(GROUP + "Access Policy : 1\n\nRG1\n\n" + GENERAL_TITLE +
+                    "Access Policy : 2\n\n" + SETTINGS_TITLE + SETTINGS_TITLE),
+              ROOT + GENERAL + NO_ASSOC + ROOT + GENERAL + NO_ASSOC + SETTINGS +
+                  Item("### LD Settings Information ###", "Default Access Policy", "1") +
+                  Item("### LD Settings Information ###", "Default Access Policy", "2") + SETTINGS);
+}
+
+TEST_F(CMSRAID_LDInfoGetterTest, AccessPolicyBehindTheSectionIsRenamedWhereItStands) {
+    EXPECT_EQ(Items(GROUP + "\nAccess Policy : 1\n" + SETTINGS_TITLE),
+              ROOT + GENERAL + NO_ASSOC + GeneralItem("Default Access Policy", "1") + SETTINGS);
 }
 
 TEST_F(CMSRAID_LDInfoGetterTest, NoAccessPolicyAndNoCacheGiveNoDefaultAccessPolicy) {
@@ -697,6 +756,8 @@ TEST_F(CMSRAID_LDInfoGetterTest, AssociatedBlockMayBeEmptyButItsLineNeedsALineFe
     const std::string items = ROOT + GENERAL + GeneralPlaceholder("Stripe Size");
     EXPECT_EQ(Items(GROUP + "Associated CacheCade LD\n"), items);
     EXPECT_EQ(Items(GROUP + "\t Associated CacheCade LDs : 1 \n\n"), items);
+    EXPECT_EQ(Items(GROUP + "No Associated CacheCade LD : 1\n"),
+              ROOT + GENERAL + GeneralItem("No Associated CacheCade LD", "1") + NO_ASSOC);
     ExpectRejected(GROUP + "Associated CacheCade LD",
                    {"Invalid Arg.", "ParseAssocLD is FAILED (ret=00000000)."});
 }
@@ -768,6 +829,81 @@ TEST_F(CMSRAID_LDInfoGetterTest, ParsersRejectAStreamThatIsAtItsEnd) {
     EXPECT_EQ(getter.ItemsBuilt(), ROOT);
 }
 
+TEST_F(CMSRAID_LDInfoGetterTest, PlaceholdersStandUnderTheCurrentSection) {
+    CTestGetter getter;
+    getter.AddRootItem();
+    std::ifstream stream = StreamOf("\nAssociated CacheCade LD\n");
+    EXPECT_TRUE(getter.ParseGeneralnfo(stream, ""));
+    EXPECT_TRUE(getter.ParseGeneralnfo(stream, ""));
+    EXPECT_EQ(getter.ItemsBuilt(),
+              ROOT + "Logical Drive Information | Associated CacheCade LD |  | FALSE\n" +
+                  "Logical Drive Information | Stripe Size |  | FALSE\n");
+}
+
+TEST_F(CMSRAID_LDInfoGetterTest, RejectedListedLDLeavesItsItemsHeld) {
+    const std::string list = GeneralItem("LD List", "");
+    const std::string number = Item("LD List", "LD No.", "LD0");
+    const std::string state = Item("LD List", "State", "c");
+    const struct {
+        std::string line;
+        std::string items;
+    } rows[] = {
+        {">LD(a,b,c)", list},
+        {">LD0 (a,b,c", list + number},
+        {">LD0 (a)", list + number},
+        {">LD0 (c,", list + number},
+        {">LD0 (a,,c)", list + number + state},
+        {">LD0,b,c) (a",
+         list + Item("LD List", "LD No.", "LD0,b,c)") + state + Item("LD List", "Capacity", "b")},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        CTestGetter getter;
+        getter.AddRootItem();
+        std::ifstream stream = StreamOf("\n");
+        EXPECT_FALSE(getter.ParseLDList(stream, row.line));
+        EXPECT_EQ(getter.ItemsBuilt(), ROOT);
+        EXPECT_TRUE(getter.ParseGeneralnfo(stream, ""));
+        EXPECT_EQ(
+            getter.ItemsBuilt(),
+            ROOT + row.items + "Logical Drive Information | Associated CacheCade LD |  | FALSE\n");
+    }
+}
+
+TEST_F(CMSRAID_LDInfoGetterTest, RejectedAssociatedLDLeavesItsItemsInTheList) {
+    const std::string list = "Associated CacheCade LD";
+    const std::string first = Item("Logical Drive Information", list, "");
+    const std::string number = Item(list, "LD No.", "LD0");
+    const struct {
+        std::string line;
+        std::string items;
+    } rows[] = {
+        {"LD0", first},
+        {"LD0 (", first},
+        {"LD0 (a,b,c", first + number},
+        {"LD0 (a,,c)", first + number + Item(list, "State", "c")},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        CTestGetter getter;
+        getter.AddRootItem();
+        std::ifstream stream = StreamOf(row.line + "\n");
+        EXPECT_FALSE(getter.ParseAssocLD(stream, "line"));
+        EXPECT_EQ(getter.ItemsBuilt(), ROOT + row.items);
+    }
+}
+
+TEST_F(CMSRAID_LDInfoGetterTest, RejectedListedPDGivesTheSectionBack) {
+    CTestGetter getter;
+    getter.AddRootItem();
+    std::ifstream stream = StreamOf("BAD : 1\n");
+    EXPECT_FALSE(getter.ParsePDList(stream, ">>PD0 (x)"));
+    getter.AddPlaceholder("next");
+    EXPECT_EQ(getter.ItemsBuilt(), ROOT + Item("Logical Drive Information", "PD List", "") +
+                                       Item("PD List", "PD No.", "PD0") +
+                                       "Logical Drive Information | next |  | FALSE\n");
+}
+
 // --- hostile reports
 
 TEST_F(CMSRAID_LDInfoGetterTest, HugeLineIsOneItem) {
@@ -784,6 +920,14 @@ TEST_F(CMSRAID_LDInfoGetterTest, EmbeddedNulCutsAText) {
     EXPECT_EQ(Items("RG0\nk\0ey : v\0alue\n\0\n>LD0 (a\0x, b, c)\n"s + GENERAL_TITLE),
               ROOT + GENERAL + GeneralItem("k", "v") + LDItems("LD List", "LD0", "a", "b", "c") +
                   NO_ASSOC);
+}
+
+TEST_F(CMSRAID_LDInfoGetterTest, TitleIsComparedAsItsItemShowsIt) {
+    using std::string_literals::operator""s;
+    EXPECT_EQ(Items("RG0\n\n### General Information ###\0 x\nAccess Policy : 1\n\n"
+                    "### LD Settings Information ###\0 x\n"s),
+              ROOT + GENERAL + NO_ASSOC + SETTINGS +
+                  Item("### LD Settings Information ###", "Default Access Policy", "1"));
 }
 
 TEST_F(CMSRAID_LDInfoGetterTest, ReportCutAtAnyByteGivesItemsOrACleanFailure) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -34,6 +35,24 @@ public:
         std::ifstream stream(REPORT_PATH);
         return Parse(stream, "");
     }
+};
+
+// A parser that rejects keys and titles that begin with "BAD" and counts its roots.
+class CRejectingParser : public CParser {
+public:
+    bool ParseKeyValue(std::ifstream& stream, std::string line,
+                       std::list<CItemDisp*>& list) override {
+        return !line.starts_with("BAD") && CParser::ParseKeyValue(stream, line, list);
+    }
+    bool ParseTitle(std::ifstream& stream, std::string line) override {
+        return !line.starts_with("### BAD") && CParser::ParseTitle(stream, line);
+    }
+    void AddRootItem() override {
+        ++rootCalls;
+        CParser::AddRootItem();
+    }
+
+    int rootCalls = 0;
 };
 
 const std::string ROOT = " | PCIe SSD Information |  | TRUE\n";
@@ -177,6 +196,17 @@ TEST_F(PCIeSSDInfoGetter, TitleBeforeAnySSDIsFailure04) {
                                        {2, "Failed to parse RAID Information ret=00000000."}}));
 }
 
+TEST_F(PCIeSSDInfoGetter, RejectedLineRejectsTheReport) {
+    for (const char* line : {"BAD : 1\n", "### BAD ###\n"}) {
+        ResetFakeComLib();
+        CRejectingParser parser;
+        EXPECT_FALSE(parser.ParseText(std::string("Bus : 3\n") + line + "A : 1\n")) << line;
+        EXPECT_EQ(ItemText(parser.Items()), ROOT) << line;
+        EXPECT_EQ(FakeComLib().TracesWithoutFlow(),
+                  (std::vector<CTraceLine>{{2, "CreateRAIDItem is FAILED (ret=00000000)."}}));
+    }
+}
+
 TEST_F(PCIeSSDInfoGetter, GetterThatFailedMayRunAgain) {
     CStandInTool tool;
     tool.Play(COMMAND, {.out = "### Title ###\n"});
@@ -208,6 +238,20 @@ TEST_F(PCIeSSDInfoGetter, BusNumberIsTheTrimmedTextBehindTheColon) {
                   ROOT + Title(GENERAL) + Pair(GENERAL, "Bus No.", number))
             << header;
     }
+}
+
+TEST_F(PCIeSSDInfoGetter, HeaderIsTracedAsItStands) {
+    EXPECT_EQ(ItemsOf("Bus : 3 \t\r\n"), ROOT);
+    const std::vector<std::string> flow = FakeComLib().Traces(4);
+    EXPECT_EQ(std::count(flow.begin(), flow.end(),
+                         "CMSRAID_PCIeSSDInfoGetter::ParseBusNo [START], Bus : 3 \t\r"),
+              1);
+}
+
+TEST_F(PCIeSSDInfoGetter, RootsAreMadeByTheVirtualOperation) {
+    CRejectingParser parser;
+    EXPECT_TRUE(parser.ParseText("Bus : 3\nBus : 4\n"));
+    EXPECT_EQ(parser.rootCalls, 2);
 }
 
 TEST_F(PCIeSSDInfoGetter, OtherLinesThatBeginWithBusArePairs) {
@@ -276,6 +320,11 @@ TEST_F(PCIeSSDInfoGetter, OtherLinesAreIgnored) {
         ROOT + Title("### T ###") + Pair("### T ###", "A", "1") + Pair("### T ###", "###V", "2"));
 }
 
+TEST_F(PCIeSSDInfoGetter, PairBehindABlankMayHaveNoName) {
+    EXPECT_EQ(ItemsOf("Bus : 3\n : nameless\n"),
+              ROOT + Pair("PCIe SSD Information", "", "nameless"));
+}
+
 TEST_F(PCIeSSDInfoGetter, OnlyTheExactTitleTakesTheBusNumber) {
     for (const std::string title :
          {"### General Information ### (2)", "### general Information ###", "### General ###"}) {
@@ -293,6 +342,12 @@ TEST_F(PCIeSSDInfoGetter, EmptyLineDoesNotEndASection) {
 }
 
 // --- robustness ---
+
+TEST_F(PCIeSSDInfoGetter, TitleIsComparedAsItsItemShowsIt) {
+    using namespace std::string_literals;
+    EXPECT_EQ(ItemsOf("Bus : 3\0 x\n### General Information ###\0 x\nA\0b : 1\0 2\n"s),
+              ROOT + Title(GENERAL) + Pair(GENERAL, "Bus No.", "3") + Pair(GENERAL, "A", "1"));
+}
 
 TEST_F(PCIeSSDInfoGetter, ReportCutAnywhereIsReadOrRejected) {
     ExpectEveryBeginningIsHandled([] { return std::make_unique<CMSRAID_PCIeSSDInfoGetter>(); },

@@ -33,10 +33,31 @@ public:
     std::list<CItemDisp*>& Items() { return m_RaidList; }
 
     bool ParseText(const std::string& text) {
-        WriteFile(REPORT_PATH, text);
-        std::ifstream stream(REPORT_PATH);
+        std::ifstream stream = StreamOf(text);
         return Parse(stream, "");
     }
+    static std::ifstream StreamOf(const std::string& text) {
+        WriteFile(REPORT_PATH, text);
+        return std::ifstream(REPORT_PATH);
+    }
+};
+
+// A parser that rejects keys and titles that begin with "BAD" and counts its roots.
+class CRejectingParser : public CParser {
+public:
+    bool ParseKeyValue(std::ifstream& stream, std::string line,
+                       std::list<CItemDisp*>& list) override {
+        return !line.starts_with("BAD") && CParser::ParseKeyValue(stream, line, list);
+    }
+    bool ParseTitle(std::ifstream& stream, std::string line) override {
+        return !line.starts_with("### BAD") && CParser::ParseTitle(stream, line);
+    }
+    void AddRootItem() override {
+        ++rootCalls;
+        CParser::AddRootItem();
+    }
+
+    int rootCalls = 0;
 };
 
 struct CRun {
@@ -463,6 +484,36 @@ TEST_F(PDInfoGetter, FailedStreamIsRejectedAtEverySection) {
     EXPECT_EQ(TraceTextWithoutFlow(), "2: Invalid Arg.\n2: Invalid Arg.\n2: Invalid Arg.\n");
 }
 
+TEST_F(PDInfoGetter, RejectedLineRejectsTheReport) {
+    const std::string rejected = "CreateRAIDItem is FAILED (ret=00000000).";
+    const std::string pair = "ParseKeyValue is FAILED (ret=00000000).";
+    const std::vector<std::pair<std::string, std::vector<std::string>>> rows = {
+        {"BAD : 1\n", {rejected}},
+        {"### BAD ###\n", {rejected}},
+        {"### General Information ###\nBAD : 1\n", {pair, rejected}},
+        {"### Slot Information ###\nBAD : 1\n", {pair, rejected}},
+    };
+    for (const auto& [lines, failures] : rows) {
+        ResetFakeComLib();
+        CRejectingParser parser;
+        EXPECT_FALSE(parser.ParseText("PD3(GHS)\n" + lines + "A : 1\n")) << lines;
+        EXPECT_EQ(FakeComLib().Traces(2), failures) << lines;
+        EXPECT_EQ(ItemText(parser.Items()).find("Temperature"), std::string::npos) << lines;
+    }
+}
+
+TEST_F(PDInfoGetter, PlaceholdersStandUnderTheCurrentSection) {
+    CParser parser;
+    parser.AddRootItem();
+    std::ifstream stream = CParser::StreamOf("PD Status : x\n");
+    EXPECT_TRUE(parser.ParseGeneralnfo(stream, ""));
+    EXPECT_EQ(ItemText(parser.Items()),
+              " | Physical Drive Information |  | TRUE\n"
+              "Physical Drive Information | PD Status | UNKNOWN | TRUE\n"
+              "Physical Drive Information | PD Status(Detail) | x | TRUE\n"
+              "Physical Drive Information | Temperature |  | FALSE\n");
+}
+
 // --- the header line ---
 
 TEST_F(PDInfoGetter, HeaderGivesNumberGroupAndLogicalDriveInTheirOrder) {
@@ -476,6 +527,7 @@ TEST_F(PDInfoGetter, HeaderGivesNumberGroupAndLogicalDriveInTheirOrder) {
         {"PD3\t (LD0) \r", {"PD No. | PD3", "RG No. | RG0", "LD No. | LD0"}},
         {"PD03(LD1, LD2) more)", {"PD No. | PD03", "RG No. | RG0", "LD No. | LD1, LD2"}},
         {"PD3 x(LD)", {"PD No. | PD3 x", "RG No. | RG0", "LD No. | LD"}},
+        {"PD3(LD 0 )", {"PD No. | PD3", "RG No. | RG0", "LD No. | LD 0 "}},
         {"PD4(LD0)", {"PD No. | PD4", "RG No. | -", "LD No. | LD0"}},
         {"PD99999999999999999999(LD0)",
          {"PD No. | PD99999999999999999999", "RG No. | -", "LD No. | LD0"}},
@@ -486,6 +538,9 @@ TEST_F(PDInfoGetter, HeaderGivesNumberGroupAndLogicalDriveInTheirOrder) {
         {"PD3(DHSRG12 )", {"PD No. | PD3", "RG No. | RG12", "LD No. | DHS"}},
         {"PD3(DHS for sRG0)", {"PD No. | PD3", "RG No. | sRG0", "LD No. | DHS"}},
         {"PD3(DHS RG2 sRG1)", {"PD No. | PD3", "RG No. | sRG1", "LD No. | DHS"}},
+        {"PD3(DHS RG1 RG2)", {"PD No. | PD3", "RG No. | RG1 RG2", "LD No. | DHS"}},
+        {"PD3(DHS sRG1 sRG2)", {"PD No. | PD3", "RG No. | sRG1 sRG2", "LD No. | DHS"}},
+        {"PD3(DHS RG1) RG2)", {"PD No. | PD3", "RG No. | RG1) RG2", "LD No. | DHS"}},
         {"PD3(DHS RG1", {"PD No. | PD3", "RG No. | RG", "LD No. | DHS"}},
         {"PD3(DHS RG", {"PD No. | PD3", "RG No. | R", "LD No. | DHS"}},
         {"PD3(Unassigned)", {"PD No. | PD3", "LD No. | None", "RG No. | -"}},
@@ -532,6 +587,51 @@ TEST_F(PDInfoGetter, HeaderNeedsTextBeforeItsBracket) {
               "2: ParsePDLDNo format error.(PD(LD0))\n"
               "2: ParsePDLDNo format error.()\n"
               "2: ParsePDLDNo format error.(PD)\n");
+}
+
+TEST_F(PDInfoGetter, HeaderIsTracedAsItStands) {
+    for (const std::string header :
+         {"PD3 \t\r", "PD3( \r", "PD3(LD0 \r", "PD3(DHS) \r", "PD3(GHS) \r"}) {
+        CParser parser;
+        ResetFakeComLib();
+        const bool result = parser.ParseText(header + "\n");
+        EXPECT_EQ(result, header == "PD3(GHS) \r");
+        const std::vector<std::string> flow = FakeComLib().Traces(4);
+        ASSERT_GT(flow.size(), 4U);
+        EXPECT_EQ(flow[4], "CMSRAID_PDInfoGetter::ParsePDLDNo [START], " + header);
+        for (const std::string& failure : FakeComLib().Traces(2)) {
+            EXPECT_TRUE(failure.starts_with("CreateRAIDItem") ||
+                        failure.ends_with(".(" + header + ")"))
+                << failure;
+        }
+    }
+}
+
+TEST_F(PDInfoGetter, RejectedHeaderLeavesItsItemsHeld) {
+    const std::vector<std::pair<std::string, std::string>> rows = {
+        {"PD3", ""},
+        {"PD(LD0)", ""},
+        {"PD3(", InGeneral("PD No.", "PD3")},
+        {"PD3(LD0", InGeneral("PD No.", "PD3") + InGeneral("RG No.", "-")},
+        {"PD3(DHS)", InGeneral("PD No.", "PD3")},
+    };
+    for (const auto& [header, items] : rows) {
+        CParser parser;
+        parser.AddRootItem();
+        std::ifstream stream = CParser::StreamOf("Temperature : 1C\n");
+        EXPECT_FALSE(parser.ParsePDLDNo(stream, header));
+        EXPECT_TRUE(parser.ParseGeneralnfo(stream, ""));
+        EXPECT_EQ(ItemText(parser.Items()),
+                  " | Physical Drive Information |  | TRUE\n" + items +
+                      "Physical Drive Information | Temperature | 1C | TRUE\n")
+            << header;
+    }
+}
+
+TEST_F(PDInfoGetter, RootsAreMadeByTheVirtualOperation) {
+    CRejectingParser parser;
+    EXPECT_TRUE(parser.ParseText("PD3(GHS)\nPD4(GHS)\n"));
+    EXPECT_EQ(parser.rootCalls, 2);
 }
 
 TEST_F(PDInfoGetter, HeaderNeedsADigitRightBehindItsHead) {
@@ -616,6 +716,13 @@ TEST_F(PDInfoGetter, DetailedStatusGivesTheBasicOne) {
     }
 }
 
+TEST_F(PDInfoGetter, EveryStatusLineGivesBothItems) {
+    EXPECT_EQ(General("PD Status : ONLINE\nPD Status : FAILED\nTemperature : 1C\n"),
+              GHS_HEAD + InGeneral("PD Status", "NO ERROR") +
+                  InGeneral("PD Status(Detail)", "ONLINE") + InGeneral("PD Status", "ERROR") +
+                  InGeneral("PD Status(Detail)", "FAILED") + InGeneral("Temperature", "1C"));
+}
+
 TEST_F(PDInfoGetter, OtherKeysThatBeginLikeTheStatusPassThrough) {
     EXPECT_EQ(General("PD Status(x) : ONLINE\npd status : ONLINE\nTemperature : 1C\n"),
               GHS_HEAD + InGeneral("PD Status(x)", "ONLINE") + InGeneral("pd status", "ONLINE") +
@@ -670,6 +777,26 @@ TEST_F(PDInfoGetter, InterfaceTypeOfTheLastDriveIsKept) {
                          "PD4(GHS)\n### General Information ###\nInterface Type : SATA\n\n"
                          "### Slot Information ###\nInterface Type : other\n"));
     EXPECT_EQ(parser.IFType(), "SATA");
+}
+
+TEST_F(PDInfoGetter, InterfaceTypeOutlivesASectionWithoutOne) {
+    CParser parser;
+    EXPECT_TRUE(
+        parser.ParseText("PD3(GHS)\n### General Information ###\nInterface Type : SAS\n\n"
+                         "PD4(GHS)\n### General Information ###\nA : 1\n"));
+    EXPECT_EQ(parser.IFType(), "SAS");
+}
+
+TEST_F(PDInfoGetter, OnlyTheExactTitlesAreSpecial) {
+    for (const std::string title :
+         {"### General Information ### x", "### Slot Information ### x"}) {
+        CParser parser;
+        EXPECT_TRUE(parser.ParseText("PD3(GHS)\n" + title + "\nA : 1\n"));
+        EXPECT_EQ(ItemText(parser.Items()),
+                  " | Physical Drive Information |  | TRUE\n"
+                  "Physical Drive Information | " +
+                      title + " |  | TRUE\n" + title + " | A | 1 | TRUE\n");
+    }
 }
 
 TEST_F(PDInfoGetter, SecondGeneralSectionHasNoHeaderItems) {
@@ -854,6 +981,21 @@ TEST_F(PDInfoGetter, TextsEndAtAnEmbeddedNul) {
     EXPECT_EQ(General("PD Status : ONLINE\0x\nTemperature\0x : 1C\n"s),
               GHS_HEAD + InGeneral("PD Status", "NO ERROR") +
                   InGeneral("PD Status(Detail)", "ONLINE") + InGeneral("Temperature", "1C"));
+}
+
+TEST_F(PDInfoGetter, TitleIsComparedAsItsItemShowsIt) {
+    using namespace std::string_literals;
+    CParser parser;
+    EXPECT_TRUE(
+        parser.ParseText("PD3(GHS)\n### General Information ###\0 x\nTemperature : 1C\n\n"
+                         "### Slot Information ###\0 x\nBay : 7\n\n"
+                         "### SMART Information ###\0 x\nA : 1\n"s));
+    EXPECT_EQ(
+        ItemText(parser.Items()),
+        GHS_HEAD + InGeneral("Temperature", "1C") +
+            "Physical Drive Information | ### Enclosure Properties Information ### |  | TRUE\n"
+            "### Enclosure Properties Information ### | Enclosure ID |  | FALSE\n"
+            "### Enclosure Properties Information ### | Bay | 7 | TRUE\n");
 }
 
 TEST_F(PDInfoGetter, VeryLongLinesPassThrough) {

@@ -40,6 +40,15 @@ public:
     }
 };
 
+// A parser that rejects keys that begin with "BAD".
+class CRejectingParser : public CParser {
+public:
+    bool ParseKeyValue(std::ifstream& stream, std::string line,
+                       std::list<CItemDisp*>& list) override {
+        return !line.starts_with("BAD") && CParser::ParseKeyValue(stream, line, list);
+    }
+};
+
 std::string Drive(const std::string& interfaceType) {
     return "PD3(GHS)\n### General Information ###\nInterface Type : " + interfaceType +
            "\nTemperature : 1C\n\n### SMART Information ###\n";
@@ -402,6 +411,22 @@ TEST_F(PDSMInfoGetter, SmartTitleMayHaveMoreText) {
               "### SMART Information ### (SAS) | Power-On Time |  | FALSE\n");
 }
 
+TEST_F(PDSMInfoGetter, RejectedSummaryLineRejectsTheReport) {
+    CRejectingParser parser;
+    EXPECT_FALSE(parser.ParseText(Drive("SATA") + "A : 1\nBAD : 1\nB : 2\n"));
+    EXPECT_EQ(FakeComLib().Traces(2),
+              (std::vector<std::string>{"ParseKeyValue is FAILED (ret=00000000).",
+                                        "CreateRAIDItem is FAILED (ret=00000000)."}));
+    EXPECT_EQ(ItemText(parser.Items()), DriveItems("SATA") + InSmart("A", "1"));
+}
+
+TEST_F(PDSMInfoGetter, AttributeMayStandAnywhereInTheTablesHeader) {
+    EXPECT_EQ(Smart("SATA", "\n### Attributes ###\n---\n"), BOTH_PLACEHOLDERS);
+    EXPECT_EQ(
+        Smart("SATA", "\nattribute : 1\n"),
+        BOTH_PLACEHOLDERS + InSmart("SMART Detail(SATA)", "", "FALSE") + InSmart("attribute", "1"));
+}
+
 // --- no table ---
 
 TEST_F(PDSMInfoGetter, DriveWithoutATableGetsThePlaceholderOfItsType) {
@@ -636,6 +661,29 @@ TEST_F(PDSMInfoGetter, SASRowThatEndsBeforeItsLastColumnIsOutOfRange) {
                             "           a      b\n", "### Other ###\n", "PD4(GHS)\n"}) {
         ExpectOutOfRange("SAS", SAS_HEAD + row);
     }
+}
+
+TEST_F(PDSMInfoGetter, RowOutOfRangeAddsNoGroupItem) {
+    for (const auto& [type, table] :
+         {std::pair<std::string, std::string>("SAS", SAS_HEAD + "short\n"),
+          {"SATA", SATA_HEAD + "1 " + std::string(40, 'n')},
+          {"SATA", SATA_HEAD + "1 short name\n"}}) {
+        CParser parser;
+        EXPECT_THROW(parser.ParseText(Drive(type) + table), std::out_of_range);
+        EXPECT_EQ(ItemText(parser.Items()), DriveItems(type) + BOTH_PLACEHOLDERS) << table;
+    }
+}
+
+TEST_F(PDSMInfoGetter, GroupItemsStandUnderTheCurrentSection) {
+    CParser parser;
+    EXPECT_TRUE(
+        parser.ParseText("PD3(GHS)\n### General Information ###\nInterface Type : SAS\n\n"
+                         "### SMART Information ### (SAS)\n" +
+                         SAS_HEAD + "x          y      z\n"));
+    const std::string text = ItemText(parser.Items());
+    EXPECT_NE(text.find("### SMART Information ### (SAS) | SMART Detail(SAS) |  | TRUE\n"),
+              std::string::npos)
+        << text;
 }
 
 // --- robustness ---

@@ -80,6 +80,19 @@ TEST_F(RequestTimeout, AnyCommandThatTimesOutFailsTheRequest) {
     }
 }
 
+TEST_F(RequestTimeout, CountThatTimesOutFailsWhateverTheToolSaidFirst) {
+    RunnerDouble().runs = {Answered(VersionReport("7.2")),
+                           {EXEC_TIMEOUT, 255, "Error - No RAID controller is found.\n"}};
+    CMSRAID_InterFace interFace;
+    CItems items;
+    std::string errCode;
+    std::string notice;
+    std::string detail;
+    EXPECT_EQ(interFace.GetRAIDInfo(&items, &errCode, &notice, &detail), 0);
+    EXPECT_EQ(errCode, "05");
+    EXPECT_EQ(detail, "krzcli -ctrlinfo -aAll");
+}
+
 TEST_F(RequestTimeout, VersionThatTimesOutGivesANotice) {
     RunnerDouble().runs = {{EXEC_TIMEOUT, 255, "half a rep"}, Answered(ControllerList(0))};
     CMSRAID_InterFace interFace;
