@@ -563,6 +563,15 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, EveryHeaderOpensARootAndHeldNumbersQueueUp) {
               "Controller Information | ### General Information ### |  | TRUE\n");
 }
 
+TEST_F(CMSRAID_CtrlInfoGetterTest, HeaderEndsTheSectionOfTheControllerBefore) {
+    EXPECT_EQ(Items("RAID Controller : 0\n### Other ###\na : b\nRAID Controller : 1\nc : d\n"),
+              " | Controller Information |  | TRUE\n"
+              "Controller Information | ### Other ### |  | TRUE\n"
+              "### Other ### | a | b | TRUE\n"
+              " | Controller Information |  | TRUE\n"
+              "Controller Information | c | d | TRUE\n");
+}
+
 TEST_F(CMSRAID_CtrlInfoGetterTest, HeaderWithoutAColonIsNoHeader) {
     EXPECT_EQ(Items("RAID Controller 0\n"), "");
     EXPECT_EQ(Items(" RAID Controller : 0\n"), "");

@@ -436,6 +436,10 @@ TEST_F(CMSRAID_LDInfoGetterTest, HeaderIsAGroupHeadAndADigit) {
 
 TEST_F(CMSRAID_LDInfoGetterTest, EveryGroupHasARootOfItsOwn) {
     EXPECT_EQ(Items("RG0\nsRG1\nscRG2\n"), ROOT + ROOT + ROOT);
+    EXPECT_EQ(Items("RG0\n\n### Other ###\na : 1\nRG1\n\nb : 2\n"),
+              ROOT + Item("Logical Drive Information", "### Other ###", "") +
+                  Item("### Other ###", "a", "1") + ROOT +
+                  Item("Logical Drive Information", "b", "2"));
 }
 
 TEST_F(CMSRAID_LDInfoGetterTest, RootsAndTitlesAreMadeByTheVirtualOperations) {

@@ -309,6 +309,12 @@ TEST_F(PCIeSSDInfoGetter, PairsBeforeTheFirstTitleStandUnderTheRoot) {
                                                       Pair("PCIe SSD Information", "B", ""));
 }
 
+TEST_F(PCIeSSDInfoGetter, HeaderEndsTheSectionOfTheSSDBefore) {
+    EXPECT_EQ(ItemsOf("Bus : 3\n### T ###\nA : 1\nBus : 4\nB : 2\n"),
+              ROOT + Title("### T ###") + Pair("### T ###", "A", "1") + ROOT +
+                  Pair("PCIe SSD Information", "B", "2"));
+}
+
 TEST_F(PCIeSSDInfoGetter, PairsBeforeAnySSDAreIgnored) {
     EXPECT_EQ(ItemsOf(""), "");
     EXPECT_EQ(ItemsOf("\nTool : ready\n: x\nline\n"), "");

@@ -656,6 +656,11 @@ TEST_F(PDSMInfoGetter, HeadLinesLabelTheRowsBelowThem) {
                   SASItems("[Head][head]", "1", "2"));
 }
 
+TEST_F(PDSMInfoGetter, HeadInsideARowIsNoHeadLine) {
+    EXPECT_EQ(Smart("SAS", SAS_HEAD + "a [Head    1      2\nb          1      [Head]\n"),
+              BOTH_PLACEHOLDERS + SASItems("a [Head", "1", "2") + SASItems("b", "1", "[Head]"));
+}
+
 TEST_F(PDSMInfoGetter, SASRowThatEndsBeforeItsLastColumnIsOutOfRange) {
     for (const char* row : {"short\n", "Errors     1\n", "Errors     12345",
                             "           a      b\n", "### Other ###\n", "PD4(GHS)\n"}) {
