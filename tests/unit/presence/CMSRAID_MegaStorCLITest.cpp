@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include <filesystem>
 #include <string>
@@ -143,11 +144,18 @@ TEST_F(MegaStorCLI, HugeCountsKeepTheirSign) {
     const std::string huge = "Physical Drives = 9223372036854775807\n";
     const std::string hugeNegative = "Physical Drives = -9223372036854775808\n";
     EXPECT_TRUE(RunStorcli({.out = huge}));
+    EXPECT_TRUE(RunStorcli({.out = huge + huge}));
     EXPECT_TRUE(RunStorcli({.out = huge + huge + huge}));
     EXPECT_TRUE(RunStorcli({.out = "Physical Drives = 4294967296\n"}));
     EXPECT_TRUE(RunStorcli({.out = "Physical Drives = 99999999999999999999999\n"}));
     EXPECT_FALSE(RunStorcli({.out = hugeNegative}));
     EXPECT_FALSE(RunStorcli({.out = hugeNegative + hugeNegative}));
+    EXPECT_FALSE(RunStorcli({.out = hugeNegative + "Physical Drives = -1\n"}));
+}
+
+TEST_F(MegaStorCLI, HugeCountIsTracedByItsLow32Bits) {
+    EXPECT_TRUE(RunStorcli({.out = "Physical Drives = 4294967297\n"}));
+    EXPECT_EQ(TraceTextWithoutFlow(), STORCLI_LINE + CountLine("1"));
 }
 
 TEST_F(MegaStorCLI, ReportWithNulsAndLongLinesIsRead) {
@@ -179,12 +187,37 @@ TEST_F(MegaStorCLI, UtilityIsLocatedBelowTheInstallPath) {
                   CountLine("1"));
 }
 
+TEST_F(MegaStorCLI, MissingInstallPathIsTracedBehindTheCommand) {
+    ASSERT_EQ(mount("test", "/tmp", "tmpfs", 0, "mode=1777"), 0);
+    FakeComLib().installPath = "";
+    EXPECT_FALSE(CMSRAID_MegaStorCLI::IsPresentRAIDPhysDisk({}));
+    EXPECT_EQ(TraceTextWithoutFlow(),
+              "1: Execute LSI RAID Utilty command. \"/RAID/tool/MegaCli\" -AdpAllInfo -aALL\n"
+              "2: Failed to get INSTALLPATH_CIM.\n"
+              "2: LSI RAID Utilty command Exit Code: 0x7F\n" +
+                  CountLine("0"));
+    EXPECT_TRUE(fs::is_empty("/tmp/MSRAID"));
+    EXPECT_EQ(umount2("/tmp", MNT_DETACH), 0);
+}
+
+TEST_F(MegaStorCLI, UtilityIsAwaitedWithoutALimit) {
+    EXPECT_TRUE(RunStorcli({.out = "Physical Drives = 1\n", .run = "sleep 0.2"}));
+    EXPECT_TRUE(FakeComLib().sleeps.empty()) << "a limit is counted in sleeps";
+}
+
 TEST_F(MegaStorCLI, NonZeroExitCountsNothing) {
     EXPECT_FALSE(RunStorcli({.out = "Physical Drives = 4\n", .status = 3}));
     EXPECT_EQ(TraceTextWithoutFlow(), std::string(STORCLI_LINE) +
                                           "2: LSI RAID Utilty command Exit Code: 0x03\n" +
                                           CountLine("0"));
     EXPECT_EQ(ResultFiles().size(), 0U);
+}
+
+TEST_F(MegaStorCLI, SmallestExitCodeCountsNothing) {
+    EXPECT_FALSE(RunStorcli({.out = "Physical Drives = 4\n", .status = 1}));
+    EXPECT_EQ(TraceTextWithoutFlow(), std::string(STORCLI_LINE) +
+                                          "2: LSI RAID Utilty command Exit Code: 0x01\n" +
+                                          CountLine("0"));
 }
 
 TEST_F(MegaStorCLI, ExitCodeIsTracedInHexadecimal) {

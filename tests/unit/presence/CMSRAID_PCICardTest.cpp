@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <locale>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -82,6 +85,31 @@ TEST_F(PCICard, DeviceListIsReadWordByWord) {
               (Texts{"VEN_1000&DEV_005D", "VEN_1AED&DEV_2001", "VEN_8086&DEV_1234"}));
 }
 
+// Takes "_" for white space, as the locale of a host may take any character.
+class CForeignSpace : public std::ctype<char> {
+public:
+    CForeignSpace() : std::ctype<char>(Table().data()) {}
+
+private:
+    static const std::array<mask, table_size>& Table() {
+        static const std::array<mask, table_size> table = [] {
+            std::array<mask, table_size> changed{};
+            std::copy_n(classic_table(), table_size, changed.begin());
+            changed['_'] |= space;
+            return changed;
+        }();
+        return table;
+    }
+};
+
+TEST_F(PCICard, LocaleOfTheHostDoesNotSayWhatAWordIs) {
+    const std::locale before =
+        std::locale::global(std::locale(std::locale::classic(), new CForeignSpace));
+    const Texts present = Present("02:00.0_1000:005d_0000_02\n");
+    std::locale::global(before);
+    EXPECT_EQ(present, Texts{"VEN_1000&DEV_005D"});
+}
+
 TEST_F(PCICard, WordOfSixteenCharactersIsIgnored) {
     EXPECT_EQ(Present("02:00.0_1000:005 02:00.0_1000:005d\n"), Texts{"VEN_1000&DEV_005D"});
 }
@@ -140,6 +168,13 @@ TEST_F(PCICard, IniEntriesBeyondTheCountAreNotRead) {
     EXPECT_EQ(SupportedRAID(Ini("1",
                                 "Vendor1=VEN_1\nDevice1=DEV_1\nVendor2=VEN_2\n"
                                 "Device2=DEV_2\n")),
+              "VEN_1 DEV_1\n");
+}
+
+TEST_F(PCICard, IniEntriesAreNumberedFromOne) {
+    EXPECT_EQ(SupportedRAID(Ini("1",
+                                "Vendor0=VEN_0\nDevice0=DEV_0\nVendor1=VEN_1\n"
+                                "Device1=DEV_1\n")),
               "VEN_1 DEV_1\n");
 }
 
@@ -269,6 +304,11 @@ TEST_F(PCICard, NothingIsPresentWithoutSupportedOrPresentDevices) {
     EXPECT_EQ(FakeComLib().deviceListsMade, 1);
     WriteFile(DEVICE_LIST, RAID_WORD);
     EXPECT_FALSE(CMSRAID_PCICard::IsPresentSupportDevice({}, &found));
+}
+
+TEST_F(PCICard, DeviceListIsMadeEvenIfNothingIsSupported) {
+    EXPECT_FALSE(CMSRAID_PCICard::IsPresentSupportDevice({}, nullptr));
+    EXPECT_EQ(FakeComLib().deviceListsMade, 1);
 }
 
 TEST_F(PCICard, PresentRAIDCardIsTracedInOrder) {
