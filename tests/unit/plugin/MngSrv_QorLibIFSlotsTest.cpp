@@ -256,14 +256,14 @@ public:
         AddItem(*items, "### General Information ###", "Product Name", "Card");
         *errorCode = "e";
         *noticeCode = "n";
-        return raidSucceeds ? 1 : 0;
+        return static_cast<unsigned char>(raidResult);
     }
     void FreeItemList(std::list<CItemDisp*>* items) override {
         freed += ItemText(*items);
         CMngSrv_QorLibIF::FreeItemList(items);
     }
 
-    bool raidSucceeds = true;
+    int raidResult = 1;
     std::string freed;
 };
 
@@ -325,18 +325,43 @@ TEST_F(QorLibIFSlots, FormTakesItsListThroughTheTableAndFreesItThere) {
 
 TEST_F(QorLibIFSlots, FailedFormFreesItsItemsWithoutTheTable) {
     CObjectDouble object;
-    object.raidSucceeds = false;
+    object.raidResult = 0;
     std::string binary = "before";
     EXPECT_EQ(object.GetCtrlPDInfoBinaryString(&binary, &m_ErrorCode, &m_NoticeCode), 0);
     EXPECT_EQ(binary, EMPTY_FORM);
     EXPECT_EQ(object.freed, "") << "a sanitizer build tells that nothing leaks all the same";
 }
 
+TEST_F(QorLibIFSlots, EveryResultButZeroIsASuccessOfTheForm) {
+    for (const int result : {2, 255}) {
+        CObjectDouble object;
+        object.raidResult = result;
+        std::string binary;
+        EXPECT_EQ(object.GetCtrlPDInfoBinaryString(&binary, &m_ErrorCode, &m_NoticeCode), 1);
+        EXPECT_NE(binary, EMPTY_FORM) << result;
+        EXPECT_NE(object.freed, "") << result;
+    }
+}
+
+TEST_F(QorLibIFSlots, FormIsTracedBeforeItsItemsAreFreed) {
+    std::string binary;
+    EXPECT_EQ(Object().GetCtrlPDInfoBinaryString(&binary, &m_ErrorCode, &m_NoticeCode), 1);
+    const std::vector<CTraceLine>& traces = FakeComLib().traces;
+    const std::vector<CTraceLine> end(traces.end() - 7, traces.end());
+    EXPECT_EQ(end, (std::vector<CTraceLine>{{4, "CSvpPdInfoForm::OutPutMemberToDebugLog[END]"},
+                                            {4, "CMSRAID_InterFace::CMSRAID_InterFace [START]"},
+                                            {4, "CMSRAID_InterFace::CMSRAID_InterFace [END]"},
+                                            {4, "CMSRAID_InterFace::FreeItemList [START]"},
+                                            {4, "CMSRAID_InterFace::FreeItemList [END]"},
+                                            {4, "CMSRAID_InterFace::~CMSRAID_InterFace [START]"},
+                                            {4, "CMSRAID_InterFace::~CMSRAID_InterFace [END]"}}));
+}
+
 TEST_F(QorLibIFSlots, FormIsTracedOnEveryWayOut) {
-    for (const bool succeeds : {false, true}) {
+    for (const int result : {0, 1}) {
         ResetFakeComLib();
         CObjectDouble object;
-        object.raidSucceeds = succeeds;
+        object.raidResult = result;
         std::string binary;
         object.GetCtrlPDInfoBinaryString(&binary, &m_ErrorCode, &m_NoticeCode);
         const std::vector<std::string> lines = FakeComLib().Traces(1);

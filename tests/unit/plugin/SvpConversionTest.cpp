@@ -247,6 +247,46 @@ TEST(SvpConversion, FirmwareBlockOfADriveIsNotRead) {
     EXPECT_EQ(ItemsOf(form.Ctrls().front()), WithoutFirst(CTRL_GENERAL));
 }
 
+TEST(SvpConversion, RootsAreKnownByTheirNamesAlone) {
+    CItemList list;
+    list.Add("some parent", "Controller Information", "some value");
+    AddBlock(list, "Controller Information", GENERAL, CTRL_GENERAL);
+    list.Add(GENERAL, "Physical Drive Information", "some value");
+    AddBlock(list, "Physical Drive Information", GENERAL, PD_GENERAL);
+    const CSvpPdInfoForm form = Convert(list);
+    ASSERT_EQ(form.Ctrls().size(), 1U);
+    EXPECT_EQ(form.Ctrls().front().CtrlNo(), 1);
+    ASSERT_EQ(form.Ctrls().front().PDs().size(), 1U);
+    EXPECT_EQ(form.Ctrls().front().PDs().front().PDNo(), 12);
+}
+
+TEST(SvpConversion, OtherRootsEndNothing) {
+    CItemList list;
+    list.Add("", "Controller Information");
+    list.Add("", "Logical Drive Information");
+    AddBlock(list, "Logical Drive Information", GENERAL, CTRL_GENERAL);
+    AddPD(list, {});
+    list.Add("", "Logical Drive Information");
+    AddBlock(list, "Logical Drive Information", GENERAL, PD_GENERAL);
+    const CSvpPdInfoForm form = Convert(list);
+    ASSERT_EQ(form.Ctrls().size(), 1U);
+    EXPECT_EQ(ItemsOf(form.Ctrls().front()), WithoutFirst(CTRL_GENERAL));
+    ASSERT_EQ(form.Ctrls().front().PDs().size(), 1U);
+    EXPECT_EQ(form.Ctrls().front().PDs().front().PDNo(), 12);
+}
+
+TEST(SvpConversion, ItemOfAnUnlistedNameEndsTheGeneralBlockOfADriveToo) {
+    CItemList list;
+    AddCtrl(list);
+    CPairs general = PD_GENERAL;
+    general.emplace_back("Temperature", "31C");
+    AddPD(list, general);
+    AddBlock(list, "Physical Drive Information", SETTINGS, {{"Write Cache", "on"}});
+    AddBlock(list, "Physical Drive Information", GENERAL, {{"Raw Capacity", "too late"}});
+    const CSvpPdInfoForm form = Convert(list);
+    EXPECT_EQ(ItemsOf(form.Ctrls().front().PDs().front()), WithoutFirst(PD_GENERAL));
+}
+
 TEST(SvpConversion, EnableFlagPlaysNoPart) {
     CItemList list;
     list.Add("", "Controller Information", "", "FALSE");
@@ -305,6 +345,24 @@ TEST(SvpConversion, NumberWithoutPDLeavesTheOneBefore) {
     general.insert(general.begin() + 1, {"PD No.", "99"});
     AddPD(list, general);
     EXPECT_EQ(Convert(list).Ctrls().front().PDs().front().PDNo(), 12);
+}
+
+TEST(SvpConversion, NumberOfNothingButPDIsZero) {
+    CItemList list;
+    AddCtrl(list);
+    CPairs general = PD_GENERAL;
+    general.insert(general.begin() + 1, {"PD No.", "PD"});
+    AddPD(list, general);
+    EXPECT_EQ(Convert(list).Ctrls().front().PDs().front().PDNo(), 0);
+}
+
+TEST(SvpConversion, ControllersAreAppendedBehindThoseOfTheForm) {
+    CItemList list;
+    AddCtrl(list);
+    CSvpPdInfoForm form;
+    CSvpConversion::Convert(&form, list.items);
+    CSvpConversion::Convert(&form, list.items);
+    EXPECT_EQ(form.Ctrls().size(), 2U);
 }
 
 TEST(SvpConversion, LongTextsAreCut) {

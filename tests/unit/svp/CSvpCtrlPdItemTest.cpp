@@ -85,6 +85,11 @@ TEST(SvpCtrlPdItem, InitFormEmptiesEverything) {
     EXPECT_EQ(item.Lavel(), "");
     EXPECT_EQ(item.ValueSize(), 0);
     EXPECT_EQ(item.Value(), "");
+    EXPECT_EQ(Dump(item),
+              "00"    // label size, its zero byte not counted
+              "00"    // zero byte of the label
+              "0000"  // value size
+              "00");  // zero byte of the value
 }
 
 TEST(SvpCtrlPdItem, TraceLinesInOrder) {

@@ -115,6 +115,12 @@ TEST(SvpPdInfo, OtherNameOrOrderDropsEveryItem) {
         CPairs otherCase = COMPLETE;
         otherCase[first].first[0] = 'x';
         EXPECT_EQ(Checked(otherCase), CPairs()) << first;
+        CPairs longer = COMPLETE;
+        longer[first].first += " of the drive";
+        EXPECT_EQ(Checked(longer), CPairs()) << first;
+        CPairs shorter = COMPLETE;
+        shorter[first].first.pop_back();
+        EXPECT_EQ(Checked(shorter), CPairs()) << first;
     }
     CPairs extraInFront = COMPLETE;
     extraInFront.insert(extraInFront.begin(), {"PD No.", "PD1"});
