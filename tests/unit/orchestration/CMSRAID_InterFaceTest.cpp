@@ -495,6 +495,25 @@ TEST_F(InterFace, FailureEmptiesTheCallersOwnItemsToo) {
               "4: CMSRAID_InterFace::FreeItemList [END]\n");
 }
 
+// --- one text in several places ---
+
+TEST_F(InterFace, CodesArePutInFrontOfWhatTheTextHolds) {
+    CMSRAID_InterFace interFace;
+    CItems items;
+    std::string text = "before";
+    EXPECT_EQ(interFace.GetRAIDInfo(&items, &text, &text, &text), 1);
+    EXPECT_EQ(text, "0202none") << "neither tool nor disk";
+    EXPECT_EQ(interFace.GetPDInfo(0, 252, 3, &items, &text, &text, &text), 0);
+    EXPECT_EQ(text, "02none");
+    for (const char* version : {"4.3", "unreadable"}) {
+        fs::remove_all(TOOL_DIR);
+        CStandInTool tool;
+        PlayStart(tool, 0, version);
+        EXPECT_EQ(interFace.GetRAIDInfo(&items, &text, &text, &text), 1);
+        EXPECT_EQ(text, "01none") << version;
+    }
+}
+
 // --- freeing ---
 
 TEST_F(InterFace, FreeItemListEmptiesTheList) {

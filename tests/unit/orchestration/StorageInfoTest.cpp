@@ -331,6 +331,35 @@ TEST_F(StorageInfo, ResultOfTheSSDsReplacesTheOneOfTheRAIDInformation) {
     }
 }
 
+TEST_F(StorageInfo, CodeOfTheSSDsIsPutBeforeTheOneOfTheRAIDInformation) {
+    PutDevices(ECard::Absent, ESSD::Present);
+    CStandInTool tool;
+    PlayVersion(tool, "7.0");
+    tool.Play(SSD_COMMAND, {.out = "Error - broken\n"});
+    CRAIDInfoDouble interFace(1);
+    CItems items;
+    std::string errCode;
+    std::string notice;
+    std::string detail;
+    EXPECT_EQ(interFace.GetStorageInfo(&items, &errCode, &notice, &detail), 0);
+    EXPECT_EQ(errCode, "01e");
+    EXPECT_EQ(notice, "n");
+    EXPECT_EQ(detail, "krzcli -pssdinfo -aAll") << "assigned";
+    EXPECT_EQ(items.Text(), "");
+}
+
+TEST_F(StorageInfo, MissingToolForAnSSDReplacesWhateverCodeThereIs) {
+    PutDevices(ECard::Absent, ESSD::Present);
+    CRAIDInfoDouble interFace(1);
+    CItems items;
+    std::string errCode;
+    std::string notice;
+    std::string detail;
+    EXPECT_EQ(interFace.GetStorageInfo(&items, &errCode, &notice, &detail), 0);
+    EXPECT_EQ(errCode + " " + notice + " " + detail, "02 n d");
+    EXPECT_EQ(items.Text(), "");
+}
+
 // --- skipping the SSDs ---
 
 TEST_F(StorageInfo, OldToolIsTracedAndSkipsTheSSDs) {
@@ -355,6 +384,31 @@ TEST_F(StorageInfo, UnreadableVersionSkipsTheSSDsWithoutAWord) {
                   {1, "RAID Card is not present."},
                   {1, "Support PCI Device(RAID/SSD) found.(vendor=VEN_8086,device=DEV_0A54)"},
                   {1, "execute krzcli command.(krzcli -v)"}}));
+}
+
+TEST_F(StorageInfo, GetterIsMadeBehindTheVersionWhateverItIs) {
+    for (const char* version : {"7.02.00", "6.8"}) {
+        fs::remove_all(TOOL_DIR);
+        PutDevices(ECard::Absent, ESSD::Present);
+        CStandInTool tool;
+        PlayVersion(tool, version);
+        ResetFakeComLib();
+        { const CRequest request; }
+        std::vector<std::string> lines;
+        for (const CTraceLine& line : FakeComLib().traces) {
+            if (line.text.find("krzcli -v") != std::string::npos ||
+                line.text.find("CMSRAID_PCIeSSDInfoGetter::") != std::string::npos) {
+                lines.push_back(line.text);
+            }
+        }
+        EXPECT_THAT(lines, testing::ElementsAre(
+                               "execute krzcli command.(krzcli -v)",
+                               "CMSRAID_PCIeSSDInfoGetter::CMSRAID_PCIeSSDInfoGetter [START]",
+                               "CMSRAID_PCIeSSDInfoGetter::CMSRAID_PCIeSSDInfoGetter [END]",
+                               "CMSRAID_PCIeSSDInfoGetter::~CMSRAID_PCIeSSDInfoGetter [START]",
+                               "CMSRAID_PCIeSSDInfoGetter::~CMSRAID_PCIeSSDInfoGetter [END]"))
+            << version;
+    }
 }
 
 TEST_F(StorageInfo, VersionThatCannotBeAskedSkipsTheSSDs) {
