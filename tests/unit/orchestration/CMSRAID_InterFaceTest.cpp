@@ -10,6 +10,7 @@
 #include "ItemText.h"
 #include "PrivateServerTest.h"
 #include "RaidHost.h"
+#include "SlotOf.h"
 #include "StandInTool.h"
 #include "TraceText.h"
 #include "orchestration/CMSRAID_InterFace.h"
@@ -512,6 +513,15 @@ TEST_F(InterFace, CodesArePutInFrontOfWhatTheTextHolds) {
         EXPECT_EQ(interFace.GetRAIDInfo(&items, &text, &text, &text), 1);
         EXPECT_EQ(text, "01none") << version;
     }
+}
+
+// --- the table ---
+
+TEST_F(InterFace, OperationsStandInTheirSlots) {
+    EXPECT_EQ(SlotOf(&CMSRAID_InterFace::GetRAIDInfo), 2U);
+    EXPECT_EQ(SlotOf(&CMSRAID_InterFace::GetPDInfo), 3U);
+    EXPECT_EQ(SlotOf(&CMSRAID_InterFace::GetStorageInfo), 4U);
+    EXPECT_EQ(SlotOf(&CMSRAID_InterFace::FreeItemList), 5U);
 }
 
 // --- freeing ---

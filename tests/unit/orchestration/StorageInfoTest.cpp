@@ -318,10 +318,11 @@ TEST_F(StorageInfo, RAIDInformationComesThroughTheTable) {
 TEST_F(StorageInfo, ResultOfTheSSDsReplacesTheOneOfTheRAIDInformation) {
     PutDevices(ECard::Absent, ESSD::Present);
     CStandInTool tool;
+    PlayVersion(tool, "7.02.00");
     PlayVersion(tool, "6.8");
     PlayVersion(tool, "7.0");
     tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
-    for (const int expected : {7, 1}) {
+    for (const int expected : {7, 7, 1}) {
         CRAIDInfoDouble interFace(7);
         CItems items;
         std::string errCode;

@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include "SlotOf.h"
 #include "xml/XmlSerializer.h"
 
 namespace {
@@ -13,6 +14,10 @@ public:
         m_MaxDataSize = XmlData().size() + room;
     }
 };
+
+TEST(XmlSerializer, SerializingStandsBehindTheDestructor) {
+    EXPECT_EQ(qortest::SlotOf(&CXmlSerializer::XmlSerialize), 2U);
+}
 
 TEST(XmlSerializer, StartsWithRootAndComponent) {
     EXPECT_EQ(CXmlSerializer("dispdata", "C").XmlData(), "<dispdata><component>C</component>");

@@ -138,15 +138,25 @@ TEST(XmlSerializerDispData, MalformedItemIsReportedWithCheckAndNumber) {
         const char* name;
         const char* enable;
         unsigned int code;
-    } rows[] = {{1, "R", "A", "TRUE", 0x03100001},        {2, "X", "A", "TRUE", 0x03100002},
-                {1000, "X", "A", "TRUE", 0x031003E8},     {1500, "X", "A", "TRUE", 0x031005DC},
-                {1, "", "", "TRUE", 0x03200001},          {2, "R", "R", "TRUE", 0x03200002},
-                {1000, "R", "R", "TRUE", 0x032003E8},     {1, "", "R", "true", 0x03300001},
-                {2, "R", "A", "true", 0x03300002},        {1000, "R", "A", "", 0x033003E8},
-                {2, "R", "A", "TRUE ", 0x03300002},       {2, "R", "A", "false", 0x03300002},
-                {2, "R", "A", "1", 0x03300002},           {1, "R", "R", "true", 0x03100001},
-                {2, "R", "R", "true", 0x03200002},        {1500, "R", "R", "true", 0x032005DC},
-                {1500, "R", "A", "TRUEFALSE", 0x033005DC}};
+    } rows[] = {{1, "R", "A", "TRUE", 0x03100001},
+                {2, "X", "A", "TRUE", 0x03100002},
+                {1000, "X", "A", "TRUE", 0x031003E8},
+                {1500, "X", "A", "TRUE", 0x031005DC},
+                {1, "", "", "TRUE", 0x03200001},
+                {2, "R", "R", "TRUE", 0x03200002},
+                {1000, "R", "R", "TRUE", 0x032003E8},
+                {1, "", "R", "true", 0x03300001},
+                {2, "R", "A", "true", 0x03300002},
+                {1000, "R", "A", "", 0x033003E8},
+                {2, "R", "A", "TRUE ", 0x03300002},
+                {2, "R", "A", "false", 0x03300002},
+                {2, "R", "A", "1", 0x03300002},
+                {1, "R", "R", "true", 0x03100001},
+                {2, "R", "R", "true", 0x03200002},
+                {1500, "R", "R", "true", 0x032005DC},
+                {1500, "R", "A", "TRUEFALSE", 0x033005DC},
+                {2, "R", "A", "FALSE ", 0x03300002},
+                {2, "R", "A", "FALS", 0x03300002}};
     for (const auto& row : rows) {
         CItemList list;
         FillWithBadItem(list, row.bad, row.parent, row.name, row.enable);
@@ -268,7 +278,9 @@ TEST(XmlSerializerDispData, FullDocumentKeepsTheItemsThatFitted) {
         std::string document;
     } rows[] = {
         {first.size() - 1, HEAD},
+        {first.size(), HEAD + first},
         {first.size() + second.size() - 1, HEAD + first},
+        {first.size() + second.size(), HEAD + first + second},
         {first.size() + second.size() + TAIL.size() - 1, HEAD + first + second},
     };
     for (const auto& row : rows) {
@@ -278,6 +290,16 @@ TEST(XmlSerializerDispData, FullDocumentKeepsTheItemsThatFitted) {
         EXPECT_EQ(out, nullptr);
         EXPECT_EQ(serializer.XmlData(), row.document);
     }
+}
+
+TEST(XmlSerializerDispData, DocumentMayBeFullToTheLastByte) {
+    CItemList list;
+    list.Add("", "R");
+    const std::string rest = "<item>" + Fields("R") + "<item/></item>" + TAIL;
+    CNearlyFullSerializer serializer(rest.size());
+    char* out = nullptr;
+    EXPECT_EQ(serializer.XmlSerialize(&list.items, &out), 0U);
+    EXPECT_EQ(serializer.XmlData(), HEAD + rest);
 }
 
 TEST(XmlSerializerDispData, MillionItems) {
