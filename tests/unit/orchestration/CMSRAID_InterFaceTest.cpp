@@ -496,6 +496,29 @@ TEST_F(InterFace, FailureEmptiesTheCallersOwnItemsToo) {
               "4: CMSRAID_InterFace::FreeItemList [END]\n");
 }
 
+class CNotingFreedLists : public CMSRAID_InterFace {
+public:
+    void FreeItemList(std::list<CItemDisp*>* list) override {
+        freed.push_back(list);
+        CMSRAID_InterFace::FreeItemList(list);
+    }
+    std::vector<std::list<CItemDisp*>*> freed;
+};
+
+TEST_F(InterFace, FailureFreesItsOwnListAndThenTheCallers) {
+    CStandInTool utility(STORCLI);
+    utility.Play("/call show", {.out = "Physical Drives = 4\n"});
+    CNotingFreedLists interFace;
+    CItems items;
+    std::string errCode;
+    std::string notice;
+    std::string detail;
+    EXPECT_EQ(interFace.GetRAIDInfo(&items, &errCode, &notice, &detail), 0);
+    ASSERT_EQ(interFace.freed.size(), 2U);
+    EXPECT_NE(interFace.freed[0], &items);
+    EXPECT_EQ(interFace.freed[1], &items);
+}
+
 // --- one text in several places ---
 
 TEST_F(InterFace, CodesArePutInFrontOfWhatTheTextHolds) {

@@ -490,6 +490,26 @@ TEST_F(StorageInfo, SSDFailureStandsBesideTheNoticeOfTheVersion) {
     EXPECT_EQ(request.items.Text(), "");
 }
 
+TEST_F(StorageInfo, FailureFreesItsOwnListAndThenTheCallers) {
+    class CNotingFreedLists : public CRAIDInfoDouble {
+    public:
+        CNotingFreedLists() : CRAIDInfoDouble(0) {}
+        void FreeItemList(std::list<CItemDisp*>* list) override {
+            freed.push_back(list);
+            CMSRAID_InterFace::FreeItemList(list);
+        }
+        std::vector<std::list<CItemDisp*>*> freed;
+    } interFace;
+    CItems items;
+    std::string errCode;
+    std::string notice;
+    std::string detail;
+    EXPECT_EQ(interFace.GetStorageInfo(&items, &errCode, &notice, &detail), 0);
+    ASSERT_EQ(interFace.freed.size(), 2U);
+    EXPECT_NE(interFace.freed[0], &items);
+    EXPECT_EQ(interFace.freed[1], &items);
+}
+
 TEST_F(StorageInfo, FailureEmptiesTheCallersOwnItemsToo) {
     PutDevices(ECard::Absent, ESSD::Present);
     CMSRAID_InterFace interFace;
