@@ -140,8 +140,8 @@ private:
 };
 
 // From now on the kernel answers one system call with `error`, as an older one does or one that
-// filters calls. Cannot be undone.
-inline void RefuseSystemCall(long number, int error) {
+// filters calls. Cannot be undone. False if the kernel has no such filter.
+[[nodiscard]] inline bool RefuseSystemCall(long number, int error) {
     std::array<sock_filter, 4> program = {{
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
         BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned int>(number), 0, 1),
@@ -149,8 +149,8 @@ inline void RefuseSystemCall(long number, int error) {
         BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
     }};
     const sock_fprog filter = {program.size(), program.data()};
-    prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    EXPECT_EQ(prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
 // Runs `host` in a child of the test, for changes that cannot be undone. Returns what it returns;
