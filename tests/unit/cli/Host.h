@@ -2,6 +2,7 @@
 #ifndef QORTEST_HOST_H
 #define QORTEST_HOST_H
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
