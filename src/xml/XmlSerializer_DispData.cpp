@@ -41,7 +41,7 @@ std::string::size_type UsualSize(const std::string& text) {
 }
 
 // About what the items take, a little more than less: the first ones stand for all. Where they do
-// not, the document grows as any text does. (To look at all of them costs a fifth of the whole.)
+// not, the document grows as any text does. (To look at all of them takes up to a third more time.)
 std::string::size_type GuessedSize(const std::list<CItemDisp*>& items) {
     constexpr std::string::size_type SAMPLE = 256;
     constexpr std::string::size_type MOST = std::string::size_type{128} << 20U;
