@@ -19,14 +19,14 @@ constexpr unsigned long RETRY_PAUSE_MS = 1000;
 constexpr unsigned long EXIT_CODE_UNKNOWN = 255;
 
 // Runs the tool until an attempt succeeds, fails for good or was the last one.
-unsigned int RunAttempts(const std::string& command, const std::string& rsltFile, int retry,
+unsigned int RunAttempts(const std::string& command, const COutputFile& rsltFile, int retry,
                          unsigned long& exitStatus) {
     for (int attempt = 0;; ++attempt) {
         const int run = ExecForeignModule(KRZ_CLI_DIR + command, rsltFile, &exitStatus);
         if (run == EXEC_OK && exitStatus == 0) {
             return KRZ_OK;
         }
-        if (FirstLineBeginsWith(rsltFile, INVALID_INPUT_HEAD)) {
+        if (FirstLineBeginsWith(rsltFile.Path(), INVALID_INPUT_HEAD)) {
             QOR_TRACE(FAILURE, "Failed to execute krzcli command.(%s)", command.c_str());
             return KRZ_TOOL_ERROR;
         }
@@ -43,8 +43,8 @@ unsigned int RunAttempts(const std::string& command, const std::string& rsltFile
     }
 }
 
-unsigned int JudgeSuccess(const std::string& command, const std::string& rsltFile) {
-    if (FirstLineBeginsWith(rsltFile, ERROR_HEAD)) {
+unsigned int JudgeSuccess(const std::string& command, const COutputFile& rsltFile) {
+    if (FirstLineBeginsWith(rsltFile.Path(), ERROR_HEAD)) {
         QOR_TRACE(FAILURE, "KRZ CLI has an error(%s).", command.c_str());
         return KRZ_TOOL_ERROR;
     }
@@ -78,17 +78,17 @@ bool CMSRAID_KRZ::IsKRZInstalled() {
 }
 
 unsigned int CMSRAID_KRZ::ExecCli(const std::string& command, unsigned long* cliRtn,
-                                  const std::string& rsltFile) {
+                                  const COutputFile& rsltFile) {
     return _ExecCli(command, cliRtn, rsltFile, RETRY_COUNT);
 }
 
 unsigned int CMSRAID_KRZ::ExecCliNoRetry(const std::string& command, unsigned long* cliRtn,
-                                         const std::string& rsltFile) {
+                                         const COutputFile& rsltFile) {
     return _ExecCli(command, cliRtn, rsltFile, 0);
 }
 
 unsigned int CMSRAID_KRZ::_ExecCli(const std::string& command, unsigned long* cliRtn,
-                                   const std::string& rsltFile, int retry) {
+                                   const COutputFile& rsltFile, int retry) {
     *cliRtn = EXIT_CODE_UNKNOWN;
     if (!IsKRZInstalled()) {
         QOR_TRACE(FAILURE, "KRZ is not installed.");
@@ -104,7 +104,7 @@ unsigned int CMSRAID_KRZ::_ExecCli(const std::string& command, unsigned long* cl
 std::string CMSRAID_KRZ::GetKRZVersion(const std::string& rsltFile) {
     const CResultFile file(rsltFile);
     unsigned long cliRtn = 0;
-    if (ExecCli(VERSION_COMMAND, &cliRtn, rsltFile) != KRZ_OK) {
+    if (ExecCli(VERSION_COMMAND, &cliRtn, file) != KRZ_OK || IsTooLarge(rsltFile)) {
         return "";
     }
     return ReadVersion(rsltFile);

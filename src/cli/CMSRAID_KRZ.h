@@ -5,6 +5,8 @@
 
 #include <string>
 
+#include "cli/ResultFile.h"
+
 // Results of a tool command.
 inline constexpr unsigned int KRZ_OK = 0x0;
 inline constexpr unsigned int KRZ_TOOL_ERROR = 0x1;  // the tool ran and reported an error
@@ -22,13 +24,13 @@ public:
     // of its output: "Error - Invalid input at or near token" with a failing exit status (not tried
     // again: the command itself is wrong), and "Error - " with exit status 0.
     static unsigned int ExecCli(const std::string& command, unsigned long* cliRtn,
-                                const std::string& rsltFile);
+                                const COutputFile& rsltFile);
     // The same with one attempt.
     static unsigned int ExecCliNoRetry(const std::string& command, unsigned long* cliRtn,
-                                       const std::string& rsltFile);
+                                       const COutputFile& rsltFile);
     // The same with `retry` attempts after the first.
     static unsigned int _ExecCli(const std::string& command, unsigned long* cliRtn,
-                                 const std::string& rsltFile, int retry);
+                                 const COutputFile& rsltFile, int retry);
 
     // The tool's version, for example "4.5"; empty if it cannot be told. Uses `rsltFile` and
     // removes it. Throws std::out_of_range if the version line ends at its colon.

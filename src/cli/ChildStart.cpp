@@ -78,8 +78,13 @@ bool Move(int from, int to) {
 }
 
 // Never waits; what is written to the file waits as usual.
-int OpenOutput(const char* path) {
-    const int file = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK, OUTPUT_MODE);
+int OpenOutput(const char* path, EFileOpening opening) {
+    int how = O_TRUNC;
+    if (opening == EFileOpening::Anew) {
+        unlink(path);
+        how = O_EXCL | O_NOFOLLOW;
+    }
+    const int file = open(path, O_WRONLY | O_CREAT | O_NONBLOCK | how, OUTPUT_MODE);
     if (file >= 0) {
         fcntl(file, F_SETFL, 0);
     }
@@ -188,8 +193,8 @@ EChildStep DoSteps(const CChild& child) {
     if (setup.directory != nullptr && chdir(setup.directory) != 0) {
         return EChildStep::Directory;
     }
-    const int output =
-        setup.output != nullptr ? OpenOutput(setup.output) : OpenNullDevice(O_WRONLY);
+    const int output = setup.output != nullptr ? OpenOutput(setup.output, setup.opening)
+                                               : OpenNullDevice(O_WRONLY);
     if (output < 0) {
         return EChildStep::Output;
     }

@@ -18,13 +18,19 @@
 
 enum class EErrorOutput { WithOutput, Dropped };
 
+enum class EFileOpening {
+    AsItStands,  // whatever stands there: created, or emptied
+    Anew         // made anew: what stands there is removed, no link is followed
+};
+
 // How one child is to be set up. The texts and the environment stay the caller's; they are read
 // until the start returns.
 struct CChildSetup {
     const char* directory = nullptr;  // where it runs; null: where the host is
-    // The file for standard output, created or emptied, seen from that directory; null: dropped. An
-    // open that would wait (for the reader of a named pipe, say) fails.
+    // The file for standard output, seen from that directory; null: dropped. An open that would
+    // wait (for the reader of a named pipe, say) fails.
     const char* output = nullptr;
+    EFileOpening opening = EFileOpening::AsItStands;
     EErrorOutput errors = EErrorOutput::Dropped;
     char* const* environment = nullptr;  // ended by a null pointer
 };

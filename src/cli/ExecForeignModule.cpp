@@ -75,11 +75,26 @@ void TraceFailedStep(const CChildStart& start) {
     }
 }
 
-CChildStart StartTool(const std::string& command, const std::string& outFile) {
+// Nothing is started where the file could become another's before the child opens it, or later.
+CChildStart StartIfSafe(const std::string& command, const COutputFile& file,
+                        const CChildSetup& setup) {
+    if (file.IsOwn() && !IsOutOfOthersReach(file.Path())) {
+        return {-1, EChildStep::Output, EACCES};
+    }
+    return StartChild(command, setup);
+}
+
+EFileOpening OpeningOf(const COutputFile& file) {
+    return file.IsOwn() ? EFileOpening::Anew : EFileOpening::AsItStands;
+}
+
+CChildStart StartTool(const std::string& command, const COutputFile& outFile) {
     const CToolEnvironment environment;
-    return StartChild(command, {.output = outFile.c_str(),
-                                .errors = EErrorOutput::WithOutput,
-                                .environment = environment.Entries()});
+    return StartIfSafe(command, outFile,
+                       {.output = outFile.Path().c_str(),
+                        .opening = OpeningOf(outFile),
+                        .errors = EErrorOutput::WithOutput,
+                        .environment = environment.Entries()});
 }
 
 int WaitForTool(pid_t child, unsigned long* exitCode, milliseconds limit) {
@@ -108,12 +123,15 @@ bool CanBeOpened(const std::string& directory) {
     return CUniqueFd(open(directory.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)).IsValid();
 }
 
-CChildStart StartUtility(const std::string& command, const std::string& outFile,
+CChildStart StartUtility(const std::string& command, const COutputFile& outFile,
                          const std::string& workDir) {
-    return StartChild(command, {.directory = workDir.empty() ? nullptr : workDir.c_str(),
-                                .output = outFile.empty() ? nullptr : outFile.c_str(),
-                                .errors = EErrorOutput::Dropped,
-                                .environment = environ});
+    const std::string& path = outFile.Path();
+    return StartIfSafe(command, outFile,
+                       {.directory = workDir.empty() ? nullptr : workDir.c_str(),
+                        .output = path.empty() ? nullptr : path.c_str(),
+                        .opening = OpeningOf(outFile),
+                        .errors = EErrorOutput::Dropped,
+                        .environment = environ});
 }
 
 // One look a second, then the rest of the time-out, then the child is left alone.
@@ -152,14 +170,14 @@ unsigned int WaitForUtility(pid_t child, unsigned long* exitCode, unsigned long 
 
 }  // namespace
 
-int ExecForeignModule(const std::string& command, const std::string& outFile,
+int ExecForeignModule(const std::string& command, const COutputFile& outFile,
                       unsigned long* exitCode) {
     return ExecForeignModuleWithLimit(command, outFile, exitCode, TOOL_TIME_LIMIT);
 }
 
-int ExecForeignModuleWithLimit(const std::string& command, const std::string& outFile,
+int ExecForeignModuleWithLimit(const std::string& command, const COutputFile& outFile,
                                unsigned long* exitCode, milliseconds limit) {
-    if (command.empty() || outFile.empty()) {
+    if (command.empty() || outFile.Path().empty()) {
         return EXEC_FAILED;
     }
     *exitCode = EXIT_CODE_UNKNOWN;
@@ -175,7 +193,7 @@ int ExecForeignModuleWithLimit(const std::string& command, const std::string& ou
     return WaitForTool(start.child, exitCode, limit);
 }
 
-unsigned int ExecForeignModule(const std::string& command, const std::string& outFile,
+unsigned int ExecForeignModule(const std::string& command, const COutputFile& outFile,
                                const std::string& workDir, unsigned long* exitCode,
                                unsigned long timeoutMs) {
     *exitCode = EXIT_CODE_UNKNOWN;

@@ -8,6 +8,8 @@
 #include <chrono>
 #include <string>
 
+#include "cli/ResultFile.h"
+
 // Results of both variants; the child's own exit status is told apart, behind `exitCode`.
 inline constexpr int EXEC_OK = 0;
 inline constexpr int EXEC_FAILED = 1;
@@ -20,9 +22,12 @@ inline constexpr std::chrono::seconds TOOL_TIME_LIMIT(150);
 // A time-out of the five-argument variant that never expires.
 inline constexpr unsigned long EXEC_NO_TIMEOUT = ~0UL;
 
-// For the RAID tool. Runs `command` with standard output and then standard error in `outFile`
-// (created or emptied) and "/opt/tarmica/krz/lib" added to LD_LIBRARY_PATH, for at most
-// TOOL_TIME_LIMIT.
+// A file that the host named is created or emptied as it stands. One of the plug-in's own is made
+// anew, after what stood in its way was removed, and counts as one that cannot be opened in a
+// directory where others could replace it.
+
+// For the RAID tool. Runs `command` with standard output and then standard error in `outFile` and
+// "/opt/tarmica/krz/lib" added to LD_LIBRARY_PATH, for at most TOOL_TIME_LIMIT.
 //   EXEC_OK       the command ended; its exit status is behind `exitCode`. A command that could not
 //                 get its output file or be run at all counts as one that ended with status 1.
 //   EXEC_FAILED   empty command or file name (`*exitCode` untouched); no process could be made, it
@@ -32,11 +37,11 @@ inline constexpr unsigned long EXEC_NO_TIMEOUT = ~0UL;
 // Writes a trace line for a command that could not get its output file, be run or be waited for,
 // and for one that a signal ended or stopped; none for an empty argument, for a process that could
 // not be made, or for the time-out.
-int ExecForeignModule(const std::string& command, const std::string& outFile,
+int ExecForeignModule(const std::string& command, const COutputFile& outFile,
                       unsigned long* exitCode);
 
 // The same with another limit.
-int ExecForeignModuleWithLimit(const std::string& command, const std::string& outFile,
+int ExecForeignModuleWithLimit(const std::string& command, const COutputFile& outFile,
                                unsigned long* exitCode, std::chrono::milliseconds limit);
 
 // For the LSI utilities. Runs `command` in `workDir` (empty: where the host is) with standard
@@ -46,7 +51,7 @@ int ExecForeignModuleWithLimit(const std::string& command, const std::string& ou
 //   EXEC_FAILED       as above, or `workDir` cannot be opened; `*exitCode` is 255 in every case
 //   EXEC_LSI_TIMEOUT  the limit passed; the command runs on, and its end is never taken
 // Writes no trace.
-unsigned int ExecForeignModule(const std::string& command, const std::string& outFile,
+unsigned int ExecForeignModule(const std::string& command, const COutputFile& outFile,
                                const std::string& workDir, unsigned long* exitCode,
                                unsigned long timeoutMs);
 

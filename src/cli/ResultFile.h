@@ -22,6 +22,31 @@ private:
     bool m_Kept = false;
 };
 
+// The file that a program's output goes to: one of the plug-in's own, or one that the host named. A
+// view: the path stays where it is.
+class COutputFile {
+public:
+    COutputFile(const std::string& path) : m_Path(path) {}
+    COutputFile(const CResultFile& file) : m_Path(file.Path()), m_IsOwn(true) {}
+
+    const std::string& Path() const { return m_Path; }
+    bool IsOwn() const { return m_IsOwn; }
+
+private:
+    const std::string& m_Path;
+    bool m_IsOwn = false;
+};
+
+// True if nobody but root and the host's user can put another file in the place of one in the
+// directory of `path`, or if there is no such directory. Who can write into the directories above
+// it is the administrator's care.
+bool IsOutOfOthersReach(const std::string& path);
+
+// True, with a line of trace, if the file holds more than any tool would print: 16 MiB, thirty
+// times the report on 240 drives, or 1,048,576 lines, which may become an item each. To be asked
+// before the file is read, so that the host's memory does not depend on a program that went mad.
+bool IsTooLarge(const std::string& path);
+
 // False also if the file cannot be opened, cannot be read at a place or has no line.
 bool FirstLineBeginsWith(const std::string& path, const std::string& head);
 

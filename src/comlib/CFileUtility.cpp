@@ -6,15 +6,15 @@
 #include "comlib/CIniCache.h"
 #include "comlib/Configuration.h"
 #include "comlib/ErrorText.h"
-#include "comlib/Kernel.h"
 #include "plugin/ComLib.h"
+#include "util/Kernel.h"
 
 std::string CFileUtility::GetInstallPath(int /*kind*/) {
     std::string path =
         comlib::CIniCache::Find("Install", "INSTALLPATH_CIM", comlib::CONFIGURATION_FILE)
             .value_or(comlib::DEFAULT_INSTALL_PATH);
     struct stat status = {};
-    if (!path.starts_with('/') || !comlib::GetStatus(path.c_str(), status) ||
+    if (!path.starts_with('/') || !util::GetStatus(path.c_str(), status) ||
         !S_ISDIR(status.st_mode)) {
         return "";
     }
@@ -24,7 +24,7 @@ std::string CFileUtility::GetInstallPath(int /*kind*/) {
 
 bool CFileUtility::IsFileExist(std::string path) {
     struct stat status = {};
-    return comlib::GetStatus(path.c_str(), status);
+    return util::GetStatus(path.c_str(), status);
 }
 
 int DeleteFileA(const char* path) {
@@ -41,7 +41,7 @@ namespace {
 // others in a directory with the sticky bit stay theirs.
 const char* DoubtAbout(const char* path) {
     struct stat status = {};
-    if (!comlib::GetLinkStatus(path, status)) {
+    if (!util::GetLinkStatus(path, status)) {
         return nullptr;
     }
     if (!S_ISDIR(status.st_mode)) {

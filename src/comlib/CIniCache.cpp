@@ -1,5 +1,7 @@
 #include "comlib/CIniCache.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -37,6 +39,14 @@ const CIniFile* Current(const char* path) {
     }
     std::rotate(s_Files.begin(), slot, slot + 1);
     return s_Files.front();
+}
+
+// The child of a host that forks while another thread asks must not find the lock taken by a thread
+// that it does not have. The C library forgets this when the library is unloaded.
+__attribute__((constructor)) void KeepForksApart() {
+    const auto lock = [] { s_Mutex.lock(); };
+    const auto unlock = [] { s_Mutex.unlock(); };
+    pthread_atfork(lock, unlock, unlock);
 }
 
 __attribute__((destructor)) void ClearOnUnload() {

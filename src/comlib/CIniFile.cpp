@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "comlib/CUniqueFd.h"
-#include "comlib/Kernel.h"
+#include "util/Kernel.h"
 
 // Bytes pass through unchanged: no character set, no wide characters. Debian's header leaves the
 // code out unless it is asked for; its shared library would bring ICU along.
@@ -102,7 +102,7 @@ struct CIniFile::CParsed {
 
 std::optional<CFileStamp> CFileStamp::Of(const char* path) {
     struct stat status = {};
-    return GetStatus(path, status) ? StampOf(status) : std::nullopt;
+    return util::GetStatus(path, status) ? StampOf(status) : std::nullopt;
 }
 
 CIniFile::CIniFile(const char* path) : m_Path(path), m_Parsed(std::make_unique<CParsed>()) {}
@@ -113,7 +113,7 @@ std::unique_ptr<CIniFile> CIniFile::Load(const char* path) {
     // Not blocking: opening a named pipe must not wait for its writer.
     const CUniqueFd fd(open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status = {};
-    if (!fd.IsOpen() || !GetStatus(fd.Get(), status)) {
+    if (!fd.IsOpen() || !util::GetStatus(fd.Get(), status)) {
         return nullptr;
     }
     const std::optional<CFileStamp> stamp = StampOf(status);

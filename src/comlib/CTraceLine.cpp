@@ -12,9 +12,10 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <numeric>
 
 #include "comlib/CUniqueFd.h"
-#include "comlib/Kernel.h"
+#include "util/Kernel.h"
 
 namespace comlib {
 namespace {
@@ -42,12 +43,53 @@ const CLevelInfo& InfoOf(int level) {
     return found != LEVELS.end() ? *found : OTHER_LEVEL;
 }
 
-bool IsControl(char c) {
-    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+bool IsBetween(char c, int first, int last) {
+    const int byte = static_cast<unsigned char>(c);
+    return first <= byte && byte <= last;
 }
 
-// Writes the visible form of a control character: "\n", "\r", "\t" or "\x1b".
-char* PutControl(char* out, char c) {
+bool IsControl(char c) {
+    return IsBetween(c, 0, 0x1f) || c == 0x7f || IsBetween(c, 0x80, 0x9f);
+}
+
+// Characters that show as nothing or turn the direction of others: U+061C, U+200B to U+200F, U+2028
+// to U+202E, U+2060 to U+206F, U+FEFF.
+bool IsHiding(std::string_view character) {
+    if (character.starts_with("\xe2\x80")) {
+        return IsBetween(character[2], 0x8b, 0x8f) || IsBetween(character[2], 0xa8, 0xae);
+    }
+    if (character.starts_with("\xe2\x81")) {
+        return IsBetween(character[2], 0xa0, 0xaf);
+    }
+    return character == "\xd8\x9c" || character == "\xef\xbb\xbf";
+}
+
+// The first character of `text` in UTF-8; its first byte if that begins none.
+std::string_view FirstCharacter(std::string_view text) {
+    size_t size = 1;
+    if (IsBetween(text[0], 0xc2, 0xdf)) {
+        size = 2;
+    } else if (IsBetween(text[0], 0xe0, 0xef)) {
+        size = 3;
+    } else if (IsBetween(text[0], 0xf0, 0xf4)) {
+        size = 4;
+    }
+    const std::string_view character = text.substr(0, size);
+    const bool isWhole =
+        character.size() == size && std::all_of(character.begin() + 1, character.end(),
+                                                [](char c) { return IsBetween(c, 0x80, 0xbf); });
+    return isWhole ? character : text.substr(0, 1);
+}
+
+// What must not reach a terminal: controls, U+0080 to U+009F included, and what hides others.
+bool NeedsEscapes(std::string_view character) {
+    return character.size() == 1
+               ? IsControl(character[0])
+               : IsHiding(character) || (character[0] == '\xc2' && IsControl(character[1]));
+}
+
+// Writes the visible form of one byte: "\n", "\r", "\t" or "\x1b".
+char* PutEscape(char* out, char c) {
     constexpr std::string_view HEX = "0123456789abcdef";
     *out++ = '\\';
     switch (c) {
@@ -62,26 +104,38 @@ char* PutControl(char* out, char c) {
             return out;
         default:
             *out++ = 'x';
-            *out++ = HEX[static_cast<size_t>(c) / 16];
-            *out++ = HEX[static_cast<size_t>(c) % 16];
+            *out++ = HEX[static_cast<unsigned char>(c) / 16];
+            *out++ = HEX[static_cast<unsigned char>(c) % 16];
             return out;
     }
 }
 
+char* PutEscapes(char* out, std::string_view character) {
+    return std::accumulate(character.begin(), character.end(), out, PutEscape);
+}
+
 constexpr size_t LONGEST_ESCAPE = 4;
 
+bool IsPlain(char c) {
+    return IsBetween(c, 0x20, 0x7e);
+}
+
 size_t VisibleSizeLimit(std::string_view text) {
-    const auto controls = std::count_if(text.begin(), text.end(), IsControl);
-    return text.size() + static_cast<size_t>(controls) * (LONGEST_ESCAPE - 1);
+    const auto plain = std::count_if(text.begin(), text.end(), IsPlain);
+    return text.size() * LONGEST_ESCAPE - static_cast<size_t>(plain) * (LONGEST_ESCAPE - 1);
 }
 
 char* PutVisible(char* out, std::string_view text) {
-    for (const char c : text) {
-        if (IsControl(c)) {
-            out = PutControl(out, c);
-        } else {
-            *out++ = c;
+    while (!text.empty()) {
+        if (IsPlain(text.front())) {
+            *out++ = text.front();
+            text.remove_prefix(1);
+            continue;
         }
+        const std::string_view character = FirstCharacter(text);
+        out = NeedsEscapes(character) ? PutEscapes(out, character)
+                                      : std::copy(character.begin(), character.end(), out);
+        text.remove_prefix(character.size());
     }
     return out;
 }
@@ -156,6 +210,17 @@ void WriteOnce(int fd, std::string_view line) {
     }
 }
 
+// Whether nobody else could have prepared the open file: a regular one with no second name, a pipe
+// or a character device, root's or the host's user's.
+bool IsOwn(int fd) {
+    struct stat status = {};
+    if (!util::GetStatus(fd, status) || (status.st_uid != 0 && status.st_uid != geteuid())) {
+        return false;
+    }
+    return S_ISREG(status.st_mode) ? status.st_nlink <= 1
+                                   : S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode);
+}
+
 }  // namespace
 
 CTextRoom::~CTextRoom() {
@@ -191,11 +256,12 @@ void CTraceLine::Format(const char* format, va_list arguments) {
 void CTraceLine::WriteToFile(const char* path) const {
     // Opened for every line: a file that was rotated away is left at once, a directory that appears
     // later is used, and no descriptor outlives the call. Not blocking: a named pipe without a
-    // reader drops the line.
-    constexpr int FLAGS = O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    // reader drops the line. No link is followed: in a directory like /tmp it could be anybody's.
+    constexpr int FLAGS =
+        O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW;
     constexpr mode_t MODE = 0640;
     const CUniqueFd fd(open(path, FLAGS, MODE));
-    if (fd.IsOpen()) {
+    if (fd.IsOpen() && IsOwn(fd.Get())) {
         WriteToDescriptor(fd.Get());
     }
 }
@@ -204,8 +270,8 @@ void CTraceLine::WriteToDescriptor(int fd) const {
     std::array<char, TIME_ROOM> time;
     PutTime(time.data(), time.size());
     std::array<char, 256> head;
-    std::snprintf(head.data(), head.size(), "%s %d/%d %.64s %s ", time.data(), getpid(), ThreadId(),
-                  m_Module, InfoOf(m_Level).m_Name);
+    std::snprintf(head.data(), head.size(), "%s %d/%d %.64s %s ", time.data(), getpid(),
+                  util::ThreadId(), m_Module, InfoOf(m_Level).m_Name);
     const std::string_view headText = head.data();
     CTextRoom room;
     char* const line = room.Reserve(VisibleSizeLimit(headText) + VisibleSizeLimit(m_Message) + 1);

@@ -6,8 +6,8 @@
 #include <climits>
 #include <cstdarg>
 #include <cstring>
-#include <mutex>
 #include <new>
+#include <optional>
 
 #include "comlib/CTraceLine.h"
 #include "comlib/CTraceSettings.h"
@@ -23,8 +23,9 @@ using comlib::ETraceSink;
 constexpr unsigned NOT_READ = 0x80000000;
 
 // The settings, read at the first line and kept until the library is unloaded. Plain memory without
-// a destructor: threads of the host may trace while the process exits.
-constinit std::mutex s_ReadMutex;
+// a destructor: threads of the host may trace while the process exits. No lock: the child of a host
+// that forks while a thread reads them would wait for ever.
+constinit std::atomic_flag s_IsBeingKept;
 constinit std::atomic<unsigned> s_Levels = NOT_READ;  // the rest is valid once this is
 constinit ETraceSink s_Sink = ETraceSink::NONE;
 constinit std::array<char, PATH_MAX> s_File = {};
@@ -34,34 +35,49 @@ constinit std::atomic<unsigned> s_OwnLevels = 0;
 constinit QorTraceSink s_OwnSink = nullptr;
 constinit void* s_OwnContext = nullptr;
 
-void KeepSettings() {
-    const CTraceSettings settings = CTraceSettings::Read();
-    s_Sink = settings.m_Sink;
-    std::memcpy(s_File.data(), settings.m_File.c_str(), settings.m_File.size() + 1);
+// Where lines go.
+struct CTarget {
+    unsigned levels = 0;
+    ETraceSink sink = ETraceSink::NONE;
+    const char* file = nullptr;
+
+    bool Takes(CTraceUtility::TRACE_DBG_LEVEL level) const {
+        return (levels & static_cast<unsigned>(level)) != 0;
+    }
+};
+
+CTarget TargetOf(const CTraceSettings& settings) {
     const unsigned levels = settings.m_Sink == ETraceSink::NONE ? 0 : settings.m_Levels;
-    s_Levels.store(levels, std::memory_order_release);
+    return {levels, settings.m_Sink, settings.m_File.c_str()};
 }
 
-// Without memory the line is dropped, and the next one reads the settings. An exception would end
-// the host where a line is traced while another exception passes.
-unsigned ReadSettings() {
-    const std::lock_guard<std::mutex> lock(s_ReadMutex);
-    if (s_Levels.load(std::memory_order_relaxed) == NOT_READ) {
-        try {
-            KeepSettings();
-        } catch (const std::bad_alloc&) {
-            return 0;
-        }
+// By the first thread that has read them. A child that was forked in this moment keeps nothing and
+// reads them for every line.
+void Keep(const CTarget& target) {
+    if (s_IsBeingKept.test_and_set()) {
+        return;
     }
-    return s_Levels.load(std::memory_order_relaxed);
+    s_Sink = target.sink;
+    std::memcpy(s_File.data(), target.file, std::strlen(target.file) + 1);
+    s_Levels.store(target.levels, std::memory_order_release);
 }
 
-bool IsOn(CTraceUtility::TRACE_DBG_LEVEL level) {
-    unsigned levels = s_Levels.load(std::memory_order_acquire);
-    if (levels == NOT_READ) {
-        levels = ReadSettings();
+// What is kept, or else what `settings` has read and holds. Without memory the line is dropped, and
+// the next one reads them: an exception would end the host where a line is traced while another
+// exception passes.
+CTarget CurrentTarget(std::optional<CTraceSettings>& settings) {
+    const unsigned levels = s_Levels.load(std::memory_order_acquire);
+    if (levels != NOT_READ) {
+        return {levels, s_Sink, s_File.data()};
     }
-    return (levels & static_cast<unsigned>(level)) != 0;
+    try {
+        settings = CTraceSettings::Read();
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+    const CTarget target = TargetOf(*settings);
+    Keep(target);
+    return target;
 }
 
 bool IsForOwnSink(CTraceUtility::TRACE_DBG_LEVEL level) {
@@ -75,13 +91,13 @@ bool IsOffForAll(CTraceUtility::TRACE_DBG_LEVEL level) {
     return (levels & (NOT_READ | static_cast<unsigned>(level))) == 0;
 }
 
-void Write(const CTraceLine& line) {
-    switch (s_Sink) {
+void Write(const CTraceLine& line, const CTarget& target) {
+    switch (target.sink) {
         case ETraceSink::SYSLOG:
             line.WriteToSyslog();
             return;
         case ETraceSink::FILE:
-            line.WriteToFile(s_File.data());
+            line.WriteToFile(target.file);
             return;
         case ETraceSink::STDERR:
             line.WriteToDescriptor(STDERR_FILENO);
@@ -97,16 +113,17 @@ __attribute__((noinline, format(printf, 3, 0))) void WriteIfOn(const char* modul
                                                                const char* format,
                                                                va_list arguments) {
     const int callerErrno = errno;
-    const bool isOn = IsOn(level);
+    std::optional<CTraceSettings> settings;
+    const CTarget target = CurrentTarget(settings);
     const bool isForOwnSink = IsForOwnSink(level);
-    if (!isOn && !isForOwnSink) {
+    if (!target.Takes(level) && !isForOwnSink) {
         return;
     }
     CTraceLine line(module, level);
     errno = callerErrno;
     line.Format(format, arguments);
-    if (isOn) {
-        Write(line);
+    if (target.Takes(level)) {
+        Write(line, target);
     }
     if (isForOwnSink) {
         s_OwnSink(s_OwnContext, module, level, line.Message().data(), line.Message().size());

@@ -2,11 +2,11 @@
 
 #include <cerrno>
 
-#include "comlib/Kernel.h"
 #include "plugin/ComLib.h"
+#include "util/Kernel.h"
 
 unsigned long GetCurrentThreadId() {
-    return static_cast<unsigned long>(comlib::ThreadId());
+    return static_cast<unsigned long>(util::ThreadId());
 }
 
 unsigned long GetLastError() {

@@ -43,33 +43,33 @@ bool CMSRAID_CtrlInfoGetter::GetCtrlNum(char* count) {
     const CResultFile file(GetRsltFilePath());
     long number = 0;
     const bool result =
-        CountControllers(FormatCommand(m_CommandFormat, ALL_CONTROLLERS), file.Path(), number);
+        CountControllers(FormatCommand(m_CommandFormat, ALL_CONTROLLERS), file, number);
     *count = static_cast<char>(number);
     return result;
 }
 
-bool CMSRAID_CtrlInfoGetter::CountControllers(const std::string& command, const std::string& path,
+bool CMSRAID_CtrlInfoGetter::CountControllers(const std::string& command, const CResultFile& file,
                                               long& count) {
     unsigned long exitCode = 0;
-    const unsigned int run = CMSRAID_KRZ::ExecCliNoRetry(command, &exitCode, path);
+    const unsigned int run = CMSRAID_KRZ::ExecCliNoRetry(command, &exitCode, file);
     if (run != KRZ_OK) {
         QOR_TRACE(FAILURE, "Failed to execute krzcli command %08x.", run);
         NoteRunFailure(run, command);
-        if (run != KRZ_TOOL_ERROR || !FirstLineBeginsWith(path, NO_CONTROLLER_HEAD)) {
+        if (run != KRZ_TOOL_ERROR || !FirstLineBeginsWith(file.Path(), NO_CONTROLLER_HEAD)) {
             return false;
         }
         QOR_TRACE(RESULT, "No RAID controller is found.");
         return true;
     }
     std::ifstream stream;
-    if (!OpenReport(path, stream)) {
+    if (!OpenReport(file.Path(), stream)) {
         return false;
     }
     long headers = 0;
     for (std::string line; std::getline(stream, line);) {
         headers += IsCtrlHeader(line) ? 1 : 0;
     }
-    if (!IsReadToTheEnd(path, stream)) {
+    if (!IsReadToTheEnd(file.Path(), stream)) {
         return false;
     }
     count = headers;

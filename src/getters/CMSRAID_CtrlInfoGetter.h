@@ -8,6 +8,7 @@
 #ifndef QOR_GETTERS_CMSRAID_CTRLINFOGETTER_H
 #define QOR_GETTERS_CMSRAID_CTRLINFOGETTER_H
 
+#include "cli/ResultFile.h"
 #include "getters/CMSRAID_InfoGetter.h"
 
 class CMSRAID_CtrlInfoGetter : public CMSRAID_InfoGetter {
@@ -48,7 +49,7 @@ public:
     bool ParseFirmwareInfo(std::ifstream& stream, std::string line);
 
 private:
-    bool CountControllers(const std::string& command, const std::string& path, long& count);
+    bool CountControllers(const std::string& command, const CResultFile& file, long& count);
     bool ParseOtherLine(std::ifstream& stream, std::string line);
     bool ParseSection(std::ifstream& stream, const std::string& line);
 

@@ -41,7 +41,7 @@ bool CMSRAID_InfoGetter::_GetInfo(const std::string& command, std::list<CItemDis
     m_RaidList.clear();
     const CResultFile file(GetRsltFilePath());
     unsigned long cliRtn = 0;
-    const unsigned int run = CMSRAID_KRZ::ExecCli(command, &cliRtn, file.Path());
+    const unsigned int run = CMSRAID_KRZ::ExecCli(command, &cliRtn, file);
     if (run != KRZ_OK) {
         QOR_TRACE(FAILURE, "Failed to execute krzcli command ret=%08x.", run);
         NoteRunFailure(run, command);
@@ -77,6 +77,10 @@ void CMSRAID_InfoGetter::NoteRunFailure(unsigned int result, const std::string& 
 }
 
 bool CMSRAID_InfoGetter::OpenReport(const std::string& path, std::ifstream& stream) {
+    if (IsTooLarge(path)) {
+        m_ErrCode.insert(0, ERR_REPORT_NOT_UNDERSTOOD);
+        return false;
+    }
     stream.open(path);
     if (!stream) {
         NoteUnreadableReport(path);

@@ -86,7 +86,7 @@ bool CMSRAID_LDInfoGetter::GetPDRGNo(long ctrlNo, std::map<long, std::string>& m
     const std::string command =
         FormatCommand(m_CommandFormat, CStringUtil::NumberToTString(ctrlNo));
     unsigned long exitCode = 0;
-    const unsigned int run = CMSRAID_KRZ::ExecCli(command, &exitCode, file.Path());
+    const unsigned int run = CMSRAID_KRZ::ExecCli(command, &exitCode, file);
     if (run != KRZ_OK) {
         QOR_TRACE(FAILURE, "Failed to execute krzcli command %08x.", run);
         NoteRunFailure(run, command);

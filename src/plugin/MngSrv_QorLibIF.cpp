@@ -1,5 +1,7 @@
 #include "plugin/MngSrv_QorLibIF.h"
 
+#include <pthread.h>
+
 #include "cli/CMSRAID_KRZ.h"
 #include "orchestration/CMSRAID_InterFace.h"
 #include "plugin/ItemList.h"
@@ -11,12 +13,26 @@ namespace {
 
 constexpr const char* NO_DETAIL = "none";
 
+// A request ends before its thread is cancelled: the frames of a cancelled thread are not ours to
+// unwind, and a child would stay unreaped.
+class CUncancelled {
+public:
+    CUncancelled() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_State); }
+    ~CUncancelled() { pthread_setcancelstate(m_State, nullptr); }
+    CUncancelled(const CUncancelled&) = delete;  // put back once
+    CUncancelled& operator=(const CUncancelled&) = delete;
+
+private:
+    int m_State = PTHREAD_CANCEL_ENABLE;
+};
+
 // The rules that the information operations share: nothing is touched when a pointer is null, the
 // caller's texts are reset before and filled after the request. `request` gets the orchestrator and
 // three texts of its own.
 template <class Request>
 unsigned char Answer(const std::list<CItemDisp*>* items, std::string* errorCode,
                      std::string* noticeCode, std::string* errorDetail, Request request) {
+    const CUncancelled uncancelled;
     CMSRAID_InterFace interFace;
     if (items == nullptr || errorCode == nullptr || noticeCode == nullptr ||
         errorDetail == nullptr) {
@@ -50,6 +66,7 @@ CMngSrv_QorLibIF::~CMngSrv_QorLibIF() {
 
 unsigned int CMngSrv_QorLibIF::XmlSerialize(unsigned int type, const char* component, void* data,
                                             char** out) {
+    const CUncancelled uncancelled;
     if (component == nullptr || data == nullptr || *out != nullptr) {
         return CXmlSerializer::RESULT_INVALID_ARGUMENT;
     }
@@ -97,6 +114,7 @@ unsigned char CMngSrv_QorLibIF::GetStorageInfo(std::list<CItemDisp*>* items, std
 unsigned char CMngSrv_QorLibIF::GetCtrlPDInfoBinaryString(std::string* binary,
                                                           std::string* errorCode,
                                                           std::string* noticeCode) {
+    const CUncancelled uncancelled;
     if (binary == nullptr || errorCode == nullptr || noticeCode == nullptr) {
         return 0;
     }
@@ -127,6 +145,7 @@ bool CMngSrv_QorLibIF::SerchStringList(const std::string& name, const std::strin
 }
 
 void CMngSrv_QorLibIF::FreeItemList(std::list<CItemDisp*>* items) {
+    const CUncancelled uncancelled;
     CMSRAID_InterFace interFace;
     if (items != nullptr) {
         interFace.FreeItemList(items);
@@ -135,6 +154,7 @@ void CMngSrv_QorLibIF::FreeItemList(std::list<CItemDisp*>* items) {
 
 unsigned int CMngSrv_QorLibIF::KRZExecCli(const std::string& command, unsigned long* exitCode,
                                           const std::string& resultFile) {
+    const CUncancelled uncancelled;
     if (exitCode == nullptr) {
         return KRZ_RUN_FAILED;
     }

@@ -43,8 +43,20 @@ const CUtility& UtilityFor(const std::list<DevicePCIID>& devices) {
     return std::all_of(devices.begin(), devices.end(), IsOlderModel) ? MEGACLI : STORCLI;
 }
 
+// The inside of a text in double quotes, as the shell reads it: sane paths stay as they are.
+std::string Quoted(const std::string& text) {
+    std::string quoted;
+    for (const char c : text) {
+        if (std::string_view("$`\"\\").find(c) != std::string_view::npos) {
+            quoted += '\\';
+        }
+        quoted += c;
+    }
+    return quoted;
+}
+
 std::string CommandOf(const CUtility& utility) {
-    return "\"" + CFileUtility::GetInstallPath(0) + "/RAID/tool/" + utility.name + "\" " +
+    return "\"" + Quoted(CFileUtility::GetInstallPath(0)) + "/RAID/tool/" + utility.name + "\" " +
            utility.arguments;
 }
 
@@ -75,7 +87,7 @@ std::int64_t RunUtility(const CUtility& utility) {
     CResultFile file(CMSRAID_InfoGetter::GetRsltFilePath());
     unsigned long exitCode = 0;
     const unsigned int run =
-        ExecForeignModule(command, file.Path(), UTILITY_WORK_DIR, &exitCode, EXEC_NO_TIMEOUT);
+        ExecForeignModule(command, file, UTILITY_WORK_DIR, &exitCode, EXEC_NO_TIMEOUT);
     if (run != EXEC_OK) {
         QOR_TRACE(FAILURE,
                   "Failed to execute LSI RAID Utilty command. (ExecForeignModule() error %d).",
@@ -88,7 +100,7 @@ std::int64_t RunUtility(const CUtility& utility) {
                   static_cast<unsigned int>(exitCode));
         return 0;
     }
-    return CountDisks(file.Path(), utility.countKey);
+    return IsTooLarge(file.Path()) ? 0 : CountDisks(file.Path(), utility.countKey);
 }
 
 }  // namespace

@@ -98,25 +98,25 @@ int LLVMFuzzerInitialize(int*, char***) {
 }
 
 // The names that the linker gives to the replacements of the two runners.
-int __wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES6_Pm(
-    const std::string& command, const std::string& outFile, unsigned long* exitCode);
+int __wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERK11COutputFilePm(
+    const std::string& command, const COutputFile& outFile, unsigned long* exitCode);
 unsigned int
-__wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES6_S6_Pmm(
-    const std::string& command, const std::string& outFile, const std::string& workDir,
+__wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERK11COutputFileS6_Pmm(
+    const std::string& command, const COutputFile& outFile, const std::string& workDir,
     unsigned long* exitCode, unsigned long timeoutMs);
 
-int __wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES6_Pm(
-    const std::string& command, const std::string& outFile, unsigned long* exitCode) {
-    qorfuzz::WriteText(outFile.c_str(), qorfuzz::ToolAnswer(command));
+int __wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERK11COutputFilePm(
+    const std::string& command, const COutputFile& outFile, unsigned long* exitCode) {
+    qorfuzz::WriteText(outFile.Path().c_str(), qorfuzz::ToolAnswer(command));
     *exitCode = 0;
     return EXEC_OK;
 }
 
 unsigned int
-__wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEES6_S6_Pmm(
-    const std::string& command, const std::string& outFile, const std::string&,
+__wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERK11COutputFileS6_Pmm(
+    const std::string& command, const COutputFile& outFile, const std::string&,
     unsigned long* exitCode, unsigned long) {
-    qorfuzz::WriteText(outFile.c_str(), qorfuzz::UtilityAnswer(command));
+    qorfuzz::WriteText(outFile.Path().c_str(), qorfuzz::UtilityAnswer(command));
     *exitCode = 0;
     return EXEC_OK;
 }

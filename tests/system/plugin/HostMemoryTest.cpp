@@ -40,7 +40,7 @@ protected:
 TEST_F(HostMemory, LackOfMemoryIsToldAndPasses) {
     std::string report = qortest::ReadFile("/opt/tarmica/reports/-ctrlinfo -a0");
     const std::string line = "Key : " + std::string(4000, 'v') + "\n";
-    for (int i = 0; i < 5000; ++i) {
+    for (int i = 0; i < 4000; ++i) {
         report += line;
     }
     qortest::WriteFile("/opt/tarmica/reports/-ctrlinfo -a0", report);
@@ -62,8 +62,61 @@ TEST_F(HostMemory, LackOfMemoryIsToldAndPasses) {
     EXPECT_TRUE(answer.items.empty());
     CAnswer again = GetRAIDInfo(plugin);
     EXPECT_EQ(again.result, 1);
-    EXPECT_GT(again.items.size(), 5000U);
+    EXPECT_GT(again.items.size(), 4000U);
     plugin->FreeItemList(&again.items);
+}
+
+// What GetRAIDInfo does with no more than `room` bytes.
+class CAnswerInRoom {
+public:
+    CAnswerInRoom(const CLoadedPlugin& plugin, rlim_t room, rlim_t inUse) {
+        rlimit before = {};
+        getrlimit(RLIMIT_AS, &before);
+        const rlimit low = {inUse + room, before.rlim_max};
+        setrlimit(RLIMIT_AS, &low);
+        try {
+            m_Answer.result = plugin->GetRAIDInfo(&m_Answer.items, &m_Answer.errorCode,
+                                                  &m_Answer.noticeCode, &m_Answer.errorDetail);
+        } catch (const std::bad_alloc&) {
+            m_Thrown = true;
+        }
+        setrlimit(RLIMIT_AS, &before);
+        m_Items = m_Answer.items.size();
+        plugin->FreeItemList(&m_Answer.items);
+    }
+
+    bool m_Thrown = false;
+    size_t m_Items = 0;
+    CAnswer m_Answer;
+};
+
+// A report of `lines` lines, most of them as short as those that become items can be.
+void WriteReportOfLines(size_t lines) {
+    const std::string path = "/opt/tarmica/reports/-ctrlinfo -a0";
+    std::string report = qortest::ReadFile(path);
+    const auto there = static_cast<size_t>(std::count(report.begin(), report.end(), '\n'));
+    for (size_t i = there; i < lines; ++i) {
+        report += "a:\n";
+    }
+    qortest::WriteFile(path, report);
+}
+
+TEST_F(HostMemory, ReportBeyondTheLimitTakesNone) {
+    WriteReportOfLines(7'000'000);
+    const CLoadedPlugin plugin;
+    const CAnswerInRoom answer(plugin, 16UL << 20, AddressSpaceInUse());
+    EXPECT_FALSE(answer.m_Thrown);
+    EXPECT_EQ(answer.m_Answer.errorCode, "04");
+}
+
+TEST_F(HostMemory, LargestReportTakesAQuarterOfAGigabyte) {
+    WriteReportOfLines(1'048'576);
+    setenv("QOR_TRACE", "none", 1);
+    const CLoadedPlugin plugin;
+    const CAnswerInRoom answer(plugin, 256UL << 20, AddressSpaceInUse());
+    EXPECT_FALSE(answer.m_Thrown);
+    EXPECT_EQ(answer.m_Answer.result, 1) << answer.m_Answer.errorCode;
+    EXPECT_GT(answer.m_Items, 1'000'000U);
 }
 
 // The plug-in's operations in a thread whose stack has 64 KiB. What came back is judged outside:

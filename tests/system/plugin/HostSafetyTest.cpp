@@ -1,5 +1,6 @@
 // The plug-in is a guest: a host with threads, timers, handlers and much memory of its own must not
 // notice it.
+#include <pthread.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -182,6 +183,47 @@ TEST_F(HostSafety, HostThatIgnoresChildSignalsGetsAFailureAndNoZombie) {
         EXPECT_EQ(errno, ECHILD);
     }
     InstallHandler(SIGCHLD, SIG_DFL);
+}
+
+// ---- a thread that the host cancels ----
+
+class CCancelledRequest {
+public:
+    explicit CCancelledRequest(const CLoadedPlugin& plugin) : m_Plugin(plugin) {
+        pthread_create(&m_Thread, nullptr, Run, this);
+    }
+    // True if the thread was cancelled behind the request and not in it.
+    bool EndsBehindTheRequest() {
+        pthread_cancel(m_Thread);
+        void* result = nullptr;
+        pthread_join(m_Thread, &result);
+        return m_Answered && result == PTHREAD_CANCELED;
+    }
+
+private:
+    static void* Run(void* argument) {
+        auto& self = *static_cast<CCancelledRequest*>(argument);
+        unsigned long exitCode = 0;
+        self.m_Plugin->KRZExecCli("krzcli -slow", &exitCode, "/opt/tarmica/out");
+        self.m_Answered = true;
+        pthread_testcancel();
+        return nullptr;
+    }
+
+    const CLoadedPlugin& m_Plugin;
+    pthread_t m_Thread = {};
+    std::atomic<bool> m_Answered{false};
+};
+
+TEST_F(HostSafety, CancelledThreadEndsItsRequestFirst) {
+    CStandInTool tool;
+    tool.Play("-slow", {.run = "touch /opt/tarmica/begun; sleep 0.5"});
+    const CLoadedPlugin plugin;
+    CCancelledRequest request(plugin);
+    while (!std::filesystem::exists("/opt/tarmica/begun")) {
+        std::this_thread::yield();
+    }
+    EXPECT_TRUE(request.EndsBehindTheRequest());
 }
 
 }  // namespace

@@ -231,7 +231,7 @@ TEST_F(CMSRAID_KRZTest, RunThatKeepsFailingIsToldApart) {
 
 TEST_F(CMSRAID_KRZTest, EmptyFileNameIsAFailedRun) {
     CStandInTool tool;
-    EXPECT_EQ(CMSRAID_KRZ::ExecCli(COMMAND, &m_CliRtn, ""), KRZ_RUN_FAILED);
+    EXPECT_EQ(CMSRAID_KRZ::ExecCli(COMMAND, &m_CliRtn, std::string()), KRZ_RUN_FAILED);
     EXPECT_EQ(m_CliRtn, 0U);
     EXPECT_THAT(FakeComLib().traces,
                 ElementsAre(EXECUTE, Failure("Failed to execute krzcli command.(" + COMMAND +
@@ -240,7 +240,8 @@ TEST_F(CMSRAID_KRZTest, EmptyFileNameIsAFailedRun) {
 
 TEST_F(CMSRAID_KRZTest, FileThatCannotBeWrittenIsAToolError) {
     CStandInTool tool;
-    EXPECT_EQ(CMSRAID_KRZ::ExecCliNoRetry(COMMAND, &m_CliRtn, "/opt/tarmica/missing/out.txt"),
+    EXPECT_EQ(CMSRAID_KRZ::ExecCliNoRetry(COMMAND, &m_CliRtn,
+                                          std::string("/opt/tarmica/missing/out.txt")),
               KRZ_TOOL_ERROR);
     EXPECT_EQ(m_CliRtn, 1U);
     EXPECT_THAT(
@@ -334,6 +335,13 @@ TEST_F(CMSRAID_KRZTest, ExitStatusIsHandedOverAtTheEnd) {
     EXPECT_EQ(Exec(), KRZ_TOOL_ERROR);
     EXPECT_EQ(m_CliRtn, 3U);
     EXPECT_THAT(between, ElementsAre(255U, 255U));
+}
+
+TEST_F(CMSRAID_KRZTest, VersionInAHugeReportIsNotTold) {
+    CStandInTool tool;
+    tool.Play("-v",
+              {.out = "Product Version : 7.0\n", .run = "truncate -s 16777217 /proc/self/fd/1"});
+    EXPECT_EQ(CMSRAID_KRZ::GetKRZVersion(OUT), "");
 }
 
 }  // namespace

@@ -83,7 +83,7 @@ TEST_F(CToolRunTest, EmptyCommandLeavesExitCodeUntouched) {
 }
 
 TEST_F(CToolRunTest, EmptyFileNameLeavesExitCodeUntouched) {
-    EXPECT_EQ(ExecForeignModule("true", "", &m_ExitCode), EXEC_FAILED);
+    EXPECT_EQ(ExecForeignModule("true", std::string(), &m_ExitCode), EXEC_FAILED);
     EXPECT_EQ(m_ExitCode, UNTOUCHED);
     EXPECT_THAT(FakeComLib().traces, IsEmpty());
 }
@@ -489,9 +489,9 @@ TEST_F(CToolRunTest, DeviceOrMemoryFileServesAsOutput) {
     EXPECT_EQ(m_ExitCode, 0U);
     EXPECT_EQ(ReadFile("/proc/self/fd/" + std::to_string(memory)), "out\n");
     close(memory);
-    EXPECT_EQ(ExecForeignModule("echo out", "/dev/null", &m_ExitCode), EXEC_OK);
+    EXPECT_EQ(ExecForeignModule("echo out", std::string("/dev/null"), &m_ExitCode), EXEC_OK);
     EXPECT_EQ(m_ExitCode, 0U);
-    EXPECT_EQ(ExecForeignModule("echo out", "/dev/full", &m_ExitCode), EXEC_OK);
+    EXPECT_EQ(ExecForeignModule("echo out", std::string("/dev/full"), &m_ExitCode), EXEC_OK);
     EXPECT_NE(m_ExitCode, 0U);
 }
 
@@ -613,15 +613,15 @@ TEST_F(CUtilityRunTest, WithoutWorkingDirectoryStaysWhereTheHostIs) {
 
 TEST_F(CUtilityRunTest, RelativeOutputIsBelowTheWorkingDirectory) {
     fs::create_directories(DIR + "/work");
-    EXPECT_EQ(
-        ExecForeignModule("echo here", "rel.txt", DIR + "/work", &m_ExitCode, EXEC_NO_TIMEOUT),
-        unsigned{EXEC_OK});
+    EXPECT_EQ(ExecForeignModule("echo here", std::string("rel.txt"), DIR + "/work", &m_ExitCode,
+                                EXEC_NO_TIMEOUT),
+              unsigned{EXEC_OK});
     EXPECT_EQ(ReadFile(DIR + "/work/rel.txt"), "here\n");
 }
 
 TEST_F(CUtilityRunTest, EmptyOutputNameDropsTheOutput) {
-    EXPECT_EQ(ExecForeignModule("exec 3>&1; readlink /proc/$$/fd/3 > seen; echo out", "", DIR,
-                                &m_ExitCode, EXEC_NO_TIMEOUT),
+    EXPECT_EQ(ExecForeignModule("exec 3>&1; readlink /proc/$$/fd/3 > seen; echo out", std::string(),
+                                DIR, &m_ExitCode, EXEC_NO_TIMEOUT),
               unsigned{EXEC_OK});
     EXPECT_EQ(m_ExitCode, 0U);
     EXPECT_EQ(ReadFile(DIR + "/seen"), "/dev/null\n");
@@ -662,7 +662,7 @@ TEST_F(CUtilityRunTest, MissingNullDeviceIsNotMade) {
     EXPECT_EQ(RunAsAnotherHost([&] {
                   unshare(CLONE_NEWNS);
                   mount("test", "/dev", "tmpfs", 0, "");
-                  const bool failed = ExecForeignModule("true", "", "", &m_ExitCode,
+                  const bool failed = ExecForeignModule("true", std::string(), "", &m_ExitCode,
                                                         EXEC_NO_TIMEOUT) == unsigned{EXEC_OK} &&
                                       m_ExitCode == 1;
                   return failed && !fs::exists("/dev/null") ? 0 : 1;

@@ -68,4 +68,25 @@ TEST_F(CResultFileTest, FileThatCannotBeReadBeginsWithNothing) {
     EXPECT_FALSE(FirstLineBeginsWith("/opt/tarmica", "Error - "));
 }
 
+// ---- who can put another file in its place ----
+
+TEST_F(CResultFileTest, FileIsOutOfReachWhereOnlyItsUserWrites) {
+    const fs::path directory = fs::path(FILE_PATH).parent_path();
+    fs::create_directory(directory);
+    for (const mode_t mode : {0700U, 0755U, 0555U, 02750U, 01744U}) {
+        fs::permissions(directory, fs::perms(mode));
+        EXPECT_TRUE(IsOutOfOthersReach(FILE_PATH)) << mode;
+    }
+    for (const mode_t mode : {0777U, 01777U, 0770U, 0720U, 0702U}) {
+        fs::permissions(directory, fs::perms(mode));
+        EXPECT_FALSE(IsOutOfOthersReach(FILE_PATH)) << mode;
+    }
+}
+
+TEST_F(CResultFileTest, FileWithoutADirectoryIsNobodys) {
+    EXPECT_TRUE(IsOutOfOthersReach(FILE_PATH));
+    fs::create_symlink("nowhere", fs::path(FILE_PATH).parent_path());
+    EXPECT_TRUE(IsOutOfOthersReach(FILE_PATH));
+}
+
 }  // namespace

@@ -84,9 +84,37 @@ TEST_F(CTraceLineTest, ControlCharactersAreMadeVisible) {
               "Module FLOW a\\nb\\tc\\rd\\x1b[0m\\x7f\\x01\\x00\n");
 }
 
+// U+0080 to U+009F, and such a byte alone: some terminals take both for controls.
+TEST_F(CTraceLineTest, HighControlCharactersAreMadeVisible) {
+    EXPECT_EQ(Written(CTraceUtility::TRACE_DBG_FLOW,
+                      "\xc2\x9b"
+                      "2J \xc2\x80\xc2\x9f \x9b \x80."),
+              "Module FLOW \\xc2\\x9b2J \\xc2\\x80\\xc2\\x9f \\x9b \\x80.\n");
+}
+
+// Those that turn the direction of what follows, or show as nothing.
+TEST_F(CTraceLineTest, CharactersThatHideWhatIsThereAreMadeVisible) {
+    EXPECT_EQ(
+        Written(CTraceUtility::TRACE_DBG_FLOW,
+                "\u061c \u200b \u200e\u200f \u2028\u2029\u202a\u202e \u2060\u2066\u2069 \ufeff"),
+        "Module FLOW \\xd8\\x9c \\xe2\\x80\\x8b \\xe2\\x80\\x8e\\xe2\\x80\\x8f "
+        "\\xe2\\x80\\xa8\\xe2\\x80\\xa9\\xe2\\x80\\xaa\\xe2\\x80\\xae "
+        "\\xe2\\x81\\xa0\\xe2\\x81\\xa6\\xe2\\x81\\xa9 \\xef\\xbb\\xbf\n");
+}
+
 TEST_F(CTraceLineTest, OtherBytesPass) {
-    EXPECT_EQ(Written(CTraceUtility::TRACE_DBG_FLOW, "~ \\n \x80\xc3\xa4\xff"),
-              "Module FLOW ~ \\n \x80\xc3\xa4\xff\n");
+    for (const std::string text :
+         {"~ \\n \xa0\xff\xc3", "\u00a0\u00e4\u00c2\u061b\u200a\u2010\u2027",
+          "\u202f\u205f\u2070\u5185\ufefe\uff1a\U0001f5b4"}) {
+        EXPECT_EQ(Written(CTraceUtility::TRACE_DBG_FLOW, "%s", text.c_str()),
+                  "Module FLOW " + text + "\n");
+    }
+}
+
+TEST_F(CTraceLineTest, CharacterThatIsCutIsNoneThatHides) {
+    EXPECT_EQ(Written(CTraceUtility::TRACE_DBG_FLOW, "\xe2\x80"), "Module FLOW \xe2\\x80\n");
+    EXPECT_EQ(Written(CTraceUtility::TRACE_DBG_FLOW, "\xf0\x9f\x96 "),
+              "Module FLOW \xf0\\x9f\\x96 \n");
 }
 
 TEST_F(CTraceLineTest, LongMessageIsNotCut) {
@@ -116,6 +144,43 @@ TEST_F(CTraceLineTest, FileIsAppendedToAndNotForOthers) {
     struct stat status = {};
     ASSERT_EQ(stat(Path().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777 & ~0640U, 0U);
+}
+
+// ---- a file that somebody else could have prepared ----
+
+TEST_F(CTraceLineTest, SymbolicLinkIsNotFollowed) {
+    const std::string victim = Scratch() / "victim";
+    qortest::WriteFile(victim, "kept\n");
+    std::filesystem::create_symlink(victim, Path());
+    CTraceLine("M", CTraceUtility::TRACE_DBG_FLOW).WriteToFile(Path().c_str());
+    EXPECT_EQ(ReadFile(victim), "kept\n");
+}
+
+TEST_F(CTraceLineTest, FileWithASecondNameIsNotWrittenTo) {
+    const std::string victim = Scratch() / "victim";
+    qortest::WriteFile(victim, "kept\n");
+    std::filesystem::create_hard_link(victim, Path());
+    CTraceLine("M", CTraceUtility::TRACE_DBG_FLOW).WriteToFile(Path().c_str());
+    EXPECT_EQ(ReadFile(victim), "kept\n");
+}
+
+TEST_F(CTraceLineTest, FileOfAnotherUserIsNotWrittenTo) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can give a file away";
+    }
+    qortest::WriteFile(Path(), "his\n");
+    ASSERT_EQ(chown(Path().c_str(), 12345, 12345), 0);
+    CTraceLine("M", CTraceUtility::TRACE_DBG_FLOW).WriteToFile(Path().c_str());
+    EXPECT_EQ(ReadFile(Path()), "his\n");
+}
+
+TEST_F(CTraceLineTest, PipeOfTheHostsUserIsWrittenTo) {
+    ASSERT_EQ(mkfifo(Path().c_str(), 0600), 0);
+    const CUniqueFd reader(open(Path().c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    CTraceLine("M", CTraceUtility::TRACE_DBG_FLOW).WriteToFile(Path().c_str());
+    char first = 0;
+    EXPECT_EQ(read(reader.Get(), &first, 1), 1);
+    EXPECT_EQ(first, '2');
 }
 
 TEST_F(CTraceLineTest, PipeWithoutReaderDropsTheLine) {

@@ -184,6 +184,16 @@ void ExecCaller(const char* program, const std::string& trace) {
     execve(program, Pointers(arguments).data(), Pointers(environment).data());
 }
 
+// The settings are being read, which takes long, while the host forks.
+TEST_F(CTraceUtilityTest, ForkDuringTheFirstLineLeavesAChildThatTraces) {
+    std::string configuration = "[Trace]\nSink=none\n[Others]\n";
+    for (int key = 0; key < 100'000; ++key) {
+        configuration += "Key" + std::to_string(key) + "=value\n";
+    }
+    WriteFile(qortest::CONFIGURATION_FILE, configuration);
+    ExpectSuccess(Start("", {"fork"}));
+}
+
 // A set-group-id program is as privileged to the C library as a set-user-id one, and as root it can
 // still read a library that lies below root's home directory.
 TEST_F(CTraceUtilityTest, EnvironmentIsIgnoredByAPrivilegedProgram) {

@@ -1,5 +1,7 @@
 // The shipped file: loading, unloading.
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -36,6 +38,20 @@ TEST_F(LibraryTest, IsLoadedAndUnloadedAThousandTimesWithNothingLeft) {
     }
     EXPECT_FALSE(IsMapped());
     EXPECT_EQ(TakeTraces().size(), 1000U);
+}
+
+TEST_F(LibraryTest, HostForksAfterItIsUnloaded) {
+    void* library = dlopen(QOR_COMLIB_FILE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(library, nullptr) << dlerror();
+    ASSERT_EQ(dlclose(library), 0);
+    ASSERT_FALSE(IsMapped());
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(0);
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
 }
 
 }  // namespace

@@ -936,4 +936,13 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, DamagedReportGivesItemsOrACleanFailure) {
     qortest::ExpectDamageIsHandled(getter, qortest::Golden("ctrl/all_controllers.txt"), 41, 500);
 }
 
+TEST_F(CMSRAID_CtrlInfoGetterTest, HugeListOfControllersIsNotUnderstood) {
+    m_Tool->Play("-ctrlinfo -aAll", {.run = "truncate -s 16777217 /proc/self/fd/1"});
+    CMSRAID_CtrlInfoGetter getter;
+    char count = 99;
+    EXPECT_FALSE(getter.GetCtrlNum(&count));
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(getter.ErrCode(), "04");
+}
+
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
 #include <vector>
 
@@ -663,6 +664,49 @@ TEST_F(CMSRAID_InfoGetterTest, EmptyInstallPathLeadsBelowTmp) {
     EXPECT_THAT(m_Items, SizeIs(2));
     EXPECT_TRUE(fs::is_empty("/tmp/MSRAID"));
     EXPECT_EQ(umount2("/tmp", MNT_DETACH), 0);
+}
+
+// ---- reports that no tool would print ----
+
+constexpr const char* ONE_MEBIBYTE_OF_LINES = "echo '### t ###'; yes a: | head -n 1048575";
+
+class CHugeReportTest : public CMSRAID_InfoGetterTest {
+protected:
+    bool Read(const std::string& shellText) {
+        CStandInTool tool;
+        tool.Play("-test -a0", {.run = shellText});
+        m_Getter = std::make_unique<CTestGetter>();
+        return m_Getter->GetInfo(0, m_Items);
+    }
+    void ExpectRefusal() {
+        EXPECT_EQ(m_Getter->ErrCode(), "04");
+        EXPECT_EQ(m_Getter->ErrDetail(), "");
+        EXPECT_THAT(m_Getter->m_Lines, IsEmpty()) << "told before it is read";
+        EXPECT_THAT(FakeComLib().Traces(CTraceUtility::TRACE_DBG_FAILURE),
+                    ElementsAre(testing::StartsWith("Result file is too large(/opt/tarmica/")));
+    }
+
+    std::unique_ptr<CTestGetter> m_Getter;
+};
+
+TEST_F(CHugeReportTest, SixteenMebibytesAreRead) {
+    EXPECT_TRUE(Read("truncate -s 16777216 /proc/self/fd/1"));
+    EXPECT_THAT(m_Getter->m_Lines, SizeIs(1));
+}
+
+TEST_F(CHugeReportTest, MoreIsNotUnderstood) {
+    EXPECT_FALSE(Read("truncate -s 16777217 /proc/self/fd/1"));
+    ExpectRefusal();
+}
+
+TEST_F(CHugeReportTest, AMillionLinesAreRead) {
+    EXPECT_TRUE(Read(ONE_MEBIBYTE_OF_LINES));
+    EXPECT_THAT(m_Getter->m_Lines, SizeIs(1'048'576));
+}
+
+TEST_F(CHugeReportTest, MoreLinesAreNotUnderstood) {
+    EXPECT_FALSE(Read(std::string(ONE_MEBIBYTE_OF_LINES) + "; echo"));
+    ExpectRefusal();
 }
 
 }  // namespace

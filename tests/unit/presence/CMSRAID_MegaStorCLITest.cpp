@@ -263,4 +263,25 @@ TEST_F(MegaStorCLI, ResultFileThatIsGoneCountsNothing) {
         std::string(STORCLI_LINE) + "2: Failed to delete file(RESULTFILE).\n" + CountLine("0"));
 }
 
+TEST_F(MegaStorCLI, DisksInAHugeReportAreNotCounted) {
+    EXPECT_FALSE(RunStorcli(
+        {.out = "Physical Drives = 4\n", .run = "truncate -s 16777217 /proc/self/fd/1"}));
+}
+
+// ---- the shell takes the path of the utility as it is ----
+
+TEST_F(MegaStorCLI, NothingInAPathIsRunOrReplaced) {
+    for (const char* name :
+         {"a $(touch ran) b", "`touch ran`", "$HOME", "a\"b", "a\\b", "a\\", "!x"}) {
+        SCOPED_TRACE(name);
+        FakeComLib().installPath = std::string("/opt/tarmica/") + name;
+        fs::create_directories(FakeComLib().installPath + "/tmp");
+        fs::create_directories(UTILITY_DIR);
+        CStandInTool utility(FakeComLib().installPath + "/RAID/tool/storcli");
+        utility.Play(STORCLI_ARGUMENTS, {.out = "Physical Drives = 4\n"});
+        EXPECT_TRUE(CMSRAID_MegaStorCLI::IsPresentRAIDPhysDisk({NEWER_CARD}));
+        EXPECT_FALSE(fs::exists(std::string(UTILITY_DIR) + "/ran"));
+    }
+}
+
 }  // namespace

@@ -2,14 +2,23 @@
 //
 // Traces MESSAGE, COUNT times; if LENGTH is not 0, followed by the number of the line and as many
 // "x" as make LENGTH bytes. The file ROTATED is renamed to "ROTATED.<number>" after every line.
+//
+// comlib_caller fork
+//
+// Forks while another thread traces its first line; the child traces, too, within ten seconds.
+//
 // Exit status: 0; 1 if a call changed errno; 2 if one left a descriptor open.
 #include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <string_view>
+#include <thread>
 
 #include "plugin/ComLib.h"
 
@@ -32,7 +41,33 @@ std::string Text(const char* message, long number, size_t length) {
 
 }  // namespace
 
+// 0 if the child came back.
+int ForkWhileAThreadTraces() {
+    std::atomic<bool> begun{false};
+    std::thread thread([&begun] {
+        begun = true;
+        CTraceUtility::WriteDebug("Caller", CTraceUtility::TRACE_DBG_FLOW, "the first line");
+    });
+    while (!begun) {
+    }
+    usleep(2000);  // inside the reading of the settings, which takes tens of milliseconds
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(10);
+        CTraceUtility::WriteDebug("Caller", CTraceUtility::TRACE_DBG_FLOW, "the child's");
+        CFileUtility::GetInstallPath(0);
+        _exit(0);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    thread.join();
+    return status;
+}
+
 int main(int argc, char** argv) {
+    if (std::string_view(argv[1]) == "fork") {
+        return ForkWhileAThreadTraces() == 0 ? 0 : 1;
+    }
     const auto level = static_cast<CTraceUtility::TRACE_DBG_LEVEL>(std::atoi(argv[1]));
     const long count = argc > 3 ? std::atol(argv[3]) : 1;
     const size_t length = argc > 4 ? std::strtoul(argv[4], nullptr, 10) : 0;

@@ -8,13 +8,13 @@
 
 #include "ComLibTest.h"
 #include "comlib/CUniqueFd.h"
-#include "comlib/Kernel.h"
+#include "util/Kernel.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using comlib::GetLinkStatus;
-using comlib::GetStatus;
+using util::GetLinkStatus;
+using util::GetStatus;
 
 class KernelTest : public qortest::CComLibTest {
 protected:
@@ -81,8 +81,8 @@ TEST_F(KernelTest, FailureIsTold) {
 }
 
 TEST(Kernel, ThreadIdIsTheCLibrarys) {
-    EXPECT_EQ(comlib::ThreadId(), gettid());
-    std::thread([] { EXPECT_EQ(comlib::ThreadId(), gettid()); }).join();
+    EXPECT_EQ(util::ThreadId(), gettid());
+    std::thread([] { EXPECT_EQ(util::ThreadId(), gettid()); }).join();
 }
 
 }  // namespace

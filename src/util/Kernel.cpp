@@ -1,10 +1,10 @@
-#include "comlib/Kernel.h"
+#include "util/Kernel.h"
 
 #include <fcntl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace comlib {
+namespace util {
 namespace {
 
 // Not statx(), which glibc 2.28 has: the filters of container engines of its time refuse it with
@@ -32,4 +32,4 @@ bool GetStatus(int fd, struct stat& status) {
     return Examine(fd, "", status, AT_EMPTY_PATH);
 }
 
-}  // namespace comlib
+}  // namespace util
