@@ -11,13 +11,19 @@ target_compile_options(qor_flags INTERFACE
   $<$<BOOL:${QOR_WERROR}>:-Werror>)
 
 # Hardening of what is shipped. FORTIFY needs optimisation and replaces what a distribution's
-# compiler may predefine.
+# compiler may predefine; its level 3 came with g++ 12 and clang++ 9.
+set(qor_fortify_level 3)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 12)
+  set(qor_fortify_level 2)
+endif()
 add_library(qor_hardening INTERFACE)
 target_compile_options(qor_hardening INTERFACE
   -fstack-protector-strong
+  -fstack-clash-protection
   $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>
   $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${QOR_SANITIZE}>>>:-U_FORTIFY_SOURCE>
-  $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${QOR_SANITIZE}>>>:-D_FORTIFY_SOURCE=2>)
+  $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${QOR_SANITIZE}>>>:-D_FORTIFY_SOURCE=${qor_fortify_level}>
+  $<$<NOT:$<OR:$<CONFIG:Debug>,$<BOOL:${QOR_SANITIZE}>>>:-D_GLIBCXX_ASSERTIONS>)
 target_link_options(qor_hardening INTERFACE -Wl,-z,relro -Wl,-z,now)
 
 # Sanitizers and coverage reach everything that is linked into one process.

@@ -1,4 +1,4 @@
-// The tests that docs/security.md names as its evidence exist.
+// The tests that pages name as their evidence exist.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -38,14 +38,22 @@ std::set<std::string> TestsOfTheTree() {
     return tests;
 }
 
-TEST(NamedTests, EvidenceOfTheSecurityPageExists) {
+void ExpectTestsNamedIn(const std::string& page, size_t least) {
     const std::set<std::string> tests = TestsOfTheTree();
-    const std::set<std::string> named = Names(TextOf(fs::path(DOCS_DIR) / "security.md"),
-                                              std::regex(R"(`([A-Z]\w+)\.([A-Z]\w+)`)"));
-    EXPECT_GT(named.size(), 30U);
+    const std::set<std::string> named =
+        Names(TextOf(fs::path(DOCS_DIR) / page), std::regex(R"(`([A-Z]\w+)\.([A-Z]\w+)`)"));
+    EXPECT_GT(named.size(), least);
     for (const std::string& name : named) {
         EXPECT_EQ(tests.count(name), 1U) << "no test is called " << name;
     }
+}
+
+TEST(NamedTests, EvidenceOfTheSecurityPageExists) {
+    ExpectTestsNamedIn("security.md", 30);
+}
+
+TEST(NamedTests, EvidenceOfTheReliabilityPageExists) {
+    ExpectTestsNamedIn("reliability.md", 10);
 }
 
 }  // namespace

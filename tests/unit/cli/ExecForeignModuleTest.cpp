@@ -346,6 +346,15 @@ TEST_F(CToolRunTest, GrandchildrenThatHoldTheOutputAreKilled) {
     EXPECT_EQ(witness.TextWhenAllAreGone(), "here\n");
 }
 
+TEST_F(CToolRunTest, ChildInASessionOfItsOwnLivesOn) {
+    EXPECT_EQ(ExecForeignModuleWithLimit(
+                  "setsid sh -c 'echo $$ > " + DIR + "/pid; exec sleep 600' & exec sleep 600", OUT,
+                  &m_ExitCode, SHORT_LIMIT),
+              EXEC_TIMEOUT);
+    const pid_t outside = std::stoi(ReadFile(DIR + "/pid"));
+    EXPECT_EQ(kill(outside, SIGKILL), 0);
+}
+
 TEST_F(CToolRunTest, EndIsSeenAlthoughAGrandchildHoldsTheOutput) {
     const CWitness witness(DIR + "/witness");
     EXPECT_EQ(RunTool("exec 9>" + DIR + "/witness; sleep 600 & echo $!"), EXEC_OK);
