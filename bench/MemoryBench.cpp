@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::size_t REPORT_SIZE = 100'000'000;
+constexpr std::size_t REPORT_SIZE = 16'000'000;
 
 // A line of /proc/self/status, in bytes.
 double StatusBytes(const std::string& name) {
@@ -53,7 +53,7 @@ void Measure(benchmark::State& state, qorbench::EReport kind) {
 
 int main(int argc, char** argv) {
     for (const qorbench::EReport kind : qorbench::ALL_REPORTS) {
-        qorbench::Register(std::string("memory/") + NameOf(kind) + " 100MB/ours", 1, 1,
+        qorbench::Register(std::string("memory/") + NameOf(kind) + " 16MB/ours", 1, 1,
                            [=](benchmark::State& state) { Measure(state, kind); });
     }
     return qorbench::RunAll(argc, argv);
