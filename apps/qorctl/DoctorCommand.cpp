@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "JsonReport.h"
+#include "JsonText.h"
 #include "Output.h"
 #include "TerminalText.h"
 #include "doctor/Checks.h"
@@ -159,14 +160,15 @@ std::string AsJson(const CReport& report) {
                         {"command", "doctor"},
                         {"verdict", VerdictName(Worst(report))},
                         {"checks", checks}};
-    return json.dump(2, ' ', false, CJson::error_handler_t::replace) + "\n";
+    return JsonText(json, 2);
 }
 
 }  // namespace
 
 int RunDoctorCommand(const std::string& pluginPath, EReportFormat format) {
     const CReport report = Examine(pluginPath);
-    const int written = WriteOut(format == EReportFormat::JSON ? AsJson(report) : AsTree(report));
+    const int written =
+        format == EReportFormat::JSON ? WriteJson(AsJson(report)) : WriteOut(AsTree(report));
     return Worst(report) == EVerdict::FAIL ? EXIT_FAILURE : written;
 }
 

@@ -46,7 +46,7 @@ int RunExecCommand(const std::string& pluginPath, const std::vector<std::string>
         Report(run.problem);
         return OWN_FAILURE;
     }
-    if (WriteOut(run.output) != EXIT_SUCCESS) {
+    if (WriteBytes(run.output) != EXIT_SUCCESS) {
         return OWN_FAILURE;
     }
     if (run.result != EToolResult::DONE) {

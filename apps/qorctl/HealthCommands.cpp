@@ -1,12 +1,15 @@
 #include "HealthCommands.h"
 
 #include <cstdint>
+#include <iostream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "CheckCommand.h"
 #include "HelpText.h"
+#include "Output.h"
 #include "WatchCommand.h"
 
 namespace qorctl {
@@ -21,7 +24,7 @@ constexpr const char* CHECK_FOOTER =
     "\n"
     "With --state only the growth of error counters is a warning, for as long as --hold says; a\n"
     "counter that is not 0 otherwise. FILE is made by the first check; its directory must be\n"
-    "there.\n"
+    "there, and nobody else may write into it.\n"
     "\n"
     "Exit status:\n"
     "  0  OK\n"
@@ -164,8 +167,13 @@ void AddHealthCommands(CLI::App& app, int& status) {
 
 int ExitUnparsed(const CLI::App& app, const CLI::ParseError& error) {
     const bool isFailure = error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success);
-    return isFailure && app.got_subcommand(CHECK) ? ReportCheckUsage(error.what())
-                                                  : app.exit(error);
+    if (isFailure && app.got_subcommand(CHECK)) {
+        return ReportCheckUsage(error.what());
+    }
+    std::ostringstream problem;  // it repeats words of the command line
+    const int status = app.exit(error, std::cout, problem);
+    ReportLines(problem.str());
+    return status;
 }
 
 }  // namespace qorctl

@@ -54,6 +54,7 @@ private:
     void Explain(const CRequestEnd& end);
     void Fail(const std::string& code, const std::string& problem);
     std::string Document() const;
+    int WriteDocument() const;
     int Deliver() const;
 
     const CItemReportOptions& m_Options;
@@ -149,9 +150,23 @@ std::string CItemReport::Document() const {
     return "";
 }
 
+int CItemReport::WriteDocument() const {
+    switch (m_Options.format) {
+        case EItemFormat::TREE:
+        case EItemFormat::TABLE:
+            return WriteOut(Document());
+        case EItemFormat::JSON:
+            return WriteJson(Document());
+        case EItemFormat::CSV:
+        case EItemFormat::XML:
+            return WriteBytes(Document());
+    }
+    return EXIT_FAILURE;
+}
+
 int CItemReport::Deliver() const {
     if (IsToStandardOutput()) {
-        return WriteOut(Document());
+        return WriteDocument();
     }
     std::string problem;
     if (!WriteOutputFile(m_Options.outputPath, Document(), EFileMode::KEPT, problem)) {

@@ -16,8 +16,8 @@
 
 #include <cstddef>
 #include <list>
+#include <map>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "plugin/ItemDisp.h"
@@ -46,8 +46,8 @@ public:
         bool parentMissing = false;  // it names a parent that is not there
     };
 
-    // Null pointers in the list are passed over. Cost: linear in the number of items, whatever the
-    // depth.
+    // Null pointers in the list are passed over. Cost: linear in the number of items, but for
+    // the look-up of names, whatever the depth.
     explicit CItemTree(const std::list<CItemDisp*>& items);
 
     const CNode& Node(size_t index) const { return m_Nodes[index]; }
@@ -67,7 +67,8 @@ private:
     std::vector<CNode> m_Nodes;
     // The nodes whose branches are open, the innermost last, and the positions there of each name.
     std::vector<size_t> m_Open;
-    std::unordered_map<std::string_view, std::vector<size_t>> m_OpenByName;
+    // Ordered: names with the same hash are easily made.
+    std::map<std::string_view, std::vector<size_t>> m_OpenByName;
 };
 
 }  // namespace qorctl

@@ -3,10 +3,13 @@
 #include <fmt/format.h>
 
 #include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
+
+#include "JsonText.h"
 
 namespace qorctl {
 namespace {
@@ -59,18 +62,26 @@ CJson Array(const std::vector<TRecord>& records, TMake make) {
 }
 
 // Names within one object: the second "Port" becomes "Port (2)".
+//
+// Each number is tried once for each name, and one that is taken belongs to a name that was used:
+// linear, whatever the names. Ordered: names with the same hash are easily made.
 class CUniqueNames {
 public:
     std::string Make(const std::string& name);
 
 private:
-    std::unordered_map<std::string, size_t> m_Used;
+    std::set<std::string> m_Used;
+    std::map<std::string, size_t> m_Count;  // the last number that was tried
 };
 
 std::string CUniqueNames::Make(const std::string& name) {
-    size_t& used = m_Used[name];
-    std::string unique = ++used == 1 ? name : fmt::format("{} ({})", name, used);
-    return used == 1 || m_Used.emplace(unique, 1).second ? unique : Make(name);
+    const std::string shown = ValidUtf8(name);
+    size_t& count = m_Count[shown];
+    std::string unique;
+    do {
+        unique = ++count == 1 ? shown : fmt::format("{} ({})", shown, count);
+    } while (!m_Used.insert(unique).second);
+    return unique;
 }
 
 CJson RawValue(const std::optional<std::string>& value) {
@@ -90,7 +101,7 @@ CJson GroupObject(const CEntry& group) {
 CJson SectionObject(const CSection& section) {
     CObject object;
     CUniqueNames names;
-    std::unordered_map<std::string_view, CObject::difference_type> arrays;
+    std::map<std::string_view, CObject::difference_type> arrays;
     for (const CEntry& entry : section.entries) {
         if (!entry.isGroup) {
             Put(object, names.Make(entry.name), RawValue(entry.value));
@@ -329,9 +340,7 @@ std::string FormatJson(const CInventory& inventory, const std::string& command) 
     Put(document, "physical_drives", Array(inventory.physicalDrives, PhysicalDriveObject));
     Put(document, "pcie_ssds", Array(inventory.pcieSsds, SsdObject));
     Put(document, "others", Array(inventory.others, OtherObject));
-    return CJson(std::move(document))
-               .dump(INDENTATION, ' ', false, CJson::error_handler_t::replace) +
-           "\n";
+    return JsonText(CJson(std::move(document)), INDENTATION);
 }
 
 }  // namespace qorctl

@@ -29,6 +29,11 @@ void Report(std::string_view text) {
     std::fwrite(out.data(), 1, out.size(), stderr);
 }
 
+void ReportLines(const std::string& text) {
+    const std::string out = MakeLinesVisible(text, DetectTextStyle(STDERR_FILENO));
+    std::fwrite(out.data(), 1, out.size(), stderr);
+}
+
 int WriteOut(const std::string& text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
         std::fflush(stdout) == 0) {
@@ -36,6 +41,17 @@ int WriteOut(const std::string& text) {
     }
     Report(std::string("standard output could not be written: ") + std::strerror(errno));
     return EXIT_FAILURE;
+}
+
+int WriteBytes(const std::string& bytes) {
+    return WriteOut(isatty(STDOUT_FILENO) == 1
+                        ? MakeLinesVisible(bytes, DetectTextStyle(STDOUT_FILENO))
+                        : bytes);
+}
+
+int WriteJson(const std::string& json) {
+    return WriteOut(
+        isatty(STDOUT_FILENO) == 1 ? MakeJsonVisible(json, DetectTextStyle(STDOUT_FILENO)) : json);
 }
 
 }  // namespace qorctl

@@ -19,6 +19,9 @@
 namespace qorctl {
 namespace {
 
+// Twice what the largest form has: 255 controllers of 65,535 bytes.
+constexpr size_t MAX_DIGITS = 67108864;
+
 int ShowDecoded(const std::string& digits) {
     std::string problem;
     const std::optional<std::vector<CSvpEntry>> form = DecodeSvpForm(digits, problem);
@@ -47,6 +50,10 @@ std::optional<std::string> ReadWhole(std::FILE* file) {
     size_t count = 0;
     while ((count = std::fread(buffer.data(), 1, buffer.size(), file)) > 0) {
         text.append(buffer.data(), count);
+        if (text.size() > MAX_DIGITS) {
+            errno = EFBIG;
+            return std::nullopt;
+        }
     }
     return std::ferror(file) != 0 ? std::nullopt : std::make_optional(std::move(text));
 }
@@ -64,7 +71,7 @@ std::optional<std::string> ReadFileOrInput(const std::string& path) {
 
 int RunSvpCommand(const std::string& pluginPath) {
     return AskForDigits(pluginPath,
-                        [](const std::string& digits) { return WriteOut(digits + '\n'); });
+                        [](const std::string& digits) { return WriteBytes(digits + '\n'); });
 }
 
 int RunSvpDecodeCommand(const std::string& pluginPath) {

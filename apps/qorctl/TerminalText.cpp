@@ -22,6 +22,8 @@ constexpr size_t USUAL_WIDTH = 80;
 // Columns of text in a line that hardly has any left.
 constexpr size_t SMALLEST_ROOM = 8;
 
+constexpr size_t MAX_LENGTH = 4;  // of a character, in bytes
+
 struct CCharacter {
     uint32_t code = 0;
     size_t length = 0;  // 0: the bytes are no character
@@ -46,16 +48,19 @@ struct CRange {
     uint32_t last;
 };
 
-constexpr std::array<CRange, 10> UNPRINTABLE = {{
+constexpr std::array<CRange, 13> UNPRINTABLE = {{
     {0x00, 0x1F},          // control characters
     {0x7F, 0x9F},          // delete, and the second set of control characters
     {0xAD, 0xAD},          // soft hyphen
     {0x61C, 0x61C},        // a mark that reorders text
+    {0x180B, 0x180F},      // without width
     {0x200B, 0x200F},      // without width, and marks that reorder text
     {0x2028, 0x202E},      // line separators, and marks that reorder text
     {0x2060, 0x206F},      // without width, and marks that reorder text
     {0xD800, 0xDFFF},      // surrogates, invalid in UTF-8
     {0xFEFF, 0xFEFF},      // byte order mark
+    {0xFFF9, 0xFFFB},      // annotations
+    {0xFFFE, 0xFFFF},      // no characters
     {0xE0000, 0xFFFFFFFF}  // tags, private use, and beyond the character set
 }};
 
@@ -109,6 +114,66 @@ void AppendEscaped(std::string& out, unsigned char byte) {
         default:
             fmt::format_to(std::back_inserter(out), "\\x{:02x}", byte);
     }
+}
+
+// Returns how many bytes that were.
+size_t AppendEscaped(std::string& out, std::string_view bytes) {
+    for (const char byte : bytes) {
+        AppendEscaped(out, static_cast<unsigned char>(byte));
+    }
+    return bytes.size();
+}
+
+void AppendJsonEscape(std::string& out, uint32_t code) {
+    constexpr uint32_t FIRST_OF_TWO = 0x10000;
+    if (code < FIRST_OF_TWO) {
+        fmt::format_to(std::back_inserter(out), "\\u{:04x}", code);
+    } else {
+        fmt::format_to(std::back_inserter(out), "\\u{:04x}\\u{:04x}",
+                       0xD800 + ((code - FIRST_OF_TWO) >> 10U), 0xDC00 + (code & 0x3FFU));
+    }
+}
+
+// The length of the end of a line or the tab at the front of `text`, 0 when there is neither.
+size_t LayoutLength(std::string_view text) {
+    if (text.starts_with('\n') || text.starts_with('\t')) {
+        return 1;
+    }
+    return text.starts_with("\r\n") ? 2 : 0;
+}
+
+// The length of the printable ASCII at the front of `text`: nearly all of nearly every text.
+size_t PlainLength(std::string_view text) {
+    return static_cast<size_t>(
+        std::find_if(text.begin(), text.end(),
+                     [](char character) { return character < ' ' || character > '~'; }) -
+        text.begin());
+}
+
+// A copy in which `rewrite` has appended something else for each character that is not printable.
+// It is called with the rest of the text and its first character, and returns how many bytes it
+// has used.
+template <class TRewrite>
+std::string Rewritten(std::string_view text, const CTextStyle& style, TRewrite rewrite) {
+    std::string out;
+    out.reserve(text.size());
+    while (!text.empty()) {
+        const size_t plain = PlainLength(text);
+        out += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty()) {
+            break;
+        }
+        const CCharacter character = FirstCharacter(text);
+        size_t used = character.length;
+        if (used > 0 && IsPrintable(character.code, style)) {
+            out += text.substr(0, used);
+        } else {
+            used = rewrite(out, text, character);
+        }
+        text.remove_prefix(used);
+    }
+    return out;
 }
 
 bool IsUtf8Locale() {
@@ -173,21 +238,45 @@ bool CanMoveCursor(int fd) {
 }
 
 std::string MakeVisible(std::string_view text, const CTextStyle& style) {
-    std::string out;
-    out.reserve(text.size());
-    while (!text.empty()) {
-        const CCharacter character = FirstCharacter(text);
-        const size_t length = std::max<size_t>(character.length, 1);
-        if (character.length > 0 && IsPrintable(character.code, style)) {
-            out += text.substr(0, length);
-        } else {
-            for (size_t i = 0; i < length; ++i) {
-                AppendEscaped(out, ByteAt(text, i));
-            }
-        }
-        text.remove_prefix(length);
+    return Rewritten(text, style,
+                     [](std::string& out, std::string_view rest, const CCharacter& at) {
+                         return AppendEscaped(out, rest.substr(0, std::max<size_t>(at.length, 1)));
+                     });
+}
+
+std::string MakeLinesVisible(std::string_view text, const CTextStyle& style) {
+    return Rewritten(
+        text, style, [](std::string& out, std::string_view rest, const CCharacter& at) {
+            const size_t layout = LayoutLength(rest);
+            out += rest.substr(0, layout);
+            return layout > 0 ? layout
+                              : AppendEscaped(out, rest.substr(0, std::max<size_t>(at.length, 1)));
+        });
+}
+
+std::string MakeJsonVisible(std::string_view json, const CTextStyle& style) {
+    return Rewritten(json, style,
+                     [](std::string& out, std::string_view rest, const CCharacter& at) {
+                         const size_t layout = LayoutLength(rest);
+                         if (layout > 0) {
+                             out += rest.substr(0, layout);
+                             return layout;
+                         }
+                         AppendJsonEscape(out, at.code);
+                         return std::max<size_t>(at.length, 1);
+                     });
+}
+
+std::string CutText(std::string_view text, size_t most) {
+    if (text.size() <= most) {
+        return std::string(text);
     }
-    return out;
+    const std::string mark = fmt::format("... ({} bytes)", text.size());
+    size_t end = most - mark.size();
+    for (size_t i = 1; i < MAX_LENGTH && end > 0 && IsContinuation(ByteAt(text, end)); ++i) {
+        --end;
+    }
+    return std::string(text.substr(0, end)) + mark;
 }
 
 size_t CountColumns(std::string_view visibleText) {

@@ -17,6 +17,9 @@ namespace qorctl {
 // No limit on the width.
 inline constexpr size_t ANY_WIDTH = 0;
 
+// Bytes of a name or a state of a report that are shown; see CutText().
+inline constexpr size_t MAX_NAME = 256;
+
 struct CTextStyle {
     bool utf8 = false;         // the locale's character set is UTF-8; plain ASCII otherwise
     bool colour = false;       // control sequences for colours, bold and dim text are welcome
@@ -36,9 +39,20 @@ size_t DetectWidth(int fd);
 bool CanMoveCursor(int fd);
 
 // A printable copy of `text` on one line. Control characters, bytes that are not valid UTF-8,
-// characters that reorder or hide text and, where the style is ASCII, everything beyond ASCII
-// become visible as "\t", "\n", "\r" or the hexadecimal form of each byte, "\x1b".
+// characters that reorder, hide or annotate text and, where the style is ASCII, everything beyond
+// ASCII become visible as "\t", "\n", "\r" or the hexadecimal form of each byte, "\x1b".
 std::string MakeVisible(std::string_view text, const CTextStyle& style);
+
+// Such a copy of a text of many lines: tabs and the ends of lines, "\n" or "\r\n", stay.
+std::string MakeLinesVisible(std::string_view text, const CTextStyle& style);
+
+// The same JSON with what is not printable in the form "\u202e", which means the same to a reader.
+// `json` is UTF-8.
+std::string MakeJsonVisible(std::string_view json, const CTextStyle& style);
+
+// The text; of one that is longer than `most` bytes the beginning and how long it is, "abc... (1000
+// bytes)", in `most` bytes at most. No UTF-8 character is cut in two. `most` is 40 or more.
+std::string CutText(std::string_view text, size_t most);
 
 // The number of characters of a text that MakeVisible() returned, each taken as one column wide.
 size_t CountColumns(std::string_view visibleText);

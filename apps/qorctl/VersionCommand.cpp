@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "JsonReport.h"
+#include "JsonText.h"
 #include "LibraryFacts.h"
 #include "Output.h"
 #include "PluginLibrary.h"
@@ -113,7 +114,7 @@ std::string AsJson(const CVersions& versions) {
                         {"tool",
                          {{"version", TextOrNull(versions.toolVersion)},
                           {"problem", TextOrNull(versions.toolProblem)}}}};
-    return json.dump(2, ' ', false, CJson::error_handler_t::replace) + "\n";
+    return JsonText(json, 2);
 }
 
 }  // namespace
@@ -124,7 +125,7 @@ int RunVersionCommand(const std::string& pluginPath, EReportFormat format) {
         Report(versions.pluginProblem);
     }
     const int written =
-        WriteOut(format == EReportFormat::JSON ? AsJson(versions) : AsText(versions));
+        format == EReportFormat::JSON ? WriteJson(AsJson(versions)) : WriteOut(AsText(versions));
     return versions.pluginProblem.empty() ? written : EXIT_FAILURE;
 }
 

@@ -8,6 +8,7 @@
 
 #include "CheckCommand.h"
 #include "JsonReport.h"
+#include "JsonText.h"
 #include "TerminalText.h"
 
 namespace qorctl {
@@ -71,8 +72,7 @@ void AddStatusChange(EHealth before, CTick& tick) {
 }
 
 std::string Line(const CJson& json) {
-    // The tool's texts may hold bytes that are no UTF-8, which JSON cannot.
-    return json.dump(-1, ' ', false, CJson::error_handler_t::replace) + '\n';
+    return JsonText(json, NO_INDENTATION);
 }
 
 }  // namespace

@@ -19,9 +19,9 @@ public:
     explicit CLineView(EWatchFormat format) : m_Format(format) {}
 
     bool Show(const CTick& tick) override {
-        const std::string text =
-            m_Format == EWatchFormat::JSON ? FormatTickJson(tick) : FormatTickText(tick);
-        return WriteOut(text) == EXIT_SUCCESS;
+        const int written = m_Format == EWatchFormat::JSON ? WriteJson(FormatTickJson(tick))
+                                                           : WriteOut(FormatTickText(tick));
+        return written == EXIT_SUCCESS;
     }
     // Lines that were written stay.
     bool Redraw() override { return true; }

@@ -57,7 +57,7 @@ int RunXmlCommand(const std::string& pluginPath, const CItemRequest& request,
             Report(problem);
             return EXIT_FAILURE;
         }
-        return WriteOut(document + '\n');
+        return WriteBytes(document + '\n');
     });
 }
 

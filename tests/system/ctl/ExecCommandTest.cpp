@@ -34,6 +34,19 @@ TEST_F(ExecCommandTest, OutputAndErrorsOfTheToolAreShownByteForByte) {
     EXPECT_EQ(outcome.err, "");
 }
 
+TEST_F(ExecCommandTest, OutputIsMadeVisibleOnATerminal) {
+    m_Environment["QOR_PLUGIN"] = STAND_IN_PLUGIN;
+    Answer({{"exec", "0", "0", "a\tb\r\n\x1b[1m\rc\x7f\u009B1m\u202E\uFEFF\xff\u00B0\n"}});
+    const CQorctlOutcome outcome =
+        qortest::RunQorctl(m_Folder, {.program = {},
+                                      .arguments = {"exec", "--", "krzcli", "-v"},
+                                      .environment = m_Environment,
+                                      .terminal = true});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out,
+              "a\tb\r\n\\x1b[1m\\rc\\x7f\\xc2\\x9b1m\\xe2\\x80\\xae\\xef\\xbb\\xbf\\xff\u00B0\n");
+}
+
 TEST_F(ExecCommandTest, LargeOutputIsWhole) {
     qortest::CStandInTool tool;
     const std::string report(300'000, 'x');

@@ -94,6 +94,57 @@ TEST(JsonReportTest, NamesThatRepeatAreNumbered) {
               R"j({"S":{"K (2)":"0","K":"1","K (3)":"2","K (4)":[{}]},"S (2)":{}})j");
 }
 
+CInventory WithKeys(const std::vector<std::string>& keys) {
+    CInventory inventory;
+    qorctl::CSection& section = inventory.others.emplace_back().sections.emplace_back();
+    for (const std::string& key : keys) {
+        section.entries.push_back({key, "", false, {}});
+    }
+    return inventory;
+}
+
+// Parsed without regard to the order, which looks names up fast.
+nlohmann::json KeysOf(const CInventory& inventory) {
+    return nlohmann::json::parse(
+        qorctl::FormatJson(inventory, "raid"))["others"][0]["sections"][""];
+}
+
+TEST(JsonReportTest, NameWhoseNumbersAreAllTakenGetsTheNextOne) {
+    std::vector<std::string> keys;
+    for (int number = 2; number <= 60'001; ++number) {
+        keys.push_back("A (" + std::to_string(number) + ")");
+    }
+    keys.insert(keys.end(), {"A", "A"});
+    const nlohmann::json json = KeysOf(WithKeys(keys));
+    EXPECT_EQ(json.size(), keys.size());
+    EXPECT_TRUE(json.contains("A (60002)"));
+}
+
+TEST(JsonReportTest, EqualNamesInGreatNumbersAreNumbered) {
+    const nlohmann::json json = KeysOf(WithKeys(std::vector<std::string>(60'001, "A")));
+    EXPECT_EQ(json.size(), 60'001U);
+    EXPECT_TRUE(json.contains("A (60001)"));
+}
+
+TEST(JsonReportTest, NamesThatDifferInBytesThatAreNotUtf8StayApart) {
+    const std::string text = qorctl::FormatJson(WithKeys({"A\xff", "A\xfe", "B\xe2\x82"}), "raid");
+    EXPECT_NE(text.find("\"A\uFFFD\": "), std::string::npos);
+    EXPECT_NE(text.find("\"A\uFFFD (2)\": "), std::string::npos);
+    EXPECT_NE(text.find("\"B\uFFFD\": "), std::string::npos);
+}
+
+TEST(JsonReportTest, WhatATerminalObeysOrHidesIsEscaped) {
+    CInventory inventory;
+    inventory.physicalDrives.emplace_back().product =
+        "\x7f\u009B1m\u202E\uFEFF\U000E0041\u00B0\U0001F600";
+    const std::string text = qorctl::FormatJson(inventory, "raid");
+    EXPECT_NE(text.find("\"\\u007f\\u009b1m\\u202e\\ufeff\\udb40\\udc41\u00B0\U0001F600\""),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(CJson::parse(text)["physical_drives"][0]["product"],
+              *inventory.physicalDrives[0].product);
+}
+
 TEST(JsonReportTest, BytesThatAreNotUtf8BecomeReplacementCharacters) {
     CInventory inventory;
     inventory.physicalDrives.emplace_back().product = "a\xff\xc3(\x1b\"";

@@ -66,6 +66,29 @@ TEST(TerminalTextTest, TextsBecomeVisible) {
     }
 }
 
+TEST(TerminalTextTest, LinesAndTabsOfADocumentStay) {
+    EXPECT_EQ(qorctl::MakeLinesVisible("a\tb\r\nc\rd\n\x1b[1m\xff\u00B0", UTF8),
+              "a\tb\r\nc\\rd\n\\x1b[1m\\xff\u00B0");
+    EXPECT_EQ(qorctl::MakeLinesVisible("\u00B0\r", ASCII), "\\xc2\\xb0\\r");
+}
+
+TEST(TerminalTextTest, JsonIsEscapedAsItsReadersKnow) {
+    EXPECT_EQ(qorctl::MakeJsonVisible("{\n\"\x7f\u202E\u00B0\U000E0041\"}", UTF8),
+              "{\n\"\\u007f\\u202e\u00B0\\udb40\\udc41\"}");
+    EXPECT_EQ(qorctl::MakeJsonVisible("\"\u00B0\U0001F600\"", ASCII), "\"\\u00b0\\ud83d\\ude00\"");
+}
+
+TEST(TerminalTextTest, LongTextsAreCutAndSayHowLongTheyWere) {
+    EXPECT_EQ(qorctl::CutText(std::string(40, 'x'), 40), std::string(40, 'x'));
+    EXPECT_EQ(qorctl::CutText(std::string(41, 'x'), 40), std::string(26, 'x') + "... (41 bytes)");
+    std::string wide;  // of characters of three bytes each
+    for (int i = 0; i < 30; ++i) {
+        wide += "\u20AC";
+    }
+    EXPECT_EQ(qorctl::CutText(wide, 40), wide.substr(0, 24) + "... (90 bytes)");
+    EXPECT_EQ(qorctl::CutText(std::string(90, '\x80'), 40).size(), 37U);
+}
+
 TEST(TerminalTextTest, ColumnsAreCharactersNotBytes) {
     EXPECT_EQ(CountColumns(""), 0U);
     EXPECT_EQ(CountColumns("abc"), 3U);
