@@ -1,12 +1,21 @@
 #include "CsvReport.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
+
+#include "TerminalText.h"
 
 namespace qorctl {
 namespace {
 
 constexpr std::string_view LINE_END = "\r\n";
-constexpr std::string_view FORMULA_BEGINS = "=+-@\t\r";
+// Spreadsheets of some languages take the wide forms as well.
+constexpr std::string_view FORMULA_SIGNS[] = {"=", "+", "-", "@", "＝", "＋", "－", "＠"};
+// What may part cells, here or in a spreadsheet that was told so; a tab cannot occur.
+constexpr std::string_view SEPARATORS = ",;|:";
+// May stand between a separator and a formula.
+constexpr std::string_view PASSED_OVER = " \"";
 
 // A row's cells before they are written.
 struct CCells {
@@ -20,22 +29,42 @@ struct CCells {
     CMeasure speed, powerOnTime, used, written;
 };
 
-std::string Cell(const CText& text) {
-    if (!text) {
-        return "";
+bool IsFormula(std::string_view text) {
+    return std::any_of(std::begin(FORMULA_SIGNS), std::end(FORMULA_SIGNS),
+                       [text](std::string_view sign) { return text.starts_with(sign); });
+}
+
+// With an apostrophe in front of each part of the text that would be a formula as a cell.
+std::string WithoutFormulas(std::string_view text) {
+    std::string out;
+    size_t begin = 0;  // of the part, in `out`
+    bool isBegin = true;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (isBegin && IsFormula(text.substr(i))) {
+            out.insert(begin, 1, '\'');
+        }
+        out += text[i];
+        const bool isSeparator = SEPARATORS.find(text[i]) != std::string_view::npos;
+        begin = isSeparator ? out.size() : begin;
+        isBegin = isSeparator || (isBegin && PASSED_OVER.find(text[i]) != std::string_view::npos);
     }
-    std::string cell = *text;
-    if (FORMULA_BEGINS.find(cell.front()) != std::string_view::npos) {
-        cell.insert(0, 1, '\'');
-    }
-    if (cell.find_first_of(",\"\r\n") == std::string::npos) {
-        return cell;
-    }
+    return out;
+}
+
+std::string Quoted(const std::string& cell) {
     std::string quoted = "\"";
     for (const char character : cell) {
         quoted.append(character == '"' ? 2 : 1, character);
     }
     return quoted + '"';
+}
+
+std::string Cell(const CText& text) {
+    if (!text) {
+        return "";
+    }
+    const std::string cell = WithoutFormulas(MakeVisible(*text, {.utf8 = true}));
+    return cell.find_first_of(",\"") == std::string::npos ? cell : Quoted(cell);
 }
 
 std::string Cell(const CNumber& number) {

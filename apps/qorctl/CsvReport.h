@@ -3,8 +3,10 @@
 // A header line, then one row a physical drive and one row a PCIe SSD, each line ended by CR LF.
 // Numbers are in the units that the column names state. An empty cell: the tool did not say.
 //
-// Spreadsheets take a cell that begins with "=", "+", "-", "@", a tab or CR for a formula, so such
-// a text gets an apostrophe in front. Texts are the tool's bytes otherwise.
+// Spreadsheets take a cell that begins with "=", "+", "-" or "@" for a formula, so such a text gets
+// an apostrophe in front; so does the rest of a text behind a comma, semicolon, bar or colon, where
+// a spreadsheet may be told to begin a new cell. Control characters, bytes that are no UTF-8 and
+// what else is not printable become visible, "\x1b".
 //
 // Thread rule: a plain function.
 #ifndef QORCTL_CSVREPORT_H

@@ -56,25 +56,50 @@ TEST(CsvReportTest, PcieSsdIsARow) {
               std::string(HEADER) + "pcie_ssd,,,,,177,,,,,Healthy,,,,,,,,,,,,,,,,12,1000\r\n");
 }
 
-TEST(CsvReportTest, SeparatorsQuotesAndLineEndsAreQuoted) {
+TEST(CsvReportTest, SeparatorsAndQuotesAreQuoted) {
     EXPECT_THAT(qorctl::FormatCsv(OneDrive("a,b")), HasSubstr(",\"a,b\","));
     EXPECT_THAT(qorctl::FormatCsv(OneDrive("a\"b")), HasSubstr(",\"a\"\"b\","));
-    EXPECT_THAT(qorctl::FormatCsv(OneDrive("a\nb")), HasSubstr(",\"a\nb\","));
-    EXPECT_THAT(qorctl::FormatCsv(OneDrive("a\rb")), HasSubstr(",\"a\rb\","));
 }
 
 TEST(CsvReportTest, FormulasAreMadeTexts) {
-    for (const char begin : {'=', '+', '-', '@', '\t'}) {
+    for (const char* begin : {"=", "+", "-", "@", "\uFF1D", "\uFF0B", "\uFF0D", "\uFF20"}) {
         const std::string text = begin + std::string("1");
         EXPECT_THAT(qorctl::FormatCsv(OneDrive(text)), HasSubstr(",'" + text + ",")) << begin;
     }
-    EXPECT_THAT(qorctl::FormatCsv(OneDrive("\rx")), HasSubstr(",\"'\rx\","));
     EXPECT_THAT(qorctl::FormatCsv(OneDrive("=1,2")), HasSubstr(",\"'=1,2\","));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive(" =1")), HasSubstr(",' =1,"));
     EXPECT_THAT(qorctl::FormatCsv(OneDrive("a=1")), HasSubstr(",a=1,"));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("a - b; c")), HasSubstr(",a - b; c,"));
 }
 
-TEST(CsvReportTest, BytesPassUnchanged) {
-    EXPECT_THAT(qorctl::FormatCsv(OneDrive("\xff\x1b")), HasSubstr(",\xff\x1b,"));
+// A spreadsheet may be told to take another separator than the comma.
+TEST(CsvReportTest, FormulasBehindAnySeparatorAreMadeTexts) {
+    const struct {
+        const char* text;
+        const char* cell;
+    } rows[] = {
+        {"a;=1", ",a;'=1,"},
+        {"a;-1;+1;@x", ",a;'-1;'+1;'@x,"},
+        {"a|=1", ",a|'=1,"},
+        {"a:=1", ",a:'=1,"},
+        {"a,=1", ",\"a,'=1\","},
+        {"a; =1", ",a;' =1,"},
+        {"a;\"=1\"", ",\"a;'\"\"=1\"\"\","},
+        {"a;'=1", ",a;'=1,"},
+        {"a;\uFF1D1", ",a;'\uFF1D1,"},
+        {"a;b;", ",a;b;,"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_THAT(qorctl::FormatCsv(OneDrive(row.text)), HasSubstr(row.cell));
+    }
+}
+
+TEST(CsvReportTest, WhatIsNoPrintableTextIsMadeVisible) {
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("\xff\x1b")), HasSubstr(",\\xff\\x1b,"));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("a\tb\r\nc")), HasSubstr(",a\\tb\\r\\nc,"));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("\x7f\u009B\u202E\uFEFF")),
+                HasSubstr(",\\x7f\\xc2\\x9b\\xe2\\x80\\xae\\xef\\xbb\\xbf,"));
+    EXPECT_THAT(qorctl::FormatCsv(OneDrive("25 \u00B0C")), HasSubstr(",25 \u00B0C,"));
 }
 
 TEST(CsvReportTest, NegativeTemperatureStaysANumber) {
