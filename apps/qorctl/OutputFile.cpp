@@ -2,58 +2,88 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <poll.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
+#include <charconv>
+#include <cstdint>
 #include <cstring>
-#include <filesystem>
+#include <optional>
 #include <string_view>
-#include <system_error>
 
-namespace fs = std::filesystem;
+#include "Descriptor.h"
+#include "FilePlace.h"
+#include "TerminalText.h"
 
 namespace qorctl {
 namespace {
 
 constexpr mode_t ANY_MODE = 0666;
-constexpr mode_t PERMISSIONS = 07777;
 constexpr mode_t PRIVATE_MODE = 0600;
+constexpr mode_t KEPT_MODE = 0755;
+constexpr mode_t KEPT_OF_ANOTHER_GROUP = 0705;
+constexpr int NEW_FILE_FLAGS = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+constexpr int IN_PLACE_FLAGS = O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC;
+constexpr int MAX_NAMES = 100;           // tries for a name that is not taken
+constexpr int READER_PATIENCE = 10'000;  // milliseconds for a reader to take something
 
-class CDescriptor {
-public:
-    explicit CDescriptor(int fd) : m_Fd(fd) {}
-    ~CDescriptor() { Close(); }
-    CDescriptor(const CDescriptor&) = delete;  // one owner of the descriptor
-    CDescriptor& operator=(const CDescriptor&) = delete;
+// Of programs that are told a file's name where they should write to a descriptor.
+constexpr std::string_view STANDARD_OUTPUT = "/dev/stdout";
+constexpr std::string_view STANDARD_ERROR = "/dev/stderr";
+constexpr std::string_view DESCRIPTOR_FOLDERS[] = {"/dev/fd/", "/proc/self/fd/"};
 
-    int Get() const { return m_Fd; }
-    bool Close();
-
-private:
-    int m_Fd;
-};
-
-bool CDescriptor::Close() {
-    const int fd = m_Fd;
-    m_Fd = -1;
-    return fd < 0 || close(fd) == 0;
+std::string ErrorText() {
+    return std::strerror(errno);
 }
 
-std::string Reason(const std::string& path) {
-    return fmt::format("{} could not be written: {}", path, std::strerror(errno));
+// Waits for a reader that takes its time.
+bool WaitToWrite(int fd) {
+    pollfd wait = {.fd = fd, .events = POLLOUT, .revents = 0};
+    const int ready = poll(&wait, 1, READER_PATIENCE);
+    if (ready == 0) {
+        errno = ETIMEDOUT;
+    }
+    return ready > 0 || (ready < 0 && errno == EINTR);
 }
 
 bool WriteAll(int fd, std::string_view text) {
     while (!text.empty()) {
         const ssize_t count = write(fd, text.data(), text.size());
-        if (count < 0 && errno != EINTR) {
+        if (count < 0 && errno != EINTR && (errno != EAGAIN || !WaitToWrite(fd))) {
             return false;
         }
         text.remove_prefix(count > 0 ? static_cast<size_t>(count) : 0);
     }
     return true;
+}
+
+// The number of the descriptor that `path` is a name of.
+std::optional<int> DescriptorNumber(std::string_view path) {
+    if (path == STANDARD_OUTPUT || path == STANDARD_ERROR) {
+        return path == STANDARD_OUTPUT ? STDOUT_FILENO : STDERR_FILENO;
+    }
+    for (const std::string_view folder : DESCRIPTOR_FOLDERS) {
+        const std::string_view name = path.substr(path.starts_with(folder) ? folder.size() : 0);
+        int number = -1;
+        const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+        if (error == std::errc() && end == name.data() + name.size() && number >= 0 &&
+            name.size() < path.size()) {
+            return number;
+        }
+    }
+    return std::nullopt;
+}
+
+bool WriteAsItStands(int fd, const std::string& text, std::string& problem) {
+    const bool isTerminal = isatty(fd) == 1;
+    if (WriteAll(fd, isTerminal ? MakeLinesVisible(text, DetectTextStyle(fd)) : text)) {
+        return true;
+    }
+    problem = ErrorText();
+    return false;
 }
 
 // The umask can only be read by setting it.
@@ -63,66 +93,116 @@ mode_t NewFileMode() {
     return ANY_MODE & ~mask;
 }
 
-mode_t ModeFor(const std::string& path, EFileMode mode) {
-    if (mode == EFileMode::PRIVATE) {
-        return PRIVATE_MODE;
+// What is at the place; nothing when there is nothing.
+std::optional<struct stat> StatusOf(const CFilePlace& place) {
+    struct stat status = {};
+    return fstatat(place.Directory(), place.Name().c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0
+               ? std::make_optional(status)
+               : std::nullopt;
+}
+
+// Another user's file lends no rights: that user could have prepared it.
+mode_t KeptMode(const CFilePlace& place, int newFile) {
+    const std::optional<struct stat> old = StatusOf(place);
+    if (!old || !S_ISREG(old->st_mode) || old->st_uid != geteuid()) {
+        return NewFileMode();
     }
+    struct stat created = {};
+    const bool sameGroup = fstat(newFile, &created) == 0 && created.st_gid == old->st_gid;
+    return old->st_mode & (sameGroup ? KEPT_MODE : KEPT_OF_ANOTHER_GROUP);
+}
+
+bool WriteInPlace(const CFilePlace& place, const std::string& text, std::string& problem) {
+    CDescriptor fd(openat(place.Directory(), place.Name().c_str(), IN_PLACE_FLAGS));
     struct stat status = {};
-    return stat(path.c_str(), &status) == 0 ? status.st_mode & PERMISSIONS : NewFileMode();
+    if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0) {
+        problem = ErrorText();
+        return false;
+    }
+    if (S_ISFIFO(status.st_mode) && !IsTrustedOwner(status.st_uid)) {
+        problem = "a pipe of another user";
+        return false;
+    }
+    if (S_ISREG(status.st_mode)) {
+        problem = "it has become another file";
+        return false;
+    }
+    if (!WriteAsItStands(fd.Get(), text, problem)) {
+        return false;
+    }
+    problem = fd.Close() ? "" : ErrorText();
+    return problem.empty();
 }
 
-bool IsThereButNoRegularFile(const std::string& path) {
-    struct stat status = {};
-    return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
-}
-
-bool WriteInPlace(const std::string& path, const std::string& text) {
-    CDescriptor fd(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
-    return fd.Get() >= 0 && WriteAll(fd.Get(), text) && fd.Close();
-}
-
-// What a chain of symbolic links ends at; the name itself when that is not there yet.
-std::string Target(const std::string& path) {
-    std::error_code error;
-    const fs::path target = fs::weakly_canonical(path, error);
-    return error ? path : target.string();
+// A new, empty file of mode 0600 beside the place; its name in `name`.
+CDescriptor MakeTemporary(const CFilePlace& place, std::string& name) {
+    CDescriptor fd;
+    for (int i = 0; i < MAX_NAMES && !fd.IsOpen() && (i == 0 || errno == EEXIST); ++i) {
+        uint64_t number = 0;
+        if (getrandom(&number, sizeof(number), 0) != static_cast<ssize_t>(sizeof(number))) {
+            break;
+        }
+        name = fmt::format(".qorctl-{:016x}", number);
+        fd = CDescriptor(openat(place.Directory(), name.c_str(), NEW_FILE_FLAGS, PRIVATE_MODE));
+    }
+    return fd;
 }
 
 // The name is on disk once its directory is. Not every file system can say so; the file's own
 // content is safe already.
-void SyncDirectory(const fs::path& directory) {
-    const CDescriptor fd(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (fd.Get() >= 0) {
+void SyncDirectory(const CFilePlace& place) {
+    const CDescriptor fd(openat(place.Directory(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (fd.IsOpen()) {
         fsync(fd.Get());
     }
 }
 
-bool Replace(const std::string& target, const std::string& text, EFileMode mode) {
-    const fs::path directory = fs::path(target).parent_path();
-    std::string temporary = (directory / ".qorctl-XXXXXX").string();
-    CDescriptor fd(mkostemp(temporary.data(), O_CLOEXEC));
-    if (fd.Get() < 0) {
+bool Fill(CDescriptor& fd, const CFilePlace& place, const std::string& text, EFileMode mode) {
+    return WriteAll(fd.Get(), text) &&
+           fchmod(fd.Get(),
+                  mode == EFileMode::PRIVATE ? PRIVATE_MODE : KeptMode(place, fd.Get())) == 0 &&
+           fsync(fd.Get()) == 0 && fd.Close();
+}
+
+bool Replace(const CFilePlace& place, const std::string& text, EFileMode mode,
+             std::string& problem) {
+    std::string temporary;
+    CDescriptor fd = MakeTemporary(place, temporary);
+    if (!fd.IsOpen()) {
+        problem = ErrorText();
         return false;
     }
-    if (WriteAll(fd.Get(), text) && fchmod(fd.Get(), ModeFor(target, mode)) == 0 &&
-        fsync(fd.Get()) == 0 && fd.Close() && rename(temporary.c_str(), target.c_str()) == 0) {
-        SyncDirectory(directory.empty() ? "." : directory);
+    if (Fill(fd, place, text, mode) && renameat(place.Directory(), temporary.c_str(),
+                                                place.Directory(), place.Name().c_str()) == 0) {
+        SyncDirectory(place);
         return true;
     }
-    const int reason = errno;
-    unlink(temporary.c_str());
-    errno = reason;
+    problem = ErrorText();
+    unlinkat(place.Directory(), temporary.c_str(), 0);
     return false;
+}
+
+bool WriteToPlace(const std::string& path, const std::string& text, EFileMode mode,
+                  std::string& problem) {
+    const std::optional<CFilePlace> place = CFilePlace::Find(path, ELastLink::FOLLOWED, problem);
+    if (!place) {
+        return false;
+    }
+    const std::optional<struct stat> status = StatusOf(*place);
+    return status && !S_ISREG(status->st_mode) ? WriteInPlace(*place, text, problem)
+                                               : Replace(*place, text, mode, problem);
 }
 
 }  // namespace
 
 bool WriteOutputFile(const std::string& path, const std::string& text, EFileMode mode,
                      std::string& problem) {
-    const bool written = IsThereButNoRegularFile(path) ? WriteInPlace(path, text)
-                                                       : Replace(Target(path), text, mode);
+    const std::optional<int> descriptor = DescriptorNumber(path);
+    std::string reason;
+    const bool written = descriptor ? WriteAsItStands(*descriptor, text, reason)
+                                    : WriteToPlace(path, text, mode, reason);
     if (!written) {
-        problem = Reason(path);
+        problem = fmt::format("{} could not be written: {}", path, reason);
     }
     return written;
 }

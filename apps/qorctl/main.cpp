@@ -50,13 +50,16 @@ constexpr const char* FORMATS_ABOUT =
     "  table  a line a device, marked \"!!\", \"!\" or \"?\" where it is critical, a warning or\n"
     "         unknown; and the problems in sentences\n"
     "  json   for programs, see docs/formats/qorctl-json.md; also written after a failure\n"
-    "  csv    for spreadsheets (RFC 4180): a row a physical drive and a PCIe SSD; a text that a\n"
+    "  csv    for spreadsheets (RFC 4180): a row a physical drive and a PCIe SSD; what a\n"
     "         spreadsheet would take for a formula gets an apostrophe in front\n"
     "  xml    the plug-in's own document\n"
+    "What a terminal would obey is made visible; in a file only XML has the tool's bytes.\n"
     "\n"
     "--output writes beside FILE and renames, so that FILE is whole at any time. It stays as it "
     "was\n"
-    "when the request fails (but JSON tells of that) or the report cannot be written.\n"
+    "when the request fails (but JSON tells of that) or the report cannot be written. A new FILE\n"
+    "has the rights that the umask leaves. A pipe must have a reader; another user's pipe or\n"
+    "symbolic link is refused. /dev/stdout and /dev/fd/N mean that descriptor.\n"
     "On a terminal, standard error shows which command runs. Ctrl-C ends that command too.\n"
     "\n";
 
@@ -75,8 +78,10 @@ constexpr const char* DRIVE_EXAMPLE =
     "  qorctl drive 0 252 3";
 
 constexpr const char* XML_ABOUT =
-    "The document is written byte for byte as the plug-in returns it, and a line feed. Nothing in\n"
-    "it is escaped: a value that holds \"<\" or \"&\" makes it unfit for an XML reader.\n"
+    "The document is written byte for byte as the plug-in returns it, and a line feed; on a\n"
+    "terminal, what it would obey is made visible. Nothing is escaped: a value that holds \"<\" "
+    "or\n"
+    "\"&\" makes the document unfit for an XML reader.\n"
     "The plug-in makes no document of an empty list: with nothing to report, standard error says\n"
     "so, standard output stays empty, and the exit status is 0.\n"
     "\n";

@@ -1,6 +1,9 @@
 // `qorctl raid|storage|drive --format` as a process.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <nlohmann/json.hpp>
 
@@ -35,6 +38,16 @@ const std::vector<CRecord> FAILED_DRIVE = {
     {"item", GENERAL, "Product ID", "=1+1", "TRUE"},
 };
 
+constexpr const char* ODD = "a\x1b[1m\x7f\u009B1m\u202E\uFEFF\xff";
+
+std::vector<CRecord> OddAnswer() {
+    std::vector<CRecord> answer = FAILED_DRIVE;
+    answer[3][3] = ODD;      // the controller's product
+    answer.back()[3] = ODD;  // the drive's
+    answer.push_back({"document", std::string("<a>\n\t") + ODD + "</a>"});
+    return answer;
+}
+
 constexpr const char* SENTENCE =
     "\nController 0 drive PD3 is FAILED: it is out of service; replace it.\n";
 
@@ -49,6 +62,25 @@ CJson Valid(const fs::path& folder, const std::string& document) {
     return CJson::parse(document);
 }
 
+// The rest of a text from the first byte on that a terminal obeys or hides, or that is none of the
+// locale's characters; line ends and tabs are welcome.
+std::string Obeyed(const std::string& text, const std::string& locale = "C.UTF-8") {
+    for (size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool isLayout = byte == '\n' || byte == '\t' || text.compare(i, 2, "\r\n") == 0;
+        if ((byte < ' ' && !isLayout) || byte == 0x7F || byte == 0xFF ||
+            (byte > 0x7F && locale == "C")) {
+            return text.substr(i);
+        }
+    }
+    for (const char* odd : {"\u009B", "\u202E", "\uFEFF"}) {
+        if (const size_t at = text.find(odd); at != std::string::npos) {
+            return text.substr(at);
+        }
+    }
+    return "";
+}
+
 class FormatsTest : public qortest::CQorctlTest {
 protected:
     CQorctlOutcome RunRaid(const std::vector<CRecord>& answer,
@@ -56,6 +88,14 @@ protected:
         Answer(answer);
         arguments.insert(arguments.begin(), {"raid", "--plugin", STAND_IN_PLUGIN});
         return Run(arguments);
+    }
+
+    CQorctlOutcome RunOnTerminal(std::vector<std::string> arguments) const {
+        arguments.insert(arguments.begin(), {"raid", "--plugin", STAND_IN_PLUGIN});
+        return qortest::RunQorctl(m_Folder, {.program = {},
+                                             .arguments = arguments,
+                                             .environment = m_Environment,
+                                             .terminal = true});
     }
 
     CQorctlOutcome RunRaidOnTerminal(const std::string& format, unsigned short width) const {
@@ -226,7 +266,99 @@ TEST_F(FormatsTest, UnknownFormatIsNotUnderstood) {
     EXPECT_FALSE(fs::exists(m_Folder / "log"));
 }
 
+// Bytes that a terminal obeys or hides
+
+TEST_F(FormatsTest, NothingThatATerminalObeysReachesItInAnyFormat) {
+    for (const char* locale : {"C.UTF-8", "C"}) {
+        m_Environment["LC_ALL"] = locale;
+        m_Environment["NO_COLOR"] = "1";
+        for (const char* format : {"tree", "table", "json", "csv", "xml"}) {
+            Answer(OddAnswer());
+            const std::string out = RunOnTerminal({"--format", format}).out;
+            EXPECT_THAT(out, HasSubstr("[1m")) << format;
+            EXPECT_EQ(Obeyed(out, locale), "") << format << locale;
+        }
+    }
+}
+
+TEST_F(FormatsTest, NothingThatATerminalObeysReachesItByTheNameOfAFile) {
+    for (const char* format : {"tree", "json", "csv", "xml"}) {
+        Answer(OddAnswer());
+        const std::string out = RunOnTerminal({"--format", format, "--output", "/dev/stdout"}).out;
+        EXPECT_THAT(out, HasSubstr("[1m")) << format;
+        EXPECT_EQ(Obeyed(out), "") << format;
+    }
+}
+
+TEST_F(FormatsTest, JsonOnATerminalIsTheSameDocument) {
+    m_Environment["LC_ALL"] = "C";
+    Answer(OddAnswer());
+    const std::string shown = RunOnTerminal({"--format", "json"}).out;
+    EXPECT_EQ(CJson::parse(shown), Valid(m_Folder, RunRaid(OddAnswer(), {"--format", "json"}).out));
+    EXPECT_EQ(CJson::parse(shown)["controllers"][0]["product"],
+              "a\x1b[1m\x7f\u009B1m\u202E\uFEFF\uFFFD");
+}
+
+TEST_F(FormatsTest, FilesHoldNoControlCharactersButTheXmlDocumentDoes) {
+    for (const char* format : {"tree", "table", "json", "csv"}) {
+        EXPECT_EQ(Obeyed(RunRaid(OddAnswer(), {"--format", format}).out), "") << format;
+    }
+    EXPECT_EQ(RunRaid(OddAnswer(), {"--format", "xml"}).out,
+              std::string("<a>\n\t") + ODD + "</a>\n");
+}
+
+TEST_F(FormatsTest, CommandLineThatIsNotUnderstoodIsShownSafely) {
+    const CQorctlOutcome outcome =
+        qortest::RunQorctl(m_Folder, {.program = {},
+                                      .arguments = {"raid", "--format", ODD},
+                                      .environment = m_Environment,
+                                      .errorTerminal = true});
+    EXPECT_THAT(outcome.terminal, HasSubstr("not tree, table, json, csv or xml: a\\x1b[1m"));
+    EXPECT_EQ(Obeyed(outcome.terminal), "");
+}
+
 // Files
+
+TEST_F(FormatsTest, FileThatAnotherUserPreparedLendsNoRights) {
+    fs::permissions(m_Folder, fs::perms(01777));
+    const std::string file = m_Folder / "report.txt";
+    qortest::WriteFile(file, "old\n");
+    const bool given = geteuid() == 0;
+    ASSERT_TRUE(!given || chown(file.c_str(), 12345, 12345) == 0);
+    ASSERT_EQ(chmod(file.c_str(), 06777), 0);
+    EXPECT_EQ(RunRaid(FAILED_DRIVE, {"--output", file}).status, 0);
+    struct stat status = {};
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, geteuid());
+    EXPECT_EQ(status.st_mode & 07777, given ? 0644U : 0755U);
+}
+
+TEST_F(FormatsTest, PipeThatNobodyReadsIsNotWaitedFor) {
+    const std::string pipe = m_Folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const CQorctlOutcome outcome = RunRaid(FAILED_DRIVE, {"--output", pipe});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err,
+              "qorctl: " + pipe + " could not be written: No such device or address\n");
+}
+
+TEST_F(FormatsTest, StandardOutputByItsNameIsStandardOutput) {
+    const std::string expected = RunRaid(FAILED_DRIVE, {}).out;
+    EXPECT_EQ(RunRaid(FAILED_DRIVE, {"--output", "/dev/stdout"}).out, expected);
+    EXPECT_EQ(RunRaid(FAILED_DRIVE, {"--output", "/dev/stderr"}).err, expected);
+}
+
+// As in a chroot that has nothing but the program.
+TEST_F(FormatsTest, OutputServesWithoutProc) {
+    const std::string expected = RunRaid(FAILED_DRIVE, {}).out;
+    ASSERT_EQ(mount("none", "/proc", "tmpfs", 0, nullptr), 0);
+    const int status = RunRaid(FAILED_DRIVE, {"--output", m_Folder / "report"}).status;
+    const std::string out = RunRaid(FAILED_DRIVE, {"--output", "/dev/stdout"}).out;
+    ASSERT_EQ(umount2("/proc", MNT_DETACH), 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(qortest::ReadFile(m_Folder / "report"), expected);
+    EXPECT_EQ(out, expected);
+}
 
 TEST_F(FormatsTest, OutputFileHoldsWhatStandardOutputWould) {
     for (const char* format : {"tree", "table", "json", "csv"}) {
