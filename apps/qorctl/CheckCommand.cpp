@@ -11,8 +11,10 @@
 
 #include "Interrupt.h"
 #include "JsonReport.h"
+#include "JsonText.h"
 #include "Output.h"
 #include "StateFile.h"
+#include "TerminalText.h"
 
 namespace qorctl {
 namespace {
@@ -21,6 +23,11 @@ using CJson = nlohmann::ordered_json;
 
 // Findings that the summary names; the others follow in the details.
 constexpr size_t SUMMARY_FINDINGS = 3;
+
+// Bytes of the first line before the performance data, and of a finding in it. Whole texts are in
+// the details.
+constexpr size_t MAX_SUMMARY = 1000;
+constexpr size_t MAX_SUMMARY_FINDING = 300;
 
 constexpr const char* OLD_TOOL =
     "the RAID tool's version is older than 4.4, or could not be read: it may not tell everything";
@@ -65,8 +72,14 @@ void JudgeByStateFile(const CInventory& inventory, const CCheckOptions& options,
     CHealth judged;
     JudgeCountersByGrowth(inventory, *state, now, options.holdHours * SECONDS_PER_HOUR, judged);
     state->ForgetOld(now);
+    std::string text = state->Format();
+    if (text.size() > CStateFile::MAX_SIZE) {
+        // A tool that makes up a serial number each time must not fill it for good.
+        state->ForgetUnseen(now);
+        text = state->Format();
+    }
     // What could not be kept would alarm differently the next time.
-    if (!file.Write(state->Format())) {
+    if (!file.Write(text)) {
         AddStateFinding(health, "state-not-written", file.Problem());
         return;
     }
@@ -96,7 +109,7 @@ std::string SummarizeFindings(const std::vector<CHealthFinding>& findings) {
     std::string text;
     const size_t named = std::min(findings.size(), SUMMARY_FINDINGS);
     for (size_t i = 0; i < named; ++i) {
-        text += (i == 0 ? "" : "; ") + FindingText(findings[i]);
+        text += (i == 0 ? "" : "; ") + CutText(FindingText(findings[i]), MAX_SUMMARY_FINDING);
     }
     if (findings.size() > named) {
         text += fmt::format("; and {} more", findings.size() - named);
@@ -104,7 +117,7 @@ std::string SummarizeFindings(const std::vector<CHealthFinding>& findings) {
     return text;
 }
 
-std::string Summary(const CCheckResult& result) {
+std::string WholeSummary(const CCheckResult& result) {
     const CPoll& poll = result.poll;
     if (!poll.message.empty()) {
         return poll.message + (poll.command.empty() ? "" : " (" + poll.command + ")");
@@ -115,7 +128,11 @@ std::string Summary(const CCheckResult& result) {
     return DescribeCounts(poll.inventory);
 }
 
-std::string DetailLines(const CHealth& health) {
+std::string Summary(const CCheckResult& result) {
+    return CutText(ValidUtf8(WholeSummary(result)), MAX_SUMMARY);
+}
+
+std::string DetailLines(const CHealth& health, size_t leftOut) {
     std::string text;
     for (const CHealthFinding& finding : health.findings) {
         text += fmt::format("{}: {}\n", HealthName(finding.health),
@@ -126,6 +143,9 @@ std::string DetailLines(const CHealth& health) {
     }
     for (const std::string& note : health.notes) {
         text += "note: " + MonitoringText(note) + '\n';
+    }
+    if (leftOut > 0) {
+        text += fmt::format("note: too long, performance data left out: {} values\n", leftOut);
     }
     return text;
 }
@@ -162,10 +182,9 @@ CJson PerformanceJson(const std::vector<CPerformanceValue>& values) {
 }
 
 int WriteResult(const CCheckResult& result, ECheckFormat format) {
-    const std::string text =
-        format == ECheckFormat::JSON ? FormatCheckJson(result) : FormatCheckText(result);
-    return WriteOut(text) == EXIT_SUCCESS ? static_cast<int>(result.status)
-                                          : static_cast<int>(EHealth::UNKNOWN);
+    const int written = format == ECheckFormat::JSON ? WriteJson(FormatCheckJson(result))
+                                                     : WriteOut(FormatCheckText(result));
+    return static_cast<int>(written == EXIT_SUCCESS ? result.status : EHealth::UNKNOWN);
 }
 
 CPoll PollOnce(const std::string& pluginPath) {
@@ -214,12 +233,13 @@ std::string DescribeCounts(const CInventory& inventory) {
 }
 
 std::string FormatCheckText(const CCheckResult& result) {
-    std::string text =
-        fmt::format("RAID {} - {}", HealthName(result.status), MonitoringText(Summary(result)));
-    if (!result.performance.empty()) {
-        text += '|' + FormatPerformanceData(result.performance);
+    std::string text = fmt::format("RAID {} - {}", HealthName(result.status),
+                                   CutText(MonitoringText(WholeSummary(result)), MAX_SUMMARY));
+    const CPerformanceText performance = FormatPerformanceData(result.performance);
+    if (!performance.text.empty()) {
+        text += '|' + performance.text;
     }
-    return text + '\n' + DetailLines(result.health);
+    return text + '\n' + DetailLines(result.health, performance.leftOut);
 }
 
 std::string FormatCheckJson(const CCheckResult& result) {
@@ -235,8 +255,7 @@ std::string FormatCheckJson(const CCheckResult& result) {
                         {"not_reported", NotReportedJson(result.health.notReported)},
                         {"notes", result.health.notes},
                         {"performance", PerformanceJson(result.performance)}};
-    // The tool's texts may hold bytes that are no UTF-8, which JSON cannot.
-    return json.dump(-1, ' ', false, CJson::error_handler_t::replace) + '\n';
+    return JsonText(json, NO_INDENTATION);
 }
 
 int RunCheckCommand(const std::string& pluginPath, const CCheckOptions& options) {

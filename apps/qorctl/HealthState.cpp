@@ -123,6 +123,10 @@ void CHealthState::ForgetOld(int64_t now) {
                   [now](const auto& drive) { return now - drive.second.seen >= FORGET_AFTER; });
 }
 
+void CHealthState::ForgetUnseen(int64_t now) {
+    std::erase_if(m_Drives, [now](const auto& drive) { return drive.second.seen != now; });
+}
+
 std::string CHealthState::Format() const {
     CJson drives = CJson::object();
     for (const auto& [key, drive] : m_Drives) {

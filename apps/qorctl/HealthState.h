@@ -53,6 +53,9 @@ public:
     // Forgets the drives that were not seen for FORGET_AFTER.
     void ForgetOld(int64_t now);
 
+    // Forgets the drives that Take() did not see at `now`.
+    void ForgetUnseen(int64_t now);
+
     std::string Format() const;
 
     const std::map<std::string, CDriveRecord>& Drives() const { return m_Drives; }

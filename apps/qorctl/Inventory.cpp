@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "TerminalText.h"
+
 namespace qorctl {
 namespace {
 
@@ -156,19 +158,24 @@ std::optional<std::string> ValueOf(const CNode& node) {
     return node.item->ItemValue();
 }
 
+// Names are repeated: below a title for each of its volumes, in numbered ones, in tables.
+std::string NameText(std::string_view name) {
+    return CutText(name, MAX_NAME);
+}
+
 // Appends everything below `top` to `entry`, whatever the depth.
 void AppendKeysBelow(const CItemTree& tree, size_t top, CEntry& entry) {
     const size_t depth = tree.Node(top).depth;
     for (size_t i = tree.Next(top); i != CItemTree::NO_NODE && tree.Node(i).depth > depth;
          i = tree.Next(i)) {
-        entry.keys.push_back({tree.Node(i).item->ItemName(), ValueOf(tree.Node(i))});
+        entry.keys.push_back({NameText(tree.Node(i).item->ItemName()), ValueOf(tree.Node(i))});
     }
 }
 
 CEntry MakeEntry(const CItemTree& tree, size_t index) {
     const CNode& node = tree.Node(index);
     CEntry entry;
-    entry.name = node.item->ItemName();
+    entry.name = NameText(node.item->ItemName());
     entry.isGroup = node.HasChildren();
     if (!entry.isGroup) {
         entry.value = ValueOf(node);
@@ -183,7 +190,7 @@ CEntry MakeEntry(const CItemTree& tree, size_t index) {
 
 CSection MakeSection(const CItemTree& tree, size_t title) {
     CSection section;
-    section.name = tree.Node(title).Title();
+    section.name = NameText(tree.Node(title).Title());
     for (size_t i = tree.Node(title).firstChild; i != CItemTree::NO_NODE;
          i = tree.Node(i).nextSibling) {
         section.entries.push_back(MakeEntry(tree, i));
@@ -213,7 +220,7 @@ CSections MakeSections(const CItemTree& tree, size_t root) {
 CText Told(const std::optional<std::string>& value) {
     const bool isNothing =
         !value || std::find(NOTHING.begin(), NOTHING.end(), *value) != NOTHING.end();
-    return isNothing ? std::nullopt : value;
+    return isNothing ? std::nullopt : CText(CutText(*value, MAX_NAME));
 }
 
 CText FindText(const CSections& sections, std::string_view section, std::string_view key) {
@@ -476,8 +483,8 @@ CInventory BuildInventory(const CItemTree& tree, CNumber controller) {
         } else if (item.ItemName() == SSD_ROOT) {
             inventory.pcieSsds.push_back(MakeSsd(std::move(sections)));
         } else {
-            inventory.others.push_back({.name = item.ItemName(),
-                                        .value = item.ItemValue(),
+            inventory.others.push_back({.name = NameText(item.ItemName()),
+                                        .value = NameText(item.ItemValue()),
                                         .sections = std::move(sections)});
         }
     }

@@ -9,6 +9,8 @@
 // placeholder (enable flag "FALSE") or says nothing ("", "-", "N/A"). A value that is there but
 // could not be read as a number keeps its text and has no number.
 //
+// Names and values are cut at MAX_NAME bytes (see CutText()), but for the values in `sections`.
+//
 //     const CInventory inventory = BuildInventory(CItemTree(items), {});
 //     for (const CPhysicalDrive& drive : inventory.physicalDrives) {
 //         if (drive.temperature && drive.temperature->number.value_or(0) > 60) { ... }

@@ -33,12 +33,17 @@ std::string FormatValue(const CPerformanceValue& value) {
 
 }  // namespace
 
-std::string FormatPerformanceData(const std::vector<CPerformanceValue>& values) {
-    std::string text;
+CPerformanceText FormatPerformanceData(const std::vector<CPerformanceValue>& values) {
+    CPerformanceText out;
     for (const CPerformanceValue& value : values) {
-        text += (text.empty() ? "" : " ") + FormatValue(value);
+        const std::string entry = (out.text.empty() ? "" : " ") + FormatValue(value);
+        if (out.leftOut > 0 || out.text.size() + entry.size() > MAX_PERFORMANCE_TEXT) {
+            ++out.leftOut;
+        } else {
+            out.text += entry;
+        }
     }
-    return text;
+    return out;
 }
 
 std::string MonitoringText(const std::string& text) {

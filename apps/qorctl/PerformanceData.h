@@ -11,6 +11,7 @@
 #ifndef QORCTL_PERFORMANCEDATA_H
 #define QORCTL_PERFORMANCEDATA_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -24,8 +25,16 @@ struct CPerformanceValue {
     std::string critical;  // likewise
 };
 
-// The values, separated by blanks; empty for none.
-std::string FormatPerformanceData(const std::vector<CPerformanceValue>& values);
+// Bytes of all performance data: enough for 2,000 drives, and for every monitoring server that
+// takes so many.
+inline constexpr size_t MAX_PERFORMANCE_TEXT = 262144;
+
+struct CPerformanceText {
+    std::string text;    // values, separated by blanks; empty for none
+    size_t leftOut = 0;  // values from the end of the list that there was no room for
+};
+
+CPerformanceText FormatPerformanceData(const std::vector<CPerformanceValue>& values);
 
 // A text for the lines of a plug-in's output: on one line, printable ASCII, no "|".
 std::string MonitoringText(const std::string& text);

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "PluginRequest.h"
+#include "TerminalText.h"
 
 namespace qorctl {
 namespace {
@@ -24,6 +25,9 @@ constexpr std::array<CReason, 5> REASONS = {{
 
 constexpr CReason UNKNOWN_CODE = {"", "request-failed", "the request failed"};
 
+// Bytes of a reason that come from elsewhere.
+constexpr size_t MAX_PROBLEM = 1000;
+
 constexpr std::string_view NO_HARDWARE = "no RAID controller or PCIe SSD was found";
 constexpr std::string_view NO_DRIVES =
     "the RAID tool is not installed, and no drive is attached to the RAID controller";
@@ -40,13 +44,13 @@ void ExplainFailure(CPoll& poll, const CResultTexts& texts) {
     if (found == REASONS.end()) {
         SetReason(poll, UNKNOWN_CODE.reason, UNKNOWN_CODE.message);
         if (!texts.errorCode.empty()) {
-            poll.message += " with the unknown code " + texts.errorCode;
+            poll.message += " with the unknown code " + CutText(texts.errorCode, MAX_NAME);
         }
     } else {
         SetReason(poll, found->reason, found->message);
     }
     if (texts.detail != "none") {
-        poll.command = texts.detail;
+        poll.command = CutText(texts.detail, MAX_PROBLEM);
     }
 }
 
@@ -89,10 +93,11 @@ CPoll PollStorage(const CPluginLibrary& library) {
 CPoll FailedPoll(std::string_view reason, const std::string& problem) {
     CPoll poll;
     poll.reason = reason;
-    for (const char character : problem) {
+    const std::string text = CutText(problem, MAX_PROBLEM);
+    for (const char character : text) {
         if (character != '\n') {
             poll.message += character;
-        } else if (!poll.message.empty() && &character != &problem.back()) {
+        } else if (!poll.message.empty() && &character != &text.back()) {
             poll.message += ' ';
         }
     }

@@ -12,6 +12,9 @@
 #include <string>
 #include <utility>
 
+#include "Descriptor.h"
+#include "FilePlace.h"
+
 namespace qorctl {
 
 class CStateFile {
@@ -24,18 +27,22 @@ public:
 
     // `path` is not touched before Lock().
     explicit CStateFile(std::string path) : m_Path(std::move(path)) {}
-    ~CStateFile();
+    ~CStateFile() = default;
     CStateFile(const CStateFile&) = delete;  // one owner of the lock
     CStateFile& operator=(const CStateFile&) = delete;
 
     // Takes the lock, making "PATH.lock" with mode 0600 if it is not there. Does not wait: BUSY
-    // when another process holds it. A symbolic link in its place is not followed.
+    // when another process holds it. A symbolic link in its place is not followed. A lock that
+    // another user could hold, since it is that user's or has another mode, is made anew. Fails
+    // where another user may write into the directory.
     ELock Lock();
 
-    // The whole file. Fails for anything but a regular file and for one above MAX_SIZE.
+    // The whole file. Fails for anything but a regular file, for one above MAX_SIZE, and for what
+    // another user wrote or may replace.
     ERead Read(std::string& text);
 
-    // Replaces the file by one with mode 0600 that holds `text`. True on success.
+    // Replaces the file by one with mode 0600 that holds `text`. True on success; false, too, for
+    // a text above MAX_SIZE, which could not be read again.
     bool Write(const std::string& text);
 
     // Why the last operation failed, in words, the path included.
@@ -43,10 +50,11 @@ public:
 
 private:
     void Fail(const std::string& path, const std::string& what);
+    bool OpenLock(const CFilePlace& place);
 
     std::string m_Path;
     std::string m_Problem;
-    int m_Lock = -1;
+    CDescriptor m_Lock;
 };
 
 }  // namespace qorctl

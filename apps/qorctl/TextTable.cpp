@@ -17,7 +17,7 @@ CWidths NaturalWidths(std::span<const CTableColumn> columns, const std::vector<C
     CWidths widths(columns.size());
     for (const CTableRow& row : rows) {
         for (size_t i = 0; i < columns.size(); ++i) {
-            widths[i] = std::max(widths[i], CountColumns(row.cells[i]));
+            widths[i] = std::max(widths[i], std::min(CountColumns(row.cells[i]), MAX_CELL));
         }
     }
     for (size_t i = 0; i < columns.size(); ++i) {

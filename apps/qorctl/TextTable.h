@@ -3,8 +3,9 @@
 // Columns stand two blanks apart and are as wide as what they hold. Where that is too wide, the
 // least important columns are shortened first, down to their smallest width, and then left out,
 // the least important first; the most important ones (importance 0) stay, and lines are cut where
-// even they are too wide. A column without any text is left out. A shortened text ends with "…",
-// "~" where the style is ASCII.
+// even they are too wide. A column without any text is left out. No column is wider than MAX_CELL,
+// since each line is as long as the widest cells. A shortened text ends with "…", "~" where the
+// style is ASCII.
 //
 // Thread rule: plain functions.
 #ifndef QORCTL_TEXTTABLE_H
@@ -19,6 +20,8 @@
 #include "TerminalText.h"
 
 namespace qorctl {
+
+inline constexpr size_t MAX_CELL = 64;
 
 enum class EAlign { LEFT, RIGHT };
 

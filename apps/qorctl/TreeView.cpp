@@ -145,7 +145,8 @@ void CTreeView::AppendLabel(const CNode& node) {
         m_Text += label;
     }
     if (node.parentMissing) {
-        m_Text += " (its parent is missing: " + MakeVisible(node.item->ParentName(), m_Style) + ")";
+        m_Text += " (its parent is missing: " +
+                  MakeVisible(CutText(node.item->ParentName(), MAX_NAME), m_Style) + ")";
     }
 }
 
@@ -165,7 +166,7 @@ std::string CTreeView::KeyAndValue(const CNode& node) const {
     if (!node.item->ItemValue().empty()) {
         const std::string below = BranchesBelow(node);
         const size_t used = CountColumns(below) + CountColumns(text) + 1;
-        const std::string value = MakeVisible(node.item->ItemValue(), m_Style);
+        const std::string value = MakeVisible(CutText(node.item->ItemValue(), MAX_VALUE), m_Style);
         text += ' ' + InColour(WrapText(value, m_Style.width, used,
                                         below + std::string(used - CountColumns(below), ' ')),
                                JudgeState(node.item->ItemName(), node.item->ItemValue()));
@@ -180,7 +181,7 @@ std::string CTreeView::InColour(const std::string& text, EHealth health) const {
 }
 
 std::string CTreeView::Name(const CNode& node) const {
-    const std::string name = MakeVisible(node.Title(), m_Style);
+    const std::string name = MakeVisible(CutText(node.Title(), MAX_NAME), m_Style);
     return node.IsTitle() ? "[" + name + "]" : name;
 }
 

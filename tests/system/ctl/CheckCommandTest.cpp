@@ -420,6 +420,59 @@ TEST_F(CheckCommandTest, LockedStateIsUnknown) {
     EXPECT_EQ(CheckState({}).status, 0);
 }
 
+// Whoever may open a file may hold its lock.
+TEST_F(CheckCommandTest, LockThatOthersCouldHoldIsMadeAnew) {
+    WriteFile(m_State + ".lock", "");
+    ASSERT_EQ(chmod((m_State + ".lock").c_str(), 0644), 0);
+    const int lock = open((m_State + ".lock").c_str(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    EXPECT_EQ(CheckState({}).status, 0);
+    close(lock);
+    struct stat status = {};
+    ASSERT_EQ(stat((m_State + ".lock").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0600U);
+}
+
+TEST_F(CheckCommandTest, DirectoryThatOthersMayWriteIntoKeepsNoState) {
+    fs::create_directory(m_Folder / "tmp");
+    for (const int mode : {01777, 0777, 0770, 0775}) {
+        fs::permissions(m_Folder / "tmp", fs::perms(mode));
+        const CQorctlOutcome outcome =
+            Check(Server(), {"--state", m_Folder / "tmp/health.json", "--format", "json"});
+        EXPECT_EQ(outcome.status, 3);
+        EXPECT_EQ(Json(outcome)["findings"][0]["rule"], "state-not-written");
+        EXPECT_EQ(Json(outcome)["findings"][0]["message"],
+                  "counters not judged: " + (m_Folder / "tmp/health.json.lock").string() +
+                      ": its directory is not safe: other users may write in it");
+        EXPECT_TRUE(fs::is_empty(m_Folder / "tmp"));
+    }
+}
+
+// The state of drives with serial numbers that a tool made up: more than is read again.
+std::string FullState(size_t size) {
+    nlohmann::json drives = nlohmann::json::object();
+    const std::string padding(200'000, 'x');
+    for (size_t i = 0; i * padding.size() < size; ++i) {
+        drives["serial " + std::to_string(i) + padding] = {{"seen", std::time(nullptr) - 1000},
+                                                           {"counters", nlohmann::json::object()}};
+    }
+    return nlohmann::json({{"format", "qorctl-health-state"}, {"version", 1}, {"drives", drives}})
+        .dump();
+}
+
+TEST_F(CheckCommandTest, StateNeverGrowsBeyondWhatIsReadAgain) {
+    WriteFile(m_State, FullState(16'600'000));
+    ASSERT_LT(fs::file_size(m_State), 16U << 20U);
+    CRecords answer = Server({.mediaErrors = "2"});
+    for (int i = 0; i < 1000; ++i) {
+        AddDrive(answer,
+                 {.number = "PD" + std::to_string(i + 10), .serial = "NEW" + std::to_string(i)});
+    }
+    EXPECT_EQ(Check(answer, {"--state", m_State}).status, 0);
+    EXPECT_LT(fs::file_size(m_State), 16U << 20U);
+    EXPECT_EQ(Check(answer, {"--state", m_State}).status, 0);
+}
+
 TEST_F(CheckCommandTest, StateThatCannotBeReadOrWrittenIsUnknown) {
     const struct {
         const char* path;

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "Inventory.h"
+#include "TerminalText.h"
 
 namespace {
 
@@ -54,6 +55,26 @@ std::vector<CRow> Drive(const char* number, const char* use, const char* group) 
             {GENERAL, "PD No.", number},
             {GENERAL, "RG No.", group},
             {GENERAL, "LD No.", use}};
+}
+
+// Names and values stand in tables, sentences and lists; the whole value stands in the section.
+TEST(InventoryTest, LongNamesAndValuesAreCut) {
+    const std::string text(1000, 'x');
+    const std::string cut = qorctl::CutText(text, qorctl::MAX_NAME);
+    const std::string title = "### " + text;
+    const CInventory inventory = Build({{"", "Physical Drive Information"},
+                                        {"Physical Drive Information", GENERAL},
+                                        {GENERAL, "PD Status(Detail)", text.c_str()},
+                                        {GENERAL, text.c_str(), "value"},
+                                        {"Physical Drive Information", title.c_str()},
+                                        {"", text.c_str(), text.c_str()}});
+    const qorctl::CPhysicalDrive& drive = inventory.physicalDrives.at(0);
+    EXPECT_EQ(drive.statusDetail, cut);
+    EXPECT_EQ(drive.sections.at(0).entries.at(0).value, text);
+    EXPECT_EQ(drive.sections.at(0).entries.at(1).name, cut);
+    EXPECT_EQ(drive.sections.at(1).name, cut);
+    EXPECT_EQ(inventory.others.at(0).name, cut);
+    EXPECT_EQ(inventory.others.at(0).value, cut);
 }
 
 TEST(InventoryTest, ControllerIsRead) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -123,6 +124,45 @@ TEST_F(StateFileTest, FileThatIsTooLargeIsNotRead) {
     std::string text;
     EXPECT_EQ(file.Read(text), CStateFile::ERead::FAILED);
     EXPECT_EQ(file.Problem(), m_Path + ": File too large");
+}
+
+TEST_F(StateFileTest, WhatCouldNotBeReadAgainIsNotWritten) {
+    CStateFile file(m_Path);
+    ASSERT_TRUE(file.Write("old"));
+    EXPECT_FALSE(file.Write(std::string(CStateFile::MAX_SIZE + 1, 'x')));
+    EXPECT_EQ(file.Problem(), m_Path + ": File too large");
+    EXPECT_EQ(qortest::ReadFile(m_Path), "old");
+    EXPECT_TRUE(file.Write(std::string(CStateFile::MAX_SIZE, 'x')));
+    std::string text;
+    EXPECT_EQ(file.Read(text), CStateFile::ERead::DONE);
+}
+
+// Root gives a file away; nobody else can.
+TEST_F(StateFileTest, WhatAnotherUserPutThereIsNotBelieved) {
+    if (geteuid() != 0) {
+        CStateFile other("/usr/health.json");  // root's, who is another user in this namespace
+        std::string text;
+        EXPECT_EQ(other.Read(text), CStateFile::ERead::MISSING);
+        return;
+    }
+    constexpr uid_t SOMEBODY = 12345;
+    qortest::WriteFile(m_Path, "prepared");
+    qortest::WriteFile(m_Path + ".lock", "");
+    ASSERT_EQ(chown(m_Path.c_str(), SOMEBODY, SOMEBODY), 0);
+    ASSERT_EQ(chown((m_Path + ".lock").c_str(), SOMEBODY, SOMEBODY), 0);
+    CStateFile file(m_Path);
+    EXPECT_EQ(file.Lock(), CStateFile::ELock::TAKEN);
+    struct stat status = {};
+    ASSERT_EQ(stat((m_Path + ".lock").c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 0U);
+    std::string text;
+    EXPECT_EQ(file.Read(text), CStateFile::ERead::FAILED);
+    EXPECT_EQ(file.Problem(), m_Path + ": it belongs to another user");
+    ASSERT_EQ(chown(m_Folder.c_str(), SOMEBODY, SOMEBODY), 0);
+    CStateFile second(m_Path);
+    EXPECT_EQ(second.Lock(), CStateFile::ELock::FAILED);
+    EXPECT_EQ(second.Problem(),
+              m_Path + ".lock: its directory is not safe: it belongs to another user");
 }
 
 TEST_F(StateFileTest, LinkInPlaceOfTheLockIsNotFollowed) {

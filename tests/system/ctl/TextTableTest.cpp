@@ -92,4 +92,13 @@ TEST(TextTableTest, WidthIsUnlimitedWithoutATerminal) {
     EXPECT_EQ(qorctl::DetectWidth(-1), ANY_WIDTH);
 }
 
+TEST(TextTableTest, NoCellIsWiderThanTheLimit) {
+    constexpr qorctl::CTableColumn TWO_COLUMNS[] = {{"A", 0, 0, qorctl::EAlign::LEFT},
+                                                    {"B", 0, 0, qorctl::EAlign::LEFT}};
+    const std::vector<qorctl::CTableRow> rows = {{{std::string(1000, 'x'), "b"}, ""}};
+    const std::string table = qorctl::FormatTextTable(TWO_COLUMNS, rows, {});
+    EXPECT_EQ(table, "A" + std::string(qorctl::MAX_CELL + 1, ' ') + "B\n" +
+                         std::string(qorctl::MAX_CELL - 1, 'x') + "~  b\n");
+}
+
 }  // namespace

@@ -72,6 +72,16 @@ TEST(TreeViewTest, LongValueGoesOnBelowItself) {
               "            0123\n");
 }
 
+TEST(TreeViewTest, LongNamesAndValuesSayHowLongTheyAre) {
+    const std::string name(1000, 'n');
+    const std::string value(10'000, 'v');
+    EXPECT_EQ(Format({{"", name, value}}, UTF8), qorctl::CutText(name, qorctl::MAX_NAME) + " : " +
+                                                     qorctl::CutText(value, qorctl::MAX_VALUE) +
+                                                     '\n');
+    EXPECT_EQ(Format({{name, "a"}}, UTF8),
+              "a : (its parent is missing: " + qorctl::CutText(name, qorctl::MAX_NAME) + ")\n");
+}
+
 TEST(TreeViewTest, StateThatIsNotWellHasAColour) {
     EXPECT_EQ(Format({{"", "State", "Degraded"}, {"", "PD Status(Detail)", "ONLINE"}},
                      {.utf8 = true, .colour = true}),
