@@ -307,6 +307,40 @@ TEST_F(FormatsTest, FilesHoldNoControlCharactersButTheXmlDocumentDoes) {
               std::string("<a>\n\t") + ODD + "</a>\n");
 }
 
+TEST_F(FormatsTest, MessagesOnATerminalAreShownSafely) {
+    Answer({{"result", "0"}, {"error", ODD}, {"notice", ODD}, {"detail", ODD}});
+    const CQorctlOutcome outcome =
+        qortest::RunQorctl(m_Folder, {.program = {},
+                                      .arguments = {"raid", "--plugin", STAND_IN_PLUGIN},
+                                      .environment = m_Environment,
+                                      .errorTerminal = true});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.terminal, HasSubstr("a\\x1b[1m"));
+    EXPECT_EQ(Obeyed(outcome.terminal), "");
+}
+
+TEST_F(FormatsTest, WatchShowsTheToolsTextsSafely) {
+    Answer({{"result", "0"}, {"error", ODD}});
+    for (const char* format : {"text", "json"}) {
+        const auto watch = [&] {
+            return qortest::RunQorctl(m_Folder, {.program = {},
+                                                 .arguments = {"watch", "--plugin", STAND_IN_PLUGIN,
+                                                               "--count", "1", "--format", format},
+                                                 .environment = m_Environment,
+                                                 .terminal = true})
+                .out;
+        };
+        m_Environment["TERM"] = "dumb";
+        EXPECT_THAT(watch(), HasSubstr("[1m"));
+        EXPECT_EQ(Obeyed(watch()), "") << format;
+        m_Environment["TERM"] = "xterm";  // where the screen has control sequences of its own
+        const std::string screen = watch();
+        for (const char* odd : {"\x1b[1m", "\x7f", "\u009B", "\u202E", "\uFEFF", "\xff"}) {
+            EXPECT_THAT(screen, Not(HasSubstr(odd))) << format;
+        }
+    }
+}
+
 TEST_F(FormatsTest, CommandLineThatIsNotUnderstoodIsShownSafely) {
     const CQorctlOutcome outcome =
         qortest::RunQorctl(m_Folder, {.program = {},
