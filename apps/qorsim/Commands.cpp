@@ -1,11 +1,11 @@
 #include "Commands.h"
 
-#include <cstdio>
+#include "VisibleText.h"
 
 namespace qorsim {
 
 int ReportFailure(const std::string& message) {
-    std::fprintf(stderr, "qorsim: %s\n", message.c_str());
+    Complain("qorsim", message);
     return 1;
 }
 

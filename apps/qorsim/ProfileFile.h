@@ -1,12 +1,15 @@
 // Profiles as files. A profile may be a change of another one:
 //
-//     "extends"  the name of a shipped host, or a path relative to this profile
+//     "extends"  the name of a shipped host, or a path below this profile's folder
 //     the other members are a merge patch (RFC 7396) on the profile that is extended: objects are
 //                merged, null takes a member away, everything else (arrays, too) takes the place
 //                of what was there
 //     "patch"    a JSON patch (RFC 6902) on the result, for what stands in arrays
 //
 // The effective profile is what comes of it; it has neither "extends" nor "patch".
+//
+// A profile may be somebody else's: it names no file outside its folder, and what it takes of time,
+// memory and stack is bounded.
 #ifndef QORSIM_PROFILEFILE_H
 #define QORSIM_PROFILEFILE_H
 

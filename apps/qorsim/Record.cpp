@@ -14,6 +14,7 @@
 
 #include "FaultServer.h"
 #include "Files.h"
+#include "Folder.h"
 #include "Layout.h"
 #include "PrivateMounts.h"
 #include "RecordFile.h"
@@ -48,21 +49,9 @@ bool Exists(const std::string& path) {
     return access(path.c_str(), F_OK) == 0;
 }
 
-bool MakeEmptyDirectory(const std::string& path, std::string& error) {
-    if (!MakeDirectory(path, error)) {
-        return false;
-    }
-    std::error_code failure;
-    if (!fs::is_empty(path, failure) || failure) {
-        error = fmt::format("{} is not empty: name a new directory", path);
-        return false;
-    }
-    return true;
-}
-
 std::vector<std::string> InstalledTools() {
     std::vector<std::string> tools;
-    for (const std::string name : {"krzcli", "MegaCli", "storcli"}) {
+    for (const std::string& name : RecordableTools()) {
         if (Exists(ToolPath(name))) {
             tools.push_back(name);
         }
@@ -116,9 +105,11 @@ std::vector<std::string> CallNotes() {
 }
 
 // A call that was killed early may have left no file.
-void TakeText(const std::string& name, CTexts& texts) {
-    std::string error;
-    texts[name] = ReadFile(std::string(NOTES_DIR) + "/" + name, error).value_or("");
+bool TakeText(const std::string& name, CTexts& texts, std::string& error) {
+    const std::string path = std::string(NOTES_DIR) + "/" + name;
+    const std::optional<std::string> text = ReadFile(path, error, MAX_OUTPUT);
+    texts[name] = text.value_or("");
+    return text || !Exists(path);
 }
 
 bool CollectCalls(CRecording& recording, CTexts& texts, std::string& error) {
@@ -132,8 +123,9 @@ bool CollectCalls(CRecording& recording, CTexts& texts, std::string& error) {
         if (!call) {
             return false;
         }
-        TakeText(call->out, texts);
-        TakeText(call->err, texts);
+        if (!TakeText(call->out, texts, error) || !TakeText(call->err, texts, error)) {
+            return false;
+        }
         recording.calls.push_back(*call);
     }
     return true;
@@ -165,7 +157,7 @@ void Redact(CRecording& recording, CTexts& texts) {
 }
 
 // What was noted stood in memory until now, so that nothing unredacted is ever on a disk.
-bool Keep(const CRecordOptions& options, const std::string& directory,
+bool Keep(const CRecordOptions& options, const CNewFolder& folder,
           const std::vector<std::string>& tools, std::string& error) {
     CRecording recording;
     recording.tools = tools;
@@ -178,19 +170,20 @@ bool Keep(const CRecordOptions& options, const std::string& directory,
         Redact(recording, texts);
     }
     for (const auto& [name, text] : texts) {
-        if (!WriteFile(directory + "/" + name, text, error)) {
+        if (!folder.Write(name, text, error)) {
             return false;
         }
     }
-    return WriteIndex(directory, recording, error);
+    return folder.Write(INDEX, WriteIndex(recording), error);
 }
 
 int Record(const CRecordOptions& options) {
     std::string error;
     const std::string directory = RecordingPath(options.directory, error);
-    if (directory.empty() || !MakeEmptyDirectory(directory, error) ||
-        !(options.host.empty() ? EnterRealServer(error)
-                               : EnterSimulatedServer(options.host, error))) {
+    const std::optional<CNewFolder> folder =
+        directory.empty() ? std::nullopt : CNewFolder::Make(directory, error);
+    if (!folder || !(options.host.empty() ? EnterRealServer(error)
+                                          : EnterSimulatedServer(options.host, error))) {
         return FailToSimulate(error);
     }
     const std::vector<std::string> tools = InstalledTools();
@@ -198,7 +191,7 @@ int Record(const CRecordOptions& options) {
         return FailToSimulate(error);
     }
     const int status = RunInServer(options.command);
-    return Keep(options, directory, tools, error) ? status : FailToSimulate(error);
+    return Keep(options, *folder, tools, error) ? status : FailToSimulate(error);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -17,6 +18,7 @@
 #include "Files.h"
 #include "RecordFile.h"
 #include "RecordTool.h"
+#include "VisibleText.h"
 
 namespace fs = std::filesystem;
 
@@ -33,7 +35,7 @@ std::string Note(const std::string& name) {
 }
 
 int Fail(const std::string& error) {
-    std::fprintf(stderr, "qorsim: cannot record: %s\n", error.c_str());
+    Complain("qorsim: cannot record", error);
     return BROKEN;
 }
 
@@ -88,9 +90,14 @@ void Await(pid_t child, CRecordedCall& call) {
     }
 }
 
+// Whatever its size: the caller has to see what the tool wrote.
 void PassOn(const std::string& path, int channel) {
-    std::string error;
-    WriteText(channel, ReadFile(path, error).value_or(""));
+    std::array<char, 65536> buffer = {};
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    for (ssize_t count = 0; (count = read(fd, buffer.data(), buffer.size())) > 0;) {
+        WriteText(channel, {buffer.data(), static_cast<size_t>(count)});
+    }
+    close(fd);
 }
 
 }  // namespace
@@ -122,9 +129,9 @@ int RecordCall(const std::string& path, const std::vector<std::string>& argument
     PassOn(Note(call.out), STDOUT_FILENO);
     PassOn(Note(call.err), STDERR_FILENO);
     if (call.signal) {
-        DieOfSignal(*call.signal);
+        DieOfSignal(static_cast<int>(*call.signal));
     }
-    return *call.status;
+    return static_cast<int>(*call.status);
 }
 
 }  // namespace qorsim

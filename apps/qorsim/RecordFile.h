@@ -1,4 +1,5 @@
-// Recordings: what the tools of a server printed, as a directory.
+// Recordings: what the tools of a server printed, as a directory. It may be somebody else's: what
+// stands in it is believed only where it can do no harm.
 //
 //     index.json     the tools, the files of the server, and the calls in the order of their start
 //     calls/N.out    what the Nth call wrote on its standard output, byte for byte
@@ -7,6 +8,7 @@
 #ifndef QORSIM_RECORDFILE_H
 #define QORSIM_RECORDFILE_H
 
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -14,10 +16,13 @@
 
 namespace qorsim {
 
+// What a tool writes at most in one call that can be played back.
+inline constexpr size_t MAX_OUTPUT = size_t{64} << 20;
+
 struct CRecordedCall {
     std::vector<std::string> commandLine;  // the tool's name and its arguments
-    std::optional<int> status;             // the exit status; without it and
-    std::optional<int> signal;             // without the deadly signal the call never ended
+    std::optional<long> status;            // the exit status; without it and
+    std::optional<long> signal;            // without the deadly signal the call never ended
     long milliseconds = 0;
     std::string out;  // the files, relative to the recording
     std::string err;
@@ -36,10 +41,21 @@ struct CServerFile {
 };
 const std::vector<CServerFile>& ServerFiles();
 
+// The names of the tools that can be recorded.
+const std::vector<std::string>& RecordableTools();
+
+// The name of the index in a recording.
+inline constexpr const char* INDEX = "index.json";
+
 nlohmann::json WriteCall(const CRecordedCall& call);
 std::optional<CRecordedCall> ReadCall(const nlohmann::json& object, std::string& error);
 
-bool WriteIndex(const std::string& directory, const CRecording& recording, std::string& error);
+// The text of the index. Reading one demands the names of known tools, paths below the recording
+// and numbers that a call can have; on a mistake it returns nothing, and `error` says where and
+// what.
+std::string WriteIndex(const CRecording& recording);
+std::optional<CRecording> ParseIndex(const std::string& text, std::string& error);
+// The same of a recording's index.
 std::optional<CRecording> ReadIndex(const std::string& directory, std::string& error);
 
 // The absolute path of a directory that a user named for a recording; "" with `error` set when it

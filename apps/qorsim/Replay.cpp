@@ -11,6 +11,7 @@
 
 #include "FaultServer.h"
 #include "Files.h"
+#include "Folder.h"
 #include "RecordFile.h"
 #include "RecordTool.h"
 #include "Run.h"
@@ -41,7 +42,8 @@ bool PlaceFiles(const std::string& directory, const CRecording& recording, std::
             recording.files.end()) {
             continue;
         }
-        const std::optional<std::string> text = ReadFile(directory + "/files/" + name, error);
+        const std::optional<std::string> text =
+            ReadBeneath(directory, std::string("files/") + name, error);
         if (!text || !WriteFile(path, *text, error)) {
             return false;
         }
@@ -65,7 +67,7 @@ int Summarise(int status) {
         return status;
     }
     std::fprintf(stderr, "qorsim: these command lines were not recorded:\n%s",
-                 ReadFile(UNRECORDED_CALLS, error).value_or("").c_str());
+                 ReadFile(UNRECORDED_CALLS, error).value_or(error + "\n").c_str());
     return INCOMPLETE;
 }
 

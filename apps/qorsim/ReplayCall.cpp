@@ -10,9 +10,11 @@
 #include "FaultPlay.h"
 #include "FaultServer.h"
 #include "Files.h"
+#include "Folder.h"
 #include "RecordFile.h"
 #include "RecordTool.h"
 #include "Replay.h"
+#include "VisibleText.h"
 
 namespace fs = std::filesystem;
 
@@ -23,13 +25,13 @@ constexpr int BROKEN = 96;  // the recording itself is broken: no status of a to
 constexpr int NOT_RECORDED = 97;
 
 int Fail(const std::string& error) {
-    std::fprintf(stderr, "qorsim: cannot play back: %s\n", error.c_str());
+    Complain("qorsim: cannot play back", error);
     return BROKEN;
 }
 
 // The summary at the end names it.
 int RefuseCommand(const std::vector<std::string>& commandLine) {
-    const std::string text = CommandText(commandLine);
+    const std::string text = Visible(CommandText(commandLine));
     const int fd = open(UNRECORDED_CALLS, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
     WriteText(fd, text + "\n");
     close(fd);
@@ -52,20 +54,20 @@ std::vector<size_t> FindCalls(const CRecording& recording,
 
 int Play(const std::string& directory, const CRecordedCall& call) {
     std::string error;
-    const std::optional<std::string> out = ReadFile(directory + "/" + call.out, error);
-    const std::optional<std::string> err = ReadFile(directory + "/" + call.err, error);
+    const std::optional<std::string> out = ReadBeneath(directory, call.out, error, MAX_OUTPUT);
+    const std::optional<std::string> err = ReadBeneath(directory, call.err, error, MAX_OUTPUT);
     if (!out || !err) {
         return Fail(error);
     }
     WriteText(STDOUT_FILENO, *out);
     WriteText(STDERR_FILENO, *err);
     if (call.signal) {
-        DieOfSignal(*call.signal);
+        DieOfSignal(static_cast<int>(*call.signal));
     }
     if (!call.status) {
         WaitForServersEnd(REPLAY_SIGN_OF_LIFE);
     }
-    return *call.status;
+    return static_cast<int>(*call.status);
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
@@ -16,6 +15,7 @@
 #include "Layout.h"
 #include "Options.h"
 #include "PrivateMounts.h"
+#include "VisibleText.h"
 
 namespace qorsim {
 namespace {
@@ -73,7 +73,7 @@ int RunInServer(const std::vector<std::string>& command) {
 
 int FailToSimulate(const std::string& error) {
     constexpr int failed = 125;  // a command seldom ends with it
-    std::fprintf(stderr, "qorsim: %s\n", error.c_str());
+    Complain("qorsim", error);
     return failed;
 }
 

@@ -1,10 +1,10 @@
 #include "StandIn.h"
 
-#include <cstdio>
 #include <map>
 
 #include "FaultPlay.h"
 #include "OwnServer.h"
+#include "VisibleText.h"
 
 namespace qorsim {
 namespace {
@@ -27,7 +27,7 @@ std::optional<CHost> LoadOwnHost(const std::string& tool) {
     std::string error;
     std::optional<CHost> host = LoadOwnServer(error);
     if (!host) {
-        std::fprintf(stderr, "%s: no simulated host: %s\n", tool.c_str(), error.c_str());
+        Complain(tool + ": no simulated host", error);
     }
     return host;
 }

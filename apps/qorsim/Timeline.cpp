@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "HostProfile.h"
-#include "JsonPatch.h"
+#include "JsonText.h"
 #include "ProfileReader.h"
 
 namespace qorsim {
@@ -16,6 +16,8 @@ namespace {
 using nlohmann::json;
 
 constexpr long MAX_SECONDS = 4294967295;
+// After each event the whole host is checked: so many values in all.
+constexpr size_t MAX_CHECKED = 10000000;
 
 // What is laid out when the server starts, or read before, and what no event can thus change.
 constexpr std::array<const char*, 5> FIXED = {"/pciDevices", "/tool/missing", "/events", "/extends",
@@ -61,11 +63,12 @@ void CheckState(const CProfileReader& patch, const json& start, const json& stat
 
 }  // namespace
 
-void CheckEvents(const json& profile, std::string& problem) {
+void CheckEvents(const json& profile, CPatcher& patcher, std::string& problem) {
     json start = profile;
     const json events = TakeEvents(start);
     json state = start;
     long previous = 0;
+    size_t checked = 0;
     for (const CProfileReader& event : EventsOf(events, problem)) {
         const long second = ReadEvent(event);
         if (second < previous) {
@@ -73,7 +76,11 @@ void CheckEvents(const json& profile, std::string& problem) {
         }
         previous = second;
         const CProfileReader patch = event.Member("patch");
-        ApplyPatch(patch, state);
+        patcher.Apply(patch, state);
+        checked += CountValues(state);
+        if (checked > MAX_CHECKED) {
+            event.Reject("there are too many events for a host of this size");
+        }
         if (problem.empty()) {
             CheckState(patch, start, state);
         }
@@ -86,11 +93,12 @@ void CheckEvents(const json& profile, std::string& problem) {
 std::optional<json> ProfileAt(json profile, long seconds, std::string& problem) {
     problem.clear();
     const json events = TakeEvents(profile);
+    CPatcher patcher;
     for (const CProfileReader& event : EventsOf(events, problem)) {
         if (ReadEvent(event) > seconds || !problem.empty()) {
             break;
         }
-        ApplyPatch(event.Member("patch"), profile);
+        patcher.Apply(event.Member("patch"), profile);
     }
     if (!problem.empty()) {
         return std::nullopt;

@@ -13,11 +13,13 @@
 #include <optional>
 #include <string>
 
+#include "JsonPatch.h"
+
 namespace qorsim {
 
 // Finds the first mistake in the events of a profile whose beginning is without one: in their form,
 // their order, or in the host that an event leaves. `problem` then says where and what.
-void CheckEvents(const nlohmann::json& profile, std::string& problem);
+void CheckEvents(const nlohmann::json& profile, CPatcher& patcher, std::string& problem);
 
 // The profile as it is `seconds` after the start, without its events. A mistake in an event that
 // has happened gives nothing and `problem` says where and what.

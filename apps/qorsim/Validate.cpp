@@ -5,6 +5,7 @@
 
 #include "Commands.h"
 #include "ProfileFile.h"
+#include "VisibleText.h"
 
 namespace qorsim {
 namespace {
@@ -14,7 +15,7 @@ int Validate(const std::vector<std::string>& references) {
     for (const std::string& reference : references) {
         std::string error;
         if (LoadProfile(reference, error)) {
-            std::printf("%s: valid\n", reference.c_str());
+            std::printf("%s: valid\n", Visible(reference).c_str());
         } else {
             status = ReportFailure(error);
         }

@@ -19,6 +19,13 @@ using testing::HasSubstr;
 constexpr const char* KRZCLI = "/opt/tarmica/krz/cli/krzcli";
 constexpr int KILLED = 128 + 9;
 
+std::string Replaced(std::string text, const std::string& what, const std::string& with) {
+    for (size_t i = 0; (i = text.find(what, i)) != std::string::npos; i += with.size()) {
+        text.replace(i, what.size(), with);
+    }
+    return text;
+}
+
 class CFaultTest : public CSimTest {
 protected:
     static CEnd RunWith(const CStrings& faults, const CStrings& command) {
@@ -42,16 +49,10 @@ protected:
         const CEnd end = Version({fault});
         EXPECT_EQ(end.status, 125) << fault;
         EXPECT_EQ(end.out, "");
-        EXPECT_EQ(end.err, "qorsim: the fault \"" + fault + "\": " + problem + "\n");
+        EXPECT_EQ(end.err,
+                  "qorsim: the fault \"" + Replaced(fault, "\n", "\\n") + "\": " + problem + "\n");
     }
 };
-
-std::string Replaced(std::string text, const std::string& what, const std::string& with) {
-    for (size_t i = 0; (i = text.find(what, i)) != std::string::npos; i += with.size()) {
-        text.replace(i, what.size(), with);
-    }
-    return text;
-}
 
 TEST_F(CFaultTest, TextFaultsChangeTheReport) {
     const std::string plain = Krzcli("small", {"-v"});

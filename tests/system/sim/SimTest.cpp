@@ -1,11 +1,17 @@
 #include "SimTest.h"
 
 #include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -17,7 +23,28 @@ namespace {
 
 constexpr int SIGNALLED = 1000;
 
-[[noreturn]] void Execute(const CStrings& command, int out, const std::string& errFile) {
+// False if the kernel cannot be made so.
+bool Enter(EKernel kernel) {
+    if (kernel == EKernel::whole) {
+        return true;
+    }
+    const unsigned int error = kernel == EKernel::withoutOpenat2 ? ENOSYS : EPERM;
+    std::array<sock_filter, 4> program = {{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_openat2, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | error),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    }};
+    const sock_fprog filter = {program.size(), program.data()};
+    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+}
+
+[[noreturn]] void Execute(const CStrings& command, int out, const std::string& errFile,
+                          EKernel kernel) {
+    if (!Enter(kernel)) {
+        _exit(126);
+    }
     const int err = open(errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     const int in = open("/dev/null", O_RDONLY);
     dup2(in, STDIN_FILENO);
@@ -49,7 +76,7 @@ fs::path NewFolder() {
 
 }  // namespace
 
-CEnd RunProgram(const CStrings& command) {
+CEnd RunProgram(const CStrings& command, EKernel kernel) {
     const fs::path folder = NewFolder();
     const std::string errFile = folder / "err";
     std::array<int, 2> pipe = {};
@@ -59,7 +86,7 @@ CEnd RunProgram(const CStrings& command) {
     }
     const pid_t child = fork();
     if (child == 0) {
-        Execute(command, pipe[1], errFile);
+        Execute(command, pipe[1], errFile, kernel);
     }
     close(pipe[1]);
     CEnd end;

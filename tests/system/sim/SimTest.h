@@ -19,8 +19,12 @@ struct CEnd {
     std::string err;
 };
 
+// The kernel that a program finds: one that opens files beneath a folder by itself, an older one,
+// or one whose filter of system calls does not know that call.
+enum class EKernel { whole, withoutOpenat2, forbidsOpenat2 };
+
 // Runs a program and reads its output to the end, that of its descendants included.
-CEnd RunProgram(const CStrings& command);
+CEnd RunProgram(const CStrings& command, EKernel kernel = EKernel::whole);
 
 CStrings Lines(const std::string& text);
 std::string Joined(const CStrings& texts, const std::string& separator);
