@@ -38,6 +38,7 @@ TEST_F(InstallTest, EverythingIsWhereItBelongs) {
              Share() / "qor/RaidVCFac.ini",
              Share() / "qor/PciessdVCFac.ini",
              Share() / "qor/qorctl.schema.json",
+             Share() / "qor/monitoring/qorctl.sudoers",
              Share() / "qor/hosts/small.json",
          }) {
         EXPECT_TRUE(fs::is_regular_file(file)) << file;
