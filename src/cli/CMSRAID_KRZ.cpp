@@ -104,7 +104,11 @@ unsigned int CMSRAID_KRZ::_ExecCli(const std::string& command, unsigned long* cl
 std::string CMSRAID_KRZ::GetKRZVersion(const std::string& rsltFile) {
     const CResultFile file(rsltFile);
     unsigned long cliRtn = 0;
-    if (ExecCli(VERSION_COMMAND, &cliRtn, file) != KRZ_OK || IsTooLarge(rsltFile)) {
+    if (ExecCli(VERSION_COMMAND, &cliRtn, file) != KRZ_OK) {
+        return "";
+    }
+    if (IsTooLarge(rsltFile)) {
+        TraceTooLarge(rsltFile);
         return "";
     }
     return ReadVersion(rsltFile);

@@ -3,8 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 
 #include "cli/UniqueFd.h"
@@ -14,29 +12,6 @@
 namespace {
 
 constexpr off_t SIZE_LIMIT = off_t{16} << 20;
-constexpr long LINE_LIMIT = 1L << 20;
-
-int OpenToRead(const std::string& path) {
-    return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-}
-
-long CountLines(const std::string& path) {
-    const CUniqueFd file(OpenToRead(path));
-    std::array<char, size_t{16} << 10> block;
-    long lines = 0;
-    for (ssize_t size = 0; (size = read(file.Get(), block.data(), block.size())) > 0;) {
-        lines += std::count(block.begin(), block.begin() + size, '\n');
-    }
-    return lines;
-}
-
-bool HoldsTooMuch(const std::string& path) {
-    struct stat status = {};
-    if (!util::GetStatus(path.c_str(), status) || status.st_size <= LINE_LIMIT) {
-        return false;  // not even if each byte ends a line
-    }
-    return status.st_size > SIZE_LIMIT || CountLines(path) > LINE_LIMIT;
-}
 
 bool IsRootsOrOurs(const struct stat& status) {
     return status.st_uid == 0 || status.st_uid == geteuid();
@@ -63,17 +38,18 @@ bool IsOutOfOthersReach(const std::string& path) {
 }
 
 bool IsTooLarge(const std::string& path) {
-    const bool isTooLarge = HoldsTooMuch(path);
-    if (isTooLarge) {
-        QOR_TRACE(FAILURE, "Result file is too large(%s).", path.c_str());
-    }
-    return isTooLarge;
+    struct stat status = {};
+    return util::GetStatus(path.c_str(), status) && status.st_size > SIZE_LIMIT;
+}
+
+void TraceTooLarge(const std::string& path) {
+    QOR_TRACE(FAILURE, "Result file is too large(%s).", path.c_str());
 }
 
 // Neither the open nor the read waits: what cannot be read at a place, as a pipe or a terminal, is
 // not read, since what it holds is meant for somebody else.
 bool FirstLineBeginsWith(const std::string& path, const std::string& head) {
-    const CUniqueFd file(OpenToRead(path));
+    const CUniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     std::string beginning(head.size(), '\0');
     size_t size = 0;
     while (size < head.size()) {

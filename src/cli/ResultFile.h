@@ -42,10 +42,11 @@ private:
 // it is the administrator's care.
 bool IsOutOfOthersReach(const std::string& path);
 
-// True, with a line of trace, if the file holds more than any tool would print: 16 MiB, thirty
-// times the report on 240 drives, or 1,048,576 lines, which may become an item each. To be asked
-// before the file is read, so that the host's memory does not depend on a program that went mad.
+// True if the file holds more than any tool would print: 16 MiB, thirty times the report on 240
+// drives. To be asked before the file is read, so that the host's memory does not depend on a
+// program that went mad.
 bool IsTooLarge(const std::string& path);
+void TraceTooLarge(const std::string& path);
 
 // False also if the file cannot be opened, cannot be read at a place or has no line.
 bool FirstLineBeginsWith(const std::string& path, const std::string& head);

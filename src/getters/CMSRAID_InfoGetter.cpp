@@ -15,6 +15,9 @@ constexpr const char* ERR_REPORT_NOT_READ = "03";
 constexpr const char* ERR_REPORT_NOT_UNDERSTOOD = "04";
 constexpr const char* ERR_TIMEOUT = "05";
 constexpr size_t NAME_BUFFER_SIZE = 768;
+// Half a gigabyte for the items of one getter: of 16 MB of usual lines and of tables of SMART data.
+constexpr size_t ITEM_MEMORY = size_t{512} << 20;
+constexpr size_t MEMORY_OF_EMPTY_ITEM = sizeof(CItemDisp) + 5 * sizeof(void*);
 
 }  // namespace
 
@@ -57,7 +60,13 @@ bool CMSRAID_InfoGetter::ParseReport(const std::string& path, const std::string&
         return false;
     }
     CItemListGuard guard(m_RaidList);
-    const bool isParsed = Parse(stream, command);
+    bool isParsed = false;
+    try {
+        isParsed = Parse(stream, command);
+    } catch (const CReportTooLarge&) {
+        FreeItemList();
+        return RefuseAsTooLarge(path);
+    }
     if (!IsReadToTheEnd(path, stream)) {
         return false;
     }
@@ -78,8 +87,7 @@ void CMSRAID_InfoGetter::NoteRunFailure(unsigned int result, const std::string& 
 
 bool CMSRAID_InfoGetter::OpenReport(const std::string& path, std::ifstream& stream) {
     if (IsTooLarge(path)) {
-        m_ErrCode.insert(0, ERR_REPORT_NOT_UNDERSTOOD);
-        return false;
+        return RefuseAsTooLarge(path);
     }
     stream.open(path);
     if (!stream) {
@@ -93,6 +101,33 @@ bool CMSRAID_InfoGetter::IsReadToTheEnd(const std::string& path, const std::ifst
         NoteUnreadableReport(path);
     }
     return !stream.bad();
+}
+
+ItemPosition CMSRAID_InfoGetter::InsertItem(std::list<CItemDisp*>& list, ItemPosition position,
+                                            const std::string& parentName,
+                                            const std::string& itemName,
+                                            const std::string& itemValue, EItemFlag flag) {
+    TakeMemory(MEMORY_OF_EMPTY_ITEM + parentName.size() + itemName.size() + itemValue.size());
+    return ::InsertItem(list, position, parentName, itemName, itemValue, flag);
+}
+
+ItemPosition CMSRAID_InfoGetter::AddItem(std::list<CItemDisp*>& list, const std::string& parentName,
+                                         const std::string& itemName, const std::string& itemValue,
+                                         EItemFlag flag) {
+    return InsertItem(list, list.end(), parentName, itemName, itemValue, flag);
+}
+
+void CMSRAID_InfoGetter::TakeMemory(size_t bytes) {
+    m_ItemMemory += bytes;
+    if (m_ItemMemory > ITEM_MEMORY) {
+        throw CReportTooLarge();
+    }
+}
+
+bool CMSRAID_InfoGetter::RefuseAsTooLarge(const std::string& path) {
+    TraceTooLarge(path);
+    m_ErrCode.insert(0, ERR_REPORT_NOT_UNDERSTOOD);
+    return false;
 }
 
 void CMSRAID_InfoGetter::NoteUnreadableReport(const std::string& path) {

@@ -22,6 +22,9 @@
 #include "getters/Text.h"
 #include "plugin/ItemList.h"
 
+// A report whose items would take more memory than a host can be expected to have.
+struct CReportTooLarge {};
+
 class CMSRAID_InfoGetter {
 public:
     static constexpr const char* PROVIDER_TMP_DIR = "tmp";
@@ -100,6 +103,18 @@ protected:
     static void UngetLine(std::ifstream& stream, const std::string& line);
     // The name of the current section item, the parent of what follows.
     const std::string& CurTitleName() const { return (*m_CurTitle)->ItemName(); }
+    // As the functions of this name make an item and put it into the list. Throw CReportTooLarge
+    // where the items of this getter's reports would take more than ITEM_MEMORY.
+    ItemPosition InsertItem(std::list<CItemDisp*>& list, ItemPosition position,
+                            const std::string& parentName, const std::string& itemName,
+                            const std::string& itemValue, EItemFlag flag = EItemFlag::Shown);
+    ItemPosition AddItem(std::list<CItemDisp*>& list, const std::string& parentName,
+                         const std::string& itemName, const std::string& itemValue,
+                         EItemFlag flag = EItemFlag::Shown);
+    // Counts what is made of a report besides items. Throws likewise.
+    void TakeMemory(size_t bytes);
+    // Takes note of a report that made too much of itself; false.
+    bool RefuseAsTooLarge(const std::string& path);
     // Appends an item for a value that the tool did not print to the current section.
     void AddPlaceholder(const char* name);
     // Holds the number of a header line ("RAID Controller : 0") as item `name` in `held` until the
@@ -121,7 +136,8 @@ private:
     bool ParseReport(const std::string& path, const std::string& command,
                      std::list<CItemDisp*>& out);
 
-    std::string m_Value;  // of the last key/value line, kept for its memory
+    size_t m_ItemMemory = 0;  // about what the items of all reports so far take
+    std::string m_Value;      // of the last key/value line, kept for its memory
 };
 
 template <class OnItem>

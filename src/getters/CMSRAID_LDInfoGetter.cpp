@@ -16,59 +16,6 @@ bool IsRGHeader(const std::string& line) {
            BeginsWithNumbered(line, CMSRAID_InfoGetter::CACHE_RG_NO_HEAD);
 }
 
-// Cuts the text behind the last comma off `text` and adds it to `list` as item `name`.
-bool CutLastPart(std::string_view& text, ItemList& list, const char* parent, const char* name) {
-    const size_t comma = text.rfind(',');
-    if (comma == std::string_view::npos || comma + 1 == text.size()) {
-        return false;
-    }
-    AddItem(list, parent, name, Trimmed(text.substr(comma + 1)));
-    text = text.substr(0, comma);
-    return true;
-}
-
-// "… (name, capacity, state)", with the bracket at `open`: read from the end, since only the name
-// may hold commas. Items added before a failure stay in the list.
-bool AddLDParts(std::string_view text, size_t open, ItemList& list, const char* parent) {
-    const size_t close = text.rfind(')');
-    if (close == std::string_view::npos) {
-        return false;
-    }
-    text = text.substr(0, close);
-    if (!CutLastPart(text, list, parent, CMSRAID_LDInfoGetter::LD_STATE_NAME) ||
-        !CutLastPart(text, list, parent, CMSRAID_LDInfoGetter::LD_CAPACITY_NAME) ||
-        text.size() < open + 1) {
-        return false;
-    }
-    AddItem(list, parent, CMSRAID_LDInfoGetter::LD_NAME_NAME, Trimmed(text.substr(open + 1)));
-    return true;
-}
-
-bool AddListedLD(const std::string& line, ItemList& list) {
-    const std::string_view head = CMSRAID_LDInfoGetter::LD_LDLIST_NAME_HEAD;
-    AddItem(list, CMSRAID_InfoGetter::GENERAL_INFO_TITLE_NAME,
-            CMSRAID_LDInfoGetter::LD_LIST_TITLE_NAME, "");
-    const size_t open = line.find('(');
-    if (open == std::string::npos || open <= head.size()) {
-        return false;
-    }
-    AddItem(list, CMSRAID_LDInfoGetter::LD_LIST_TITLE_NAME, CMSRAID_InfoGetter::LD_NO_NAME,
-            Trimmed(std::string_view(line).substr(1, open - 1)));
-    return AddLDParts(line, open, list, CMSRAID_LDInfoGetter::LD_LIST_TITLE_NAME);
-}
-
-bool AddAssocLD(const std::string& line, const std::string& section, ItemList& list) {
-    const char* parent = CMSRAID_LDInfoGetter::LD_ASSOC_CACHE_NAME;
-    AddItem(list, section, parent, "");
-    const size_t open = line.find('(');
-    if (open == std::string::npos || open + 1 == line.size()) {
-        return false;
-    }
-    AddItem(list, parent, CMSRAID_InfoGetter::LD_NO_NAME,
-            Trimmed(std::string_view(line).substr(0, open)));
-    return AddLDParts(line, open, list, parent);
-}
-
 }  // namespace
 
 CMSRAID_LDInfoGetter::CMSRAID_LDInfoGetter() {
@@ -97,7 +44,11 @@ bool CMSRAID_LDInfoGetter::GetPDRGNo(long ctrlNo, std::map<long, std::string>& m
         return false;
     }
     std::map<long, std::string> found;
-    ReadPDRGNo(stream, found);
+    try {
+        ReadPDRGNo(stream, found);
+    } catch (const CReportTooLarge&) {
+        return RefuseAsTooLarge(file.Path());
+    }
     if (!IsReadToTheEnd(file.Path(), stream)) {
         return false;
     }
@@ -115,6 +66,7 @@ void CMSRAID_LDInfoGetter::ReadPDRGNo(std::ifstream& stream, std::map<long, std:
         } else if (line.starts_with(pdHead) && Contains(line, "(") && !group.empty()) {
             const std::string_view number =
                 line.substr(pdHead.size(), line.find('(') - pdHead.size());
+            TakeMemory(sizeof(long) + sizeof(group) + 6 * sizeof(void*) + group.size());
             mapRGNo.emplace(CStringUtil::TStringToNumber(Trimmed(number)), group);
         }
     }
@@ -193,6 +145,56 @@ bool CMSRAID_LDInfoGetter::ParseRAIDlnfo(std::ifstream& stream, std::string head
         m_RGItemList.back()->SetParentName(GENERAL_INFO_TITLE_NAME);
     }
     return true;
+}
+
+bool CMSRAID_LDInfoGetter::CutLastPart(std::string_view& text, ItemList& list, const char* parent,
+                                       const char* name) {
+    const size_t comma = text.rfind(',');
+    if (comma == std::string_view::npos || comma + 1 == text.size()) {
+        return false;
+    }
+    AddItem(list, parent, name, Trimmed(text.substr(comma + 1)));
+    text = text.substr(0, comma);
+    return true;
+}
+
+bool CMSRAID_LDInfoGetter::AddLDParts(std::string_view text, size_t open, ItemList& list,
+                                      const char* parent) {
+    const size_t close = text.rfind(')');
+    if (close == std::string_view::npos) {
+        return false;
+    }
+    text = text.substr(0, close);
+    if (!CutLastPart(text, list, parent, LD_STATE_NAME) ||
+        !CutLastPart(text, list, parent, LD_CAPACITY_NAME) || text.size() < open + 1) {
+        return false;
+    }
+    AddItem(list, parent, LD_NAME_NAME, Trimmed(text.substr(open + 1)));
+    return true;
+}
+
+bool CMSRAID_LDInfoGetter::AddListedLD(const std::string& line, ItemList& list) {
+    const std::string_view head = LD_LDLIST_NAME_HEAD;
+    AddItem(list, GENERAL_INFO_TITLE_NAME, LD_LIST_TITLE_NAME, "");
+    const size_t open = line.find('(');
+    if (open == std::string::npos || open <= head.size()) {
+        return false;
+    }
+    AddItem(list, LD_LIST_TITLE_NAME, LD_NO_NAME,
+            Trimmed(std::string_view(line).substr(1, open - 1)));
+    return AddLDParts(line, open, list, LD_LIST_TITLE_NAME);
+}
+
+bool CMSRAID_LDInfoGetter::AddAssocLD(const std::string& line, const std::string& section,
+                                      ItemList& list) {
+    const char* parent = LD_ASSOC_CACHE_NAME;
+    AddItem(list, section, parent, "");
+    const size_t open = line.find('(');
+    if (open == std::string::npos || open + 1 == line.size()) {
+        return false;
+    }
+    AddItem(list, parent, LD_NO_NAME, Trimmed(std::string_view(line).substr(0, open)));
+    return AddLDParts(line, open, list, parent);
 }
 
 bool CMSRAID_LDInfoGetter::ParseLDList(std::ifstream&, std::string line) {

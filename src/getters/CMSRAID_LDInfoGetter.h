@@ -11,6 +11,8 @@
 #define QOR_GETTERS_CMSRAID_LDINFOGETTER_H
 
 #include <map>
+#include <string>
+#include <string_view>
 
 #include "getters/CMSRAID_InfoGetter.h"
 
@@ -59,12 +61,19 @@ public:
     bool ParseAssocLD(std::ifstream& stream, std::string line);
 
 private:
-    static void ReadPDRGNo(std::ifstream& stream, std::map<long, std::string>& mapRGNo);
+    void ReadPDRGNo(std::ifstream& stream, std::map<long, std::string>& mapRGNo);
     bool ParseOtherLine(std::ifstream& stream, std::string line);
     bool ParseSection(std::ifstream& stream, const std::string& line);
     bool ParseListedPD(std::ifstream& stream, const std::string& line);
     bool ParseAssocBlock(std::ifstream& stream, const std::string& line, ItemPosition pdNumber);
     void MoveAccessPolicy();
+    // Cuts the text behind the last comma off `text` and adds it to `list` as item `name`.
+    bool CutLastPart(std::string_view& text, ItemList& list, const char* parent, const char* name);
+    // "… (name, capacity, state)", with the bracket at `open`: read from the end, since only the
+    // name may hold commas. Items added before a failure stay in the list.
+    bool AddLDParts(std::string_view text, size_t open, ItemList& list, const char* parent);
+    bool AddListedLD(const std::string& line, ItemList& list);
+    bool AddAssocLD(const std::string& line, const std::string& section, ItemList& list);
 
     CItemListOwner m_RGItemList;
     CItemListOwner m_LDListItemList;

@@ -100,7 +100,11 @@ std::int64_t RunUtility(const CUtility& utility) {
                   static_cast<unsigned int>(exitCode));
         return 0;
     }
-    return IsTooLarge(file.Path()) ? 0 : CountDisks(file.Path(), utility.countKey);
+    if (IsTooLarge(file.Path())) {
+        TraceTooLarge(file.Path());
+        return 0;
+    }
+    return CountDisks(file.Path(), utility.countKey);
 }
 
 }  // namespace

@@ -29,6 +29,11 @@ protected:
         qortest::WriteRepeatingTool();
     }
 
+    void TearDown() override {
+        unsetenv("QOR_TRACE");
+        LoadedPluginTest::TearDown();
+    }
+
     static rlim_t AddressSpaceInUse() {
         rlim_t pages = 0;
         std::istringstream(qortest::ReadFile("/proc/self/statm")) >> pages;
@@ -109,14 +114,23 @@ TEST_F(HostMemory, ReportBeyondTheLimitTakesNone) {
     EXPECT_EQ(answer.m_Answer.errorCode, "04");
 }
 
-TEST_F(HostMemory, LargestReportTakesAQuarterOfAGigabyte) {
-    WriteReportOfLines(1'048'576);
+TEST_F(HostMemory, LargestReportTakesHalfAGigabyte) {
+    WriteReportOfLines(2'000'000);
     setenv("QOR_TRACE", "none", 1);
     const CLoadedPlugin plugin;
-    const CAnswerInRoom answer(plugin, 256UL << 20, AddressSpaceInUse());
+    const CAnswerInRoom answer(plugin, 640UL << 20, AddressSpaceInUse());
     EXPECT_FALSE(answer.m_Thrown);
     EXPECT_EQ(answer.m_Answer.result, 1) << answer.m_Answer.errorCode;
-    EXPECT_GT(answer.m_Items, 1'000'000U);
+    EXPECT_GT(answer.m_Items, 2'000'000U);
+}
+
+TEST_F(HostMemory, ReportOfMoreItemsTakesNoMore) {
+    WriteReportOfLines(5'000'000);
+    setenv("QOR_TRACE", "none", 1);
+    const CLoadedPlugin plugin;
+    const CAnswerInRoom answer(plugin, 640UL << 20, AddressSpaceInUse());
+    EXPECT_FALSE(answer.m_Thrown);
+    EXPECT_EQ(answer.m_Answer.errorCode, "04");
 }
 
 // The plug-in's operations in a thread whose stack has 64 KiB. What came back is judged outside:

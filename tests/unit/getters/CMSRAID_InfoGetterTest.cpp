@@ -668,8 +668,6 @@ TEST_F(CMSRAID_InfoGetterTest, EmptyInstallPathLeadsBelowTmp) {
 
 // ---- reports that no tool would print ----
 
-constexpr const char* ONE_MEBIBYTE_OF_LINES = "echo '### t ###'; yes a: | head -n 1048575";
-
 class CHugeReportTest : public CMSRAID_InfoGetterTest {
 protected:
     bool Read(const std::string& shellText) {
@@ -700,13 +698,36 @@ TEST_F(CHugeReportTest, MoreIsNotUnderstood) {
 }
 
 TEST_F(CHugeReportTest, AMillionLinesAreRead) {
-    EXPECT_TRUE(Read(ONE_MEBIBYTE_OF_LINES));
-    EXPECT_THAT(m_Getter->m_Lines, SizeIs(1'048'576));
+    EXPECT_TRUE(Read("echo '### t ###'; yes a: | head -n 1000000"));
+    EXPECT_THAT(m_Items, SizeIs(1'000'002));
 }
 
-TEST_F(CHugeReportTest, MoreLinesAreNotUnderstood) {
-    EXPECT_FALSE(Read(std::string(ONE_MEBIBYTE_OF_LINES) + "; echo"));
-    ExpectRefusal();
+void ExpectTooMuch(const CTestGetter& getter) {
+    EXPECT_EQ(getter.ErrCode(), "04");
+    EXPECT_THAT(getter.m_RaidList, IsEmpty());
+    EXPECT_GE(getter.m_Freed, 1);
+}
+
+TEST_F(CHugeReportTest, LinesThatTakeMoreMemoryAreNotUnderstood) {
+    EXPECT_FALSE(Read("echo '### t ###'; yes a: | head -n 5000000"));
+    ExpectTooMuch(*m_Getter);
+    EXPECT_THAT(m_Items, IsEmpty());
+}
+
+// Each item of a section holds its title, too.
+TEST_F(CHugeReportTest, LongTitleOverManyLinesIsNotUnderstood) {
+    EXPECT_FALSE(Read("printf '### %01000000d ###\\n' 0; yes a: | head -n 100000"));
+    ExpectTooMuch(*m_Getter);
+}
+
+TEST_F(CHugeReportTest, MemoryIsCountedOverAllReportsOfARequest) {
+    CStandInTool tool;
+    CTestGetter getter;
+    for (int run = 0; run < 5; ++run) {
+        tool.Play("-test -a0", {.run = "echo '### t ###'; yes a: | head -n 1000000"});
+        EXPECT_EQ(getter.GetInfo(0, m_Items), run < 3) << run;
+    }
+    EXPECT_EQ(getter.ErrCode(), "0404");
 }
 
 }  // namespace
