@@ -1,6 +1,7 @@
 // "krzcli -ctrlinfo -aN": the report on one controller, and the number of controllers in it.
 #include <algorithm>
 
+#include "Depth.h"
 #include "Fuzz.h"
 #include "ReportFuzz.h"
 #include "ReportVocabulary.h"
@@ -30,6 +31,13 @@ void DemandCount(const std::string& report) {
            "every header is counted", std::to_string(count));
 }
 
+void Fuzz(const std::string& report) {
+    CMSRAID_CtrlInfoGetter getter;
+    FuzzGetter(getter, [&](ItemList& items) { return getter.GetInfo(0, items); },
+               {{"krzcli -ctrlinfo -a0", report}}, {.root = "Controller Information"});
+    DemandCount(report);
+}
+
 }  // namespace
 
 std::vector<std::string_view> qorfuzz::Vocabulary() {
@@ -37,10 +45,6 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 }
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string report = InputText(data, size);
-    CMSRAID_CtrlInfoGetter getter;
-    FuzzGetter(getter, [&](ItemList& items) { return getter.GetInfo(0, items); },
-               {{"krzcli -ctrlinfo -a0", report}}, {.root = "Controller Information"});
-    DemandCount(report);
+    qorfuzz::FuzzInput(data, size, Fuzz);
     return 0;
 }

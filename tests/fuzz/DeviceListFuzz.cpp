@@ -1,6 +1,7 @@
 // The list of the host's PCI devices, held against supported ones.
 #include <algorithm>
 
+#include "Depth.h"
 #include "Fuzz.h"
 #include "Server.h"
 #include "presence/CMSRAID_PCICard.h"
@@ -51,15 +52,7 @@ size_t MatchesOf(const std::list<std::string>& identifiers) {
     return matches;
 }
 
-}  // namespace
-
-std::vector<std::string_view> qorfuzz::Vocabulary() {
-    return {"02:00.0_1000:005d_0000_02", "02:00.0_1000:005d",  "02:00.0_1000:005",
-            "81:00.0_1aed:2001_0000_00", "                  ", ""};
-}
-
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string text = InputText(data, size);
+void Fuzz(const std::string& text) {
     WriteServerFile(DEVICE_LIST, text);
     const CLeavesNothing check;
     const std::list<std::string> expected = IdentifiersIn(text);
@@ -70,5 +63,16 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const bool result = CMSRAID_PCICard::IsPresentSupportDevice(Supported(), &found);
     Demand(found.size() == MatchesOf(expected), "every match is found once");
     Demand(result == !found.empty(), "present means found");
+}
+
+}  // namespace
+
+std::vector<std::string_view> qorfuzz::Vocabulary() {
+    return {"02:00.0_1000:005d_0000_02", "02:00.0_1000:005d",  "02:00.0_1000:005",
+            "81:00.0_1aed:2001_0000_00", "                  ", ""};
+}
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    qorfuzz::FuzzInput(data, size, Fuzz);
     return 0;
 }

@@ -27,7 +27,7 @@ namespace qorfuzz {
 void Demand(bool holds, const char* property, std::string_view detail = {});
 
 inline std::string InputText(const uint8_t* data, size_t size) {
-    return {data, data + size};
+    return size == 0 ? std::string() : std::string(reinterpret_cast<const char*>(data), size);
 }
 
 // The lines of a text without their line feeds; what stands behind the last one is a line too.

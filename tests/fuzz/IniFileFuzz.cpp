@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 
+#include "Depth.h"
 #include "Fuzz.h"
 #include "Server.h"
 #include "comlib/CIniFile.h"
@@ -82,6 +83,22 @@ void DemandDevices(const CIniFile& file, long count) {
     Demand(device == devices.end(), "nothing else is in the list");
 }
 
+void Fuzz(const std::string& text) {
+    WriteServerFile(PATH, text);
+    const CLeavesNothing check;
+    const std::unique_ptr<CIniFile> file = CIniFile::Load(PATH);
+    if (file == nullptr) {
+        return;
+    }
+    for (const char* key : {COUNT_KEY, "Vendor1", "Device2"}) {
+        DemandKey(*file, key);
+    }
+    const long count = GetPrivateProfileIntA(SECTION, COUNT_KEY, 0, PATH);
+    if (count <= MOST_DEVICES) {
+        DemandDevices(*file, count);
+    }
+}
+
 }  // namespace
 
 std::vector<std::string_view> qorfuzz::Vocabulary() {
@@ -109,18 +126,6 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 }
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    WriteServerFile(PATH, InputText(data, size));
-    const CLeavesNothing check;
-    const std::unique_ptr<CIniFile> file = CIniFile::Load(PATH);
-    if (file == nullptr) {
-        return 0;
-    }
-    for (const char* key : {COUNT_KEY, "Vendor1", "Device2"}) {
-        DemandKey(*file, key);
-    }
-    const long count = GetPrivateProfileIntA(SECTION, COUNT_KEY, 0, PATH);
-    if (count <= MOST_DEVICES) {
-        DemandDevices(*file, count);
-    }
+    qorfuzz::FuzzInput(data, size, Fuzz);
     return 0;
 }

@@ -1,4 +1,5 @@
 // "krzcli -ldpdinfo -aN": the RAID groups and logical drives, and the group of each drive.
+#include "Depth.h"
 #include "Fuzz.h"
 #include "ReportFuzz.h"
 #include "ReportVocabulary.h"
@@ -25,6 +26,13 @@ void DemandGroups(const std::string& report) {
     }
 }
 
+void Fuzz(const std::string& report) {
+    CMSRAID_LDInfoGetter getter;
+    FuzzGetter(getter, [&](ItemList& items) { return getter.GetInfo(0, items); },
+               {{COMMAND, report}}, {.root = "Logical Drive Information"});
+    DemandGroups(report);
+}
+
 }  // namespace
 
 std::vector<std::string_view> qorfuzz::Vocabulary() {
@@ -32,10 +40,6 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 }
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string report = InputText(data, size);
-    CMSRAID_LDInfoGetter getter;
-    FuzzGetter(getter, [&](ItemList& items) { return getter.GetInfo(0, items); },
-               {{COMMAND, report}}, {.root = "Logical Drive Information"});
-    DemandGroups(report);
+    qorfuzz::FuzzInput(data, size, Fuzz);
     return 0;
 }

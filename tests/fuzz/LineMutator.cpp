@@ -1,6 +1,9 @@
 // Mutates inputs that are lines: whole lines and sections are taken away, doubled, moved, mixed and
 // put in, keys and values exchanged. Every other mutation is left to the fuzzer's own ones, which
 // know bytes only.
+//
+// Most mutants are a few lines of what they come from: ten of them take the time of a whole report,
+// and find as much. Very few are large, up to the fuzzer's limit.
 #include <algorithm>
 #include <random>
 #include <utility>
@@ -20,6 +23,14 @@ namespace {
 
 using CRandom = std::minstd_rand;
 using CLines = std::vector<std::string>;
+using CLineViews = std::vector<std::string_view>;
+
+// Of mutants that are not meant to be large.
+constexpr size_t USUAL_SIZE = 4096;
+// One mutant of so many is large, one of so many is no smaller than what it comes from.
+constexpr size_t LARGE_SHARE = 4096;
+constexpr size_t WHOLE_SHARE = 16;
+constexpr size_t MOST_LINES_OF_PIECE = 16;
 
 // A number below `count`, which is not 0.
 size_t Pick(CRandom& random, size_t count) {
@@ -28,10 +39,6 @@ size_t Pick(CRandom& random, size_t count) {
 
 CLines::iterator PickPlace(CLines& lines, CRandom& random) {
     return lines.begin() + static_cast<std::ptrdiff_t>(Pick(random, lines.size() + 1));
-}
-
-CLines CopyOf(const std::vector<std::string_view>& lines) {
-    return {lines.begin(), lines.end()};
 }
 
 std::string PickWord(CRandom& random) {
@@ -114,30 +121,103 @@ size_t Store(const CLines& lines, bool lastIsEnded, uint8_t* out, size_t maxSize
     return size;
 }
 
+// All lines, or a few in a row.
+CLineViews PieceOf(CLineViews lines, size_t size, CRandom& random) {
+    if (lines.empty() || (size <= USUAL_SIZE && Pick(random, WHOLE_SHARE) == 0)) {
+        return lines;
+    }
+    const size_t begin = Pick(random, lines.size());
+    const size_t count = 1 + Pick(random, std::min(MOST_LINES_OF_PIECE, lines.size() - begin));
+    const auto first = lines.begin() + static_cast<std::ptrdiff_t>(begin);
+    return {first, first + static_cast<std::ptrdiff_t>(count)};
+}
+
+CLines PickLines(const uint8_t* data, size_t size, CRandom& random) {
+    const std::string text = qorfuzz::InputText(data, size);
+    const CLineViews piece = PieceOf(qorfuzz::LinesOf(text), size, random);
+    return {piece.begin(), piece.end()};
+}
+
+// Between the usual size and the limit; each doubling is as likely as the others.
+size_t PickLargeSize(size_t limit, CRandom& random) {
+    size_t doublings = 0;
+    while ((USUAL_SIZE << (doublings + 1)) <= limit) {
+        ++doublings;
+    }
+    return std::min(limit, USUAL_SIZE << (doublings > 0 ? 1 + Pick(random, doublings) : 0));
+}
+
+// What stands in the place of a line when it is repeated for the nth time.
+using CRepeated = std::string (*)(const std::string& line, size_t number);
+
+std::string Same(const std::string& line, size_t) {
+    return line + '\n';
+}
+
+std::string OneLine(const std::string& line, size_t) {
+    return line + ' ';
+}
+
+std::string NumberedKey(const std::string& line, size_t number) {
+    const size_t end = std::min(line.find_first_of(":=|"), line.size());
+    return line.substr(0, end) + "(" + std::to_string(number) + ")" + line.substr(end) + '\n';
+}
+
+std::string NumberedEnd(const std::string& line, size_t number) {
+    return line + " (" + std::to_string(number) + ")\n";
+}
+
+// Of an item list: below the one before.
+std::string Nested(const std::string& line, size_t number) {
+    const std::string parent = number == 0 ? "" : std::to_string(number - 1);
+    return parent + " | " + std::to_string(number) +
+           line.substr(std::min(line.find(" | "), line.size())) + '\n';
+}
+
+// One line after the other, or all of them, again and again.
+size_t StoreLarge(const CLines& lines, uint8_t* out, size_t maxSize, CRandom& random) {
+    static constexpr CRepeated FORMS[] = {Same, Same, OneLine, NumberedKey, NumberedEnd, Nested};
+    const CRepeated form = FORMS[Pick(random, std::size(FORMS))];
+    const size_t size = PickLargeSize(maxSize, random);
+    const size_t share = Pick(random, 2) == 0 ? 1 : size / lines.size();  // bytes of a line in turn
+    std::string text;
+    size_t number = 0;
+    for (size_t i = 0; text.size() < size; ++i) {
+        const std::string& line = lines[i % lines.size()];
+        const size_t end = text.size() + share;
+        do {
+            text += form(line, number++);
+        } while (text.size() < end);
+    }
+    std::copy_n(text.begin(), size, out);
+    return size;
+}
+
 }  // namespace
 
 size_t LLVMFuzzerCustomMutator(uint8_t* data, size_t size, size_t maxSize, unsigned int seed) {
     CRandom random(seed);
-    if (Pick(random, 2) == 0) {
-        return LLVMFuzzerMutate(data, size, maxSize);
+    CLines lines = PickLines(data, size, random);
+    if (Pick(random, LARGE_SHARE) == 0 && !lines.empty() && maxSize > USUAL_SIZE) {
+        return StoreLarge(lines, data, maxSize, random);
     }
-    const std::string text = qorfuzz::InputText(data, size);
-    CLines lines = CopyOf(qorfuzz::LinesOf(text));
+    const size_t most = std::min(maxSize, USUAL_SIZE);
+    if (Pick(random, 2) == 0) {
+        return LLVMFuzzerMutate(data, Store(lines, true, data, most), most);
+    }
     for (size_t left = 1 + Pick(random, 3); left > 0; --left) {
         Mutate(lines, random);
     }
-    return Store(lines, Pick(random, 8) != 0, data, maxSize);
+    return Store(lines, Pick(random, 8) != 0, data, most);
 }
 
 // The beginning of one input and the end of another.
 size_t LLVMFuzzerCustomCrossOver(const uint8_t* data1, size_t size1, const uint8_t* data2,
                                  size_t size2, uint8_t* out, size_t maxOutSize, unsigned int seed) {
     CRandom random(seed);
-    const std::string first = qorfuzz::InputText(data1, size1);
-    const std::string second = qorfuzz::InputText(data2, size2);
-    CLines lines = CopyOf(qorfuzz::LinesOf(first));
-    CLines rest = CopyOf(qorfuzz::LinesOf(second));
+    CLines lines = PickLines(data1, size1, random);
+    CLines rest = PickLines(data2, size2, random);
     lines.erase(PickPlace(lines, random), lines.end());
     lines.insert(lines.end(), PickPlace(rest, random), rest.end());
-    return Store(lines, true, out, maxOutSize);
+    return Store(lines, true, out, std::min(maxOutSize, USUAL_SIZE));
 }

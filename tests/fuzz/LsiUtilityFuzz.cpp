@@ -2,6 +2,7 @@
 #include <climits>
 #include <cstdlib>
 
+#include "Depth.h"
 #include "Fuzz.h"
 #include "Server.h"
 #include "presence/CMSRAID_MegaStorCLI.h"
@@ -45,6 +46,11 @@ void DemandPresence(const DevicePCIID& controller, const CToolReport& report,
            "disks are present where more than 0 are counted");
 }
 
+void Fuzz(const std::string& report) {
+    DemandPresence({"VEN_8086", "DEV_0000"}, {MEGACLI_COMMAND, report}, MEGACLI_KEY);
+    DemandPresence({"VEN_1000", "DEV_005D"}, {STORCLI_COMMAND, report}, STORCLI_KEY);
+}
+
 }  // namespace
 
 std::vector<std::string_view> qorfuzz::Vocabulary() {
@@ -59,8 +65,6 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 }
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string report = InputText(data, size);
-    DemandPresence({"VEN_8086", "DEV_0000"}, {MEGACLI_COMMAND, report}, MEGACLI_KEY);
-    DemandPresence({"VEN_1000", "DEV_005D"}, {STORCLI_COMMAND, report}, STORCLI_KEY);
+    qorfuzz::FuzzInput(data, size, Fuzz);
     return 0;
 }

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <vector>
 
+#include "Depth.h"
 #include "Fuzz.h"
 
 namespace fs = std::filesystem;
@@ -31,6 +32,7 @@ std::vector<fs::path> FilesOf(const fs::path& directory) {
 
 int main(int argc, char** argv) {
     LLVMFuzzerInitialize(&argc, &argv);
+    qorfuzz::LookAtAllBothWays();
     size_t count = 0;
     for (int i = 1; i < argc; ++i) {
         for (const fs::path& file : FilesOf(argv[i])) {

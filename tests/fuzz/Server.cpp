@@ -11,9 +11,14 @@
 #include <string_view>
 #include <utility>
 
+#include "Depth.h"
 #include "Fuzz.h"
+#include "MemoryFiles.h"
 #include "PrivateMounts.h"
+#include "TraceProperties.h"
 #include "cli/ExecForeignModule.h"
+
+namespace fs = std::filesystem;
 
 namespace qorfuzz {
 namespace {
@@ -44,7 +49,11 @@ const std::string& UtilityAnswer(const std::string& command) {
     return UtilityReport().text;
 }
 
-void WriteText(const char* path, std::string_view text) {
+void WriteText(const char* path, const std::string& text) {
+    if (Depth() == EDepth::QUICK) {
+        PutMemoryFile(path, text);
+        return;
+    }
     constexpr mode_t OWNER_ONLY = 0600;
     const int fd = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, OWNER_ONLY);
     Demand(fd >= 0, "the simulated server takes files", path);
@@ -53,7 +62,16 @@ void WriteText(const char* path, std::string_view text) {
     close(fd);
 }
 
+// Every request makes the directory again. It cannot be removed with a file in it.
+bool HoldsResultFile() {
+    return Depth() == EDepth::QUICK ? MemoryFilesBelow(RESULT_DIR) > 0
+                                    : rmdir(RESULT_DIR) != 0 && errno != ENOENT;
+}
+
 int FreeDescriptor() {
+    if (Depth() == EDepth::QUICK) {
+        return static_cast<int>(OpenMemoryFiles());
+    }
     const int fd = dup(STDERR_FILENO);
     close(fd);
     return fd;
@@ -76,8 +94,7 @@ void WriteServerFile(const char* path, const std::string& text) {
 CLeavesNothing::CLeavesNothing() : m_FreeDescriptor(FreeDescriptor()) {}
 
 CLeavesNothing::~CLeavesNothing() {
-    // Every request makes the directory again. It cannot be removed with a file in it.
-    Demand(rmdir(RESULT_DIR) == 0 || errno == ENOENT, "no result file is left");
+    Demand(!HoldsResultFile(), "no result file is left");
     Demand(FreeDescriptor() == m_FreeDescriptor, "no descriptor is left");
 }
 
@@ -85,14 +102,17 @@ CLeavesNothing::~CLeavesNothing() {
 
 extern "C" {
 
-int LLVMFuzzerInitialize(int*, char***) {
-    // Trace lines are written, so that what they do with the input is seen, too; but for those that
-    // tell the flow only, which take most of the time.
-    setenv("QOR_TRACE", "file:/dev/null:19", 0);
+int LLVMFuzzerInitialize(int* argc, char*** argv) {
+    if (std::any_of(*argv + 1, *argv + *argc,
+                    [](const char* argument) { return fs::is_regular_file(argument); })) {
+        qorfuzz::LookAtAllBothWays();
+    }
+    setenv("QOR_TRACE", "none", 0);
+    qorfuzz::LookAtTrace(true);
     qorsim::EnterPrivateMounts();
-    std::filesystem::create_directories("/opt/tarmica/qor/provider/tmp");
-    std::filesystem::create_directories("/opt/tarmica/qor/kam/work");
-    std::filesystem::create_directories(qorfuzz::TOOL_DIR);
+    fs::create_directories("/opt/tarmica/qor/provider/tmp");
+    fs::create_directories("/opt/tarmica/qor/kam/work");
+    fs::create_directories(qorfuzz::TOOL_DIR);
     qorfuzz::WriteText("/opt/tarmica/krz/cli/krzcli", "");
     return 0;
 }

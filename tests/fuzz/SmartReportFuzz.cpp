@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "Depth.h"
 #include "Fuzz.h"
 #include "ReportFuzz.h"
 #include "ReportVocabulary.h"
@@ -133,6 +134,14 @@ bool HoldsTableOutOfRange(const std::string& report) {
     return false;
 }
 
+void Fuzz(const std::string& report) {
+    CMSRAID_PDSMInfoGetter getter;
+    FuzzGetter(
+        getter, [&](ItemList& items) { return getter.GetInfo(0, 252, 3, items); },
+        {{"krzcli -ldpdinfo -a0", report}, {"krzcli -pdinfo -pd[252:3] -a0", report}},
+        {.root = "Physical Drive Information", .isOutOfRange = HoldsTableOutOfRange(report)});
+}
+
 }  // namespace
 
 std::vector<std::string_view> qorfuzz::Vocabulary() {
@@ -140,11 +149,6 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 }
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string report = InputText(data, size);
-    CMSRAID_PDSMInfoGetter getter;
-    FuzzGetter(
-        getter, [&](ItemList& items) { return getter.GetInfo(0, 252, 3, items); },
-        {{"krzcli -ldpdinfo -a0", report}, {"krzcli -pdinfo -pd[252:3] -a0", report}},
-        {.root = "Physical Drive Information", .isOutOfRange = HoldsTableOutOfRange(report)});
+    qorfuzz::FuzzInput(data, size, Fuzz);
     return 0;
 }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "Depth.h"
 #include "Fuzz.h"
 #include "SvpForm.h"
 
@@ -55,10 +56,7 @@ bool IsSame(const qorctl::CSvpEntry& a, const qorctl::CSvpEntry& b) {
            a.value == b.value;
 }
 
-}  // namespace
-
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string text = InputText(data, size);
+void Fuzz(const std::string& text) {
     std::string problem;
     const auto entries = qorctl::DecodeSvpForm(text, problem);
     Demand(entries.has_value() == problem.empty(), "a refusal says why", problem);
@@ -66,11 +64,17 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto others = qorctl::DecodeSvpForm(OtherForm(text), otherProblem);
     Demand(entries.has_value() == others.has_value(), "case and white space mean nothing");
     if (!entries) {
-        return 0;
+        return;
     }
     Demand(std::equal(entries->begin(), entries->end(), others->begin(), others->end(), IsSame),
            "case and white space mean nothing");
-    DemandOrder(*entries, size);
+    DemandOrder(*entries, text.size());
     DemandLines(*entries);
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    qorfuzz::FuzzInput(data, size, Fuzz);
     return 0;
 }

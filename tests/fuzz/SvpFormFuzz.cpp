@@ -1,12 +1,22 @@
 // The service-processor form of arbitrary item lists, and the reading of it.
+#include "Depth.h"
 #include "Fuzz.h"
 #include "ItemListInput.h"
 #include "ItemProperties.h"
 
-int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+namespace {
+
+using namespace qorfuzz;
+
+void Fuzz(const std::string& text) {
     CItemListOwner items;
-    const std::string text = qorfuzz::InputText(data, size);
     qorfuzz::ReadItems(text, items);
     qorfuzz::DemandForm(items);
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    qorfuzz::FuzzInput(data, size, Fuzz);
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "Depth.h"
 #include "Fuzz.h"
 #include "Server.h"
 #include "cli/CMSRAID_KRZ.h"
@@ -36,6 +37,21 @@ void DemandNumbers(const std::string& version) {
            version);
 }
 
+void Fuzz(const std::string& report) {
+    const std::optional<std::string> expected =
+        report.starts_with("Error - ") ? std::string() : VersionIn(report);
+    LetToolPrint({{"krzcli -v", report}});
+    const CLeavesNothing check;
+    try {
+        const std::string version =
+            CMSRAID_KRZ::GetKRZVersion("/opt/tarmica/qor/provider/tmp/version.txt");
+        Demand(expected == version, "the version is that of its line", version);
+        DemandNumbers(version);
+    } catch (const std::out_of_range&) {
+        Demand(!expected, "only a version line that ends at its colon is out of range");
+    }
+}
+
 }  // namespace
 
 std::vector<std::string_view> qorfuzz::Vocabulary() {
@@ -51,18 +67,6 @@ std::vector<std::string_view> qorfuzz::Vocabulary() {
 }
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string report = InputText(data, size);
-    const std::optional<std::string> expected =
-        report.starts_with("Error - ") ? std::string() : VersionIn(report);
-    LetToolPrint({{"krzcli -v", report}});
-    const CLeavesNothing check;
-    try {
-        const std::string version =
-            CMSRAID_KRZ::GetKRZVersion("/opt/tarmica/qor/provider/tmp/version.txt");
-        Demand(expected == version, "the version is that of its line", version);
-        DemandNumbers(version);
-    } catch (const std::out_of_range&) {
-        Demand(!expected, "only a version line that ends at its colon is out of range");
-    }
+    qorfuzz::FuzzInput(data, size, Fuzz);
     return 0;
 }
