@@ -56,6 +56,8 @@ namespace {
 constexpr int FIRST_DESCRIPTOR = 1'000'000'000;  // no process has so many
 constexpr int WRITE_DESCRIPTOR = FIRST_DESCRIPTOR - 1;
 
+constexpr size_t MOST_FOUND = 64;
+
 struct CMemoryFile {
     std::string path;
     std::shared_ptr<const std::string> text;
@@ -302,6 +304,9 @@ bool __wrap__ZN6comlib9GetStatusEPKcR4stat(const char* path, struct stat& status
     const auto known = Files().found.find(std::string_view(path));
     if (known == Files().found.end()) {
         const bool isThere = __real__ZN6comlib9GetStatusEPKcR4stat(path, status);
+        if (Files().found.size() == qorfuzz::MOST_FOUND) {
+            Files().found.clear();
+        }
         Files().found.emplace(path, std::pair(isThere, status));
         return isThere;
     }
