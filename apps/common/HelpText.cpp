@@ -81,13 +81,17 @@ std::string CHelpText::make_help(const CLI::App* app, std::string name,
 
 CLI::Validator NumberFromTo(long long least, long long most) {
     const std::string limits = std::to_string(least) + " to " + std::to_string(most);
-    const auto check = [=](const std::string& text) {
+    const auto check = [=](std::string& text) {
         const char* const end = text.data() + text.size();
         long long number = 0;
         const auto result = std::from_chars(text.data(), end, number);
         const bool isFit =
             result.ec == std::errc() && result.ptr == end && number >= least && number <= most;
-        return isFit ? "" : "must be a number from " + limits + ", is " + text;
+        if (!isFit) {
+            return "must be a number from " + limits + ", is " + text;
+        }
+        text = std::to_string(number);
+        return std::string();
     };
     return CLI::Validator(check,
                           "INT in [" + std::to_string(least) + " - " + std::to_string(most) + "]");

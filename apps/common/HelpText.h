@@ -15,7 +15,8 @@ public:
                           CLI::AppFormatMode mode) const override;
 };
 
-// A whole number of an option's, with a message of our own.
+// A whole number of an option's, with a message of our own. To be given to transform(): the library
+// takes a number with a zero in front for an octal one, so that its text becomes one without.
 CLI::Validator NumberFromTo(long long least, long long most);
 
 }  // namespace qorapps

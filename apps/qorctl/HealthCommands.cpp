@@ -83,7 +83,7 @@ void AddThresholds(CLI::App* command, const std::string& name, CThresholds& thre
             ->add_option("--" + name + "-" + severity, *value,
                          what + " above this is " + severity + "; " + std::to_string(*value) +
                              " when not given")
-            ->check(qorapps::NumberFromTo(0, MAX_THRESHOLD))
+            ->transform(qorapps::NumberFromTo(0, MAX_THRESHOLD))
             ->type_name("NUMBER");
     }
 }
@@ -126,7 +126,7 @@ void AddCheck(CLI::App& app, int& status) {
     command
         ->add_option("--hold", options.holdHours,
                      "Hours for which growth is a warning; 24 when not given")
-        ->check(qorapps::NumberFromTo(0, MAX_HOLD))
+        ->transform(qorapps::NumberFromTo(0, MAX_HOLD))
         ->type_name("HOURS");
     command->callback([line, &status] { status = RunCheckCommand(line->plugin, line->options); });
 }
@@ -147,12 +147,12 @@ void AddWatch(CLI::App& app, int& status) {
     command
         ->add_option("--interval", line->options.interval,
                      "Seconds from one request to the next; 60 when not given")
-        ->check(qorapps::NumberFromTo(1, MAX_SECONDS))
+        ->transform(qorapps::NumberFromTo(1, MAX_SECONDS))
         ->type_name("SECONDS");
     command
         ->add_option("--count", line->options.count,
                      "End after so many requests; 0, when not given: go on until interrupted")
-        ->check(qorapps::NumberFromTo(0, MAX_COUNT))
+        ->transform(qorapps::NumberFromTo(0, MAX_COUNT))
         ->type_name("NUMBER");
     command->callback(
         [line, &status] { status = RunWatchCommand(line->plugin, line->options, line->format); });

@@ -37,11 +37,11 @@ void AddNewCommand(CLI::App& app, int& status) {
     command->add_option("--controllers", options->size.controllers, "RAID controllers")
         ->required()
         ->type_name("N")
-        ->check(qorapps::NumberFromTo(0, MAX_CONTROLLERS));
+        ->transform(qorapps::NumberFromTo(0, MAX_CONTROLLERS));
     command->add_option("--drives", options->size.drives, "Physical drives of all controllers")
         ->required()
         ->type_name("N")
-        ->check(qorapps::NumberFromTo(0, MAX_DRIVES));
+        ->transform(qorapps::NumberFromTo(0, MAX_DRIVES));
     command->add_option("--seed", options->size.seed, "A number; another one gives another host")
         ->required()
         ->type_name("S");

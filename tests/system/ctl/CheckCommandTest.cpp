@@ -296,6 +296,12 @@ TEST_F(CheckCommandTest, ServerWithoutHardwareIsWhatTheOptionSays) {
               "RAID OK - no RAID controller or PCIe SSD was found\n");
 }
 
+TEST_F(CheckCommandTest, NumberWithZerosInFrontIsDecimal) {
+    EXPECT_EQ(Check(Server(), {"--temperature-warning", "031"}).status, 0);
+    EXPECT_EQ(Check(Server(), {"--temperature-warning", "030"}).status, 1);
+    EXPECT_EQ(Check(Server(), {"--temperature-warning", "08"}).status, 1);
+}
+
 TEST_F(CheckCommandTest, CommandLineThatIsNotUnderstoodIsUnknown) {
     const std::vector<std::vector<std::string>> wrong = {
         {"--unknown"},
