@@ -1,5 +1,7 @@
 // The configuration file and QOR_TRACE: where the trace goes, and the install path. The first line
 // of the input is QOR_TRACE, the rest is the file.
+#include <strings.h>
+
 #include <climits>
 #include <cstdlib>
 #include <filesystem>

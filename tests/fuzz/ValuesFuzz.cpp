@@ -68,7 +68,7 @@ void DemandAddress(const std::string& text) {
 void DemandOption(const std::string& text) {
     long long number = -1;
     CLI::App app;
-    app.add_option("--number", number)->check(qorapps::NumberFromTo(0, LIMIT_OF_OPTION));
+    app.add_option("--number", number)->transform(qorapps::NumberFromTo(0, LIMIT_OF_OPTION));
     CNumber expected = Digits(text.starts_with('-') ? text.substr(1) : text);
     expected = text.starts_with('-') && expected != 0 ? std::nullopt : expected;
     bool accepted = true;
