@@ -16,6 +16,7 @@ void Demand(bool holds, const char* property, std::string_view detail) {
 
 std::vector<std::string_view> LinesOf(std::string_view text) {
     std::vector<std::string_view> lines;
+    lines.reserve(static_cast<size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
     while (!text.empty()) {
         const size_t end = std::min(text.find('\n'), text.size());
         lines.push_back(text.substr(0, end));

@@ -122,8 +122,8 @@ size_t Store(const CLines& lines, bool lastIsEnded, uint8_t* out, size_t maxSize
 }
 
 // All lines, or a few in a row.
-CLineViews PieceOf(CLineViews lines, size_t size, CRandom& random) {
-    if (lines.empty() || (size <= USUAL_SIZE && Pick(random, WHOLE_SHARE) == 0)) {
+CLineViews PieceOf(const CLineViews& lines, CRandom& random) {
+    if (lines.empty() || Pick(random, WHOLE_SHARE) == 0) {
         return lines;
     }
     const size_t begin = Pick(random, lines.size());
@@ -132,9 +132,11 @@ CLineViews PieceOf(CLineViews lines, size_t size, CRandom& random) {
     return {first, first + static_cast<std::ptrdiff_t>(count)};
 }
 
+// Of a large input, only a part is taken apart.
 CLines PickLines(const uint8_t* data, size_t size, CRandom& random) {
-    const std::string text = qorfuzz::InputText(data, size);
-    const CLineViews piece = PieceOf(qorfuzz::LinesOf(text), size, random);
+    const size_t begin = size > USUAL_SIZE ? Pick(random, size - USUAL_SIZE) : 0;
+    const std::string text = qorfuzz::InputText(data + begin, std::min(size, USUAL_SIZE));
+    const CLineViews piece = PieceOf(qorfuzz::LinesOf(text), random);
     return {piece.begin(), piece.end()};
 }
 
