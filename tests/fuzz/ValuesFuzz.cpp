@@ -53,15 +53,12 @@ CNumber Digits(std::string_view text) {
 }
 
 void DemandAddress(const std::string& text) {
-    CNumber expected = Digits(text);
-    if (expected.value_or(0) > qorctl::MAX_ADDRESS_NUMBER) {
-        expected.reset();
-    }
-    const auto number = qorctl::ReadAddressNumber(text);
-    Demand(number.has_value() == expected.has_value() && number.value_or(0) == expected.value_or(0),
+    const long long digits = Digits(text).value_or(-1);
+    const bool isAddress = digits >= 0 && digits <= qorctl::MAX_ADDRESS_NUMBER;
+    Demand(qorctl::ReadAddressNumber(text).value_or(-1) == (isAddress ? digits : -1),
            "an address is digits", text);
     const auto address = qorctl::ReadDriveAddress(text, "252", text);
-    Demand(address.has_value() == expected.has_value(), "an address is three numbers", text);
+    Demand(address.has_value() == isAddress, "an address is three numbers", text);
 }
 
 // A threshold, a duration, a count: the number that is stored is the one that was written.
@@ -69,8 +66,9 @@ void DemandOption(const std::string& text) {
     long long number = -1;
     CLI::App app;
     app.add_option("--number", number)->transform(qorapps::NumberFromTo(0, LIMIT_OF_OPTION));
-    CNumber expected = Digits(text.starts_with('-') ? text.substr(1) : text);
-    expected = text.starts_with('-') && expected != 0 ? std::nullopt : expected;
+    const bool isNegative = text.starts_with('-');
+    const long long digits = Digits(isNegative ? text.substr(1) : text).value_or(-1);
+    const bool isFit = digits >= 0 && digits <= (isNegative ? 0 : LIMIT_OF_OPTION);
     bool accepted = true;
     try {
         std::vector<std::string> arguments = {"--number=" + text};
@@ -78,9 +76,8 @@ void DemandOption(const std::string& text) {
     } catch (const CLI::ParseError&) {
         accepted = false;
     }
-    const bool isFit = expected && *expected <= LIMIT_OF_OPTION;
     Demand(accepted == isFit, "an option takes the numbers of its range", text);
-    Demand(!accepted || number == *expected, "an option has the number that was written", text);
+    Demand(!accepted || number == digits, "an option has the number that was written", text);
 }
 
 struct CUnit {
