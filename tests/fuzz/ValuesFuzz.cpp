@@ -63,9 +63,11 @@ void DemandAddress(const std::string& text) {
 
 // A threshold, a duration, a count: the number that is stored is the one that was written.
 void DemandOption(const std::string& text) {
-    long long number = -1;
-    CLI::App app;
-    app.add_option("--number", number)->transform(qorapps::NumberFromTo(0, LIMIT_OF_OPTION));
+    static long long number = -1;
+    static CLI::App app;
+    static const CLI::Option* const option =
+        app.add_option("--number", number)->transform(qorapps::NumberFromTo(0, LIMIT_OF_OPTION));
+    static_cast<void>(option);
     const bool isNegative = text.starts_with('-');
     const long long digits = Digits(isNegative ? text.substr(1) : text).value_or(-1);
     const bool isFit = digits >= 0 && digits <= (isNegative ? 0 : LIMIT_OF_OPTION);
