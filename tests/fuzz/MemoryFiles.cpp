@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-#include "comlib/Kernel.h"
+#include "util/Kernel.h"
 
 // The linker's names of the calls that are redirected, and of what they were.
 extern "C" {
@@ -32,8 +32,8 @@ off64_t __real_lseek64(int fd, off64_t offset, int whence);
 int __real_close(int fd);
 int __real_unlink(const char* path);
 int __real_mkdir(const char* path, mode_t mode);
-bool __real__ZN6comlib9GetStatusEPKcR4stat(const char* path, struct stat& status);
-bool __real__ZN6comlib9GetStatusEiR4stat(int fd, struct stat& status);
+bool __real__ZN4util9GetStatusEPKcR4stat(const char* path, struct stat& status);
+bool __real__ZN4util9GetStatusEiR4stat(int fd, struct stat& status);
 
 int __wrap_open(const char* path, int flags, ...);
 FILE* __wrap_fopen64(const char* path, const char* mode);
@@ -46,8 +46,8 @@ off64_t __wrap_lseek64(int fd, off64_t offset, int whence);
 int __wrap_close(int fd);
 int __wrap_unlink(const char* path);
 int __wrap_mkdir(const char* path, mode_t mode);
-bool __wrap__ZN6comlib9GetStatusEPKcR4stat(const char* path, struct stat& status);
-bool __wrap__ZN6comlib9GetStatusEiR4stat(int fd, struct stat& status);
+bool __wrap__ZN4util9GetStatusEPKcR4stat(const char* path, struct stat& status);
+bool __wrap__ZN4util9GetStatusEiR4stat(int fd, struct stat& status);
 }
 
 namespace qorfuzz {
@@ -293,9 +293,9 @@ int __wrap_mkdir(const char* path, mode_t mode) {
     return result;
 }
 
-bool __wrap__ZN6comlib9GetStatusEPKcR4stat(const char* path, struct stat& status) {
+bool __wrap__ZN4util9GetStatusEPKcR4stat(const char* path, struct stat& status) {
     if (!Files().inUse) {
-        return __real__ZN6comlib9GetStatusEPKcR4stat(path, status);
+        return __real__ZN4util9GetStatusEPKcR4stat(path, status);
     }
     if (const qorfuzz::CMemoryFile* file = Files().Find(path); file != nullptr) {
         qorfuzz::Describe(*file->text, file->number, status);
@@ -303,7 +303,7 @@ bool __wrap__ZN6comlib9GetStatusEPKcR4stat(const char* path, struct stat& status
     }
     const auto known = Files().found.find(std::string_view(path));
     if (known == Files().found.end()) {
-        const bool isThere = __real__ZN6comlib9GetStatusEPKcR4stat(path, status);
+        const bool isThere = __real__ZN4util9GetStatusEPKcR4stat(path, status);
         if (Files().found.size() == qorfuzz::MOST_FOUND) {
             Files().found.clear();
         }
@@ -314,10 +314,10 @@ bool __wrap__ZN6comlib9GetStatusEPKcR4stat(const char* path, struct stat& status
     return known->second.first;
 }
 
-bool __wrap__ZN6comlib9GetStatusEiR4stat(int fd, struct stat& status) {
+bool __wrap__ZN4util9GetStatusEiR4stat(int fd, struct stat& status) {
     if (const qorfuzz::CHandle* handle = Files().Handle(fd); handle != nullptr) {
         qorfuzz::Describe(*handle->text, handle->number, status);
         return true;
     }
-    return __real__ZN6comlib9GetStatusEiR4stat(fd, status);
+    return __real__ZN4util9GetStatusEiR4stat(fd, status);
 }

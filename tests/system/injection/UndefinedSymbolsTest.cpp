@@ -58,6 +58,7 @@ const std::map<std::string, const char*>& NeverFailing() {
         {"setpgid", "fails for a session leader and after an exec, and the new child is neither"},
         {"pipe", "called where there is no null device; two descriptors are free then"},
         {"__cxa_atexit", "asks for memory while the library is loaded"},
+        {"__register_atfork", "asks for memory while the library is loaded"},
         {"free", RELEASES},
         {"closedir", RELEASES},
         {"munmap", RELEASES},

@@ -97,7 +97,7 @@ TEST_F(Failure, UnwritableResultDirectoryIsError01AndTracedWithItsPlace) {
 
 TEST_F(Failure, FullDiskIsError01) {
     std::filesystem::create_directories(qortest::RESULT_DIR);
-    ASSERT_EQ(mount("full", qortest::RESULT_DIR, "tmpfs", 0, "size=4k,nr_inodes=8"), 0);
+    ASSERT_EQ(mount("full", qortest::RESULT_DIR, "tmpfs", 0, "mode=0700,size=4k,nr_inodes=8"), 0);
     {
         std::string report;
         for (int i = 0; i < 1000; ++i) {
@@ -116,7 +116,7 @@ TEST_F(Failure, FullDiskIsError01) {
 
 TEST_F(Failure, DiskWithoutRoomForAFileIsError01) {
     std::filesystem::create_directories(qortest::RESULT_DIR);
-    ASSERT_EQ(mount("full", qortest::RESULT_DIR, "tmpfs", 0, "nr_inodes=1"), 0);
+    ASSERT_EQ(mount("full", qortest::RESULT_DIR, "tmpfs", 0, "mode=0700,nr_inodes=1"), 0);
     {
         const CStandInTool tool;
         const CLoadedPlugin plugin;
