@@ -27,7 +27,7 @@ namespace {
 
 using std::chrono::steady_clock;
 
-constexpr int BROKEN = 96;  // the recording itself is broken: no status of a tool
+constexpr int BROKEN_RECORDING = 96;  // the recording itself is broken: no status of a tool
 constexpr int NOT_RUNNABLE = 126;
 
 std::string Note(const std::string& name) {
@@ -36,7 +36,7 @@ std::string Note(const std::string& name) {
 
 int Fail(const std::string& error) {
     Complain("qorsim: cannot record", error);
-    return BROKEN;
+    return BROKEN_RECORDING;
 }
 
 void Redirect(const std::string& path, int channel) {
