@@ -10,6 +10,9 @@
 
 namespace {
 
+// About what an entry of the map of groups takes besides its text.
+constexpr size_t MEMORY_OF_EMPTY_ENTRY = sizeof(std::pair<long, std::string>) + 6 * sizeof(void*);
+
 bool IsRGHeader(const std::string& line) {
     return BeginsWithNumbered(line, CMSRAID_InfoGetter::RG_NO_HEAD) ||
            BeginsWithNumbered(line, CMSRAID_InfoGetter::S_RG_NO_HEAD) ||
@@ -66,7 +69,7 @@ void CMSRAID_LDInfoGetter::ReadPDRGNo(std::ifstream& stream, std::map<long, std:
         } else if (line.starts_with(pdHead) && Contains(line, "(") && !group.empty()) {
             const std::string_view number =
                 line.substr(pdHead.size(), line.find('(') - pdHead.size());
-            TakeMemory(sizeof(long) + sizeof(group) + 6 * sizeof(void*) + group.size());
+            TakeMemory(MEMORY_OF_EMPTY_ENTRY + group.size());
             mapRGNo.emplace(CStringUtil::TStringToNumber(Trimmed(number)), group);
         }
     }
