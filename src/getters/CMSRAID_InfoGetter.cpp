@@ -17,7 +17,7 @@ constexpr const char* ERR_TIMEOUT = "05";
 constexpr size_t NAME_BUFFER_SIZE = 768;
 // Half a gigabyte for the items of one getter: of 16 MB of usual lines and of tables of SMART data.
 constexpr size_t ITEM_MEMORY = size_t{512} << 20;
-constexpr size_t MEMORY_OF_EMPTY_ITEM = sizeof(CItemDisp) + 5 * sizeof(void*);
+constexpr size_t MEMORY_OF_EMPTY_ITEM = 200;  // about, with either kind of std::string
 
 }  // namespace
 

@@ -17,8 +17,8 @@ using CRecords = std::vector<CRecord>;
 
 const char* const DRIVE = "Physical Drive Information";
 const char* const GENERAL = "### General Information ###";
-constexpr int MANY = 20'001;
-constexpr size_t LONG = 1'000'000;
+constexpr int MANY = MANY_NAMES;
+constexpr size_t LONG = LONG_TEXT_SIZE;
 
 const std::vector<std::vector<std::string>> OUTPUTS = {
     {"raid"},
