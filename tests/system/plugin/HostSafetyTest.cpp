@@ -13,12 +13,14 @@
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "Footprint.h"
 #include "LoadedPluginTest.h"
+#include "RepeatingTool.h"
 
 namespace {
 
@@ -224,6 +226,57 @@ TEST_F(HostSafety, CancelledThreadEndsItsRequestFirst) {
         std::this_thread::yield();
     }
     EXPECT_TRUE(request.EndsBehindTheRequest());
+}
+
+// Runs an operation in a thread that is cancelled already; true if it came to its end all the same.
+bool ComesToItsEndWhenCancelled(const std::function<void()>& operation) {
+    struct CRun {
+        const std::function<void()>& operation;
+        bool ended = false;
+    };
+    CRun run = {operation};
+    pthread_t thread = {};
+    pthread_create(
+        &thread, nullptr,
+        [](void* argument) -> void* {
+            pthread_cancel(pthread_self());
+            auto& self = *static_cast<CRun*>(argument);
+            self.operation();
+            self.ended = true;
+            pthread_testcancel();
+            return nullptr;
+        },
+        &run);
+    void* result = nullptr;
+    pthread_join(thread, &result);
+    EXPECT_EQ(result, PTHREAD_CANCELED) << "afterwards";
+    return run.ended;
+}
+
+TEST_F(HostSafety, NoOperationIsCancelled) {
+    qortest::WriteRepeatingTool();
+    const CLoadedPlugin plugin;
+    CAnswer answer;
+    char* document = nullptr;
+    std::string digits;
+    unsigned long exitCode = 0;
+    EXPECT_TRUE(ComesToItsEndWhenCancelled([&] { answer = GetStorageInfo(plugin); }));
+    EXPECT_EQ(answer.result, 1);
+    EXPECT_TRUE(ComesToItsEndWhenCancelled(
+        [&] { plugin->XmlSerialize(0, "raid", &answer.items, &document); }));
+    EXPECT_NE(document, nullptr);
+    EXPECT_TRUE(ComesToItsEndWhenCancelled([&] { plugin->FreeItemList(&answer.items); }));
+    EXPECT_TRUE(answer.items.empty());
+    EXPECT_TRUE(ComesToItsEndWhenCancelled([&] { answer = GetRAIDInfo(plugin); }));
+    plugin->FreeItemList(&answer.items);
+    EXPECT_TRUE(ComesToItsEndWhenCancelled([&] { answer = GetPDInfo(plugin); }));
+    plugin->FreeItemList(&answer.items);
+    EXPECT_TRUE(ComesToItsEndWhenCancelled([&] {
+        plugin->GetCtrlPDInfoBinaryString(&digits, &answer.errorCode, &answer.noticeCode);
+    }));
+    EXPECT_NE(digits, "");
+    EXPECT_TRUE(ComesToItsEndWhenCancelled(
+        [&] { plugin->KRZExecCli("krzcli -v", &exitCode, "/opt/tarmica/out"); }));
 }
 
 }  // namespace

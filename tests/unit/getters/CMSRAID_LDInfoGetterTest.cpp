@@ -944,4 +944,31 @@ TEST_F(CMSRAID_LDInfoGetterTest, DamagedReportGivesItemsOrACleanFailure) {
     qortest::ExpectDamageIsHandled(getter, qortest::Golden("ld/cachecade.txt"), 42, 500);
 }
 
+// Each drive's entry holds the name of its group, too.
+TEST_F(CMSRAID_LDInfoGetterTest, LongGroupOfManyDrivesIsNotUnderstood) {
+    std::string report = "RG No. : " + std::string(1'000'000, 'g') + "\n";
+    for (int drive = 0; drive < 1000; ++drive) {
+        report += ">>PD" + std::to_string(drive) + " (\n";
+    }
+    m_Tool->Play("-ldpdinfo -a0", {.out = report});
+    CTestGetter getter;
+    std::map<long, std::string> groups;
+    EXPECT_FALSE(getter.GetPDRGNo(0, groups));
+    EXPECT_EQ(getter.ErrCode(), "04");
+    EXPECT_TRUE(groups.empty());
+}
+
+// A line of the list becomes five items, whose texts the report need not bring.
+TEST_F(CMSRAID_LDInfoGetterTest, ListThatTakesMoreMemoryIsNotUnderstood) {
+    std::string report = "RG0\n";
+    for (int line = 0; line < 700'000; ++line) {
+        report += ">LD0 (a, b, c)\n";
+    }
+    CMSRAID_LDInfoGetter getter;
+    const CRead read = Read(report, getter);
+    EXPECT_FALSE(read.result);
+    EXPECT_EQ(read.errCode, "04");
+    EXPECT_EQ(read.items, "");
+}
+
 }  // namespace
