@@ -12,6 +12,7 @@
 #include "Interrupt.h"
 #include "JsonReport.h"
 #include "JsonText.h"
+#include "ObjectNames.h"
 #include "Output.h"
 #include "StateFile.h"
 #include "TerminalText.h"
@@ -95,10 +96,6 @@ void SortFindings(std::vector<CHealthFinding>& findings) {
         findings.begin(), findings.end(), [](const CHealthFinding& one, const CHealthFinding& two) {
             return one.health != two.health && Worse(one.health, two.health) == one.health;
         });
-}
-
-std::string Counted(size_t count, const std::string& noun) {
-    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
 std::string FindingText(const CHealthFinding& finding) {
@@ -223,13 +220,6 @@ CCheckResult JudgePoll(CPoll poll, const CCheckOptions& options, int64_t now) {
     result.health = std::move(judged);
     result.poll = std::move(poll);
     return result;
-}
-
-std::string DescribeCounts(const CInventory& inventory) {
-    return Counted(inventory.controllers.size(), "controller") + ", " +
-           Counted(inventory.logicalDrives.size(), "volume") + ", " +
-           Counted(inventory.physicalDrives.size(), "drive") + ", " +
-           Counted(inventory.pcieSsds.size(), "PCIe SSD");
 }
 
 std::string FormatCheckText(const CCheckResult& result) {

@@ -35,9 +35,6 @@ struct CCheckResult {
 // Judges `poll`, the state file included; `now` in seconds since 1970.
 CCheckResult JudgePoll(CPoll poll, const CCheckOptions& options, int64_t now);
 
-// "1 controller, 3 volumes, 9 drives, 0 PCIe SSDs"
-std::string DescribeCounts(const CInventory& inventory);
-
 // The whole output, its lines ended: a summary with performance data and a line a detail, or JSON.
 std::string FormatCheckText(const CCheckResult& result);
 std::string FormatCheckJson(const CCheckResult& result);

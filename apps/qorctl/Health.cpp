@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <span>
+
+#include "ObjectNames.h"
 
 namespace qorctl {
 namespace {
@@ -86,16 +89,27 @@ constexpr CStateKey STATE_KEYS[] = {
     {"Status", SSD_STATES},
 };
 
+// What is judged and measured of an error counter.
+struct CCounterRule {
+    CCounter counter;
+    std::string_view name;  // in the state file
+    std::string_view rule;
+    std::string_view label;  // in performance data
+};
+
+constexpr CCounterRule COUNTER_RULES[] = {
+    {COUNTERS[0], "mediaErrors", "drive-media-errors", "media_errors"},
+    {COUNTERS[1], "otherErrors", "drive-other-errors", "other_errors"},
+    {COUNTERS[2], "predictiveFailures", "drive-predictive-failure", "predictive_failures"},
+};
+static_assert(std::size(COUNTER_RULES) == std::size(COUNTERS));
+
 // The row of `text`; null when it has no known meaning.
 const CState* FindState(const CText& text, std::span<const CState> states) {
     const auto found = std::find_if(states.begin(), states.end(), [&text](const CState& state) {
         return text && state.text == *text;
     });
     return found == states.end() ? nullptr : &*found;
-}
-
-std::string Shown(const CNumber& number) {
-    return number ? std::to_string(*number) : "?";
 }
 
 class CJudge {
@@ -221,27 +235,27 @@ void CJudge::Judge(const CPcieSsd& ssd) {
 }
 
 // "1 media error", "2 media errors"
-std::string CountText(long long value, const CCounterKind& kind) {
-    const size_t length = kind.noun.size() - (value == 1 ? 1 : 0);
-    return fmt::format("{} {}", value, kind.noun.substr(0, length));
+std::string CountText(long long value, const CCounterRule& row) {
+    const size_t length = row.counter.noun.size() - (value == 1 ? 1 : 0);
+    return fmt::format("{} {}", value, row.counter.noun.substr(0, length));
 }
 
 // Calls `judge` for each counter that is a number; states the others.
 using CCounterJudge =
-    std::function<void(const CPhysicalDrive&, const CCounterKind&, long long value)>;
+    std::function<void(const CPhysicalDrive&, const CCounterRule&, long long value)>;
 
 void ForEachCounter(const CInventory& inventory, CHealth& health, const CCounterJudge& judge) {
     for (const CPhysicalDrive& drive : inventory.physicalDrives) {
-        for (const CCounterKind& kind : COUNTERS) {
-            const CMeasure& value = drive.*kind.value;
+        for (const CCounterRule& row : COUNTER_RULES) {
+            const CMeasure& value = drive.*row.counter.value;
             if (!value) {
-                health.notReported.push_back({ObjectName(drive), kind.noun});
+                health.notReported.push_back({ObjectName(drive), row.counter.noun});
             } else if (!value->number) {
                 health.findings.push_back(
                     {EHealth::UNKNOWN, "unreadable-value", ObjectName(drive),
-                     fmt::format("unreadable number of {} \"{}\"", kind.noun, value->text)});
+                     fmt::format("unreadable number of {} \"{}\"", row.counter.noun, value->text)});
             } else {
-                judge(drive, kind, *value->number);
+                judge(drive, row, *value->number);
             }
         }
     }
@@ -302,19 +316,20 @@ void AddMeasure(CValues& values, std::string label, const CMeasure& measure,
 constexpr const char* ALSO_BELOW_ZERO = "~:";
 
 void AddDrive(CValues& values, const CPhysicalDrive& drive, const CHealthOptions& options) {
-    const std::string head = fmt::format("c{}_PD{}_", Shown(drive.controller), Shown(drive.number));
+    const std::string head =
+        fmt::format("c{}_PD{}_", NumberText(drive.controller), NumberText(drive.number));
     AddMeasure(values, head + "temperature", drive.temperature, "", ALSO_BELOW_ZERO,
                options.driveTemperature);
-    for (const CCounterKind& kind : COUNTERS) {
-        const CMeasure& value = drive.*kind.value;
+    for (const CCounterRule& row : COUNTER_RULES) {
+        const CMeasure& value = drive.*row.counter.value;
         if (value && value->number) {
-            values.push_back({head + std::string(kind.label), *value->number, "c", "", ""});
+            values.push_back({head + std::string(row.label), *value->number, "c", "", ""});
         }
     }
 }
 
 void AddSsd(CValues& values, const CPcieSsd& ssd, const CHealthOptions& options) {
-    const std::string head = fmt::format("ssd{}_", Shown(ssd.bus));
+    const std::string head = fmt::format("ssd{}_", NumberText(ssd.bus));
     AddMeasure(values, head + "temperature", ssd.temperature, "", ALSO_BELOW_ZERO,
                options.ssdTemperature);
     AddMeasure(values, head + "wear", ssd.used, "%", "", options.ssdWear);
@@ -341,22 +356,6 @@ EHealth CHealth::Overall() const {
         worst = Worse(worst, finding.health);
     }
     return worst;
-}
-
-std::string ObjectName(const CController& controller) {
-    return "controller " + Shown(controller.number);
-}
-
-std::string ObjectName(const CLogicalDrive& drive) {
-    return fmt::format("controller {} volume LD{}", Shown(drive.controller), Shown(drive.number));
-}
-
-std::string ObjectName(const CPhysicalDrive& drive) {
-    return fmt::format("controller {} drive PD{}", Shown(drive.controller), Shown(drive.number));
-}
-
-std::string ObjectName(const CPcieSsd& ssd) {
-    return "PCIe SSD " + Shown(ssd.bus);
 }
 
 EHealth JudgeState(std::string_view key, const std::string& value) {
@@ -392,10 +391,10 @@ CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) 
 
 void JudgeCounters(const CInventory& inventory, CHealth& health) {
     ForEachCounter(inventory, health,
-                   [&](const CPhysicalDrive& drive, const CCounterKind& kind, long long value) {
+                   [&](const CPhysicalDrive& drive, const CCounterRule& row, long long value) {
                        if (value != 0) {
-                           health.findings.push_back({EHealth::WARNING, kind.rule,
-                                                      ObjectName(drive), CountText(value, kind)});
+                           health.findings.push_back({EHealth::WARNING, row.rule, ObjectName(drive),
+                                                      CountText(value, row)});
                        }
                    });
 }
@@ -403,20 +402,20 @@ void JudgeCounters(const CInventory& inventory, CHealth& health) {
 void JudgeCountersByGrowth(const CInventory& inventory, CHealthState& state, int64_t now,
                            int64_t hold, CHealth& health) {
     const CDriveKeys keys(inventory);
-    ForEachCounter(
-        inventory, health,
-        [&](const CPhysicalDrive& drive, const CCounterKind& kind, long long value) {
-            const CCounterVerdict verdict = state.Take(keys.Of(drive), std::string(kind.name),
-                                                       static_cast<uint64_t>(value), now, hold);
-            if (verdict.growth != 0) {
-                health.findings.push_back(
-                    {EHealth::WARNING, kind.rule, ObjectName(drive),
-                     fmt::format("{}, {} more", CountText(value, kind), verdict.growth)});
-            } else if (verdict.firstSeen && value != 0) {
-                health.notes.push_back(fmt::format("{}: first seen with {}", ObjectName(drive),
-                                                   CountText(value, kind)));
-            }
-        });
+    ForEachCounter(inventory, health,
+                   [&](const CPhysicalDrive& drive, const CCounterRule& row, long long value) {
+                       const CCounterVerdict verdict =
+                           state.Take(keys.Of(drive), std::string(row.name),
+                                      static_cast<uint64_t>(value), now, hold);
+                       if (verdict.growth != 0) {
+                           health.findings.push_back(
+                               {EHealth::WARNING, row.rule, ObjectName(drive),
+                                fmt::format("{}, {} more", CountText(value, row), verdict.growth)});
+                       } else if (verdict.firstSeen && value != 0) {
+                           health.notes.push_back(fmt::format(
+                               "{}: first seen with {}", ObjectName(drive), CountText(value, row)));
+                       }
+                   });
 }
 
 std::vector<CPerformanceValue> MeasureInventory(const CInventory& inventory,

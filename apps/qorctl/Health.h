@@ -60,31 +60,6 @@ struct CHealth {
     EHealth Overall() const;
 };
 
-// "controller 0", "controller 0 volume LD1", "controller 0 drive PD3", "PCIe SSD 177": "?" stands
-// for a number that the tool did not say.
-std::string ObjectName(const CController& controller);
-std::string ObjectName(const CLogicalDrive& drive);
-std::string ObjectName(const CPhysicalDrive& drive);
-std::string ObjectName(const CPcieSsd& ssd);
-
-// An error counter of drives.
-struct CCounterKind {
-    std::string_view name;  // in the state file
-    std::string_view rule;
-    std::string_view label;  // in performance data
-    std::string_view noun;
-    CMeasure CPhysicalDrive::*value;
-};
-
-inline constexpr CCounterKind COUNTERS[] = {
-    {"mediaErrors", "drive-media-errors", "media_errors", "media errors",
-     &CPhysicalDrive::mediaErrors},
-    {"otherErrors", "drive-other-errors", "other_errors", "other errors",
-     &CPhysicalDrive::otherErrors},
-    {"predictiveFailures", "drive-predictive-failure", "predictive_failures", "predictive failures",
-     &CPhysicalDrive::predictiveFailures},
-};
-
 // The health of a state that stands in a report as `value` of the key `key`; OK for a key that
 // tells no state, UNKNOWN for a value without a known meaning.
 EHealth JudgeState(std::string_view key, const std::string& value);

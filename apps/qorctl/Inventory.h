@@ -191,6 +191,18 @@ struct CPhysicalDrive {
     CSections sections;
 };
 
+// An error counter of drives.
+struct CCounter {
+    std::string_view noun;
+    CMeasure CPhysicalDrive::*value;
+};
+
+inline constexpr CCounter COUNTERS[] = {
+    {"media errors", &CPhysicalDrive::mediaErrors},
+    {"other errors", &CPhysicalDrive::otherErrors},
+    {"predictive failures", &CPhysicalDrive::predictiveFailures},
+};
+
 struct CPcieSsd {
     CNumber bus;
     CText product;

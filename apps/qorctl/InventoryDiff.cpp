@@ -3,7 +3,7 @@
 #include <map>
 #include <utility>
 
-#include "Health.h"
+#include "ObjectNames.h"
 
 namespace qorctl {
 namespace {
@@ -50,8 +50,8 @@ CFacts FactsOf(const CPhysicalDrive& drive) {
     CFacts facts = {
         {STATE, drive.statusDetail}, {"use", UseOf(drive)}, {"serial number", drive.serial}};
     facts.push_back({PROGRESS, TextOf(drive.progress)});
-    for (const CCounterKind& kind : COUNTERS) {
-        facts.push_back({std::string(kind.noun), TextOf(drive.*kind.value)});
+    for (const CCounter& counter : COUNTERS) {
+        facts.push_back({std::string(counter.noun), TextOf(drive.*counter.value)});
     }
     return facts;
 }

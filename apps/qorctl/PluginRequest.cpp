@@ -13,7 +13,7 @@
 #include "Output.h"
 #include "PluginLibrary.h"
 #include "TerminalText.h"
-#include "doctor/DeviceWords.h"
+#include "base/ServerPaths.h"
 
 namespace qorctl {
 namespace {
@@ -156,9 +156,8 @@ int RunRequest(const std::string& pluginPath, const CAsk& ask, const CShow& show
 
 std::string NothingToReport(const CItemRequest& request) {
     std::string text = "nothing to report: " + request.nothing;
-    if (access(doctor::DEVICE_LIST_PATH, R_OK) != 0 && errno == EACCES) {
-        text +=
-            fmt::format("; but this user may not read {}, run as root", doctor::DEVICE_LIST_PATH);
+    if (access(DEVICE_LIST_PATH, R_OK) != 0 && errno == EACCES) {
+        text += fmt::format("; but this user may not read {}, run as root", DEVICE_LIST_PATH);
     }
     return text;
 }

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "ObjectNames.h"
 #include "TextTable.h"
 
 namespace qorctl {

@@ -8,12 +8,11 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdint>
 #include <cstdlib>
 #include <iterator>
-#include <optional>
-
-#include "Quantity.h"
+#include <system_error>
 
 namespace qorctl {
 namespace {
@@ -212,6 +211,15 @@ bool IsDumbTerminal() {
     return type == nullptr || std::string_view(type) == "dumb";
 }
 
+size_t WidthOfEnvironment() {
+    const char* variable = std::getenv("COLUMNS");
+    const std::string_view columns = variable == nullptr ? "" : variable;
+    size_t width = 0;
+    const char* end = columns.data() + columns.size();
+    const std::from_chars_result result = std::from_chars(columns.data(), end, width);
+    return result.ec == std::errc() && result.ptr == end && width > 0 ? width : USUAL_WIDTH;
+}
+
 }  // namespace
 
 CTextStyle DetectTextStyle(int fd) {
@@ -228,9 +236,7 @@ size_t DetectWidth(int fd) {
     if (ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
         return size.ws_col;
     }
-    const char* columns = std::getenv("COLUMNS");
-    const auto number = columns == nullptr ? std::nullopt : ReadCount(columns);
-    return number && *number > 0 ? static_cast<size_t>(*number) : USUAL_WIDTH;
+    return WidthOfEnvironment();
 }
 
 bool CanMoveCursor(int fd) {

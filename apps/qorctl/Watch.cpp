@@ -6,9 +6,9 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "CheckCommand.h"
 #include "JsonReport.h"
 #include "JsonText.h"
+#include "ObjectNames.h"
 #include "TerminalText.h"
 
 namespace qorctl {

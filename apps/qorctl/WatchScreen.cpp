@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "CheckCommand.h"
+#include "ObjectNames.h"
 #include "Problems.h"
 #include "TableView.h"
 

@@ -2,14 +2,13 @@
 
 #include <fstream>
 
+#include "base/ServerPaths.h"
 #include "cli/ExecForeignModule.h"
 #include "cli/ResultFile.h"
 #include "plugin/Trace.h"
 
 namespace {
 
-constexpr const char* KRZ_CLI_DIR = "/opt/tarmica/krz/cli/";
-constexpr const char* KRZ_CLI_PATH = "/opt/tarmica/krz/cli/krzcli";
 constexpr const char* VERSION_COMMAND = "krzcli -v";
 constexpr const char* VERSION_KEY = "Product Version";
 constexpr const char* ERROR_HEAD = "Error - ";
@@ -22,7 +21,7 @@ constexpr unsigned long EXIT_CODE_UNKNOWN = 255;
 unsigned int RunAttempts(const std::string& command, const COutputFile& rsltFile, int retry,
                          unsigned long& exitStatus) {
     for (int attempt = 0;; ++attempt) {
-        const int run = ExecForeignModule(KRZ_CLI_DIR + command, rsltFile, &exitStatus);
+        const int run = ExecForeignModule(KRZ_CLI_DIRECTORY + command, rsltFile, &exitStatus);
         if (run == EXEC_OK && exitStatus == 0) {
             return KRZ_OK;
         }

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 
+#include "base/ServerPaths.h"
 #include "comlib/CUniqueFd.h"
 #include "comlib/ErrorText.h"
 #include "comlib/PciDevices.h"
@@ -17,9 +18,6 @@ namespace {
 
 using comlib::CUniqueFd;
 using comlib::TraceFailure;
-
-constexpr const char* LIST_DIRECTORY = "/opt/tarmica/qor/kam/work";
-constexpr const char* LIST_FILE = "/opt/tarmica/qor/kam/work/devices.tmp";
 
 bool Fail(const char* action, const std::string& path) {
     TraceFailure(action, path.c_str());
@@ -98,5 +96,6 @@ COsInfo::~COsInfo() = default;
 
 bool COsInfo::makeDeviceInfo() {
     const std::optional<std::string> list = comlib::ReadPciDevices();
-    return list && MakeDirectories(LIST_DIRECTORY) && CReplacement(LIST_FILE).Write(*list);
+    return list && MakeDirectories(DEVICE_LIST_DIRECTORY) &&
+           CReplacement(DEVICE_LIST_PATH).Write(*list);
 }

@@ -8,14 +8,13 @@
 #include <string>
 #include <string_view>
 
+#include "base/ServerPaths.h"
 #include "cli/ExecForeignModule.h"
 #include "cli/ResultFile.h"
 #include "getters/CMSRAID_InfoGetter.h"
 #include "plugin/Trace.h"
 
 namespace {
-
-constexpr const char* UTILITY_WORK_DIR = "/opt/tarmica/qor/provider/RAID/tool";
 
 struct CUtility {
     const char* name;
@@ -87,7 +86,7 @@ std::int64_t RunUtility(const CUtility& utility) {
     CResultFile file(CMSRAID_InfoGetter::GetRsltFilePath());
     unsigned long exitCode = 0;
     const unsigned int run =
-        ExecForeignModule(command, file, UTILITY_WORK_DIR, &exitCode, EXEC_NO_TIMEOUT);
+        ExecForeignModule(command, file, UTILITY_WORK_DIRECTORY, &exitCode, EXEC_NO_TIMEOUT);
     if (run != EXEC_OK) {
         QOR_TRACE(FAILURE,
                   "Failed to execute LSI RAID Utilty command. (ExecForeignModule() error %d).",

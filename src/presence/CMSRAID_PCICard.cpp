@@ -7,11 +7,11 @@
 #include <string_view>
 #include <vector>
 
+#include "base/ServerPaths.h"
 #include "plugin/Trace.h"
 
 namespace {
 
-constexpr const char* DEVICE_LIST_PATH = "/opt/tarmica/qor/kam/work/devices.tmp";
 constexpr size_t LONGEST_IGNORED_WORD = 16;
 constexpr size_t VENDOR_POSITION = 8;
 constexpr size_t DEVICE_POSITION = 13;

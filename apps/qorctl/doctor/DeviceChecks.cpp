@@ -10,6 +10,7 @@
 
 #include "Checks.h"
 #include "ServerFacts.h"
+#include "base/ServerPaths.h"
 
 namespace qorctl::doctor {
 namespace {

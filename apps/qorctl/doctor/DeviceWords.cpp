@@ -3,6 +3,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "base/ServerPaths.h"
 #include "comlib/PciDevices.h"
 #include "plugin/ComLib.h"
 

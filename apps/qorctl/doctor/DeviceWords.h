@@ -10,8 +10,6 @@
 
 namespace qorctl::doctor {
 
-inline constexpr const char* DEVICE_LIST_PATH = "/opt/tarmica/qor/kam/work/devices.tmp";
-
 struct CDeviceWord {
     std::string place;       // "BB:DD.F_VVVV:DDDD", in upper case
     std::string identifier;  // "VEN_vvvv&DEV_dddd", in upper case

@@ -1,5 +1,6 @@
 #include "ServerFacts.h"
 
+#include "base/ServerPaths.h"
 #include "plugin/ComLib.h"
 
 namespace qorctl::doctor {
@@ -46,7 +47,7 @@ CServerFacts::CServerFacts(const std::string& pluginPath)
 }
 
 bool CServerFacts::IsToolInstalled() const {
-    return CFileUtility::IsFileExist(TOOL_PATH);
+    return CFileUtility::IsFileExist(KRZ_CLI_PATH);
 }
 
 const CToolRun& CServerFacts::VersionRun() {

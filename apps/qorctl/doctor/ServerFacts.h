@@ -18,8 +18,6 @@
 
 namespace qorctl::doctor {
 
-inline constexpr const char* TOOL_PATH = "/opt/tarmica/krz/cli/krzcli";
-
 class CServerFacts {
 public:
     // `pluginPath` as CPluginLibrary::Load() takes it.

@@ -9,6 +9,7 @@
 
 #include "Checks.h"
 #include "ServerFacts.h"
+#include "base/ServerPaths.h"
 #include "plugin/ComLib.h"
 
 namespace qorctl::doctor {
@@ -16,7 +17,6 @@ namespace {
 
 constexpr const char* INSTALL_TOOL = "install the RAID tool";
 constexpr const char* UPDATE_TOOL = "update the RAID tool";
-constexpr const char* UTILITY_WORK_DIR = "/opt/tarmica/qor/provider/RAID/tool";
 constexpr std::array<const char*, 3> OLDER_LSI_DEVICES = {"DEV_005B", "DEV_0073", "DEV_0079"};
 
 // A version of two parts; leading digits count, a part without any is 0.
@@ -92,9 +92,9 @@ CFinding JudgeMissingUtility(const CServerFacts& facts, const std::string& reaso
 
 CFinding ExamineToolPresence(CServerFacts& facts) {
     if (facts.IsToolInstalled()) {
-        return Ok(TOOL_PATH);
+        return Ok(KRZ_CLI_PATH);
     }
-    const std::string reason = fmt::format("{} is missing", TOOL_PATH);
+    const std::string reason = fmt::format("{} is missing", KRZ_CLI_PATH);
     if (facts.RaidDevices().empty() && facts.SsdDevices().empty()) {
         return Warn(reason + "; there is no supported device either",
                     "nothing, or " + std::string(INSTALL_TOOL));
@@ -104,17 +104,17 @@ CFinding ExamineToolPresence(CServerFacts& facts) {
 
 CFinding ExamineToolPermissions(CServerFacts& facts) {
     struct stat status = {};
-    if (!facts.IsToolInstalled() || stat(TOOL_PATH, &status) != 0) {
+    if (!facts.IsToolInstalled() || stat(KRZ_CLI_PATH, &status) != 0) {
         return NotExamined("the RAID tool is not installed");
     }
     const std::string text = fmt::format("mode {:04o}", status.st_mode & 07777U);
-    if (!S_ISREG(status.st_mode) || access(TOOL_PATH, X_OK) != 0) {
+    if (!S_ISREG(status.st_mode) || access(KRZ_CLI_PATH, X_OK) != 0) {
         return Fail(text + ": no regular file, or not executable by this user",
-                    fmt::format("chmod 0755 {}", TOOL_PATH));
+                    fmt::format("chmod 0755 {}", KRZ_CLI_PATH));
     }
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
         return Warn(text + ": others may replace what the server runs",
-                    fmt::format("chmod go-w {}", TOOL_PATH));
+                    fmt::format("chmod go-w {}", KRZ_CLI_PATH));
     }
     return Ok(text + ", executable");
 }
@@ -148,9 +148,9 @@ CFinding ExamineLsiUtility(CServerFacts& facts) {
     if (access(path.c_str(), X_OK) != 0) {
         return JudgeMissingUtility(facts, path + " is not executable by this user");
     }
-    if (!facts.IsToolInstalled() && !CFileUtility::IsFileExist(UTILITY_WORK_DIR)) {
+    if (!facts.IsToolInstalled() && !CFileUtility::IsFileExist(UTILITY_WORK_DIRECTORY)) {
         return JudgeMissingUtility(
-            facts, fmt::format("its working directory {} is missing", UTILITY_WORK_DIR));
+            facts, fmt::format("its working directory {} is missing", UTILITY_WORK_DIRECTORY));
     }
     return Ok(path);
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "Health.h"
+#include "ObjectNames.h"
 
 namespace {
 
