@@ -7,15 +7,15 @@
 #include <string_view>
 #include <vector>
 
-#include "DriveCommand.h"
-#include "HealthCommands.h"
 #include "HelpText.h"
-#include "PluginRequest.h"
-#include "RaidCommand.h"
-#include "StorageCommand.h"
-#include "SupportCommands.h"
-#include "SvpCommand.h"
-#include "XmlCommand.h"
+#include "commands/DriveCommand.h"
+#include "commands/HealthCommands.h"
+#include "commands/RaidCommand.h"
+#include "commands/StorageCommand.h"
+#include "commands/SupportCommands.h"
+#include "commands/SvpCommand.h"
+#include "commands/XmlCommand.h"
+#include "host/PluginRequest.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "Fuzz.h"
 #include "ItemProperties.h"
-#include "SvpForm.h"
+#include "format/SvpForm.h"
 #include "plugin/SvpConversion.h"
 
 namespace qorfuzz {

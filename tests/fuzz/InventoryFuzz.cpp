@@ -6,19 +6,19 @@
 #include <optional>
 #include <set>
 
-#include "CheckCommand.h"
-#include "CsvReport.h"
 #include "Depth.h"
 #include "Fuzz.h"
-#include "Inventory.h"
 #include "ItemListInput.h"
 #include "ItemReading.h"
-#include "ItemTree.h"
-#include "JsonReport.h"
 #include "MonitoringGrammar.h"
-#include "Problems.h"
-#include "TableView.h"
-#include "TreeView.h"
+#include "commands/CheckCommand.h"
+#include "format/CsvReport.h"
+#include "format/JsonReport.h"
+#include "format/TableView.h"
+#include "format/TreeView.h"
+#include "health/Problems.h"
+#include "model/Inventory.h"
+#include "model/ItemTree.h"
 
 namespace {
 

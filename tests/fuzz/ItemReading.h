@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "Health.h"
+#include "health/Health.h"
 #include "plugin/ItemList.h"
 
 namespace qorfuzz {

@@ -6,8 +6,8 @@
 
 #include "Depth.h"
 #include "Fuzz.h"
-#include "HealthState.h"
-#include "StateFile.h"
+#include "health/HealthState.h"
+#include "health/StateFile.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "Depth.h"
 #include "Fuzz.h"
-#include "SvpForm.h"
+#include "format/SvpForm.h"
 
 namespace {
 

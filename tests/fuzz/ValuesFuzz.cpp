@@ -9,11 +9,11 @@
 #include <initializer_list>
 
 #include "Depth.h"
-#include "DriveAddress.h"
 #include "Fault.h"
 #include "Fuzz.h"
 #include "HelpText.h"
-#include "Quantity.h"
+#include "model/DriveAddress.h"
+#include "model/Quantity.h"
 
 namespace {
 

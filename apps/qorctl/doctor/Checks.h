@@ -4,7 +4,7 @@
 
 #include <sys/types.h>
 
-#include "Check.h"
+#include "doctor/Check.h"
 
 namespace qorctl::doctor {
 

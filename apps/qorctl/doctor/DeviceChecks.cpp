@@ -8,9 +8,9 @@
 #include <fstream>
 #include <iterator>
 
-#include "Checks.h"
-#include "ServerFacts.h"
 #include "base/ServerPaths.h"
+#include "doctor/Checks.h"
+#include "doctor/ServerFacts.h"
 
 namespace qorctl::doctor {
 namespace {

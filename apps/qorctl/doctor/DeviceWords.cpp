@@ -1,4 +1,4 @@
-#include "DeviceWords.h"
+#include "doctor/DeviceWords.h"
 
 #include <fstream>
 #include <sstream>

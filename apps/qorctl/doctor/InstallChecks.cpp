@@ -3,8 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Checks.h"
-#include "ServerFacts.h"
+#include "doctor/Checks.h"
+#include "doctor/ServerFacts.h"
 
 namespace qorctl::doctor {
 

@@ -6,9 +6,9 @@
 #include <memory>
 #include <vector>
 
-#include "../LibraryFacts.h"
-#include "Checks.h"
-#include "ServerFacts.h"
+#include "doctor/Checks.h"
+#include "doctor/ServerFacts.h"
+#include "host/LibraryFacts.h"
 
 namespace qorctl::doctor {
 namespace {

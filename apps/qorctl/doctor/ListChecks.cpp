@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "Checks.h"
-#include "ServerFacts.h"
+#include "doctor/Checks.h"
+#include "doctor/ServerFacts.h"
 
 namespace qorctl::doctor {
 namespace {

@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <optional>
 
-#include "Checks.h"
-#include "ServerFacts.h"
+#include "doctor/Checks.h"
+#include "doctor/ServerFacts.h"
 
 namespace fs = std::filesystem;
 

@@ -1,4 +1,4 @@
-#include "ServerFacts.h"
+#include "doctor/ServerFacts.h"
 
 #include "base/ServerPaths.h"
 #include "plugin/ComLib.h"

@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "../PluginLibrary.h"
-#include "../ToolRun.h"
-#include "DeviceWords.h"
-#include "SupportedList.h"
+#include "doctor/DeviceWords.h"
+#include "doctor/SupportedList.h"
+#include "host/PluginLibrary.h"
+#include "host/ToolRun.h"
 
 namespace qorctl::doctor {
 

@@ -1,4 +1,4 @@
-#include "SupportedList.h"
+#include "doctor/SupportedList.h"
 
 #include <fmt/format.h>
 #include <unistd.h>

@@ -7,9 +7,9 @@
 #include <array>
 #include <cstdlib>
 
-#include "Checks.h"
-#include "ServerFacts.h"
 #include "base/ServerPaths.h"
+#include "doctor/Checks.h"
+#include "doctor/ServerFacts.h"
 #include "plugin/ComLib.h"
 
 namespace qorctl::doctor {

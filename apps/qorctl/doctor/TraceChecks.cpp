@@ -14,8 +14,8 @@
 #include <filesystem>
 #include <vector>
 
-#include "Checks.h"
 #include "comlib/CTraceSettings.h"
+#include "doctor/Checks.h"
 #include "plugin/ComLib.h"
 
 namespace qorctl::doctor {

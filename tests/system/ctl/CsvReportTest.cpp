@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "CsvReport.h"
+#include "format/CsvReport.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "DriveAddress.h"
+#include "model/DriveAddress.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 
 #include <filesystem>
 
-#include "FilePlace.h"
 #include "PrivateServerTest.h"
+#include "terminal/FilePlace.h"
 
 namespace fs = std::filesystem;
 

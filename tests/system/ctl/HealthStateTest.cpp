@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "HealthState.h"
+#include "health/HealthState.h"
 
 namespace {
 

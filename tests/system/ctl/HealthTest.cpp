@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "Health.h"
-#include "ObjectNames.h"
+#include "health/Health.h"
+#include "model/ObjectNames.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "InventoryDiff.h"
+#include "model/InventoryDiff.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "Inventory.h"
-#include "TerminalText.h"
+#include "model/Inventory.h"
+#include "terminal/TerminalText.h"
 
 namespace {
 

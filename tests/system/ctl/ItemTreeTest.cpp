@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "ItemTree.h"
+#include "model/ItemTree.h"
 
 namespace {
 

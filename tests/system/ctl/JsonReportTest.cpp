@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "JsonReport.h"
+#include "format/JsonReport.h"
 
 namespace {
 

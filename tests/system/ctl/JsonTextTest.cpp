@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "JsonText.h"
+#include "format/JsonText.h"
 
 namespace {
 

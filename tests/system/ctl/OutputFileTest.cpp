@@ -11,8 +11,8 @@
 #include <filesystem>
 #include <thread>
 
-#include "OutputFile.h"
 #include "PrivateServerTest.h"
+#include "terminal/OutputFile.h"
 
 namespace fs = std::filesystem;
 

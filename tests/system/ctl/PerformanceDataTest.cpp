@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "PerformanceData.h"
+#include "health/PerformanceData.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "PluginLibrary.h"
 #include "PrivateServerTest.h"
+#include "host/PluginLibrary.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "Problems.h"
+#include "health/Problems.h"
 
 namespace {
 

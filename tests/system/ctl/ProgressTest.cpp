@@ -5,9 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "Progress.h"
 #include "QorctlTest.h"
 #include "RaidHost.h"
+#include "host/Progress.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "Quantity.h"
+#include "model/Quantity.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ResultTexts.h"
+#include "model/ResultTexts.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <filesystem>
 
 #include "PrivateServerTest.h"
-#include "StateFile.h"
+#include "health/StateFile.h"
 
 namespace fs = std::filesystem;
 

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "SvpForm.h"
+#include "format/SvpForm.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 #include "QorctlProcess.h"
 #include "ServerTest.h"
-#include "TerminalText.h"
+#include "terminal/TerminalText.h"
 
 namespace fs = std::filesystem;
 

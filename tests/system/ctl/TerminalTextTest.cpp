@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "TerminalText.h"
+#include "terminal/TerminalText.h"
 
 namespace {
 

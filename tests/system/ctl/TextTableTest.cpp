@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "TextTable.h"
+#include "terminal/TextTable.h"
 
 namespace {
 

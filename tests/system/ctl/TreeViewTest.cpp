@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "TreeView.h"
+#include "format/TreeView.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "QorctlTest.h"
 #include "StandInTool.h"
-#include "ToolRun.h"
+#include "host/ToolRun.h"
 
 namespace {
 

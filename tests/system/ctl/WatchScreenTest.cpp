@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "WatchScreen.h"
+#include "watch/WatchScreen.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <deque>
 #include <nlohmann/json.hpp>
 
-#include "Watch.h"
+#include "watch/Watch.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "QorctlTest.h"
-#include "XmlCommand.h"
+#include "commands/XmlCommand.h"
 
 namespace {
 

@@ -1,0 +1,132 @@
+#include "commands/VersionCommand.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "format/JsonReport.h"
+#include "format/JsonText.h"
+#include "host/LibraryFacts.h"
+#include "host/PluginLibrary.h"
+#include "host/ToolRun.h"
+#include "terminal/Output.h"
+#include "terminal/TerminalText.h"
+
+namespace qorctl {
+namespace {
+
+using CJson = nlohmann::ordered_json;
+
+struct CVersions {
+    CLibraryFacts program;
+    CLibraryFacts plugin;
+    CLibraryFacts commonLibrary;
+    std::string pluginProblem;  // not empty: plug-in and tool are unknown
+    std::string toolVersion;
+    std::string toolProblem;  // not empty: the version is unknown
+};
+
+CLibraryFacts FactsOfProgram() {
+    CLibraryFacts facts = FactsOfLibraryAt(reinterpret_cast<const void*>(&RunVersionCommand));
+    std::error_code error;
+    facts.path = std::filesystem::read_symlink("/proc/self/exe", error).string();
+    facts.version = QORCTL_VERSION;
+    return facts;
+}
+
+void AskTool(const CPluginLibrary& library, CVersions& versions) {
+    const CToolRun run = RunTool(library, "krzcli -v");
+    if (!run.problem.empty()) {
+        versions.toolProblem = run.problem;
+    } else if (run.result != EToolResult::DONE) {
+        versions.toolProblem = ExplainToolRun(run);
+    } else {
+        versions.toolVersion = ProductVersion(run.output);
+        versions.toolProblem = versions.toolVersion.empty() ? "it printed no version" : "";
+    }
+}
+
+CVersions Collect(const std::string& pluginPath) {
+    CVersions versions;
+    versions.program = FactsOfProgram();
+    const auto library = CPluginLibrary::Load(pluginPath, versions.pluginProblem);
+    if (!library) {
+        versions.toolProblem = "not asked, the plug-in could not be loaded";
+        return versions;
+    }
+    versions.plugin = FactsOfLibraryAt(library->Symbol("CreateLibIF"));
+    versions.commonLibrary = FactsOfLibraryAt(library->Symbol("GetPrivateProfileIntA"));
+    AskTool(*library, versions);
+    return versions;
+}
+
+std::string Line(const char* name, const std::string& text, const CTextStyle& style) {
+    const std::string head = fmt::format("{:<14} : ", name);
+    return head +
+           WrapText(MakeVisible(text, style), style.width, head.size(),
+                    std::string(head.size(), ' ')) +
+           '\n';
+}
+
+std::string LineOf(const char* name, const CLibraryFacts& facts, const CTextStyle& style) {
+    if (facts.path.empty()) {
+        return Line(name, "not loaded", style);
+    }
+    return Line(name,
+                fmt::format("{}  {}  build {}", facts.version.empty() ? "unknown" : facts.version,
+                            facts.path, facts.buildId.empty() ? "unknown" : facts.buildId),
+                style);
+}
+
+std::string AsText(const CVersions& versions) {
+    const CTextStyle style = DetectTextStyle(STDOUT_FILENO);
+    return LineOf("qorctl", versions.program, style) + LineOf("plug-in", versions.plugin, style) +
+           LineOf("common library", versions.commonLibrary, style) +
+           Line("RAID tool",
+                versions.toolProblem.empty() ? versions.toolVersion
+                                             : "unknown (" + versions.toolProblem + ")",
+                style);
+}
+
+CJson TextOrNull(const std::string& text) {
+    return text.empty() ? CJson() : CJson(text);
+}
+
+CJson JsonOf(const CLibraryFacts& facts) {
+    if (facts.path.empty()) {
+        return nullptr;
+    }
+    return {{"version", TextOrNull(facts.version)},
+            {"path", facts.path},
+            {"build_id", TextOrNull(facts.buildId)}};
+}
+
+std::string AsJson(const CVersions& versions) {
+    const CJson json = {{"schema_version", JSON_SCHEMA_VERSION},
+                        {"command", "version"},
+                        {"qorctl", JsonOf(versions.program)},
+                        {"plugin", JsonOf(versions.plugin)},
+                        {"common_library", JsonOf(versions.commonLibrary)},
+                        {"tool",
+                         {{"version", TextOrNull(versions.toolVersion)},
+                          {"problem", TextOrNull(versions.toolProblem)}}}};
+    return JsonText(json, 2);
+}
+
+}  // namespace
+
+int RunVersionCommand(const std::string& pluginPath, EReportFormat format) {
+    const CVersions versions = Collect(pluginPath);
+    if (!versions.pluginProblem.empty()) {
+        Report(versions.pluginProblem);
+    }
+    const int written =
+        format == EReportFormat::JSON ? WriteJson(AsJson(versions)) : WriteOut(AsText(versions));
+    return versions.pluginProblem.empty() ? written : EXIT_FAILURE;
+}
+
+}  // namespace qorctl

@@ -1,0 +1,197 @@
+#include "format/CsvReport.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "terminal/TerminalText.h"
+
+namespace qorctl {
+namespace {
+
+constexpr std::string_view LINE_END = "\r\n";
+// Spreadsheets of some languages take the wide forms as well.
+constexpr std::string_view FORMULA_SIGNS[] = {"=", "+", "-", "@", "＝", "＋", "－", "＠"};
+// What may part cells, here or in a spreadsheet that was told so; a tab cannot occur.
+constexpr std::string_view SEPARATORS = ",;|:";
+// May stand between a separator and a formula.
+constexpr std::string_view PASSED_OVER = " \"";
+
+// A row's cells before they are written.
+struct CCells {
+    CText kind;
+    CNumber controller, number, enclosure, slot, bus;
+    CText group, role;
+    CNumber logicalDrive;
+    CText status, statusDetail;
+    CMeasure temperature, mediaErrors, otherErrors, predictiveFailures, capacity;
+    CText interfaceType, mediaType, vendor, product, serial, wwn, revision, power;
+    CMeasure speed, powerOnTime, used, written;
+};
+
+bool IsFormula(std::string_view text) {
+    return std::any_of(std::begin(FORMULA_SIGNS), std::end(FORMULA_SIGNS),
+                       [text](std::string_view sign) { return text.starts_with(sign); });
+}
+
+// With an apostrophe in front of each part of the text that would be a formula as a cell.
+std::string WithoutFormulas(std::string_view text) {
+    std::string out;
+    size_t begin = 0;  // of the part, in `out`
+    bool isBegin = true;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (isBegin && IsFormula(text.substr(i))) {
+            out.insert(begin, 1, '\'');
+        }
+        out += text[i];
+        const bool isSeparator = SEPARATORS.find(text[i]) != std::string_view::npos;
+        begin = isSeparator ? out.size() : begin;
+        isBegin = isSeparator || (isBegin && PASSED_OVER.find(text[i]) != std::string_view::npos);
+    }
+    return out;
+}
+
+std::string Quoted(const std::string& cell) {
+    std::string quoted = "\"";
+    for (const char character : cell) {
+        quoted.append(character == '"' ? 2 : 1, character);
+    }
+    return quoted + '"';
+}
+
+std::string Cell(const CText& text) {
+    if (!text) {
+        return "";
+    }
+    const std::string cell = WithoutFormulas(MakeVisible(*text, {.utf8 = true}));
+    return cell.find_first_of(",\"") == std::string::npos ? cell : Quoted(cell);
+}
+
+std::string Cell(const CNumber& number) {
+    return number ? std::to_string(*number) : "";
+}
+
+std::string Cell(const CMeasure& measure) {
+    return measure ? Cell(measure->number) : "";
+}
+
+struct CColumn {
+    std::string_view name;
+    std::string (*cell)(const CCells& row);
+};
+
+template <auto MEMBER>
+std::string CellOf(const CCells& row) {
+    return Cell(row.*MEMBER);
+}
+
+constexpr CColumn COLUMNS[] = {
+    {"kind", CellOf<&CCells::kind>},
+    {"controller", CellOf<&CCells::controller>},
+    {"number", CellOf<&CCells::number>},
+    {"enclosure", CellOf<&CCells::enclosure>},
+    {"slot", CellOf<&CCells::slot>},
+    {"bus", CellOf<&CCells::bus>},
+    {"raid_group", CellOf<&CCells::group>},
+    {"role", CellOf<&CCells::role>},
+    {"logical_drive", CellOf<&CCells::logicalDrive>},
+    {"status", CellOf<&CCells::status>},
+    {"status_detail", CellOf<&CCells::statusDetail>},
+    {"temperature_celsius", CellOf<&CCells::temperature>},
+    {"media_error_count", CellOf<&CCells::mediaErrors>},
+    {"other_error_count", CellOf<&CCells::otherErrors>},
+    {"predictive_failure_count", CellOf<&CCells::predictiveFailures>},
+    {"capacity_bytes", CellOf<&CCells::capacity>},
+    {"interface_type", CellOf<&CCells::interfaceType>},
+    {"media_type", CellOf<&CCells::mediaType>},
+    {"vendor", CellOf<&CCells::vendor>},
+    {"product", CellOf<&CCells::product>},
+    {"serial", CellOf<&CCells::serial>},
+    {"wwn", CellOf<&CCells::wwn>},
+    {"revision", CellOf<&CCells::revision>},
+    {"power", CellOf<&CCells::power>},
+    {"speed_bits_per_second", CellOf<&CCells::speed>},
+    {"power_on_time_hours", CellOf<&CCells::powerOnTime>},
+    {"used_percent", CellOf<&CCells::used>},
+    {"written_bytes", CellOf<&CCells::written>},
+};
+
+template <class TText>
+void AppendLine(std::string& out, TText text) {
+    bool isFirst = true;
+    for (const CColumn& column : COLUMNS) {
+        if (!isFirst) {
+            out += ',';
+        }
+        isFirst = false;
+        out += text(column);
+    }
+    out += LINE_END;
+}
+
+CCells CellsOf(const CPhysicalDrive& drive) {
+    CCells row;
+    row.kind = "physical_drive";
+    row.controller = drive.controller;
+    row.number = drive.number;
+    row.enclosure = drive.place.enclosure;
+    row.slot = drive.place.slot;
+    row.group = drive.group;
+    if (drive.role != EDriveRole::UNKNOWN) {
+        row.role = std::string(RoleName(drive.role));
+    }
+    row.logicalDrive = drive.logicalDrive;
+    row.status = drive.status;
+    row.statusDetail = drive.statusDetail;
+    row.temperature = drive.temperature;
+    row.mediaErrors = drive.mediaErrors;
+    row.otherErrors = drive.otherErrors;
+    row.predictiveFailures = drive.predictiveFailures;
+    row.capacity = drive.capacity;
+    row.interfaceType = drive.interfaceType;
+    row.mediaType = drive.mediaType;
+    row.vendor = drive.vendor;
+    row.product = drive.product;
+    row.serial = drive.serial;
+    row.wwn = drive.wwn;
+    row.revision = drive.revision;
+    row.power = drive.power;
+    row.speed = drive.speed;
+    row.powerOnTime = drive.smart ? drive.smart->powerOnTime : std::nullopt;
+    return row;
+}
+
+CCells CellsOf(const CPcieSsd& ssd) {
+    CCells row;
+    row.kind = "pcie_ssd";
+    row.bus = ssd.bus;
+    row.statusDetail = ssd.status;
+    row.temperature = ssd.temperature;
+    row.capacity = ssd.capacity;
+    row.product = ssd.product;
+    row.serial = ssd.serial;
+    row.revision = ssd.firmware;
+    row.used = ssd.used;
+    row.written = ssd.written;
+    return row;
+}
+
+void AppendRow(std::string& out, const CCells& row) {
+    AppendLine(out, [&row](const CColumn& column) { return column.cell(row); });
+}
+
+}  // namespace
+
+std::string FormatCsv(const CInventory& inventory) {
+    std::string out;
+    AppendLine(out, [](const CColumn& column) { return column.name; });
+    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+        AppendRow(out, CellsOf(drive));
+    }
+    for (const CPcieSsd& ssd : inventory.pcieSsds) {
+        AppendRow(out, CellsOf(ssd));
+    }
+    return out;
+}
+
+}  // namespace qorctl

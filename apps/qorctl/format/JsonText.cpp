@@ -1,0 +1,32 @@
+#include "format/JsonText.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "terminal/TerminalText.h"
+
+namespace qorctl {
+namespace {
+
+std::string Dumped(const nlohmann::ordered_json& json, int indentation) {
+    return json.dump(indentation, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+}  // namespace
+
+std::string JsonText(const nlohmann::ordered_json& json, int indentation) {
+    return MakeJsonVisible(Dumped(json, indentation), {.utf8 = true}) + '\n';
+}
+
+std::string ValidUtf8(std::string_view text) {
+    constexpr unsigned char LAST_OF_ASCII = 0x7F;
+    if (std::all_of(text.begin(), text.end(), [](char character) {
+            return static_cast<unsigned char>(character) <= LAST_OF_ASCII;
+        })) {
+        return std::string(text);
+    }
+    // What the document itself makes of it.
+    return nlohmann::ordered_json::parse(Dumped(text, NO_INDENTATION)).get<std::string>();
+}
+
+}  // namespace qorctl

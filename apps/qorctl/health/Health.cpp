@@ -1,0 +1,441 @@
+#include "health/Health.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <span>
+
+#include "model/ObjectNames.h"
+
+namespace qorctl {
+namespace {
+
+struct CHealthName {
+    EHealth health;
+    int rank;
+    std::string_view name;
+};
+
+constexpr CHealthName HEALTH_NAMES[] = {
+    {EHealth::OK, 0, "OK"},
+    {EHealth::WARNING, 1, "WARNING"},
+    {EHealth::CRITICAL, 3, "CRITICAL"},
+    {EHealth::UNKNOWN, 2, "UNKNOWN"},
+};
+
+// A text that the tool prints for the state of something.
+struct CState {
+    std::string_view text;
+    EHealth health;
+    std::string_view rule;
+    std::string_view label;  // in performance data
+};
+
+constexpr std::string_view UNKNOWN_LABEL = "unknown";
+
+constexpr CState DRIVE_STATES[] = {
+    {"ONLINE", EHealth::OK, "drive-state", "online"},
+    {"HOT SPARE", EHealth::OK, "drive-state", "hot_spare"},
+    {"Unconfig GOOD", EHealth::OK, "drive-state", "unassigned"},
+    {"JBOD", EHealth::OK, "drive-state", "jbod"},
+    {"REBUILD", EHealth::WARNING, "drive-rebuild", "rebuild"},
+    {"COPYBACK", EHealth::WARNING, "drive-copyback", "copyback"},
+    {"Foreign", EHealth::WARNING, "drive-foreign", "foreign"},
+    {"Unconfig BAD", EHealth::WARNING, "drive-bad", "bad"},
+    {"OFFLINE", EHealth::CRITICAL, "drive-offline", "offline"},
+    {"FAILED", EHealth::CRITICAL, "drive-failed", "failed"},
+};
+
+constexpr CState VOLUME_STATES[] = {
+    {"Optimal", EHealth::OK, "volume-state", "optimal"},
+    {"Partially Degraded", EHealth::WARNING, "volume-degraded", "degraded"},
+    {"Degraded", EHealth::CRITICAL, "volume-degraded", "degraded"},
+    {"Offline", EHealth::CRITICAL, "volume-offline", "offline"},
+};
+
+constexpr CState BATTERY_STATES[] = {
+    {"Normal", EHealth::OK, "battery-status", ""},
+    {"Optimal", EHealth::OK, "battery-status", ""},
+    {"Charging", EHealth::WARNING, "battery-status", ""},
+    {"Discharging", EHealth::WARNING, "battery-status", ""},
+    {"Learning", EHealth::WARNING, "battery-status", ""},
+    {"Degraded", EHealth::WARNING, "battery-status", ""},
+    {"Failed", EHealth::WARNING, "battery-status", ""},
+    {"Low", EHealth::WARNING, "battery-status", ""},
+    {"Missing", EHealth::WARNING, "battery-status", ""},
+    {"Replace", EHealth::WARNING, "battery-status", ""},
+};
+
+constexpr CState SSD_STATES[] = {
+    {"Healthy", EHealth::OK, "ssd-status", ""},
+    {"Warning", EHealth::WARNING, "ssd-status", ""},
+    {"Critical", EHealth::CRITICAL, "ssd-status", ""},
+    {"Failed", EHealth::CRITICAL, "ssd-status", ""},
+};
+
+// The keys of reports that tell a state.
+struct CStateKey {
+    std::string_view key;
+    std::span<const CState> states;
+};
+
+constexpr CStateKey STATE_KEYS[] = {
+    {"PD Status(Detail)", DRIVE_STATES},
+    {"State", VOLUME_STATES},
+    {"BBU Status", BATTERY_STATES},
+    {"Status", SSD_STATES},
+};
+
+// What is judged and measured of an error counter.
+struct CCounterRule {
+    CCounter counter;
+    std::string_view name;  // in the state file
+    std::string_view rule;
+    std::string_view label;  // in performance data
+};
+
+constexpr CCounterRule COUNTER_RULES[] = {
+    {COUNTERS[0], "mediaErrors", "drive-media-errors", "media_errors"},
+    {COUNTERS[1], "otherErrors", "drive-other-errors", "other_errors"},
+    {COUNTERS[2], "predictiveFailures", "drive-predictive-failure", "predictive_failures"},
+};
+static_assert(std::size(COUNTER_RULES) == std::size(COUNTERS));
+
+// The row of `text`; null when it has no known meaning.
+const CState* FindState(const CText& text, std::span<const CState> states) {
+    const auto found = std::find_if(states.begin(), states.end(), [&text](const CState& state) {
+        return text && state.text == *text;
+    });
+    return found == states.end() ? nullptr : &*found;
+}
+
+class CJudge {
+public:
+    explicit CJudge(const CHealthOptions& options) : m_Options(options) {}
+
+    void Judge(const CController& controller);
+    void JudgeCount(const CController& controller, const CMeasure& stated,
+                    const std::map<CNumber, long long>& reported, std::string_view what);
+    void Judge(const CLogicalDrive& drive);
+    void Judge(const CPhysicalDrive& drive);
+    void Judge(const CPcieSsd& ssd);
+
+    CHealth m_Health;
+
+private:
+    void Add(EHealth health, std::string_view rule, const std::string& object, std::string message);
+    void JudgeUnknown(const CText& text, std::string_view rule, const std::string& object);
+    void JudgeState(const CText& text, std::span<const CState> states, const std::string& object);
+    void JudgeMeasure(const CMeasure& measure, const CThresholds& limits, std::string_view rule,
+                      std::string_view what, const std::string& object);
+
+    const CHealthOptions& m_Options;
+};
+
+void CJudge::Add(EHealth health, std::string_view rule, const std::string& object,
+                 std::string message) {
+    if (health != EHealth::OK) {
+        m_Health.findings.push_back({health, rule, object, std::move(message)});
+    }
+}
+
+void CJudge::JudgeUnknown(const CText& text, std::string_view rule, const std::string& object) {
+    Add(EHealth::UNKNOWN, rule, object,
+        text ? "unknown state \"" + *text + '"' : "the tool reports no state");
+}
+
+void CJudge::JudgeState(const CText& text, std::span<const CState> states,
+                        const std::string& object) {
+    const CState* state = FindState(text, states);
+    if (state == nullptr) {
+        JudgeUnknown(text, states.front().rule, object);
+        return;
+    }
+    Add(state->health, state->rule, object, *text);
+}
+
+void CJudge::JudgeMeasure(const CMeasure& measure, const CThresholds& limits, std::string_view rule,
+                          std::string_view what, const std::string& object) {
+    if (!measure) {
+        m_Health.notReported.push_back({object, what});
+        return;
+    }
+    if (!measure->number) {
+        Add(EHealth::UNKNOWN, "unreadable-value", object,
+            fmt::format("unreadable {} \"{}\"", what, measure->text));
+        return;
+    }
+    const bool critical = *measure->number > limits.critical;
+    if (critical || *measure->number > limits.warning) {
+        Add(critical ? EHealth::CRITICAL : EHealth::WARNING, rule, object,
+            fmt::format("{} {}, above {}", what, measure->text,
+                        critical ? limits.critical : limits.warning));
+    }
+}
+
+template <typename TDrive>
+std::map<CNumber, long long> CountByController(const std::vector<TDrive>& drives) {
+    std::map<CNumber, long long> counts;
+    for (const TDrive& drive : drives) {
+        ++counts[drive.controller];
+    }
+    return counts;
+}
+
+// Of a drive that the tool leaves out nothing is known.
+void CJudge::JudgeCount(const CController& controller, const CMeasure& stated,
+                        const std::map<CNumber, long long>& reported, std::string_view what) {
+    const auto found = reported.find(controller.number);
+    const long long count = found == reported.end() ? 0 : found->second;
+    if (stated && stated->number.value_or(0) > count) {
+        Add(EHealth::UNKNOWN, "report-incomplete", ObjectName(controller),
+            fmt::format("states {} {}, {} reported", stated->text, what, count));
+    }
+}
+
+// Many controllers have no battery by design; one that is said to be there must have a status.
+void CJudge::Judge(const CController& controller) {
+    if (!controller.batteryStatus && controller.batteryPresence != "Present") {
+        return;
+    }
+    JudgeState(controller.batteryStatus, BATTERY_STATES, ObjectName(controller) + " battery");
+}
+
+void CJudge::Judge(const CLogicalDrive& drive) {
+    if (drive.state == "Degraded") {
+        Add(m_Options.degraded, "volume-degraded", ObjectName(drive), *drive.state);
+        return;
+    }
+    JudgeState(drive.state, VOLUME_STATES, ObjectName(drive));
+}
+
+void CJudge::Judge(const CPhysicalDrive& drive) {
+    const std::string object = ObjectName(drive);
+    const bool holdsNoData = drive.role == EDriveRole::GLOBAL_SPARE ||
+                             drive.role == EDriveRole::DEDICATED_SPARE ||
+                             drive.role == EDriveRole::UNASSIGNED;
+    if (drive.statusDetail == "OFFLINE" && holdsNoData) {
+        Add(EHealth::WARNING, "drive-offline", object, *drive.statusDetail);
+    } else {
+        JudgeState(drive.statusDetail, DRIVE_STATES, object);
+    }
+    JudgeMeasure(drive.temperature, m_Options.driveTemperature, "drive-temperature", "temperature",
+                 object);
+}
+
+void CJudge::Judge(const CPcieSsd& ssd) {
+    const std::string object = ObjectName(ssd);
+    JudgeState(ssd.status, SSD_STATES, object);
+    JudgeMeasure(ssd.temperature, m_Options.ssdTemperature, "ssd-temperature", "temperature",
+                 object);
+    JudgeMeasure(ssd.used, m_Options.ssdWear, "ssd-wear", "wear", object);
+}
+
+// "1 media error", "2 media errors"
+std::string CountText(long long value, const CCounterRule& row) {
+    const size_t length = row.counter.noun.size() - (value == 1 ? 1 : 0);
+    return fmt::format("{} {}", value, row.counter.noun.substr(0, length));
+}
+
+// Calls `judge` for each counter that is a number; states the others.
+using CCounterJudge =
+    std::function<void(const CPhysicalDrive&, const CCounterRule&, long long value)>;
+
+void ForEachCounter(const CInventory& inventory, CHealth& health, const CCounterJudge& judge) {
+    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+        for (const CCounterRule& row : COUNTER_RULES) {
+            const CMeasure& value = drive.*row.counter.value;
+            if (!value) {
+                health.notReported.push_back({ObjectName(drive), row.counter.noun});
+            } else if (!value->number) {
+                health.findings.push_back(
+                    {EHealth::UNKNOWN, "unreadable-value", ObjectName(drive),
+                     fmt::format("unreadable number of {} \"{}\"", row.counter.noun, value->text)});
+            } else {
+                judge(drive, row, *value->number);
+            }
+        }
+    }
+}
+
+// The drives' keys in the state: by serial number, unless two drives claim the same one.
+class CDriveKeys {
+public:
+    explicit CDriveKeys(const CInventory& inventory) {
+        for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+            ++m_Count[drive.serial.value_or("")];
+        }
+    }
+
+    std::string Of(const CPhysicalDrive& drive) const {
+        const bool isKnown = drive.serial && m_Count.at(*drive.serial) == 1;
+        return MonitoringText(isKnown ? "serial " + *drive.serial : ObjectName(drive));
+    }
+
+private:
+    std::map<std::string, size_t> m_Count;
+};
+
+using CValues = std::vector<CPerformanceValue>;
+
+void AddCount(CValues& values, std::string label, size_t count) {
+    values.push_back({std::move(label), static_cast<long long>(count), "", "", ""});
+}
+
+template <typename DEVICE>
+void AddStateCounts(CValues& values, const std::string& head, const std::vector<DEVICE>& devices,
+                    CText DEVICE::*state, std::span<const CState> states) {
+    std::map<std::string_view, size_t> counts;
+    for (const DEVICE& device : devices) {
+        const CState* found = FindState(device.*state, states);
+        ++counts[found == nullptr ? UNKNOWN_LABEL : found->label];
+    }
+    std::string_view previous;
+    for (const CState& row : states) {
+        if (row.label != previous) {
+            AddCount(values, fmt::format("{}_{}", head, row.label), counts[row.label]);
+        }
+        previous = row.label;
+    }
+    AddCount(values, fmt::format("{}_{}", head, UNKNOWN_LABEL), counts[UNKNOWN_LABEL]);
+}
+
+void AddMeasure(CValues& values, std::string label, const CMeasure& measure,
+                const std::string& unit, const std::string& rangeHead, const CThresholds& limits) {
+    if (measure && measure->number) {
+        values.push_back({std::move(label), *measure->number, unit,
+                          rangeHead + std::to_string(limits.warning),
+                          rangeHead + std::to_string(limits.critical)});
+    }
+}
+
+// A temperature below 0 is no alarm.
+constexpr const char* ALSO_BELOW_ZERO = "~:";
+
+void AddDrive(CValues& values, const CPhysicalDrive& drive, const CHealthOptions& options) {
+    const std::string head =
+        fmt::format("c{}_PD{}_", NumberText(drive.controller), NumberText(drive.number));
+    AddMeasure(values, head + "temperature", drive.temperature, "", ALSO_BELOW_ZERO,
+               options.driveTemperature);
+    for (const CCounterRule& row : COUNTER_RULES) {
+        const CMeasure& value = drive.*row.counter.value;
+        if (value && value->number) {
+            values.push_back({head + std::string(row.label), *value->number, "c", "", ""});
+        }
+    }
+}
+
+void AddSsd(CValues& values, const CPcieSsd& ssd, const CHealthOptions& options) {
+    const std::string head = fmt::format("ssd{}_", NumberText(ssd.bus));
+    AddMeasure(values, head + "temperature", ssd.temperature, "", ALSO_BELOW_ZERO,
+               options.ssdTemperature);
+    AddMeasure(values, head + "wear", ssd.used, "%", "", options.ssdWear);
+}
+
+const CHealthName& NameRow(EHealth health) {
+    return *std::find_if(std::begin(HEALTH_NAMES), std::end(HEALTH_NAMES),
+                         [health](const CHealthName& row) { return row.health == health; });
+}
+
+}  // namespace
+
+std::string_view HealthName(EHealth health) {
+    return NameRow(health).name;
+}
+
+EHealth Worse(EHealth one, EHealth other) {
+    return NameRow(one).rank >= NameRow(other).rank ? one : other;
+}
+
+EHealth CHealth::Overall() const {
+    EHealth worst = EHealth::OK;
+    for (const CHealthFinding& finding : findings) {
+        worst = Worse(worst, finding.health);
+    }
+    return worst;
+}
+
+EHealth JudgeState(std::string_view key, const std::string& value) {
+    const auto* row = std::find_if(std::begin(STATE_KEYS), std::end(STATE_KEYS),
+                                   [key](const CStateKey& each) { return each.key == key; });
+    if (row == std::end(STATE_KEYS)) {
+        return EHealth::OK;
+    }
+    const CState* state = FindState(value, row->states);
+    return state == nullptr ? EHealth::UNKNOWN : state->health;
+}
+
+CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) {
+    CJudge judge(options);
+    const std::map<CNumber, long long> volumes = CountByController(inventory.logicalDrives);
+    const std::map<CNumber, long long> drives = CountByController(inventory.physicalDrives);
+    for (const CController& controller : inventory.controllers) {
+        judge.Judge(controller);
+        judge.JudgeCount(controller, controller.logicalDriveCount, volumes, "volumes");
+        judge.JudgeCount(controller, controller.physicalDriveCount, drives, "drives");
+    }
+    for (const CLogicalDrive& drive : inventory.logicalDrives) {
+        judge.Judge(drive);
+    }
+    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+        judge.Judge(drive);
+    }
+    for (const CPcieSsd& ssd : inventory.pcieSsds) {
+        judge.Judge(ssd);
+    }
+    return std::move(judge.m_Health);
+}
+
+void JudgeCounters(const CInventory& inventory, CHealth& health) {
+    ForEachCounter(inventory, health,
+                   [&](const CPhysicalDrive& drive, const CCounterRule& row, long long value) {
+                       if (value != 0) {
+                           health.findings.push_back({EHealth::WARNING, row.rule, ObjectName(drive),
+                                                      CountText(value, row)});
+                       }
+                   });
+}
+
+void JudgeCountersByGrowth(const CInventory& inventory, CHealthState& state, int64_t now,
+                           int64_t hold, CHealth& health) {
+    const CDriveKeys keys(inventory);
+    ForEachCounter(inventory, health,
+                   [&](const CPhysicalDrive& drive, const CCounterRule& row, long long value) {
+                       const CCounterVerdict verdict =
+                           state.Take(keys.Of(drive), std::string(row.name),
+                                      static_cast<uint64_t>(value), now, hold);
+                       if (verdict.growth != 0) {
+                           health.findings.push_back(
+                               {EHealth::WARNING, row.rule, ObjectName(drive),
+                                fmt::format("{}, {} more", CountText(value, row), verdict.growth)});
+                       } else if (verdict.firstSeen && value != 0) {
+                           health.notes.push_back(fmt::format(
+                               "{}: first seen with {}", ObjectName(drive), CountText(value, row)));
+                       }
+                   });
+}
+
+std::vector<CPerformanceValue> MeasureInventory(const CInventory& inventory,
+                                                const CHealthOptions& options) {
+    CValues values;
+    AddCount(values, "controllers", inventory.controllers.size());
+    AddCount(values, "volumes", inventory.logicalDrives.size());
+    AddCount(values, "drives", inventory.physicalDrives.size());
+    AddCount(values, "pcie_ssds", inventory.pcieSsds.size());
+    AddStateCounts(values, "volumes", inventory.logicalDrives, &CLogicalDrive::state,
+                   VOLUME_STATES);
+    AddStateCounts(values, "drives", inventory.physicalDrives, &CPhysicalDrive::statusDetail,
+                   DRIVE_STATES);
+    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+        AddDrive(values, drive, options);
+    }
+    for (const CPcieSsd& ssd : inventory.pcieSsds) {
+        AddSsd(values, ssd, options);
+    }
+    return values;
+}
+
+}  // namespace qorctl

@@ -1,0 +1,84 @@
+// What is healthy and what is not: the rules of docs/health.md.
+//
+// Thread rule: plain values and functions without state.
+#ifndef QORCTL_HEALTH_HEALTH_H
+#define QORCTL_HEALTH_HEALTH_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "health/HealthState.h"
+#include "health/PerformanceData.h"
+#include "model/Inventory.h"
+
+namespace qorctl {
+
+// The values are the exit statuses that monitoring servers know.
+enum class EHealth { OK = 0, WARNING = 1, CRITICAL = 2, UNKNOWN = 3 };
+
+// "OK", "WARNING", "CRITICAL", "UNKNOWN".
+std::string_view HealthName(EHealth health);
+
+// The worse of two: CRITICAL, UNKNOWN, WARNING, OK. Unknown goes before a warning, because what is
+// not known may be worse than it.
+EHealth Worse(EHealth one, EHealth other);
+
+// Alarmed above the number.
+struct CThresholds {
+    long long warning = 0;
+    long long critical = 0;
+};
+
+struct CHealthOptions {
+    EHealth degraded = EHealth::CRITICAL;     // of a degraded volume
+    CThresholds driveTemperature = {50, 60};  // Celsius
+    CThresholds ssdTemperature = {70, 80};    // Celsius
+    CThresholds ssdWear = {80, 100};          // per cent
+};
+
+struct CHealthFinding {
+    EHealth health = EHealth::OK;
+    std::string_view rule;  // a stable word for programs
+    std::string object;     // "controller 0 drive PD3"; empty: the check itself
+    std::string message;    // may hold bytes of the plug-in
+};
+
+// A measurement that the tool did not report.
+struct CNotReported {
+    std::string object;
+    std::string_view what;
+};
+
+struct CHealth {
+    std::vector<CHealthFinding> findings;  // what is not OK
+    std::vector<CNotReported> notReported;
+    std::vector<std::string> notes;  // facts that change no severity
+
+    // The worst finding's.
+    EHealth Overall() const;
+};
+
+// The health of a state that stands in a report as `value` of the key `key`; OK for a key that
+// tells no state, UNKNOWN for a value without a known meaning.
+EHealth JudgeState(std::string_view key, const std::string& value);
+
+// Everything but the counters.
+CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options);
+
+// The counters by themselves: any other than 0 alarms.
+void JudgeCounters(const CInventory& inventory, CHealth& health);
+
+// The counters by what is remembered of them, which takes their values of now (seconds since
+// 1970); see CHealthState::Take().
+void JudgeCountersByGrowth(const CInventory& inventory, CHealthState& state, int64_t now,
+                           int64_t hold, CHealth& health);
+
+// Counts, temperatures, wear and counters, in a fixed order.
+std::vector<CPerformanceValue> MeasureInventory(const CInventory& inventory,
+                                                const CHealthOptions& options);
+
+}  // namespace qorctl
+
+#endif  // QORCTL_HEALTH_HEALTH_H

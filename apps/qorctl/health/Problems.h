@@ -1,0 +1,44 @@
+// What is not well on a server, in sentences and as marks: the findings of Health.h for people.
+//
+// Thread rule: plain functions.
+#ifndef QORCTL_HEALTH_PROBLEMS_H
+#define QORCTL_HEALTH_PROBLEMS_H
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "health/Health.h"
+#include "terminal/TerminalText.h"
+
+namespace qorctl {
+
+// The findings of docs/health.md with its default limits, any error counter above 0 included.
+std::vector<CHealthFinding> FindProblems(const CInventory& inventory);
+
+// "Controller 0 drive PD3 is FAILED: it is out of service; replace it."
+std::string ProblemSentence(const CHealthFinding& finding);
+
+// The sentences, a line each, behind an empty line; nothing without problems. Made visible, and
+// coloured where the style has colour.
+std::string FormatProblems(const std::vector<CHealthFinding>& findings, const CTextStyle& style);
+
+// How bad an object is, by its name as ObjectName() writes it.
+class CProblemMarks {
+public:
+    explicit CProblemMarks(const std::vector<CHealthFinding>& findings);
+
+    // OK for an object without problems.
+    EHealth Of(const std::string& object) const;
+
+private:
+    std::unordered_map<std::string, EHealth> m_Worst;
+};
+
+// The control sequence that a problem is coloured with; empty for OK.
+std::string_view ColourOf(EHealth health);
+
+}  // namespace qorctl
+
+#endif  // QORCTL_HEALTH_PROBLEMS_H

@@ -1,0 +1,160 @@
+#include "health/StateFile.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include "terminal/OutputFile.h"
+
+namespace qorctl {
+namespace {
+
+constexpr size_t BLOCK = 65536;
+constexpr const char* LOCK_END = ".lock";
+constexpr const char* IN_USE = "another process is using it";
+constexpr int LOCK_TRIES = 3;  // others may make it anew at the same time
+constexpr int LOCK_FLAGS = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+constexpr int READ_FLAGS = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
+// The rest of the file; an errno on failure.
+int ReadAll(int fd, std::string& text) {
+    std::array<char, BLOCK> block;
+    while (text.size() <= CStateFile::MAX_SIZE) {
+        const ssize_t count = read(fd, block.data(), block.size());
+        if (count < 0 && errno != EINTR) {
+            return errno;
+        }
+        if (count == 0) {
+            return 0;
+        }
+        text.append(block.data(), static_cast<size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return EFBIG;
+}
+
+bool ReadRegular(int fd, std::string& text, std::string& problem) {
+    struct stat status = {};
+    if (fstat(fd, &status) != 0) {
+        problem = std::strerror(errno);
+    } else if (!S_ISREG(status.st_mode)) {
+        problem = "not a regular file";
+    } else if (!IsTrustedOwner(status.st_uid)) {
+        problem = "it belongs to another user";
+    } else if (const int error = ReadAll(fd, text); error != 0) {
+        problem = std::strerror(error);
+    }
+    return problem.empty();
+}
+
+// Whether nobody but the caller and root can hold the lock: whoever may open a file may lock it.
+bool IsPrivate(const struct stat& status) {
+    return status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+bool IsSameFile(const struct stat& one, const struct stat& other) {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+}  // namespace
+
+void CStateFile::Fail(const std::string& path, const std::string& what) {
+    m_Problem = path + ": " + what;
+}
+
+// A private file, made anew if need be. False, with m_Problem set, when there can be none.
+bool CStateFile::OpenLock(const CFilePlace& place) {
+    const std::string path = m_Path + LOCK_END;
+    for (int i = 0; i < LOCK_TRIES; ++i) {
+        m_Lock = CDescriptor(
+            openat(place.Directory(), place.Name().c_str(), LOCK_FLAGS, S_IRUSR | S_IWUSR));
+        struct stat status = {};
+        if (!m_Lock.IsOpen() || fstat(m_Lock.Get(), &status) != 0) {
+            Fail(path, std::strerror(errno));
+            return false;
+        }
+        if (!S_ISREG(status.st_mode)) {
+            Fail(path, "not a regular file");
+            return false;
+        }
+        if (IsPrivate(status)) {
+            return true;
+        }
+        if (unlinkat(place.Directory(), place.Name().c_str(), 0) != 0 && errno != ENOENT) {
+            break;
+        }
+    }
+    Fail(path, "another user can hold it");
+    return false;
+}
+
+CStateFile::ELock CStateFile::Lock() {
+    const std::string path = m_Path + LOCK_END;
+    std::string problem;
+    const auto place = CFilePlace::Find(path, ELastLink::KEPT, problem);
+    if (place) {
+        problem = place->Danger();
+    }
+    if (!problem.empty()) {
+        Fail(path, problem);
+        return ELock::FAILED;
+    }
+    if (!OpenLock(*place)) {
+        return ELock::FAILED;
+    }
+    if (flock(m_Lock.Get(), LOCK_EX | LOCK_NB) != 0) {
+        const bool isBusy = errno == EWOULDBLOCK;
+        Fail(isBusy ? m_Path : path, isBusy ? IN_USE : std::strerror(errno));
+        return isBusy ? ELock::BUSY : ELock::FAILED;
+    }
+    // Another process may have made it anew meanwhile, and hold the new one.
+    struct stat held = {};
+    struct stat named = {};
+    if (fstat(m_Lock.Get(), &held) != 0 ||
+        fstatat(place->Directory(), place->Name().c_str(), &named, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !IsSameFile(held, named)) {
+        Fail(m_Path, IN_USE);
+        return ELock::BUSY;
+    }
+    return ELock::TAKEN;
+}
+
+CStateFile::ERead CStateFile::Read(std::string& text) {
+    std::string problem;
+    const auto place = CFilePlace::Find(m_Path, ELastLink::FOLLOWED, problem);
+    if (place) {
+        problem = place->Danger();
+    }
+    if (!problem.empty()) {
+        Fail(m_Path, problem);
+        return ERead::FAILED;
+    }
+    // A FIFO in its place must not keep the program waiting.
+    const CDescriptor fd(openat(place->Directory(), place->Name().c_str(), READ_FLAGS));
+    if (!fd.IsOpen()) {
+        const bool missing = errno == ENOENT;
+        Fail(m_Path, std::strerror(errno));
+        return missing ? ERead::MISSING : ERead::FAILED;
+    }
+    text.clear();
+    if (ReadRegular(fd.Get(), text, problem)) {
+        return ERead::DONE;
+    }
+    Fail(m_Path, problem);
+    return ERead::FAILED;
+}
+
+bool CStateFile::Write(const std::string& text) {
+    if (text.size() > MAX_SIZE) {
+        Fail(m_Path, std::strerror(EFBIG));
+        return false;
+    }
+    return WriteOutputFile(m_Path, text, EFileMode::PRIVATE, m_Problem);
+}
+
+}  // namespace qorctl

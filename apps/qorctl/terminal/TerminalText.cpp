@@ -1,0 +1,317 @@
+#include "terminal/TerminalText.h"
+
+#include <fmt/format.h>
+#include <langinfo.h>
+#include <locale.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
+#include <iterator>
+#include <system_error>
+
+namespace qorctl {
+namespace {
+
+constexpr size_t USUAL_WIDTH = 80;
+// Columns of text in a line that hardly has any left.
+constexpr size_t SMALLEST_ROOM = 8;
+
+constexpr size_t MAX_LENGTH = 4;  // of a character, in bytes
+
+struct CCharacter {
+    uint32_t code = 0;
+    size_t length = 0;  // 0: the bytes are no character
+};
+
+struct CLeadByte {
+    unsigned char mask;
+    unsigned char bits;
+    size_t length;
+    uint32_t smallest;  // a smaller code in this length is an overlong, invalid form
+};
+
+constexpr std::array<CLeadByte, 4> LEAD_BYTES = {{
+    {0x80, 0x00, 1, 0x0},
+    {0xE0, 0xC0, 2, 0x80},
+    {0xF0, 0xE0, 3, 0x800},
+    {0xF8, 0xF0, 4, 0x10000},
+}};
+
+struct CRange {
+    uint32_t first;
+    uint32_t last;
+};
+
+constexpr std::array<CRange, 13> UNPRINTABLE = {{
+    {0x00, 0x1F},          // control characters
+    {0x7F, 0x9F},          // delete, and the second set of control characters
+    {0xAD, 0xAD},          // soft hyphen
+    {0x61C, 0x61C},        // a mark that reorders text
+    {0x180B, 0x180F},      // without width
+    {0x200B, 0x200F},      // without width, and marks that reorder text
+    {0x2028, 0x202E},      // line separators, and marks that reorder text
+    {0x2060, 0x206F},      // without width, and marks that reorder text
+    {0xD800, 0xDFFF},      // surrogates, invalid in UTF-8
+    {0xFEFF, 0xFEFF},      // byte order mark
+    {0xFFF9, 0xFFFB},      // annotations
+    {0xFFFE, 0xFFFF},      // no characters
+    {0xE0000, 0xFFFFFFFF}  // tags, private use, and beyond the character set
+}};
+
+unsigned char ByteAt(std::string_view text, size_t position) {
+    return static_cast<unsigned char>(text[position]);
+}
+
+bool IsContinuation(unsigned char byte) {
+    return (byte & 0xC0) == 0x80;
+}
+
+// The UTF-8 character at the front of `text`, which is not empty.
+CCharacter FirstCharacter(std::string_view text) {
+    const unsigned char lead = ByteAt(text, 0);
+    const auto* form = std::find_if(LEAD_BYTES.begin(), LEAD_BYTES.end(), [lead](const auto& row) {
+        return (lead & row.mask) == row.bits;
+    });
+    if (form == LEAD_BYTES.end() || text.size() < form->length) {
+        return {};
+    }
+    uint32_t code = lead & static_cast<unsigned char>(~form->mask);
+    for (size_t i = 1; i < form->length; ++i) {
+        if (!IsContinuation(ByteAt(text, i))) {
+            return {};
+        }
+        code = (code << 6) | (ByteAt(text, i) & 0x3FU);
+    }
+    return code < form->smallest ? CCharacter{} : CCharacter{code, form->length};
+}
+
+bool IsPrintable(uint32_t code, const CTextStyle& style) {
+    if (code > 0x7E && !style.utf8) {
+        return false;
+    }
+    return std::none_of(UNPRINTABLE.begin(), UNPRINTABLE.end(), [code](const CRange& range) {
+        return code >= range.first && code <= range.last;
+    });
+}
+
+void AppendEscaped(std::string& out, unsigned char byte) {
+    switch (byte) {
+        case '\t':
+            out += "\\t";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        default:
+            fmt::format_to(std::back_inserter(out), "\\x{:02x}", byte);
+    }
+}
+
+// Returns how many bytes that were.
+size_t AppendEscaped(std::string& out, std::string_view bytes) {
+    for (const char byte : bytes) {
+        AppendEscaped(out, static_cast<unsigned char>(byte));
+    }
+    return bytes.size();
+}
+
+void AppendJsonEscape(std::string& out, uint32_t code) {
+    constexpr uint32_t FIRST_OF_TWO = 0x10000;
+    if (code < FIRST_OF_TWO) {
+        fmt::format_to(std::back_inserter(out), "\\u{:04x}", code);
+    } else {
+        fmt::format_to(std::back_inserter(out), "\\u{:04x}\\u{:04x}",
+                       0xD800 + ((code - FIRST_OF_TWO) >> 10U), 0xDC00 + (code & 0x3FFU));
+    }
+}
+
+// The length of the end of a line or the tab at the front of `text`, 0 when there is neither.
+size_t LayoutLength(std::string_view text) {
+    if (text.starts_with('\n') || text.starts_with('\t')) {
+        return 1;
+    }
+    return text.starts_with("\r\n") ? 2 : 0;
+}
+
+// The length of the printable ASCII at the front of `text`: nearly all of nearly every text.
+size_t PlainLength(std::string_view text) {
+    return static_cast<size_t>(
+        std::find_if(text.begin(), text.end(),
+                     [](char character) { return character < ' ' || character > '~'; }) -
+        text.begin());
+}
+
+// A copy in which `rewrite` has appended something else for each character that is not printable.
+// It is called with the rest of the text and its first character, and returns how many bytes it
+// has used.
+template <class TRewrite>
+std::string Rewritten(std::string_view text, const CTextStyle& style, TRewrite rewrite) {
+    std::string out;
+    out.reserve(text.size());
+    while (!text.empty()) {
+        const size_t plain = PlainLength(text);
+        out += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty()) {
+            break;
+        }
+        const CCharacter character = FirstCharacter(text);
+        size_t used = character.length;
+        if (used > 0 && IsPrintable(character.code, style)) {
+            out += text.substr(0, used);
+        } else {
+            used = rewrite(out, text, character);
+        }
+        text.remove_prefix(used);
+    }
+    return out;
+}
+
+bool IsUtf8Locale() {
+    const locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr);
+    if (locale == nullptr) {
+        return false;  // the environment names a locale that is not installed
+    }
+    const bool utf8 = std::string_view(nl_langinfo_l(CODESET, locale)) == "UTF-8";
+    freelocale(locale);
+    return utf8;
+}
+
+bool IsSet(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
+// Columns that are left beside `used` ones.
+size_t Room(size_t width, size_t used) {
+    return width > used + SMALLEST_ROOM ? width - used : SMALLEST_ROOM;
+}
+
+// The length of the first line of a text that does not fit into `room` columns. A line below has
+// `roomBelow`: with more room there, a word is moved rather than broken.
+size_t LineLength(std::string_view text, size_t room, size_t roomBelow) {
+    const size_t full = FirstColumns(text, room).size();
+    const size_t blank = text.rfind(' ', full);
+    if (blank != std::string_view::npos && blank != 0) {
+        return blank;
+    }
+    return room < roomBelow ? 0 : full;
+}
+
+bool IsDumbTerminal() {
+    const char* type = std::getenv("TERM");
+    return type == nullptr || std::string_view(type) == "dumb";
+}
+
+size_t WidthOfEnvironment() {
+    const char* variable = std::getenv("COLUMNS");
+    const std::string_view columns = variable == nullptr ? "" : variable;
+    size_t width = 0;
+    const char* end = columns.data() + columns.size();
+    const std::from_chars_result result = std::from_chars(columns.data(), end, width);
+    return result.ec == std::errc() && result.ptr == end && width > 0 ? width : USUAL_WIDTH;
+}
+
+}  // namespace
+
+CTextStyle DetectTextStyle(int fd) {
+    return {.utf8 = IsUtf8Locale(),
+            .colour = CanMoveCursor(fd) && !IsSet("NO_COLOR"),
+            .width = DetectWidth(fd)};
+}
+
+size_t DetectWidth(int fd) {
+    if (isatty(fd) != 1) {
+        return ANY_WIDTH;
+    }
+    winsize size = {};
+    if (ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+        return size.ws_col;
+    }
+    return WidthOfEnvironment();
+}
+
+bool CanMoveCursor(int fd) {
+    return isatty(fd) == 1 && !IsDumbTerminal();
+}
+
+std::string MakeVisible(std::string_view text, const CTextStyle& style) {
+    return Rewritten(text, style,
+                     [](std::string& out, std::string_view rest, const CCharacter& at) {
+                         return AppendEscaped(out, rest.substr(0, std::max<size_t>(at.length, 1)));
+                     });
+}
+
+std::string MakeLinesVisible(std::string_view text, const CTextStyle& style) {
+    return Rewritten(
+        text, style, [](std::string& out, std::string_view rest, const CCharacter& at) {
+            const size_t layout = LayoutLength(rest);
+            out += rest.substr(0, layout);
+            return layout > 0 ? layout
+                              : AppendEscaped(out, rest.substr(0, std::max<size_t>(at.length, 1)));
+        });
+}
+
+std::string MakeJsonVisible(std::string_view json, const CTextStyle& style) {
+    return Rewritten(json, style,
+                     [](std::string& out, std::string_view rest, const CCharacter& at) {
+                         const size_t layout = LayoutLength(rest);
+                         if (layout > 0) {
+                             out += rest.substr(0, layout);
+                             return layout;
+                         }
+                         AppendJsonEscape(out, at.code);
+                         return std::max<size_t>(at.length, 1);
+                     });
+}
+
+std::string CutText(std::string_view text, size_t most) {
+    if (text.size() <= most) {
+        return std::string(text);
+    }
+    const std::string mark = fmt::format("... ({} bytes)", text.size());
+    size_t end = most - mark.size();
+    for (size_t i = 1; i < MAX_LENGTH && end > 0 && IsContinuation(ByteAt(text, end)); ++i) {
+        --end;
+    }
+    return std::string(text.substr(0, end)) + mark;
+}
+
+size_t CountColumns(std::string_view visibleText) {
+    return static_cast<size_t>(std::count_if(
+        visibleText.begin(), visibleText.end(),
+        [](char character) { return !IsContinuation(static_cast<unsigned char>(character)); }));
+}
+
+std::string_view FirstColumns(std::string_view visibleText, size_t count) {
+    size_t end = 0;
+    while (end < visibleText.size() && (IsContinuation(ByteAt(visibleText, end)) || count-- > 0)) {
+        ++end;
+    }
+    return visibleText.substr(0, end);
+}
+
+std::string WrapText(std::string_view visibleText, size_t width, size_t used,
+                     std::string_view indent) {
+    std::string out;
+    const size_t roomBelow = Room(width, CountColumns(indent));
+    size_t room = Room(width, used);
+    while (width != ANY_WIDTH && FirstColumns(visibleText, room).size() < visibleText.size()) {
+        const size_t end = LineLength(visibleText, room, roomBelow);
+        out.append(visibleText.substr(0, end)).append("\n").append(indent);
+        visibleText.remove_prefix(end);
+        visibleText.remove_prefix(std::min(visibleText.find_first_not_of(' '), visibleText.size()));
+        room = roomBelow;
+    }
+    return out.append(visibleText);
+}
+
+}  // namespace qorctl

@@ -1,0 +1,71 @@
+// What a terminal or a file can take, and texts made safe for it.
+//
+// The texts of the plug-in are bytes as an external tool printed them. They may hold control
+// sequences that would move the cursor or set colours, and bytes of another character set; nothing
+// of that may reach a terminal raw.
+//
+// Thread rule: plain functions without state.
+#ifndef QORCTL_TERMINAL_TERMINALTEXT_H
+#define QORCTL_TERMINAL_TERMINALTEXT_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace qorctl {
+
+// No limit on the width.
+inline constexpr size_t ANY_WIDTH = 0;
+
+// Bytes of a name or a state of a report that are shown; see CutText().
+inline constexpr size_t MAX_NAME = 256;
+
+struct CTextStyle {
+    bool utf8 = false;         // the locale's character set is UTF-8; plain ASCII otherwise
+    bool colour = false;       // control sequences for colours, bold and dim text are welcome
+    size_t width = ANY_WIDTH;  // columns of a line
+};
+
+// The style for the output `fd`: the character set of the environment's locale; colour on a
+// terminal only, and neither on a dumb one nor when NO_COLOR is set; the width of a terminal. Does
+// not change the process's locale.
+CTextStyle DetectTextStyle(int fd);
+
+// The width of the terminal `fd`; ANY_WIDTH when it is no terminal. The environment variable
+// COLUMNS stands in for a terminal that does not say.
+size_t DetectWidth(int fd);
+
+// Whether `fd` is a terminal on which the cursor can be moved: not a dumb one.
+bool CanMoveCursor(int fd);
+
+// A printable copy of `text` on one line. Control characters, bytes that are not valid UTF-8,
+// characters that reorder, hide or annotate text and, where the style is ASCII, everything beyond
+// ASCII become visible as "\t", "\n", "\r" or the hexadecimal form of each byte, "\x1b".
+std::string MakeVisible(std::string_view text, const CTextStyle& style);
+
+// Such a copy of a text of many lines: tabs and the ends of lines, "\n" or "\r\n", stay.
+std::string MakeLinesVisible(std::string_view text, const CTextStyle& style);
+
+// The same JSON with what is not printable in the form "\u202e", which means the same to a reader.
+// `json` is UTF-8.
+std::string MakeJsonVisible(std::string_view json, const CTextStyle& style);
+
+// The text; of one that is longer than `most` bytes the beginning and how long it is, "abc... (1000
+// bytes)", in `most` bytes at most. No UTF-8 character is cut in two. `most` is 40 or more.
+std::string CutText(std::string_view text, size_t most);
+
+// The number of characters of a text that MakeVisible() returned, each taken as one column wide.
+size_t CountColumns(std::string_view visibleText);
+
+// The first `count` characters of such a text, or all when it has fewer.
+std::string_view FirstColumns(std::string_view visibleText, size_t count);
+
+// Such a text in lines of at most `width` columns, if that is not ANY_WIDTH; without an end of the
+// last line. `used` columns of the first line are taken; `indent` stands in front of the others. A
+// line ends at a blank, within a word only where the word does not fit into a line of its own.
+std::string WrapText(std::string_view visibleText, size_t width, size_t used,
+                     std::string_view indent);
+
+}  // namespace qorctl
+
+#endif  // QORCTL_TERMINAL_TERMINALTEXT_H

@@ -1,0 +1,137 @@
+#include "terminal/TextTable.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace qorctl {
+namespace {
+
+constexpr std::string_view GAP = "  ";
+constexpr std::string_view BOLD = "\x1b[1m";
+constexpr std::string_view PLAIN = "\x1b[0m";
+
+// Widths of the columns; 0: left out.
+using CWidths = std::vector<size_t>;
+
+CWidths NaturalWidths(std::span<const CTableColumn> columns, const std::vector<CTableRow>& rows) {
+    CWidths widths(columns.size());
+    for (const CTableRow& row : rows) {
+        for (size_t i = 0; i < columns.size(); ++i) {
+            widths[i] = std::max(widths[i], std::min(CountColumns(row.cells[i]), MAX_CELL));
+        }
+    }
+    for (size_t i = 0; i < columns.size(); ++i) {
+        widths[i] = widths[i] == 0 ? 0 : std::max(widths[i], columns[i].title.size());
+    }
+    return widths;
+}
+
+size_t TotalWidth(const CWidths& widths) {
+    const size_t shown =
+        widths.size() - static_cast<size_t>(std::count(widths.begin(), widths.end(), 0U));
+    return std::accumulate(widths.begin(), widths.end(), size_t{0}) +
+           (shown == 0 ? 0 : (shown - 1) * GAP.size());
+}
+
+// The columns' positions, the least important first; of equal ones the last first.
+std::vector<size_t> LeastImportantFirst(std::span<const CTableColumn> columns) {
+    std::vector<size_t> order(columns.size());
+    std::iota(order.rbegin(), order.rend(), size_t{0});
+    std::stable_sort(order.begin(), order.end(), [&](size_t one, size_t other) {
+        return columns[one].importance > columns[other].importance;
+    });
+    return order;
+}
+
+void Fit(CWidths& widths, std::span<const CTableColumn> columns, size_t width) {
+    const std::vector<size_t> order = LeastImportantFirst(columns);
+    for (const size_t i : order) {
+        const size_t total = TotalWidth(widths);
+        if (total > width && columns[i].smallest > 0 && widths[i] > columns[i].smallest) {
+            widths[i] -= std::min(total - width, widths[i] - columns[i].smallest);
+        }
+    }
+    for (const size_t i : order) {
+        if (TotalWidth(widths) > width && columns[i].importance > 0) {
+            widths[i] = 0;
+        }
+    }
+}
+
+std::string Shortened(const std::string& text, size_t width, const CTextStyle& style) {
+    if (CountColumns(text) <= width) {
+        return text;
+    }
+    return std::string(FirstColumns(text, width - 1)) + (style.utf8 ? "…" : "~");
+}
+
+class CTableWriter {
+public:
+    CTableWriter(std::span<const CTableColumn> columns, const CWidths& widths,
+                 const CTextStyle& style)
+        : m_Columns(columns), m_Widths(widths), m_Style(style) {}
+
+    // `cell(i)` is the text of the column i.
+    template <class TCell>
+    void AppendLine(TCell cell, std::string_view colour);
+
+    std::string m_Text;
+
+private:
+    void AppendCell(std::string& line, size_t column, const std::string& text) const;
+
+    const std::span<const CTableColumn> m_Columns;
+    const CWidths& m_Widths;
+    const CTextStyle& m_Style;
+};
+
+void CTableWriter::AppendCell(std::string& line, size_t column, const std::string& text) const {
+    const std::string shown = Shortened(text, m_Widths[column], m_Style);
+    const size_t blanks = m_Widths[column] - CountColumns(shown);
+    if (!line.empty()) {
+        line += GAP;
+    }
+    if (m_Columns[column].align == EAlign::RIGHT) {
+        line.append(blanks, ' ').append(shown);
+    } else {
+        line.append(shown).append(blanks, ' ');
+    }
+}
+
+template <class TCell>
+void CTableWriter::AppendLine(TCell cell, std::string_view colour) {
+    std::string line;
+    for (size_t i = 0; i < m_Columns.size(); ++i) {
+        if (m_Widths[i] > 0) {
+            AppendCell(line, i, cell(i));
+        }
+    }
+    line.resize(line.find_last_not_of(' ') + 1);
+    if (m_Style.width != ANY_WIDTH) {
+        line.resize(FirstColumns(line, m_Style.width).size());
+    }
+    const bool isColoured = m_Style.colour && !colour.empty();
+    m_Text += isColoured ? std::string(colour) + line + std::string(PLAIN) : line;
+    m_Text += '\n';
+}
+
+}  // namespace
+
+std::string FormatTextTable(std::span<const CTableColumn> columns,
+                            const std::vector<CTableRow>& rows, const CTextStyle& style) {
+    if (rows.empty()) {
+        return "";
+    }
+    CWidths widths = NaturalWidths(columns, rows);
+    if (style.width != ANY_WIDTH) {
+        Fit(widths, columns, style.width);
+    }
+    CTableWriter writer(columns, widths, style);
+    writer.AppendLine([&](size_t i) { return std::string(columns[i].title); }, BOLD);
+    for (const CTableRow& row : rows) {
+        writer.AppendLine([&](size_t i) { return row.cells[i]; }, row.colour);
+    }
+    return writer.m_Text;
+}
+
+}  // namespace qorctl

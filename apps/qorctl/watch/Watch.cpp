@@ -1,0 +1,183 @@
+#include "watch/Watch.h"
+
+#include <fmt/format.h>
+
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <utility>
+
+#include "format/JsonReport.h"
+#include "format/JsonText.h"
+#include "model/ObjectNames.h"
+#include "terminal/TerminalText.h"
+
+namespace qorctl {
+namespace {
+
+using CJson = nlohmann::ordered_json;
+
+CJson Event(const CTick& tick, const char* event) {
+    return {{"schema_version", JSON_SCHEMA_VERSION},
+            {"command", "watch"},
+            {"time", FormatTime(tick.wallTime)},
+            {"event", event}};
+}
+
+CJson TextOrNull(const CText& text) {
+    return text ? CJson(*text) : CJson();
+}
+
+CJson StartEvent(const CTick& tick) {
+    const CInventory& inventory = tick.poll.inventory;
+    CJson json = Event(tick, "start");
+    json["status"] = HealthName(tick.status);
+    json["controllers"] = inventory.controllers.size();
+    json["volumes"] = inventory.logicalDrives.size();
+    json["drives"] = inventory.physicalDrives.size();
+    json["pcie_ssds"] = inventory.pcieSsds.size();
+    return json;
+}
+
+CJson NoAnswerEvent(const CTick& tick) {
+    CJson json = Event(tick, "no-answer");
+    json["reason"] = tick.poll.reason;
+    json["message"] = tick.poll.message;
+    json["failed_command"] = tick.poll.command;
+    return json;
+}
+
+CJson ChangeEvent(const CTick& tick, const CChange& change) {
+    if (change.kind == EChange::CHANGED) {
+        CJson json = Event(tick, "change");
+        json["object"] = change.object;
+        json["what"] = change.what;
+        json["before"] = TextOrNull(change.before);
+        json["after"] = TextOrNull(change.after);
+        return json;
+    }
+    const bool appeared = change.kind == EChange::APPEARED;
+    CJson json = Event(tick, appeared ? "appeared" : "gone");
+    json["object"] = change.object;
+    json["state"] = TextOrNull(appeared ? change.after : change.before);
+    return json;
+}
+
+// A measurement can change the status without a change of its own.
+void AddStatusChange(EHealth before, CTick& tick) {
+    if (before != tick.status) {
+        tick.changes.push_back({EChange::CHANGED, "server", "state",
+                                std::string(HealthName(before)),
+                                std::string(HealthName(tick.status))});
+    }
+}
+
+std::string Line(const CJson& json) {
+    return JsonText(json, NO_INDENTATION);
+}
+
+}  // namespace
+
+int CWatch::Run() {
+    const int64_t start = m_Clock.Now();
+    for (int64_t asked = 1;; ++asked) {
+        if (!Ask()) {
+            return EXIT_FAILURE;
+        }
+        if (asked == m_Options.count) {
+            break;
+        }
+        const int64_t interval = m_Options.interval * MILLISECONDS;
+        if (!Wait(NextTime(start, interval, m_Clock.Now()))) {
+            break;
+        }
+    }
+    return m_Answered ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+// False when the answer could not be shown.
+bool CWatch::Ask() {
+    CTick tick;
+    tick.poll = m_Ask();
+    tick.wallTime = m_Clock.WallTime();
+    if (tick.poll.answered) {
+        Judge(tick);
+    }
+    m_Answered = tick.poll.answered;
+    return m_View.Show(tick);
+}
+
+void CWatch::Judge(CTick& tick) {
+    if (tick.poll.reason == REASON_JUDGED) {
+        tick.health = JudgeHealth(tick.poll.inventory, {});
+        JudgeCounters(tick.poll.inventory, tick.health);
+        tick.status = tick.health.Overall();
+    }
+    tick.isFirstAnswer = !m_Before;
+    tick.answersAgain = !m_Answered;
+    if (m_Before) {
+        tick.changes = CompareInventories(*m_Before, tick.poll.inventory);
+        AddStatusChange(m_Status, tick);
+    }
+    m_Before = tick.poll.inventory;
+    m_Status = tick.status;
+}
+
+// False when somebody wants an end, or nothing can be shown.
+bool CWatch::Wait(int64_t time) {
+    for (;;) {
+        switch (m_Clock.WaitUntil(time)) {
+            case EWake::TIME:
+                return true;
+            case EWake::STOP:
+                return false;
+            case EWake::REDRAW:
+                if (!m_View.Redraw()) {
+                    return false;
+                }
+        }
+    }
+}
+
+std::string DescribeNoAnswer(const CPoll& poll) {
+    return "no answer: " + poll.message + (poll.command.empty() ? "" : " (" + poll.command + ")");
+}
+
+std::string FormatTickText(const CTick& tick) {
+    std::vector<std::string> lines;
+    if (!tick.poll.answered) {
+        lines.push_back(DescribeNoAnswer(tick.poll));
+    } else if (tick.answersAgain) {
+        lines.emplace_back("answers again");
+    }
+    if (tick.isFirstAnswer) {
+        lines.push_back(fmt::format("watching {}: {}", DescribeCounts(tick.poll.inventory),
+                                    HealthName(tick.status)));
+    }
+    for (const CChange& change : tick.changes) {
+        lines.push_back(DescribeChange(change));
+    }
+    std::string text;
+    for (const std::string& line : lines) {
+        text += FormatTime(tick.wallTime) + ' ' +
+                MakeVisible(line, {.utf8 = false, .colour = false}) + '\n';
+    }
+    return text;
+}
+
+std::string FormatTickJson(const CTick& tick) {
+    std::string text;
+    if (!tick.poll.answered) {
+        text += Line(NoAnswerEvent(tick));
+    } else if (tick.answersAgain) {
+        text += Line(Event(tick, "answers-again"));
+    }
+    if (tick.isFirstAnswer) {
+        text += Line(StartEvent(tick));
+    }
+    for (const CChange& change : tick.changes) {
+        text += Line(ChangeEvent(tick, change));
+    }
+    return text;
+}
+
+}  // namespace qorctl

@@ -1,0 +1,95 @@
+#include "watch/WatchScreen.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "format/TableView.h"
+#include "health/Problems.h"
+#include "model/ObjectNames.h"
+
+namespace qorctl {
+namespace {
+
+// Of the time of a change, which the head of the screen has.
+constexpr size_t DATE = std::string_view("2026-11-20T").size();
+constexpr std::string_view PLAIN = "\x1b[0m";
+
+// A line that fits, in the colour of a severity.
+std::string FitLine(const std::string& text, EHealth health, const CTextStyle& style) {
+    const std::string visible = MakeVisible(text, style);
+    const std::string_view line = FirstColumns(visible, style.width);
+    const std::string_view colour = style.colour ? ColourOf(health) : std::string_view();
+    return fmt::format("{}{}{}", colour, line, colour.empty() ? std::string_view() : PLAIN);
+}
+
+void AddLines(std::vector<std::string>& lines, std::string_view text) {
+    while (!text.empty()) {
+        const size_t end = text.find('\n');
+        lines.emplace_back(text.substr(0, end));
+        text.remove_prefix(end + 1);
+    }
+}
+
+}  // namespace
+
+void CWatchScreen::Take(const CTick& tick) {
+    for (const CChange& change : tick.changes) {
+        m_Changes.push_front(FormatTime(tick.wallTime).substr(DATE) + ' ' + DescribeChange(change));
+    }
+    m_Changes.resize(std::min(m_Changes.size(), MAX_CHANGES));
+    if (tick.poll.answered) {
+        m_Answer = tick;
+    }
+    m_Last = tick;
+}
+
+std::vector<std::string> CWatchScreen::AllLines(const CTextStyle& style) const {
+    std::vector<std::string> lines;
+    const auto add = [&](const std::string& text, EHealth health = EHealth::OK) {
+        lines.push_back(FitLine(text, health, style));
+    };
+    add(fmt::format("{}  qorctl watch, every {} s: {}", HealthName(m_Last.status), m_Interval,
+                    FormatTime(m_Last.wallTime)),
+        m_Last.status);
+    if (!m_Last.poll.answered) {
+        add(DescribeNoAnswer(m_Last.poll), EHealth::UNKNOWN);
+    }
+    if (!m_Answer.poll.answered) {
+        return lines;
+    }
+    if (!m_Last.poll.answered) {
+        add("the last answer, of " + FormatTime(m_Answer.wallTime) + ":");
+    }
+    add(m_Answer.poll.message.empty() ? DescribeCounts(m_Answer.poll.inventory)
+                                      : m_Answer.poll.message);
+    for (const CHealthFinding& finding : m_Answer.health.findings) {
+        add(fmt::format("{}: {}: {}", HealthName(finding.health), finding.object, finding.message),
+            finding.health);
+    }
+    if (!m_Changes.empty()) {
+        add("");
+        add("Latest changes");
+    }
+    for (const std::string& change : m_Changes) {
+        add(change);
+    }
+    add("");
+    AddLines(lines,
+             FormatTables(m_Answer.poll.inventory, CProblemMarks(m_Answer.health.findings), style));
+    return lines;
+}
+
+std::vector<std::string> CWatchScreen::Lines(const CScreenSize& size, CTextStyle style) const {
+    style.width = size.columns;
+    std::vector<std::string> lines = AllLines(style);
+    if (lines.size() > size.rows && size.rows > 0) {
+        const size_t missing = lines.size() - size.rows + 1;
+        lines.resize(size.rows - 1);
+        lines.push_back(FitLine(fmt::format("... {} more lines", missing), EHealth::OK, style));
+    }
+    return lines;
+}
+
+}  // namespace qorctl
