@@ -6,7 +6,7 @@
 #include <list>
 #include <string>
 
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "StandInTool.h"
 
 namespace {
@@ -39,10 +39,10 @@ using FreeList = void (*)(void*, Records*);
 using ExecCli = unsigned int (*)(void*, const std::string&, unsigned long*, const std::string&);
 using Destroy = void (*)(void*);
 
-class SlotHost : public qortest::CPrivateServerTest {
+class SlotHost : public qortest::CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         m_Library = dlopen(QOR_PLUGIN_PATH, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(m_Library, nullptr) << dlerror();
         m_Object = Function<void* (*)()>("CreateLibIF")();
@@ -55,7 +55,7 @@ protected:
     void TearDown() override {
         Function<void (*)(void*)>("DeleteLibIF")(m_Object);
         dlclose(m_Library);
-        CPrivateServerTest::TearDown();
+        CPrivateServerFixture::TearDown();
     }
 
     template <class Pointer>

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 
 namespace qortest {
 namespace {

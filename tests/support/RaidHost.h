@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "StandInTool.h"
 
 namespace qortest {

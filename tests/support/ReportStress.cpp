@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 
 namespace fs = std::filesystem;
 

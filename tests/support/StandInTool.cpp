@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 
 namespace fs = std::filesystem;
 

@@ -11,7 +11,7 @@
 #include <set>
 
 #include "PageBlocks.h"
-#include "SimTest.h"
+#include "SimFixture.h"
 
 namespace qortest {
 namespace {
@@ -163,10 +163,10 @@ std::string TestName(const testing::TestParamInfo<std::string>& info) {
     return std::regex_replace(info.param, std::regex("[^A-Za-z0-9]+"), "_");
 }
 
-class CCommandsTest : public CSimTest, public testing::WithParamInterface<std::string> {
+class CCommandsTest : public CSimFixture, public testing::WithParamInterface<std::string> {
 protected:
     void SetUp() override {
-        CSimTest::SetUp();
+        CSimFixture::SetUp();
         m_Top = Folder() / "top";
         fs::create_directories(m_Top / "build");
         fs::create_directories(Folder() / "tmp");
@@ -253,7 +253,7 @@ TEST_P(CCommandsTest, CommandsOfThePageDoWhatItShows) {
 
 INSTANTIATE_TEST_SUITE_P(Page, CCommandsTest, testing::ValuesIn(Pages()), TestName);
 
-class CCommandListsTest : public CSimTest {};
+class CCommandListsTest : public CSimFixture {};
 
 // A line that matches nothing is out of date.
 TEST_F(CCommandListsTest, EachExceptionIsOfACommandOnAPage) {

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "ItemText.h"
-#include "LoadedPluginTest.h"
+#include "LoadedPluginFixture.h"
 #include "QorctlProcess.h"
 #include "SvpForm.h"
 
@@ -50,7 +50,7 @@ std::string Joined(const std::string& text) {
     return joined;
 }
 
-class FormatExamplesTest : public qortest::LoadedPluginTest {
+class FormatExamplesTest : public qortest::CLoadedPluginFixture {
 protected:
     static void Play(CStandInTool& tool, const std::string& arguments, const std::string& report) {
         tool.Play(arguments, {.out = Example("report-grammar.md", "report " + report)});

@@ -1,10 +1,10 @@
 // Every allocation of a request fails, in the plug-in and in libqor_ComLib: loaded as a host loads
 // them, from CreateLibIF on.
-#include "InjectionTest.h"
+#include "InjectionFixture.h"
 
 namespace {
 
-class AllocationFailure : public qortest::CInjectionTest {};
+class AllocationFailure : public qortest::CInjectionFixture {};
 
 TEST_P(AllocationFailure, IsToldAndLeavesNothing) {
     TryAllocations();

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 
 namespace fs = std::filesystem;
 

@@ -1,9 +1,9 @@
 // Every system call of a request fails in every way that it can.
-#include "InjectionTest.h"
+#include "InjectionFixture.h"
 
 namespace {
 
-class SystemCallFailure : public qortest::CInjectionTest {};
+class SystemCallFailure : public qortest::CInjectionFixture {};
 
 TEST_P(SystemCallFailure, IsToldAndLeavesNothing) {
     for (const qortest::CFailingFunction& function : qortest::FailingFunctions()) {

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
 
-#include "InstallTest.h"
+#include "InstallFixture.h"
 
 namespace {
 
@@ -9,7 +9,7 @@ using qortest::CStrings;
 using testing::Contains;
 using testing::ElementsAre;
 
-class BashCompletionTest : public qortest::CInstallTest {
+class BashCompletionTest : public qortest::CInstallFixture {
 protected:
     std::string File(const std::string& program) const {
         return (Share() / "bash-completion/completions" / program).string();

@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 
-#include "InstallTest.h"
+#include "InstallFixture.h"
 
 namespace {
 
 using qortest::CEnd;
 using testing::HasSubstr;
 
-class FishCompletionTest : public qortest::CInstallTest {
+class FishCompletionTest : public qortest::CInstallFixture {
 protected:
     std::string File(const std::string& program) const {
         return (Share() / "fish/vendor_completions.d" / (program + ".fish")).string();

@@ -1,8 +1,8 @@
-#include "InstallTest.h"
-
 #include <gmock/gmock.h>
 
 #include <algorithm>
+
+#include "InstallFixture.h"
 
 namespace {
 
@@ -11,7 +11,7 @@ using qortest::CEnd;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-class InstallTest : public qortest::CInstallTest {};
+class InstallTest : public qortest::CInstallFixture {};
 
 TEST_F(InstallTest, EverythingIsWhereItBelongs) {
     for (const fs::path& file : {
@@ -65,7 +65,7 @@ TEST_F(InstallTest, DoctorFindsTheInstalledLibraries) {
     EXPECT_THAT(end.out, HasSubstr((Lib() / "libqor_ComLib.so").string()));
 }
 
-class ExampleTest : public qortest::CInstallTest {
+class ExampleTest : public qortest::CInstallFixture {
 protected:
     // Configures and builds a project against the installed tree.
     CEnd Build(const fs::path& source, const fs::path& build) const {

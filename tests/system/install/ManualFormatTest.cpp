@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 
-#include "InstallTest.h"
+#include "InstallFixture.h"
 
 namespace {
 
 using qortest::CEnd;
 using testing::HasSubstr;
 
-class ManualFormatTest : public qortest::CInstallTest {};
+class ManualFormatTest : public qortest::CInstallFixture {};
 
 TEST_F(ManualFormatTest, PagesAreFormattedWithoutAWarning) {
     for (const char* page : {"man1/qorctl.1", "man1/qorsim.1", "man7/qor.7"}) {

@@ -3,7 +3,7 @@
 
 #include <regex>
 
-#include "InstallTest.h"
+#include "InstallFixture.h"
 
 namespace {
 
@@ -14,7 +14,7 @@ using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 
-class ManualTest : public qortest::CInstallTest {
+class ManualTest : public qortest::CInstallFixture {
 protected:
     std::string Page(const std::string& name) const {
         return qortest::ReadFile(Share() / "man" / ("man" + name.substr(name.size() - 1)) / name);

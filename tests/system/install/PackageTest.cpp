@@ -3,7 +3,7 @@
 
 #include <regex>
 
-#include "SimTest.h"
+#include "SimFixture.h"
 
 namespace {
 
@@ -12,10 +12,10 @@ using qortest::CEnd;
 using testing::HasSubstr;
 using testing::Not;
 
-class PackageTest : public qortest::CSimTest {
+class PackageTest : public qortest::CSimFixture {
 protected:
     void SetUp() override {
-        CSimTest::SetUp();
+        CSimFixture::SetUp();
         const CEnd end = qortest::RunProgram(
             {"env", "-C", Folder().string(), INSTALL_CPACK, "-G", "DEB", "--config",
              INSTALL_BUILD_DIR "/CPackConfig.cmake", "-B", (Folder() / "packages").string()});

@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 
-#include "InstallTest.h"
+#include "InstallFixture.h"
 
 namespace {
 
 using qortest::CEnd;
 using testing::HasSubstr;
 
-class PkgConfigTest : public qortest::CInstallTest {
+class PkgConfigTest : public qortest::CInstallFixture {
 protected:
     CEnd PkgShell(const std::string& text) const {
         return Shell("export PKG_CONFIG_PATH='" + (Lib() / "pkgconfig").string() + "'; " + text);

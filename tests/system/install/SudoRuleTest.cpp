@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <regex>
 
-#include "InstallTest.h"
+#include "InstallFixture.h"
 
 namespace fs = std::filesystem;
 
@@ -27,7 +27,7 @@ std::string Replaced(const std::string& text, const std::string& what, const std
     return std::regex_replace(text, std::regex(what), by);
 }
 
-class CSudoRuleTest : public CInstallTest {
+class CSudoRuleTest : public CInstallFixture {
 protected:
     void SetUp() override {
         if (geteuid() != 0) {
@@ -36,7 +36,7 @@ protected:
         if (prctl(PR_GET_NO_NEW_PRIVS, 0, 0, 0, 0) == 1) {
             GTEST_SKIP() << "sudo can do nothing where no program may gain privileges";
         }
-        CInstallTest::SetUp();
+        CInstallFixture::SetUp();
         fs::create_directory(State());
         fs::permissions(State(), fs::perms(0700));
         MakePlugin();
@@ -49,7 +49,7 @@ protected:
         if (m_Mounted) {
             EXPECT_EQ(umount(SUDOERS), 0);
         }
-        CInstallTest::TearDown();
+        CInstallFixture::TearDown();
     }
 
     fs::path State() const { return Folder() / "state"; }

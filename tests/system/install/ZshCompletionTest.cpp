@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 
-#include "InstallTest.h"
+#include "InstallFixture.h"
 
 namespace {
 
 using qortest::CEnd;
 using testing::HasSubstr;
 
-class ZshCompletionTest : public qortest::CInstallTest {
+class ZshCompletionTest : public qortest::CInstallFixture {
 protected:
     // Runs the function with the completion system's own functions replaced by ones that print.
     std::string Complete(const std::string& program, const std::string& words) const {

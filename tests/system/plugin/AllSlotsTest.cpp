@@ -6,7 +6,7 @@
 #include <string>
 
 #include "ItemText.h"
-#include "LoadedPluginTest.h"
+#include "LoadedPluginFixture.h"
 
 namespace {
 
@@ -17,7 +17,7 @@ using qortest::CStandInTool;
 
 constexpr const char* DRIVE_COMMAND = "-pdinfo -pd[252:5] -a0";
 
-class AllSlots : public qortest::LoadedPluginTest {
+class AllSlots : public qortest::CLoadedPluginFixture {
 protected:
     static void ExpectTexts(const CAnswer& answer, int result, const std::string& texts) {
         EXPECT_EQ(answer.result, result);

@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "LoadedPluginTest.h"
+#include "LoadedPluginFixture.h"
 
 namespace {
 
@@ -15,7 +15,7 @@ using qortest::CLoadedPlugin;
 using qortest::CStandInTool;
 using qortest::CToolStep;
 
-class Failure : public qortest::LoadedPluginTest {
+class Failure : public qortest::CLoadedPluginFixture {
 protected:
     static void ExpectFailure(const CAnswer& answer, const std::string& errorCode,
                               const std::string& errorDetail) {

@@ -9,7 +9,7 @@
 #include <iterator>
 #include <string>
 
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 
 namespace fs = std::filesystem;
 

@@ -19,7 +19,7 @@
 
 #include "Footprint.h"
 #include "ItemText.h"
-#include "LoadedPluginTest.h"
+#include "LoadedPluginFixture.h"
 #include "RepeatingTool.h"
 #include "ServerWithoutTool.h"
 
@@ -150,10 +150,10 @@ void ExpectNoTraceInAnyFile() {
     }
 }
 
-class HostLimits : public qortest::LoadedPluginTest {
+class HostLimits : public qortest::CLoadedPluginFixture {
 protected:
     void SetUp() override {
-        LoadedPluginTest::SetUp();
+        CLoadedPluginFixture::SetUp();
         qortest::WriteRepeatingTool();
     }
 
@@ -234,7 +234,7 @@ TEST_F(HostLimits, ClosedStandardDescriptorsOfAServerWithoutToolStayClosed) {
 TEST_F(HostLimits, TraceForAClosedStandardErrorGetsIntoNoFile) {
     const CTraceOnStandardError trace;
     for (const std::vector<int>& descriptors : CLOSED) {
-        LoadedPluginTest::SetUp();
+        CLoadedPluginFixture::SetUp();
         qortest::WriteRepeatingTool();
         const CLoadedPlugin plugin;
         std::string items;

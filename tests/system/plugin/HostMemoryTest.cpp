@@ -13,7 +13,7 @@
 #include <string>
 
 #include "ItemText.h"
-#include "LoadedPluginTest.h"
+#include "LoadedPluginFixture.h"
 #include "RepeatingTool.h"
 #include "ServerWithoutTool.h"
 
@@ -22,16 +22,16 @@ namespace {
 using qortest::CAnswer;
 using qortest::CLoadedPlugin;
 
-class HostMemory : public qortest::LoadedPluginTest {
+class HostMemory : public qortest::CLoadedPluginFixture {
 protected:
     void SetUp() override {
-        LoadedPluginTest::SetUp();
+        CLoadedPluginFixture::SetUp();
         qortest::WriteRepeatingTool();
     }
 
     void TearDown() override {
         unsetenv("QOR_TRACE");
-        LoadedPluginTest::TearDown();
+        CLoadedPluginFixture::TearDown();
     }
 
     static rlim_t AddressSpaceInUse() {

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "Footprint.h"
-#include "LoadedPluginTest.h"
+#include "LoadedPluginFixture.h"
 #include "RepeatingTool.h"
 
 namespace {
@@ -45,7 +45,7 @@ size_t TouchedMemory() {
     return std::stoul(text != nullptr ? text : "4") << 30;
 }
 
-class HostSafety : public qortest::LoadedPluginTest {
+class HostSafety : public qortest::CLoadedPluginFixture {
 protected:
     static void InstallHandler(int number, void (*handler)(int)) {
         struct sigaction action = {};

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 
 namespace qortest {
 

@@ -9,7 +9,7 @@
 #include <functional>
 #include <string>
 
-#include "LoadedPluginTest.h"
+#include "LoadedPluginFixture.h"
 
 namespace {
 
@@ -22,10 +22,10 @@ using qortest::RESULT_DIR;
 constexpr const char* VICTIM = "/opt/tarmica/victim";
 constexpr const char* VICTIMS_TEXT = "what root has\n";
 
-class ResultDirectory : public qortest::LoadedPluginTest {
+class ResultDirectory : public qortest::CLoadedPluginFixture {
 protected:
     void SetUp() override {
-        LoadedPluginTest::SetUp();
+        CLoadedPluginFixture::SetUp();
         fs::create_directory(RESULT_DIR);
         fs::permissions(RESULT_DIR, fs::perms::owner_all);
         qortest::WriteFile(VICTIM, VICTIMS_TEXT);

@@ -2,11 +2,11 @@
 #ifndef QORTEST_SERVERWITHOUTTOOL_H
 #define QORTEST_SERVERWITHOUTTOOL_H
 
-#include "LoadedPluginTest.h"
+#include "LoadedPluginFixture.h"
 
 namespace qortest {
 
-// Changes the server of LoadedPluginTest and puts a bus with nothing but the card over the
+// Changes the server of CLoadedPluginFixture and puts a bus with nothing but the card over the
 // kernel's; the latter is undone on the way out.
 class CServerWithoutTool {
 public:

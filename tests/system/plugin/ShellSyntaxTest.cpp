@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "ItemText.h"
-#include "LoadedPluginTest.h"
+#include "LoadedPluginFixture.h"
 #include "RepeatingTool.h"
 
 namespace {
@@ -121,10 +121,10 @@ std::string Filled(std::string form, const std::string& text) {
     return form;
 }
 
-class ShellSyntax : public qortest::LoadedPluginTest {
+class ShellSyntax : public qortest::CLoadedPluginFixture {
 protected:
     void SetUp() override {
-        LoadedPluginTest::SetUp();
+        CLoadedPluginFixture::SetUp();
         qortest::WriteFile(qortest::DEVICE_LIST,
                            "02:00.0_1000:005d_0000_02\n03:00.0_1aed:2001_0000_00\n");
     }

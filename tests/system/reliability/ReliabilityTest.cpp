@@ -12,7 +12,7 @@
 #include <regex>
 
 #include "Row.h"
-#include "SimTest.h"
+#include "SimFixture.h"
 
 namespace qortest {
 namespace {
@@ -177,7 +177,7 @@ const std::vector<CVerb>& Verbs() {
     return verbs;
 }
 
-class CReliabilityTest : public CSimTest, public testing::WithParamInterface<CCase> {
+class CReliabilityTest : public CSimFixture, public testing::WithParamInterface<CCase> {
 protected:
     std::string Operation(const std::string& name) const {
         const CEnd end = Run(name, {OPERATION_PROGRAM, QOR_PLUGIN_PATH, name});
@@ -253,7 +253,7 @@ INSTANTIATE_TEST_SUITE_P(Fault, CReliabilityTest, testing::ValuesIn(CASES), Test
 
 // The last one, so that one run of the program renews files and page. It has a parameter because
 // such tests come behind the others.
-class CReliabilityPageTest : public CSimTest, public testing::WithParamInterface<const char*> {};
+class CReliabilityPageTest : public CSimFixture, public testing::WithParamInterface<const char*> {};
 
 TEST_P(CReliabilityPageTest, TablesAreMadeOfTheRows) {
     const auto [before, tables, behind] = PageParts();

@@ -25,7 +25,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "plugin/MngSrv_QorLibIF.h"
 
 // The plug-in's pause between two attempts costs nothing here: it finds this one first.
@@ -96,7 +96,7 @@ private:
 
 using Request = std::function<bool(std::list<CItemDisp*>&)>;
 
-class Soak : public qortest::CPrivateServerTest {
+class Soak : public qortest::CPrivateServerFixture {
 protected:
     void SetUp() override;
 
@@ -134,7 +134,7 @@ private:
 
 // All hosts are laid out at once, to be moved into place: quicker than laying them out anew.
 void Soak::SetUp() {
-    CPrivateServerTest::SetUp();
+    CPrivateServerFixture::SetUp();
     const unsigned long seed = Setting("QOR_SOAK_SEED", 20261120);
     m_Random.seed(static_cast<std::mt19937::result_type>(seed));
     fs::remove_all(SERVER + std::string("/qor"));

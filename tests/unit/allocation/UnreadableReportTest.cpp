@@ -5,7 +5,7 @@
 #include <string>
 
 #include "FakeComLib.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "ReadFault.h"
 #include "StandInTool.h"
 #include "getters/CMSRAID_CtrlInfoGetter.h"
@@ -19,10 +19,10 @@ namespace {
 const std::string FILLER(100'000, '\n');
 constexpr long FIRST_PART = 1;
 
-class UnreadableReport : public CPrivateServerTest {
+class UnreadableReport : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 };

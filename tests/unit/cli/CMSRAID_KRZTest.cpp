@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "FakeComLib.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "StandInTool.h"
 #include "cli/CMSRAID_KRZ.h"
 #include "plugin/ComLib.h"
@@ -34,10 +34,10 @@ CTraceLine Failure(const std::string& text) {
 const CTraceLine EXECUTE = Result("execute krzcli command.(" + COMMAND + ")");
 const CTraceLine EXECUTE_VERSION = Result("execute krzcli command.(krzcli -v)");
 
-class CMSRAID_KRZTest : public CPrivateServerTest {
+class CMSRAID_KRZTest : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
         fs::create_directories(fs::path(OUT).parent_path());
     }

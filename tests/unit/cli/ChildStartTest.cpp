@@ -9,7 +9,7 @@
 #include <fstream>
 
 #include "Host.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "cli/ChildStart.h"
 
 namespace {
@@ -42,10 +42,10 @@ using namespace qortest;
 const std::string DIR = "/opt/tarmica/run";
 const std::string OUT = DIR + "/out.txt";
 
-class CChildStartTest : public CPrivateServerTest {
+class CChildStartTest : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         fs::create_directories(DIR);
     }
 

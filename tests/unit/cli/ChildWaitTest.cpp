@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "Host.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "cli/ChildStart.h"
 #include "cli/ChildWait.h"
 
@@ -16,10 +16,10 @@ using std::chrono::milliseconds;
 
 const std::string DIR = "/opt/tarmica/run";
 
-class CChildWaitTest : public CPrivateServerTest {
+class CChildWaitTest : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         fs::create_directories(DIR);
     }
 

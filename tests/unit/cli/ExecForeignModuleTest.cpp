@@ -14,7 +14,7 @@
 
 #include "FakeComLib.h"
 #include "Host.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "cli/ExecForeignModule.h"
 #include "plugin/ComLib.h"
 
@@ -36,10 +36,10 @@ constexpr unsigned long UNTOUCHED = 4711;
 constexpr unsigned long NEARLY_ENDLESS = EXEC_NO_TIMEOUT - 1;
 constexpr milliseconds SHORT_LIMIT(1500);
 
-class CExecForeignModuleTest : public CPrivateServerTest {
+class CExecForeignModuleTest : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
         fs::create_directories(DIR);
     }

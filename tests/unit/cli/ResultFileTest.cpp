@@ -1,5 +1,5 @@
 #include "FakeComLib.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "cli/ResultFile.h"
 #include "plugin/ComLib.h"
 
@@ -10,10 +10,10 @@ using namespace qortest;
 
 const std::string FILE_PATH = "/opt/tarmica/run/report.txt";
 
-class CResultFileTest : public CPrivateServerTest {
+class CResultFileTest : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 };

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "ComLibTest.h"
+#include "ComLibFixture.h"
 #include "plugin/ComLib.h"
 
 namespace {
@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 using qortest::WriteFile;
 using Traces = std::vector<std::string>;
 
-class CFileUtilityTest : public qortest::CComLibTest {
+class CFileUtilityTest : public qortest::CComLibFixture {
 protected:
     static std::string InstallPathFor(const std::string& value) {
         WriteFile(qortest::CONFIGURATION_FILE, "[Install]\nINSTALLPATH_CIM=" + value + "\n");

@@ -2,7 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "ComLibTest.h"
+#include "ComLibFixture.h"
 #include "plugin/ComLib.h"
 
 namespace {
@@ -17,16 +17,16 @@ constexpr const char* PCI_DEVICES = "/sys/bus/pci/devices";
 constexpr const char* LIST_DIRECTORY = "/opt/tarmica/qor/kam/work";
 
 // A PCI bus of the test's own over the kernel's, seen by this process only.
-class COsInfoTest : public qortest::CComLibTest {
+class COsInfoTest : public qortest::CComLibFixture {
 protected:
     void SetUp() override {
-        CComLibTest::SetUp();
+        CComLibFixture::SetUp();
         fs::create_directory(Bus());
         ASSERT_EQ(mount(Bus().c_str(), PCI_DEVICES, "none", MS_BIND, nullptr), 0);
     }
     void TearDown() override {
         umount2(PCI_DEVICES, MNT_DETACH);
-        CComLibTest::TearDown();
+        CComLibFixture::TearDown();
     }
 
     fs::path Bus() const { return Scratch() / "bus"; }

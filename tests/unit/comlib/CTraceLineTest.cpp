@@ -11,7 +11,7 @@
 #include <regex>
 #include <thread>
 
-#include "ComLibTest.h"
+#include "ComLibFixture.h"
 #include "comlib/CTraceLine.h"
 #include "comlib/CUniqueFd.h"
 
@@ -21,7 +21,7 @@ using comlib::CTraceLine;
 using comlib::CUniqueFd;
 using qortest::ReadFile;
 
-class CTraceLineTest : public qortest::CComLibTest {
+class CTraceLineTest : public qortest::CComLibFixture {
 protected:
     std::string Path() const { return Scratch() / "t.log"; }
 

@@ -14,7 +14,7 @@
 #include <cstring>
 #include <regex>
 
-#include "ComLibTest.h"
+#include "ComLibFixture.h"
 #include "comlib/CUniqueFd.h"
 #include "plugin/ComLib.h"
 
@@ -44,7 +44,7 @@ std::string Message(const std::string& line) {
     return line.substr(processEnd + 1);
 }
 
-class CTraceUtilityTest : public qortest::CComLibTest {
+class CTraceUtilityTest : public qortest::CComLibFixture {
 protected:
     fs::path Trace() const { return Scratch() / "trace.log"; }
     std::string StandardError() const { return ReadFile(Scratch() / "stderr"); }

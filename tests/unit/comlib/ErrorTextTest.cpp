@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "ComLibTest.h"
+#include "ComLibFixture.h"
 #include "comlib/ErrorText.h"
 
 namespace {
@@ -72,10 +72,10 @@ constexpr const char* BYTE_ORDER_OPTION =
 
 // A language of the test's own: the machine may have none, and the C library translates nothing in
 // the locales that it has built in.
-class ErrorTextTest : public qortest::CComLibTest {
+class ErrorTextTest : public qortest::CComLibFixture {
 protected:
     void SetUp() override {
-        CComLibTest::SetUp();
+        CComLibFixture::SetUp();
         const std::string command = "localedef --no-archive " + std::string(BYTE_ORDER_OPTION) +
                                     " -f UTF-8 -i de_DE " + (Scratch() / "de_DE.UTF-8").string();
         ASSERT_EQ(std::system(command.c_str()), 0) << command;
@@ -88,7 +88,7 @@ protected:
         setlocale(LC_ALL, "C");
         unsetenv("LANGUAGE");
         unsetenv("LOCPATH");
-        CComLibTest::TearDown();
+        CComLibFixture::TearDown();
     }
 };
 

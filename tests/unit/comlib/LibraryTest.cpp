@@ -5,7 +5,7 @@
 
 #include <cstdlib>
 
-#include "ComLibTest.h"
+#include "ComLibFixture.h"
 
 namespace {
 
@@ -13,7 +13,7 @@ using qortest::ReadFile;
 using IniReader = int (*)(const char*, const char*, int, const char*);
 using FileRemover = int (*)(const char*);
 
-class LibraryTest : public qortest::CComLibTest {
+class LibraryTest : public qortest::CComLibFixture {
 protected:
     template <typename Function>
     static Function Find(void* library, const char* name) {

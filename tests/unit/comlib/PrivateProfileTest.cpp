@@ -7,7 +7,7 @@
 #include <sstream>
 #include <thread>
 
-#include "ComLibTest.h"
+#include "ComLibFixture.h"
 #include "comlib/CIniCache.h"
 #include "plugin/ComLib.h"
 
@@ -18,11 +18,11 @@ using qortest::WriteFile;
 
 constexpr const char* MISSING = "(missing)";
 
-class PrivateProfile : public qortest::CComLibTest {
+class PrivateProfile : public qortest::CComLibFixture {
 protected:
     void TearDown() override {
         CIniCache::Clear();
-        CComLibTest::TearDown();
+        CComLibFixture::TearDown();
     }
 
     std::string Path() const { return Scratch() / "test.ini"; }

@@ -3,7 +3,7 @@
 
 #include <cerrno>
 
-#include "ComLibTest.h"
+#include "ComLibFixture.h"
 #include "comlib/TraceSink.h"
 
 namespace {
@@ -25,10 +25,10 @@ void Keep(void* context, const char* module, CTraceUtility::TRACE_DBG_LEVEL leve
         {module, static_cast<unsigned>(level), {message, length}});
 }
 
-class TraceSinkTest : public qortest::CComLibTest {
+class TraceSinkTest : public qortest::CComLibFixture {
 protected:
     void SetUp() override {
-        CComLibTest::SetUp();
+        CComLibFixture::SetUp();
         m_Library = dlopen(QOR_COMLIB_FILE, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(m_Library, nullptr) << dlerror();
         m_SetSink = reinterpret_cast<SetSink>(dlsym(m_Library, "QorSetTraceSink"));
@@ -38,7 +38,7 @@ protected:
         m_SetSink(nullptr, nullptr, 0);
         dlclose(m_Library);
         TakeTraces();
-        CComLibTest::TearDown();
+        CComLibFixture::TearDown();
     }
 
     // An operation that traces one failure.

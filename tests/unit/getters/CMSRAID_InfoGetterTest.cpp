@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "FakeComLib.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "StandInTool.h"
 #include "getters/CMSRAID_InfoGetter.h"
 #include "plugin/ComLib.h"
@@ -103,10 +103,10 @@ CTraceLine Failure(const std::string& text) {
     return {CTraceUtility::TRACE_DBG_FAILURE, text};
 }
 
-class CMSRAID_InfoGetterTest : public CPrivateServerTest {
+class CMSRAID_InfoGetterTest : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 

@@ -11,7 +11,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "ReportStress.h"
 #include "StandInTool.h"
 #include "TraceText.h"
@@ -89,16 +89,16 @@ struct CRead {
     std::string errDetail;
 };
 
-class CMSRAID_LDInfoGetterTest : public qortest::CPrivateServerTest {
+class CMSRAID_LDInfoGetterTest : public qortest::CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         qortest::ResetFakeComLib();
         m_Tool.emplace();
     }
     void TearDown() override {
         m_Tool.reset();
-        CPrivateServerTest::TearDown();
+        CPrivateServerFixture::TearDown();
     }
 
     // One run of `getter` on controller 0; only its own traces are left.

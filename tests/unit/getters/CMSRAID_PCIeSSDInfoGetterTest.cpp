@@ -9,7 +9,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "ReportStress.h"
 #include "StandInTool.h"
 #include "getters/CMSRAID_PCIeSSDInfoGetter.h"
@@ -67,10 +67,10 @@ std::string Pair(const std::string& parent, const std::string& name, const std::
 
 const std::string GENERAL = "### General Information ###";
 
-class PCIeSSDInfoGetter : public CPrivateServerTest {
+class PCIeSSDInfoGetter : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 

@@ -8,7 +8,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "ReportStress.h"
 #include "StandInTool.h"
 #include "TraceText.h"
@@ -67,10 +67,10 @@ struct CRun {
     std::string errDetail;
 };
 
-class PDInfoGetter : public CPrivateServerTest {
+class PDInfoGetter : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 

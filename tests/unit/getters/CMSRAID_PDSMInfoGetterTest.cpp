@@ -11,7 +11,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "ReportStress.h"
 #include "StandInTool.h"
 #include "getters/CMSRAID_PDSMInfoGetter.h"
@@ -105,10 +105,10 @@ void ExpectSoundTree(const std::list<CItemDisp*>& items) {
     }
 }
 
-class PDSMInfoGetter : public CPrivateServerTest {
+class PDSMInfoGetter : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 

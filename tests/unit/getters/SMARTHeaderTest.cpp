@@ -6,7 +6,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "getters/CMSRAID_PDSMInfoGetter.h"
 
 using namespace qortest;
@@ -27,10 +27,10 @@ public:
     std::string Text() const { return ItemText(m_RaidList); }
 };
 
-class SMARTHeader : public CPrivateServerTest {
+class SMARTHeader : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 };

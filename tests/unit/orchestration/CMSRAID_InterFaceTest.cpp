@@ -8,7 +8,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "RaidHost.h"
 #include "SlotOf.h"
 #include "StandInTool.h"
@@ -46,10 +46,10 @@ struct CRequest {
     int result = -1;
 };
 
-class InterFace : public CPrivateServerTest {
+class InterFace : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
         PutRaidCard();
     }

@@ -8,7 +8,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "StandInTool.h"
 #include "orchestration/CMSRAID_InterFace.h"
 
@@ -55,10 +55,10 @@ struct CRequest {
 };
 
 // The host has no device list and no supported device: nobody asks for them.
-class PDInfo : public CPrivateServerTest {
+class PDInfo : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 

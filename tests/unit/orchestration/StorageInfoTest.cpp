@@ -9,7 +9,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "RaidHost.h"
 #include "StandInTool.h"
 #include "orchestration/CMSRAID_InterFace.h"
@@ -68,10 +68,10 @@ std::ostream& operator<<(std::ostream& out, const CRow& row) {
                << ", tool " << static_cast<int>(row.tool) << " " << row.version;
 }
 
-class StorageInfo : public CPrivateServerTest {
+class StorageInfo : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 

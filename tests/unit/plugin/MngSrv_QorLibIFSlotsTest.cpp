@@ -12,7 +12,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "RaidHost.h"
 #include "StandInTool.h"
 #include "plugin/MngSrv_QorLibIF.h"
@@ -53,15 +53,15 @@ struct CLibIFDeleter {
     void operator()(CMngSrv_QorLibIF* object) const { DeleteLibIF(object); }
 };
 
-class QorLibIFSlots : public CPrivateServerTest {
+class QorLibIFSlots : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
     void TearDown() override {
         m_Object.reset();
-        CPrivateServerTest::TearDown();
+        CPrivateServerFixture::TearDown();
     }
 
     CMngSrv_QorLibIF& Object() { return *m_Object; }

@@ -7,7 +7,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "RaidHost.h"
 #include "StandInTool.h"
 #include "TraceText.h"
@@ -24,15 +24,15 @@ struct CLibIFDeleter {
     void operator()(CMngSrv_QorLibIF* object) const { DeleteLibIF(object); }
 };
 
-class MngSrv_QorLibIF : public CPrivateServerTest {
+class MngSrv_QorLibIF : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
     void TearDown() override {
         m_Object.reset();
-        CPrivateServerTest::TearDown();
+        CPrivateServerFixture::TearDown();
     }
 
     CMngSrv_QorLibIF& Object() { return *m_Object; }

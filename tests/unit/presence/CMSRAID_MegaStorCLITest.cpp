@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "FakeComLib.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "RaidHost.h"
 #include "StandInTool.h"
 #include "TraceText.h"
@@ -35,10 +35,10 @@ std::string CountLine(const std::string& count) {
     return "1: CMSRAID_InterFace::IsPresentRAIDPhysDisk diskNum=" + count + "\n";
 }
 
-class MegaStorCLI : public CPrivateServerTest {
+class MegaStorCLI : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
         fs::create_directories(UTILITY_DIR);
     }

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "FakeComLib.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "TraceText.h"
 #include "presence/CMSRAID_PCICard.h"
 
@@ -35,10 +35,10 @@ std::string Text(const std::list<DevicePCIID>& devices) {
 
 using Texts = std::list<std::string>;
 
-class PCICard : public CPrivateServerTest {
+class PCICard : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
     }
 

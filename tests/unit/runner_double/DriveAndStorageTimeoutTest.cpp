@@ -5,7 +5,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "RaidHost.h"
 #include "RunnerDouble.h"
 #include "cli/ExecForeignModule.h"
@@ -31,17 +31,17 @@ CRun Answered(const std::string& report) {
 }
 
 // Drives and storage are asked for through the plug-in object, as a host does.
-class DriveAndStorageTimeout : public CPrivateServerTest {
+class DriveAndStorageTimeout : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
         RunnerDouble() = CRunnerDouble();
         WriteFile("/opt/tarmica/krz/cli/krzcli", "");
     }
     void TearDown() override {
         EXPECT_THAT(RunnerDouble().runs.size(), 0U) << "runs that never came";
-        CPrivateServerTest::TearDown();
+        CPrivateServerFixture::TearDown();
     }
 
     static void PutHost(const char* devices) {

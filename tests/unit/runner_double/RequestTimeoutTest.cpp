@@ -5,7 +5,7 @@
 
 #include "FakeComLib.h"
 #include "ItemText.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "RaidHost.h"
 #include "RunnerDouble.h"
 #include "cli/ExecForeignModule.h"
@@ -43,10 +43,10 @@ std::vector<CRow> Rows() {
     };
 }
 
-class RequestTimeout : public CPrivateServerTest {
+class RequestTimeout : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
         RunnerDouble() = CRunnerDouble();
         PutRaidCard();

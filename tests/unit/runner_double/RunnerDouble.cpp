@@ -1,6 +1,6 @@
 #include "RunnerDouble.h"
 
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "cli/ExecForeignModule.h"
 
 using qortest::RunnerDouble;

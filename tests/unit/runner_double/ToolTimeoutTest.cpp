@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "FakeComLib.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "RunnerDouble.h"
 #include "cli/CMSRAID_KRZ.h"
 #include "cli/ExecForeignModule.h"
@@ -25,17 +25,17 @@ public:
     bool CreateRAIDItem(std::ifstream&, std::string) override { return true; }
 };
 
-class CToolTimeoutTest : public CPrivateServerTest {
+class CToolTimeoutTest : public CPrivateServerFixture {
 protected:
     void SetUp() override {
-        CPrivateServerTest::SetUp();
+        CPrivateServerFixture::SetUp();
         ResetFakeComLib();
         RunnerDouble() = CRunnerDouble();
         WriteFile("/opt/tarmica/krz/cli/krzcli", "");
     }
     void TearDown() override {
         EXPECT_THAT(RunnerDouble().runs.size(), 0U) << "runs that never came";
-        CPrivateServerTest::TearDown();
+        CPrivateServerFixture::TearDown();
     }
     unsigned int Exec() { return CMSRAID_KRZ::ExecCli("krzcli -x", &m_CliRtn, OUT); }
     static std::vector<std::string> Failures() {

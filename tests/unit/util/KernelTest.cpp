@@ -6,7 +6,7 @@
 #include <cstring>
 #include <thread>
 
-#include "ComLibTest.h"
+#include "ComLibFixture.h"
 #include "comlib/CUniqueFd.h"
 #include "util/Kernel.h"
 
@@ -16,10 +16,10 @@ namespace fs = std::filesystem;
 using util::GetLinkStatus;
 using util::GetStatus;
 
-class KernelTest : public qortest::CComLibTest {
+class KernelTest : public qortest::CComLibFixture {
 protected:
     void SetUp() override {
-        CComLibTest::SetUp();
+        CComLibFixture::SetUp();
         m_File = Scratch() / "file";
         m_Link = Scratch() / "link";
         qortest::WriteFile(m_File, "123");

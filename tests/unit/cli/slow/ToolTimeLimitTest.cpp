@@ -3,7 +3,7 @@
 #include <chrono>
 
 #include "FakeComLib.h"
-#include "PrivateServerTest.h"
+#include "PrivateServerFixture.h"
 #include "StandInTool.h"
 #include "cli/CMSRAID_KRZ.h"
 #include "plugin/ComLib.h"
@@ -13,7 +13,7 @@ namespace {
 using namespace qortest;
 using testing::ElementsAre;
 
-class CToolTimeLimitTest : public CPrivateServerTest {};
+class CToolTimeLimitTest : public CPrivateServerFixture {};
 
 TEST_F(CToolTimeLimitTest, ToolThatRuns150SecondsIsKilled) {
     ResetFakeComLib();

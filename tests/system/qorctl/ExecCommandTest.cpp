@@ -1,0 +1,157 @@
+// `qorctl exec` with the real plug-in and a scripted tool, and every result with a stand-in.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "QorctlFixture.h"
+#include "StandInTool.h"
+
+namespace {
+
+using qortest::CQorctlOutcome;
+using testing::HasSubstr;
+
+class ExecCommandTest : public qortest::CQorctlFixture {
+protected:
+    void SetUp() override {
+        CQorctlFixture::SetUp();
+        m_Environment["QOR_TRACE"] = "none";
+        m_Environment["PATH"] = "/usr/bin:/bin";
+        m_Environment["QOR_PLUGIN"] = REAL_PLUGIN;
+    }
+
+    CQorctlOutcome Exec(std::vector<std::string> words) const {
+        words.insert(words.begin(), {"exec", "--"});
+        return Run(words);
+    }
+};
+
+TEST_F(ExecCommandTest, OutputAndErrorsOfTheToolAreShownByteForByte) {
+    qortest::CStandInTool tool;
+    tool.Play("-ctrlinfo -aAll", {.out = "a\tb\x1b[1m\xff\r\n", .err = "to standard error\n"});
+    const CQorctlOutcome outcome = Exec({"krzcli", "-ctrlinfo", "-aAll"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "a\tb\x1b[1m\xff\r\nto standard error\n");
+    EXPECT_EQ(outcome.err, "");
+}
+
+TEST_F(ExecCommandTest, OutputIsMadeVisibleOnATerminal) {
+    m_Environment["QOR_PLUGIN"] = STAND_IN_PLUGIN;
+    Answer({{"exec", "0", "0", "a\tb\r\n\x1b[1m\rc\x7f\u009B1m\u202E\uFEFF\xff\u00B0\n"}});
+    const CQorctlOutcome outcome =
+        qortest::RunQorctl(m_Folder, {.program = {},
+                                      .arguments = {"exec", "--", "krzcli", "-v"},
+                                      .environment = m_Environment,
+                                      .terminal = true});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out,
+              "a\tb\r\n\\x1b[1m\\rc\\x7f\\xc2\\x9b1m\\xe2\\x80\\xae\\xef\\xbb\\xbf\\xff\u00B0\n");
+}
+
+TEST_F(ExecCommandTest, LargeOutputIsWhole) {
+    qortest::CStandInTool tool;
+    const std::string report(300'000, 'x');
+    tool.Play("-v", {.out = report + "\n"});
+    EXPECT_EQ(Exec({"krzcli", "-v"}).out, report + "\n");
+}
+
+TEST_F(ExecCommandTest, ToolsOwnStatusIsTheProgramsStatus) {
+    qortest::CStandInTool tool;
+    tool.Play("-x", {.out = "Error - Invalid input at or near token -x\n", .status = 42});
+    const CQorctlOutcome outcome = Exec({"krzcli", "-x"});
+    EXPECT_EQ(outcome.status, 42);
+    EXPECT_EQ(outcome.out, "Error - Invalid input at or near token -x\n");
+    EXPECT_EQ(outcome.err, "qorctl: the RAID tool failed, exit status 42\n");
+}
+
+TEST_F(ExecCommandTest, ErrorWithStatusZeroIsStated) {
+    qortest::CStandInTool tool;
+    tool.Play("-ctrlinfo -aAll", {.out = "Error - No RAID controller is found.\n"});
+    const CQorctlOutcome outcome = Exec({"krzcli", "-ctrlinfo", "-aAll"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "Error - No RAID controller is found.\n");
+    EXPECT_EQ(outcome.err, "qorctl: the RAID tool reported an error, with exit status 0\n");
+}
+
+TEST_F(ExecCommandTest, MissingToolIs127) {
+    const CQorctlOutcome outcome = Exec({"krzcli", "-v"});
+    EXPECT_EQ(outcome.status, 127);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err,
+              "qorctl: the RAID tool is not installed (/opt/tarmica/krz/cli/krzcli)\n");
+}
+
+TEST_F(ExecCommandTest, WordsAreJoinedAndTheShellReadsThem) {
+    qortest::CStandInTool tool;
+    tool.Play("one two", {.out = "tool\n"});
+    const CQorctlOutcome outcome = Exec({"krzcli one", "two; echo shell"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "tool\nshell\n");
+    EXPECT_THAT(Run({"exec", "--help"}).out, HasSubstr("NOTHING IS QUOTED"));
+}
+
+TEST_F(ExecCommandTest, NoFileIsLeftInAnyDirectory) {
+    qortest::CStandInTool tool;
+    tool.Play("-v", {.run = "ls -l /proc/$$/fd/1 | sed 's/.* -> //'"});
+    m_Environment["TMPDIR"] = "/opt/tarmica/nowhere";
+    EXPECT_EQ(Exec({"krzcli", "-v"}).out, "/memfd:qorctl-tool-output (deleted)\n");
+}
+
+struct CResultCase {
+    const char* result;
+    const char* status;
+    int expected;
+    const char* message;
+};
+
+TEST_F(ExecCommandTest, EachResultHasItsStatusAndMessage) {
+    constexpr CResultCase CASES[] = {
+        {"0", "0", 0, ""},
+        {"1", "3", 3, "qorctl: the RAID tool failed, exit status 3\n"},
+        {"1", "0", 0, "qorctl: the RAID tool reported an error, with exit status 0\n"},
+        {"2", "255", 126, "qorctl: the RAID tool could not be run, or was killed\n"},
+        {"3", "255", 127, "qorctl: the RAID tool is not installed (/opt/tarmica/krz/cli/krzcli)\n"},
+        {"4", "255", 124, "qorctl: the RAID tool did not end in time and was killed\n"},
+        {"9", "0", 125, "qorctl: the plug-in returned the unknown result 0x9\n"},
+    };
+    m_Environment["QOR_PLUGIN"] = STAND_IN_PLUGIN;
+    for (const CResultCase& one : CASES) {
+        Answer({{"exec", one.result, one.status, "output\n"}});
+        const CQorctlOutcome outcome = Exec({"krzcli", "-v"});
+        EXPECT_EQ(outcome.status, one.expected) << one.result;
+        EXPECT_EQ(outcome.out, "output\n");
+        EXPECT_EQ(outcome.err, one.message);
+    }
+    EXPECT_THAT(Log(), HasSubstr("KRZExecCli krzcli -v\n"));
+}
+
+TEST_F(ExecCommandTest, ExceptionOfThePluginIs125) {
+    m_Environment["QOR_PLUGIN"] = STAND_IN_PLUGIN;
+    Answer({{"throw", "KRZExecCli", "out_of_range"}});
+    const CQorctlOutcome outcome = Exec({"krzcli", "-v"});
+    EXPECT_EQ(outcome.status, 125);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, HasSubstr("ended with an exception"));
+}
+
+TEST_F(ExecCommandTest, PluginThatCannotBeLoadedIs125) {
+    m_Environment["QOR_PLUGIN"] = "/opt/tarmica/nothing.so";
+    EXPECT_EQ(Exec({"krzcli", "-v"}).status, 125);
+}
+
+TEST_F(ExecCommandTest, OutputThatCannotBeWrittenIs125) {
+    qortest::CStandInTool tool;
+    tool.Play("-v", {.out = "text\n"});
+    const CQorctlOutcome outcome =
+        qortest::RunQorctl(m_Folder, {.program = {},
+                                      .arguments = {"exec", "--", "krzcli", "-v"},
+                                      .environment = m_Environment,
+                                      .outputPath = "/dev/full"});
+    EXPECT_EQ(outcome.status, 125);
+    EXPECT_THAT(outcome.err, HasSubstr("No space left on device"));
+}
+
+TEST_F(ExecCommandTest, CommandIsRequired) {
+    EXPECT_EQ(Run({"exec"}).status, 106);
+}
+
+}  // namespace

@@ -1,0 +1,99 @@
+// qorctl with the real plug-in on simulated servers: what changes while it watches, requests that
+// fail for several reasons at once, and that all of its JSON fits the schema.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "ServerFixture.h"
+
+namespace {
+
+using nlohmann::json;
+using qortest::CEnd;
+using qortest::WriteFile;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class SimulatedServerTest : public qortest::CServerFixture {
+protected:
+    // The document, which fits the schema.
+    json Valid(const std::string& document) const {
+        const std::string file = Folder() / "document.json";
+        WriteFile(file, document);
+        const CEnd end = qortest::RunProgram({PYTHON, VALIDATE_JSON, JSON_SCHEMA, file});
+        EXPECT_EQ(end.status, 0) << end.out << end.err << document;
+        return json::parse(document, nullptr, false);
+    }
+
+    // A server with a PCIe SSD and without the RAID tool and drives.
+    std::string HostWithSsdAndNoTool() const {
+        return WriteProfile({{"extends", "pssd-only"}, {"tool", {{"missing", {"krzcli"}}}}});
+    }
+};
+
+// The server's time is moved on once a change was seen: nothing depends on how long that took.
+constexpr const char* WATCH_THE_LIFE = R"(
+qorctl watch --interval 1 --format json > changes & watch=$!
+at() { echo $(($(date +%s) - $1)) > /opt/tarmica/krz/started; }
+until_told() { until grep -q "$1" changes; do sleep 0.05; done; }
+until_told '"event":"start"'
+at 12; until_told '"after":"FAILED"'
+at 22; until_told '"after":"REBUILD"'
+at 32; until_told '"what":"progress"'
+at 60; until_told '"before":"REBUILD"'
+kill $watch; wait $watch; echo $?)";
+
+TEST_F(SimulatedServerTest, FailureAndRebuildAreToldWhileTheyHappen) {
+    const std::string changes = Folder() / "changes";
+    const CEnd end = Shell("lifecycle", "cd " + Folder().string() + WATCH_THE_LIFE);
+    EXPECT_EQ(end.status, 0) << end.err;
+    EXPECT_EQ(end.out, "143\n");
+    std::vector<std::string> failed;
+    for (const std::string& line : qortest::Lines(qortest::ReadFile(changes))) {
+        const json event = Valid(line);
+        if (event["event"] == "change" && event["object"] == "controller 0 drive PD3") {
+            failed.push_back(event["what"].get<std::string>());
+        }
+    }
+    EXPECT_THAT(failed, testing::ElementsAre("state", "media errors", "use"));
+}
+
+TEST_F(SimulatedServerTest, RebuildIsToldInSteps) {
+    EXPECT_THAT(Shell("lifecycle", R"(qorctl watch --interval 1 > changes & watch=$!
+echo $(($(date +%s) - 22)) > /opt/tarmica/krz/started
+until grep -q 'watching' changes; do sleep 0.05; done
+echo $(($(date +%s) - 32)) > /opt/tarmica/krz/started
+until grep -q 'progress' changes; do sleep 0.05; done
+kill $watch; wait $watch; cat changes; rm changes)")
+                    .out,
+                HasSubstr("controller 0 drive PD7: progress "));
+}
+
+TEST_F(SimulatedServerTest, EveryJsonFitsTheSchema) {
+    for (const char* command : {"raid", "storage", "drive 0 252 0", "check", "doctor", "version"}) {
+        const CEnd end = Shell("failed-drive", std::string("qorctl ") + command + " --format json");
+        const std::string verb = std::string(command).substr(0, std::string(command).find(' '));
+        EXPECT_EQ(Valid(end.out)["command"], verb);
+    }
+}
+
+TEST_F(SimulatedServerTest, MissingToolWithAnSsdAndNoDrivesIsAFailureInEveryForm) {
+    const std::string host = HostWithSsdAndNoTool();
+    const CEnd check = Shell(host, "qorctl check");
+    EXPECT_EQ(check.status, 3);
+    EXPECT_EQ(check.out, "RAID UNKNOWN - the RAID tool is not installed\n");
+    const json checked = Valid(Shell(host, "qorctl check --format json").out);
+    EXPECT_EQ(checked["reason"], "no-tool");
+    const CEnd table = Shell(host, "qorctl storage --format table");
+    EXPECT_EQ(table.status, 1);
+    EXPECT_EQ(table.out, "");
+    EXPECT_THAT(table.err, HasSubstr("the RAID tool is not installed"));
+    const CEnd storage = Shell(host, "qorctl storage --format json");
+    EXPECT_EQ(storage.status, 1);
+    const json document = Valid(storage.out);
+    EXPECT_EQ(document["result"], "failure");
+    EXPECT_EQ(document["error_code"], "02");
+}
+
+}  // namespace

@@ -1,0 +1,146 @@
+// qorctl as a person sees it: on a real terminal, which tmux draws, in a narrow and in a wide one.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <sstream>
+
+#include "QorctlProcess.h"
+#include "ServerFixture.h"
+#include "terminal/TerminalText.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using qortest::CStrings;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* RED = "\x1b[31m";
+constexpr const char* MARK = "QOR_TERMINAL_TEST";
+constexpr std::chrono::seconds PATIENCE(60);  // a broken program is given up after that
+
+class TerminalTest : public qortest::CServerFixture {
+protected:
+    void SetUp() override {
+        CServerFixture::SetUp();
+        qortest::ProvideTerminals();
+    }
+    void TearDown() override {
+        Tmux({"kill-server"});
+        fs::remove(Folder() / "tmux");
+        CServerFixture::TearDown();
+    }
+
+    qortest::CEnd Tmux(const CStrings& arguments) const {
+        CStrings command = {"tmux", "-u", "-S", Folder() / "tmux", "-f", "/dev/null"};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return qortest::RunProgram(command);
+    }
+
+    // Starts the command on `host` in a terminal of its own, which stays when the command has
+    // ended.
+    void Start(const std::string& options, const std::string& command, int width,
+               int height) const {
+        const std::string line = std::string(MARK) + "=" + Folder().string() + " " QORSIM_PROGRAM +
+                                 " run " + options + " -- " QORCTL_PROGRAM " " + command +
+                                 "; echo status=$?; exec cat";
+        // A server that ends with its last terminal takes one along that comes while it does.
+        const qortest::CEnd end =
+            Tmux({"new-session", "-d", "-x", std::to_string(width), "-y", std::to_string(height),
+                  line, ";", "set-option", "-s", "exit-empty", "off"});
+        EXPECT_EQ(end.status, 0) << end.err;
+    }
+
+    // What the terminal shows once `text` is there; with control sequences where `options` say so.
+    // A line that was longer than the terminal is wide is one line here.
+    std::string Await(const std::string& text, const CStrings& options = {}) const {
+        CStrings capture = {"capture-pane", "-p", "-J", "-S", "-"};
+        capture.insert(capture.end(), options.begin(), options.end());
+        const auto end = std::chrono::steady_clock::now() + PATIENCE;
+        std::string shown;
+        while (shown.find(text) == std::string::npos) {
+            if (std::chrono::steady_clock::now() > end) {
+                ADD_FAILURE() << '"' << text << "\" does not come: " << shown;
+                break;
+            }
+            shown = Tmux(capture).out;
+        }
+        return shown;
+    }
+
+    // Processes of the command, all of its descendants included.
+    size_t CountProcesses() const {
+        const std::string mark = std::string(MARK) + "=" + Folder().string();
+        size_t count = 0;
+        for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
+            std::ifstream file(entry.path() / "environ");
+            std::stringstream text;
+            text << file.rdbuf();
+            count += text.str().find(mark) == std::string::npos ? 0U : 1U;
+        }
+        return count;
+    }
+};
+
+TEST_F(TerminalTest, NothingIsWiderThanTheTerminal) {
+    for (const int width : {60, 200}) {
+        for (const char* command :
+             {"raid", "raid --format table", "drive 0 252 3 --format table", "doctor", "version"}) {
+            Start("--host failed-drive", command, width, 50);
+            for (const std::string& line : qortest::Lines(Await("status="))) {
+                EXPECT_LE(qorctl::CountColumns(line), static_cast<size_t>(width)) << command;
+            }
+            Tmux({"kill-session"});
+        }
+    }
+}
+
+TEST_F(TerminalTest, ProblemsStandOutAndAreRepeatedAtTheEnd) {
+    Start("--host failed-drive", "raid --format table", 200, 50);
+    const std::string shown = Await("status=0", {"-e"});
+    EXPECT_THAT(shown, HasSubstr(std::string(RED) + "!!     0   3     252:3  FAILED"));
+    EXPECT_THAT(shown, HasSubstr("Controller 0 drive PD3 is FAILED: it is out of service; "
+                                 "replace it.\n"));
+}
+
+TEST_F(TerminalTest, StateIsColouredInTheTree) {
+    Start("--host failed-drive", "raid", 60, 50);
+    EXPECT_THAT(Await("status=0", {"-e"}), HasSubstr(std::string(": ") + RED + "FAILED"));
+}
+
+TEST_F(TerminalTest, NoColorIsObeyed) {
+    setenv("NO_COLOR", "1", 1);
+    Start("--host failed-drive", "raid", 60, 50);
+    unsetenv("NO_COLOR");
+    EXPECT_THAT(Await("status=0", {"-e"}), AllOf(HasSubstr("FAILED"), Not(HasSubstr("\x1b["))));
+}
+
+TEST_F(TerminalTest, ProgressIsShownAndCtrlCEndsTheTool) {
+    Start("--host small --fault hang@-pdinfo", "raid", 60, 24);
+    EXPECT_THAT(
+        Await("krzcli -pdinfo -nosmart -a0 (controller 1"),
+        testing::ContainsRegex("qorctl: [0-9]+ s, krzcli -pdinfo -nosmart -a0 .controller 1"));
+    Tmux({"send-keys", "C-c"});
+    EXPECT_THAT(Await("status=130"), Not(HasSubstr("qorctl: ")));
+    EXPECT_EQ(CountProcesses(), 0U);
+}
+
+TEST_F(TerminalTest, WatchFitsTheTerminalAndLeavesItAsItWas) {
+    Start("--host lifecycle --start-at 1000000", "watch --interval 3600", 60, 40);
+    const std::string shown = Await("Unconfig GOOD");
+    EXPECT_THAT(shown, HasSubstr("CRITICAL  qorctl watch, every 3600 s: "));
+    for (const std::string& line : qortest::Lines(shown)) {
+        EXPECT_LE(qorctl::CountColumns(line), 60U);
+    }
+    Tmux({"send-keys", "C-c"});
+    EXPECT_THAT(Await("status=130"), Not(HasSubstr("qorctl watch")));
+    EXPECT_EQ(CountProcesses(), 0U);
+}
+
+}  // namespace

@@ -1,0 +1,142 @@
+// `qorctl xml` as a process, with a plug-in that answers as the test tells it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "QorctlFixture.h"
+#include "commands/XmlCommand.h"
+
+namespace {
+
+using qorctl::ExplainXmlResult;
+using qortest::CQorctlOutcome;
+using qortest::CRecord;
+using testing::HasSubstr;
+
+const CRecord ITEM = {"item", "", "A", "", "TRUE"};
+
+class XmlCommandTest : public qortest::CQorctlFixture {
+protected:
+    CQorctlOutcome RunXml(const std::vector<std::string>& options,
+                          const std::vector<CRecord>& answer) const {
+        Answer(answer);
+        std::vector<std::string> arguments = {"xml", "--plugin", STAND_IN_PLUGIN};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return Run(arguments);
+    }
+};
+
+TEST_F(XmlCommandTest, DocumentIsWrittenByteForByteAndALineFeed) {
+    const std::string document = "<\x1b[1m>\r\n\xff&\t";
+    const CQorctlOutcome outcome = RunXml({}, {ITEM, {"document", document}});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, document + "\n");
+    EXPECT_EQ(outcome.err, "");
+    EXPECT_EQ(Log(),
+              "create\nGetRAIDInfo 0\nXmlSerialize 0 '' 1\nFreeItemList 1\ndelete\nunload\n");
+}
+
+TEST_F(XmlCommandTest, EachRequestCanBeWritten) {
+    const std::pair<std::vector<std::string>, const char*> cases[] = {
+        {{"--of", "raid"}, "create\nGetRAIDInfo 0\n"},
+        {{"--of", "storage"}, "create\nGetStorageInfo 0\n"},
+        {{"--of", "drive", "1", "252", "010"}, "create\nof 1 [252:10]\nGetPDInfo 0\n"},
+    };
+    for (const auto& [options, calls] : cases) {
+        std::filesystem::remove(m_Folder / "log");
+        EXPECT_EQ(RunXml(options, {ITEM, {"document", "<x/>"}}).out, "<x/>\n");
+        EXPECT_THAT(Log(), testing::StartsWith(calls));
+    }
+}
+
+TEST_F(XmlCommandTest, ComponentIsHandedOver) {
+    RunXml({"--of", "drive", "0", "0", "3", "--component", "a <b>"}, {ITEM, {"document", "<x/>"}});
+    EXPECT_THAT(Log(), HasSubstr("\nXmlSerialize 0 'a <b>' 1\n"));
+}
+
+TEST_F(XmlCommandTest, NothingToReportIsASuccessWithoutADocument) {
+    const CQorctlOutcome outcome = RunXml({}, {});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, testing::StartsWith("qorctl: nothing to report: "));
+    EXPECT_EQ(Log(), "create\nGetRAIDInfo 0\nFreeItemList 0\ndelete\nunload\n");
+}
+
+TEST_F(XmlCommandTest, FailedRequestMakesNoDocument) {
+    const CQorctlOutcome outcome = RunXml({}, {ITEM, {"result", "0"}, {"error", "04"}});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, HasSubstr("error code 04"));
+    EXPECT_EQ(Log(), "create\nGetRAIDInfo 0\nFreeItemList 1\ndelete\nunload\n");
+}
+
+TEST_F(XmlCommandTest, RefusedListIsExplained) {
+    const CQorctlOutcome outcome = RunXml({}, {ITEM, {"xml-result", "03300001"}});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err,
+              "qorctl: no XML document, result 0x03300001: item 1 has an enable flag that is "
+              "neither \"TRUE\" nor \"FALSE\"\n");
+}
+
+TEST_F(XmlCommandTest, SuccessWithoutADocumentIsAFailure) {
+    const CQorctlOutcome outcome = RunXml({}, {ITEM});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "qorctl: the plug-in reported success but handed out no XML document\n");
+}
+
+TEST_F(XmlCommandTest, ExceptionIsReported) {
+    const CQorctlOutcome outcome = RunXml({}, {ITEM, {"throw", "XmlSerialize", "private"}});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "qorctl: the request ended with an exception: private to the plug-in\n");
+    EXPECT_THAT(Log(), testing::EndsWith("\nFreeItemList 1\ndelete\nunload\n"));
+}
+
+TEST_F(XmlCommandTest, RequestThatIsNoneIsAUsageError) {
+    const std::vector<std::vector<std::string>> wrong = {{"--of"},
+                                                         {"--of", "disks"},
+                                                         {"--of", "raid", "0"},
+                                                         {"--of", "storage", "0", "0", "3"},
+                                                         {"--of", "drive"},
+                                                         {"--of", "drive", "0", "0"},
+                                                         {"--of", "drive", "0", "0", "x"},
+                                                         {"--of", "drive", "0", "0", "3", "4"},
+                                                         {"raid"},
+                                                         {"--component"}};
+    for (const std::vector<std::string>& options : wrong) {
+        const CQorctlOutcome outcome = RunXml(options, {ITEM});
+        EXPECT_GT(outcome.status, 1);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_NE(outcome.err, "");
+    }
+    EXPECT_FALSE(std::filesystem::exists(m_Folder / "log"));
+}
+
+TEST_F(XmlCommandTest, HelpSaysWhatAnEmptyListGives) {
+    EXPECT_THAT(Run({"xml", "--help"}).out, HasSubstr("no document of an empty list"));
+}
+
+TEST(XmlResultTest, EveryResultHasAMeaning) {
+    const std::pair<unsigned int, const char*> cases[] = {
+        {0x01000000,
+         "no XML document, result 0x01000000: invalid argument: the list of items is empty, or "
+         "something was missing"},
+        {0x02000000,
+         "no XML document, result 0x02000000: the plug-in does not know this type of document"},
+        {0x03100001,
+         "no XML document, result 0x03100001: item 1 is out of order: its parent does not stand "
+         "before it"},
+        {0x0320000A, "no XML document, result 0x0320000A: item 10 is named like its own parent"},
+        {0x033FFFFF,
+         "no XML document, result 0x033FFFFF: item 1048575 has an enable flag that is neither "
+         "\"TRUE\" nor \"FALSE\""},
+        {0x04000000, "no XML document, result 0x04000000: the document would be too large"},
+        {0x03400001, "no XML document, result 0x03400001: no meaning is known for this result"},
+        {0x01000001, "no XML document, result 0x01000001: no meaning is known for this result"},
+        {0x7F000000, "no XML document, result 0x7F000000: no meaning is known for this result"},
+    };
+    for (const auto& [result, text] : cases) {
+        EXPECT_EQ(ExplainXmlResult(result), text);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,71 @@
+// Fixture: the qorsim program as a user runs it, in a folder of the test's own.
+#ifndef QORTEST_SIMFIXTURE_H
+#define QORTEST_SIMFIXTURE_H
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "PrivateServerFixture.h"
+
+namespace qortest {
+
+using CStrings = std::vector<std::string>;
+
+struct CEnd {
+    int status = 0;  // exit status, or 1000 + the number of the signal that ended it
+    std::string out;
+    std::string err;
+};
+
+// The kernel that a program finds: one that opens files beneath a folder by itself, an older one,
+// or one whose filter of system calls does not know that call.
+enum class EKernel { whole, withoutOpenat2, forbidsOpenat2 };
+
+// Runs a program and reads its output to the end, that of its descendants included.
+CEnd RunProgram(const CStrings& command, EKernel kernel = EKernel::whole);
+
+CStrings Lines(const std::string& text);
+std::string Joined(const CStrings& texts, const std::string& separator);
+
+// The names of the hosts in the source tree, sorted.
+CStrings ShippedHosts();
+
+class CSimFixture : public CPrivateServerFixture {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // qorsim run --host HOST -- COMMAND...
+    static CEnd RunOn(const std::string& host, const CStrings& command);
+    // The same with the text of a shell command.
+    static CEnd RunShellOn(const std::string& host, const std::string& text);
+    // What krzcli prints; demands the exit status 0 and nothing on standard error.
+    static std::string Krzcli(const std::string& host, const CStrings& arguments);
+
+    // qorsim ARGUMENTS...
+    static CEnd Qorsim(const CStrings& arguments);
+
+    static nlohmann::json ShippedProfile(const std::string& name);
+    // Writes a profile into the test's folder and returns its path.
+    std::string WriteProfile(const nlohmann::json& profile) const;
+    // The small host with another tool version.
+    std::string SmallHostOfVersion(const std::string& version) const;
+
+    const std::filesystem::path& Folder() const { return m_Folder; }
+
+private:
+    std::filesystem::path m_Folder;
+};
+
+// What the JSON library says of a text that is no JSON. The words are its own, and its versions
+// differ in them.
+std::string JsonProblem(const std::string& text);
+
+// Compares with tests/golden/sim/NAME; with QOR_UPDATE_GOLDEN set in the environment, writes it.
+void ExpectGolden(const std::string& name, const std::string& text);
+
+}  // namespace qortest
+
+#endif  // QORTEST_SIMFIXTURE_H
