@@ -12,11 +12,11 @@
 #include "ItemReading.h"
 #include "MonitoringGrammar.h"
 #include "commands/CheckCommand.h"
-#include "format/CsvReport.h"
-#include "format/JsonReport.h"
-#include "format/TableView.h"
-#include "format/TreeView.h"
-#include "health/Problems.h"
+#include "format/Csv.h"
+#include "format/Json.h"
+#include "format/Table.h"
+#include "format/Tree.h"
+#include "health/Advice.h"
 #include "model/Inventory.h"
 #include "model/ItemTree.h"
 
@@ -193,13 +193,20 @@ void DemandStatus(qorctl::EHealth status,
     }
 }
 
+qorctl::CAnswer AnswerOf(const qorctl::CInventory& inventory) {
+    qorctl::CAnswer answer;
+    answer.outcome = qorctl::EOutcome::ANSWERED;
+    answer.inventory = inventory;
+    return answer;
+}
+
 // One form of the list, shown and read again; `reading` is empty of a list that is too large.
 using CForm = void (*)(const qorctl::CItemTree& tree, const qorctl::CInventory& inventory,
                        const CItemReading* reading);
 
 void LookAtJson(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
                 const CItemReading* reading) {
-    const CJson json = DemandJson(qorctl::FormatJson(inventory, "raid"));
+    const CJson json = DemandJson(qorctl::FormatJson(AnswerOf(inventory), "raid"));
     if (reading != nullptr) {
         DemandReport(json, *reading);
     }
@@ -232,10 +239,7 @@ void LookAtTree(const qorctl::CItemTree& tree, const qorctl::CInventory&,
 
 void LookAtCheck(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
                  const CItemReading* reading) {
-    qorctl::CPoll poll;
-    poll.answered = true;
-    poll.inventory = inventory;
-    const qorctl::CCheckResult result = qorctl::JudgePoll(std::move(poll), {}, 0);
+    const qorctl::CCheckResult result = qorctl::JudgeAnswer(AnswerOf(inventory), {}, 0);
     const std::string text = qorctl::FormatCheckText(result);
     const auto values = ReadMonitoringOutput(text, qorctl::HealthName(result.status));
     const CJson json = DemandJson(qorctl::FormatCheckJson(result));

@@ -6,13 +6,13 @@
 
 #include "Depth.h"
 #include "Fuzz.h"
-#include "health/HealthState.h"
+#include "health/Counters.h"
 #include "health/StateFile.h"
 
 namespace {
 
 using namespace qorfuzz;
-using qorctl::CHealthState;
+using qorctl::CCounterHistory;
 using CJson = nlohmann::json;
 
 constexpr const char* DIRECTORY = "/opt/tarmica/state";
@@ -46,18 +46,18 @@ bool IsState(const CJson& json) {
            std::all_of(json["drives"].begin(), json["drives"].end(), IsDrive);
 }
 
-bool IsSame(const CHealthState& one, const CHealthState& other) {
+bool IsSame(const CCounterHistory& one, const CCounterHistory& other) {
     return one.Format() == other.Format() && one.Drives().size() == other.Drives().size();
 }
 
-void DemandWritten(const CHealthState& state) {
-    const auto again = CHealthState::Parse(state.Format());
+void DemandWritten(const CCounterHistory& state) {
+    const auto again = CCounterHistory::Parse(state.Format());
     Demand(again.has_value(), "what is written can be read");
     Demand(IsSame(*again, state), "what is written is what is read");
 }
 
 // A drive that is seen with `value`.
-void DemandTaken(CHealthState state, uint64_t value) {
+void DemandTaken(CCounterHistory state, uint64_t value) {
     const size_t drives = state.Drives().size() + (state.Drives().contains(DRIVE) ? 0 : 1);
     const qorctl::CCounterVerdict verdict = state.Take(DRIVE, COUNTER, value, NOW, HOLD);
     Demand(state.Drives().size() == drives, "no other drive is forgotten");
@@ -74,7 +74,7 @@ void DemandTaken(CHealthState state, uint64_t value) {
     DemandWritten(state);
 }
 
-void DemandForgotten(CHealthState state) {
+void DemandForgotten(CCounterHistory state) {
     const auto all = state.Drives();
     state.ForgetOld(NOW);
     for (const auto& [name, drive] : all) {
@@ -100,7 +100,7 @@ void DemandFile(const std::string& text) {
 }
 
 void Fuzz(const std::string& text) {
-    const auto state = CHealthState::Parse(text);
+    const auto state = CCounterHistory::Parse(text);
     Demand(state.has_value() == IsState(CJson::parse(text, nullptr, false)),
            "a state file, and nothing else, is read");
     if (Depth() == EDepth::WHOLE) {

@@ -5,14 +5,19 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
+#include <iostream>
+#include <map>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <sstream>
 #include <utility>
 
-#include "format/JsonReport.h"
-#include "format/JsonText.h"
+#include "HelpText.h"
+#include "commands/CommonOptions.h"
+#include "format/JsonDocument.h"
 #include "health/StateFile.h"
-#include "host/Interrupt.h"
+#include "host/Request.h"
 #include "model/ObjectNames.h"
 #include "terminal/Output.h"
 #include "terminal/TerminalText.h"
@@ -20,7 +25,38 @@
 namespace qorctl {
 namespace {
 
-using CJson = nlohmann::ordered_json;
+constexpr const char* CHECK = "check";
+
+constexpr const char* CHECK_FOOTER =
+    "The first line of the output is the summary, with performance data behind the \"|\"; details\n"
+    "follow. --no-hardware says what a server without a RAID controller or PCIe SSD is: a\n"
+    "controller that died looks like none.\n"
+    "\n"
+    "With --state only the growth of error counters is a warning, for as long as --hold says; a\n"
+    "counter that is not 0 otherwise. FILE is made by the first check; its directory must be\n"
+    "there, and nobody else may write into it.\n"
+    "\n"
+    "Exit status:\n"
+    "  0  OK\n"
+    "  1  WARNING\n"
+    "  2  CRITICAL\n"
+    "  3  UNKNOWN: no answer, or one with an unknown state; the command line was not understood\n"
+    "\n"
+    "Examples:\n"
+    "  qorctl check --state /var/lib/qor/health.json --no-hardware critical\n"
+    "  qorctl check --degraded warning --temperature-critical 65 --format json";
+
+constexpr int64_t MAX_HOLD = 8760;  // a year, in hours
+constexpr long long MAX_THRESHOLD = 1000;
+
+const std::map<std::string, EHealth> HEALTHS = {{"ok", EHealth::OK},
+                                                {"warning", EHealth::WARNING},
+                                                {"critical", EHealth::CRITICAL},
+                                                {"unknown", EHealth::UNKNOWN}};
+const std::map<std::string, EHealth> DEGRADED = {{"warning", EHealth::WARNING},
+                                                 {"critical", EHealth::CRITICAL}};
+const std::map<std::string, ECheckFormat> CHECK_FORMATS = {{"text", ECheckFormat::TEXT},
+                                                           {"json", ECheckFormat::JSON}};
 
 // Findings that the summary names; the others follow in the details.
 constexpr size_t SUMMARY_FINDINGS = 3;
@@ -38,18 +74,19 @@ void AddStateFinding(CHealth& health, std::string_view rule, const std::string& 
 }
 
 // The state that the file holds, an empty one when there is no file; nothing after a finding.
-std::optional<CHealthState> ReadState(CStateFile& file, const std::string& path, CHealth& health) {
+std::optional<CCounterHistory> ReadState(CStateFile& file, const std::string& path,
+                                         CHealth& health) {
     std::string text;
     switch (file.Read(text)) {
         case CStateFile::ERead::MISSING:
-            return CHealthState();
+            return CCounterHistory();
         case CStateFile::ERead::FAILED:
             AddStateFinding(health, "state-unreadable", file.Problem());
             return std::nullopt;
         case CStateFile::ERead::DONE:
             break;
     }
-    std::optional<CHealthState> state = CHealthState::Parse(text);
+    std::optional<CCounterHistory> state = CCounterHistory::Parse(text);
     if (!state) {
         AddStateFinding(health, "state-corrupt",
                         path + ": not a state file of this program; remove it to start anew");
@@ -66,7 +103,7 @@ void JudgeByStateFile(const CInventory& inventory, const CCheckOptions& options,
         AddStateFinding(health, busy ? "state-locked" : "state-not-written", file.Problem());
         return;
     }
-    std::optional<CHealthState> state = ReadState(file, options.statePath, health);
+    std::optional<CCounterHistory> state = ReadState(file, options.statePath, health);
     if (!state) {
         return;
     }
@@ -115,14 +152,14 @@ std::string SummarizeFindings(const std::vector<CHealthFinding>& findings) {
 }
 
 std::string WholeSummary(const CCheckResult& result) {
-    const CPoll& poll = result.poll;
-    if (!poll.message.empty()) {
-        return poll.message + (poll.command.empty() ? "" : " (" + poll.command + ")");
+    const CAnswer& answer = result.answer;
+    if (!answer.sentence.empty()) {
+        return answer.sentence + (answer.command.empty() ? "" : " (" + answer.command + ")");
     }
     if (!result.health.findings.empty()) {
         return SummarizeFindings(result.health.findings);
     }
-    return DescribeCounts(poll.inventory);
+    return DescribeCounts(answer.inventory);
 }
 
 std::string Summary(const CCheckResult& result) {
@@ -184,41 +221,87 @@ int WriteResult(const CCheckResult& result, ECheckFormat format) {
     return static_cast<int>(written == EXIT_SUCCESS ? result.status : EHealth::UNKNOWN);
 }
 
-CPoll PollOnce(const std::string& pluginPath) {
-    std::string problem;
-    const std::optional<CPluginLibrary> library = CPluginLibrary::Load(pluginPath, problem);
-    if (!library) {
-        return FailedPoll(REASON_PLUGIN_NOT_LOADED, problem);
+void AddThresholds(CLI::App* command, const std::string& name, CThresholds& thresholds,
+                   const std::string& what) {
+    const std::pair<const char*, long long*> options[] = {{"warning", &thresholds.warning},
+                                                          {"critical", &thresholds.critical}};
+    for (const auto& [severity, value] : options) {
+        command
+            ->add_option("--" + name + "-" + severity, *value,
+                         what + " above this is " + severity + "; " + std::to_string(*value) +
+                             " when not given")
+            ->transform(qorapps::NumberFromTo(0, MAX_THRESHOLD))
+            ->type_name("NUMBER");
     }
-    // A monitoring server ends a check that takes too long; the RAID tool must not stay.
-    const CInterruptGuard guard;
-    return PollStorage(*library);
+}
+
+void AddOptions(CLI::App* command, CCheckOptions& options) {
+    AddWordOption(command, "--format", options.format,
+                  "The form of the result; text when not given", CHECK_FORMATS, "text|json");
+    AddWordOption(command, "--no-hardware", options.noHardware,
+                  "What a server without RAID hardware is; unknown when not given", HEALTHS,
+                  "ok|warning|critical|unknown");
+    AddWordOption(command, "--degraded", options.health.degraded,
+                  "What a degraded volume is; critical when not given", DEGRADED,
+                  "warning|critical");
+    AddThresholds(command, "temperature", options.health.driveTemperature,
+                  "A drive's temperature in degrees Celsius");
+    AddThresholds(command, "ssd-temperature", options.health.ssdTemperature,
+                  "A PCIe SSD's temperature in degrees Celsius");
+    AddThresholds(command, "wear", options.health.ssdWear, "A PCIe SSD's used life in per cent");
+    command
+        ->add_option("--state", options.statePath,
+                     "Keep error counters in this file; only their growth is a warning then")
+        ->type_name("FILE");
+    command
+        ->add_option("--hold", options.holdHours,
+                     "Hours for which growth is a warning; 24 when not given")
+        ->transform(qorapps::NumberFromTo(0, MAX_HOLD))
+        ->type_name("HOURS");
+}
+
+struct CCheckLine {
+    std::string plugin;
+    CCheckOptions options;
+};
+
+// A monitoring server ends a check that takes too long; the RAID tool must not stay.
+int RunCheck(const CCheckLine& line) {
+    const auto now = static_cast<int64_t>(std::time(nullptr));
+    return WriteResult(JudgeAnswer(AskOnce(line.plugin, StorageRequest()), line.options, now),
+                       line.options.format);
+}
+
+int ReportUsage(const std::string& problem) {
+    CCheckResult result;
+    result.answer = NotAsked(REASON_USAGE, "the command line was not understood: " + problem);
+    return WriteResult(result, ECheckFormat::TEXT);
 }
 
 }  // namespace
 
-CCheckResult JudgePoll(CPoll poll, const CCheckOptions& options, int64_t now) {
+CCheckResult JudgeAnswer(CAnswer answer, const CCheckOptions& options, int64_t now) {
     CCheckResult result;
-    if (poll.oldTool) {
+    if (answer.IsFromOldTool()) {
         result.health.notes.emplace_back(OLD_TOOL);
     }
-    if (poll.reason != REASON_JUDGED) {
-        result.status = poll.answered ? options.noHardware : EHealth::UNKNOWN;
-        result.poll = std::move(poll);
+    if (answer.reason != REASON_JUDGED) {
+        result.status = answer.IsAnswered() ? options.noHardware : EHealth::UNKNOWN;
+        result.answer = std::move(answer);
         return result;
     }
-    CHealth judged = JudgeHealth(poll.inventory, options.health);
+    CHealth judged = JudgeHealth(answer.inventory, options.health);
     judged.notes = std::move(result.health.notes);
     if (options.statePath.empty()) {
-        JudgeCounters(poll.inventory, judged);
+        JudgeCounters(answer.inventory, judged);
     } else {
-        JudgeByStateFile(poll.inventory, options, now, judged);
+        JudgeByStateFile(answer.inventory, options, now, judged);
     }
     SortFindings(judged.findings);
-    result.performance = MeasureInventory(poll.inventory, options.health);
+    result.performance = MeasureInventory(answer.inventory, options.health);
     result.status = judged.Overall();
     result.health = std::move(judged);
-    result.poll = std::move(poll);
+    result.answer = std::move(answer);
     return result;
 }
 
@@ -233,30 +316,38 @@ std::string FormatCheckText(const CCheckResult& result) {
 }
 
 std::string FormatCheckJson(const CCheckResult& result) {
-    const CPoll& poll = result.poll;
-    const CJson json = {{"schema_version", JSON_SCHEMA_VERSION},
-                        {"command", "check"},
-                        {"status", HealthName(result.status)},
-                        {"exit_status", static_cast<int>(result.status)},
-                        {"reason", poll.reason},
-                        {"message", Summary(result)},
-                        {"failed_command", poll.command},
-                        {"findings", FindingsJson(result.health.findings)},
-                        {"not_reported", NotReportedJson(result.health.notReported)},
-                        {"notes", result.health.notes},
-                        {"performance", PerformanceJson(result.performance)}};
+    const CAnswer& answer = result.answer;
+    CJson json = NewDocument(CHECK);
+    json["status"] = HealthName(result.status);
+    json["exit_status"] = static_cast<int>(result.status);
+    json["reason"] = answer.reason;
+    json["message"] = Summary(result);
+    json["failed_command"] = answer.command;
+    json["findings"] = FindingsJson(result.health.findings);
+    json["not_reported"] = NotReportedJson(result.health.notReported);
+    json["notes"] = result.health.notes;
+    json["performance"] = PerformanceJson(result.performance);
     return JsonText(json, NO_INDENTATION);
 }
 
-int RunCheckCommand(const std::string& pluginPath, const CCheckOptions& options) {
-    const auto now = static_cast<int64_t>(std::time(nullptr));
-    return WriteResult(JudgePoll(PollOnce(pluginPath), options, now), options.format);
+void AddCheckCommand(CLI::App& app, int& status) {
+    const auto line = std::make_shared<CCheckLine>();
+    CLI::App* command =
+        AddCommand(app, line->plugin, CHECK, "The health of the storage, for a monitoring server",
+                   CHECK_FOOTER);
+    AddOptions(command, line->options);
+    command->callback([line, &status] { status = RunCheck(*line); });
 }
 
-int ReportCheckUsage(const std::string& problem) {
-    CCheckResult result;
-    result.poll = FailedPoll(REASON_USAGE, "the command line was not understood: " + problem);
-    return WriteResult(result, ECheckFormat::TEXT);
+int ExitUnparsed(const CLI::App& app, const CLI::ParseError& error) {
+    const bool isFailure = error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success);
+    if (isFailure && app.got_subcommand(CHECK)) {
+        return ReportUsage(error.what());
+    }
+    std::ostringstream problem;  // it repeats words of the command line
+    const int status = app.exit(error, std::cout, problem);
+    ReportLines(problem.str());
+    return status;
 }
 
 }  // namespace qorctl

@@ -6,13 +6,16 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <memory>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
 #include <vector>
 
+#include "commands/CommonOptions.h"
 #include "doctor/Checks.h"
 #include "doctor/ServerFacts.h"
-#include "format/JsonReport.h"
-#include "format/JsonText.h"
+#include "format/JsonDocument.h"
 #include "terminal/Output.h"
 #include "terminal/TerminalText.h"
 
@@ -24,7 +27,19 @@ using doctor::CFinding;
 using doctor::CServerFacts;
 using doctor::EVerdict;
 using doctor::VerdictName;
-using CJson = nlohmann::ordered_json;
+
+constexpr const char* DOCTOR_FOOTER =
+    "Each check says OK, WARN or FAIL, what was found, and what can be done. Nothing is changed;\n"
+    "the RAID tool is asked for its version. Run it as the user that the server runs as.\n"
+    "\n"
+    "Exit status:\n"
+    "  0      no check failed; there may be warnings\n"
+    "  1      a check failed\n"
+    "  other  the command line was not understood\n"
+    "\n"
+    "Examples:\n"
+    "  qorctl doctor\n"
+    "  qorctl doctor --format json > doctor.json";
 
 constexpr std::array<CCheck, 19> CHECKS = {{
     {"libraries", "plug-in", doctor::ExaminePlugin},
@@ -72,31 +87,20 @@ EVerdict Worst(const CReport& report) {
     return worst;
 }
 
-struct CMarks {
-    std::string_view fork;
-    std::string_view last;
-    std::string_view through;
-    std::string_view none;
-};
-
-constexpr CMarks BOX_MARKS = {"├─ ", "└─ ", "│  ", "   "};
-constexpr CMarks ASCII_MARKS = {"|- ", "`- ", "|  ", "   "};
-
-constexpr std::string_view Colour(EVerdict verdict) {
+constexpr std::string_view ColourOf(EVerdict verdict) {
     switch (verdict) {
         case EVerdict::OK:
-            return "\x1b[32m";
+            return GREEN;
         case EVerdict::WARN:
-            return "\x1b[33m";
+            return YELLOW;
         case EVerdict::FAIL:
-            return "\x1b[31m";
+            return RED;
     }
     return "";
 }
 
 std::string Verdict(EVerdict verdict, const CTextStyle& style) {
-    const std::string text = fmt::format("{:<4}", VerdictName(verdict));
-    return style.colour ? fmt::format("{}{}\x1b[0m", Colour(verdict), text) : text;
+    return Coloured(fmt::format("{:<4}", VerdictName(verdict)), ColourOf(verdict), style);
 }
 
 // The lines of `text`, each made safe; continuation lines stand below the first, of which `used`
@@ -118,7 +122,7 @@ std::string Indented(const std::string& text, size_t used, const std::string& in
 std::string FormatCheck(const CExamined& examined, bool last, const CTextStyle& style) {
     constexpr std::string_view BELOW_VERDICT = "     ";
     constexpr std::string_view REMEDY = "remedy: ";
-    const CMarks& marks = style.utf8 ? BOX_MARKS : ASCII_MARKS;
+    const CBranchMarks& marks = BranchMarks(style);
     const CFinding& finding = examined.finding;
     const std::string indent =
         std::string(last ? marks.none : marks.through) + std::string(BELOW_VERDICT);
@@ -156,20 +160,32 @@ std::string AsJson(const CReport& report) {
                           {"reason", examined.finding.reason},
                           {"remedy", examined.finding.remedy}});
     }
-    const CJson json = {{"schema_version", JSON_SCHEMA_VERSION},
-                        {"command", "doctor"},
-                        {"verdict", VerdictName(Worst(report))},
-                        {"checks", checks}};
-    return JsonText(json, 2);
+    CJson json = NewDocument("doctor");
+    json["verdict"] = VerdictName(Worst(report));
+    json["checks"] = std::move(checks);
+    return JsonText(json, INDENTATION);
+}
+
+struct CDoctorOptions {
+    std::string plugin;
+    EReportFormat format = EReportFormat::TREE;
+};
+
+int RunDoctor(const CDoctorOptions& options) {
+    const CReport report = Examine(options.plugin);
+    const int written = options.format == EReportFormat::JSON ? WriteJson(AsJson(report))
+                                                              : WriteOut(AsTree(report));
+    return Worst(report) == EVerdict::FAIL ? EXIT_FAILURE : written;
 }
 
 }  // namespace
 
-int RunDoctorCommand(const std::string& pluginPath, EReportFormat format) {
-    const CReport report = Examine(pluginPath);
-    const int written =
-        format == EReportFormat::JSON ? WriteJson(AsJson(report)) : WriteOut(AsTree(report));
-    return Worst(report) == EVerdict::FAIL ? EXIT_FAILURE : written;
+void AddDoctorCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<CDoctorOptions>();
+    CLI::App* command = AddCommand(app, options->plugin, "doctor",
+                                   "Examine what the plug-in needs on this server", DOCTOR_FOOTER);
+    AddReportFormat(command, options->format);
+    command->callback([options, &status] { status = RunDoctor(*options); });
 }
 
 }  // namespace qorctl

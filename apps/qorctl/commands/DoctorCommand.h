@@ -2,15 +2,13 @@
 #ifndef QORCTL_COMMANDS_DOCTORCOMMAND_H
 #define QORCTL_COMMANDS_DOCTORCOMMAND_H
 
-#include <string>
-
-#include "commands/ReportFormat.h"
+#include <CLI/CLI.hpp>
 
 namespace qorctl {
 
-// Examines the server and writes every check with its verdict, reason and remedy to standard
-// output. Returns 0 when no check failed (warnings are shown but do not count), else 1.
-int RunDoctorCommand(const std::string& pluginPath, EReportFormat format);
+// Adds the sub-command, which writes every check with its verdict, reason and remedy. `status`,
+// which must outlive the parsing, becomes 0 when no check failed (warnings do not count), else 1.
+void AddDoctorCommand(CLI::App& app, int& status);
 
 }  // namespace qorctl
 

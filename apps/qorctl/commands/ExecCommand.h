@@ -2,17 +2,15 @@
 #ifndef QORCTL_COMMANDS_EXECCOMMAND_H
 #define QORCTL_COMMANDS_EXECCOMMAND_H
 
-#include <string>
-#include <vector>
+#include <CLI/CLI.hpp>
 
 namespace qorctl {
 
-// Runs `words`, joined with single blanks, as one command text of the shell and writes what the
-// tool printed to standard output. Returns the tool's exit status when it ended by itself, else
-// 124 time-out, 125 the plug-in could not be asked or standard output not be written, 126 the tool
-// could not be run or was killed, 127 it is not installed; a failure is explained on standard
-// error.
-int RunExecCommand(const std::string& pluginPath, const std::vector<std::string>& words);
+// Adds the sub-command; `status` must outlive the parsing. It becomes the tool's exit status when
+// that ended by itself, else 124 time-out, 125 the plug-in could not be asked or standard output
+// not be written, 126 the tool could not be run or was killed, 127 it is not installed; a failure
+// is explained on standard error.
+void AddExecCommand(CLI::App& app, int& status);
 
 }  // namespace qorctl
 

@@ -7,17 +7,32 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <optional>
 
+#include "commands/CommonOptions.h"
 #include "format/SvpForm.h"
-#include "host/PluginRequest.h"
+#include "host/Request.h"
 #include "terminal/Output.h"
 #include "terminal/TerminalText.h"
 
 namespace qorctl {
 namespace {
+
+constexpr const char* SVP_ABOUT =
+    "Without --decode the digits are written as the plug-in returns them, and a line feed.\n"
+    "--decode shows header, controllers, drives and items, each with its offset in bytes. FILE\n"
+    "holds the digits, \"-\" is standard input; no plug-in is needed then, and white space does "
+    "not\n"
+    "count. A form that is malformed is not shown: the offset and the reason go to standard "
+    "error,\n"
+    "and the exit status is 1.\n"
+    "\n";
+
+constexpr const char* SVP_EXAMPLE =
+    "Examples:\n"
+    "  qorctl svp > form.txt\n"
+    "  qorctl svp --decode form.txt";
 
 // Twice what the largest form has: 255 controllers of 65,535 bytes.
 constexpr size_t MAX_DIGITS = 67108864;
@@ -32,15 +47,19 @@ int ShowDecoded(const std::string& digits) {
     return WriteOut(FormatSvpForm(*form, DetectTextStyle(STDOUT_FILENO)));
 }
 
-int AskForDigits(const std::string& pluginPath, const std::function<int(const std::string&)>& use) {
+int ShowPlugins(const std::string& pluginPath, bool decode) {
     std::string digits;
-    return RunRequest(
-        pluginPath,
-        [&digits](CMngSrv_QorLibIF& object, CItemList&, CResultTexts& texts) {
-            return object.GetCtrlPDInfoBinaryString(&digits, &texts.errorCode, &texts.noticeCode) !=
-                   0;
-        },
-        [&](CMngSrv_QorLibIF&, CItemList&) { return use(digits); });
+    const CAnswer answer =
+        AskOnce(pluginPath,
+                {.operation = [&digits](CMngSrv_QorLibIF& object, CItemList&, CResultTexts& texts) {
+                    return object.GetCtrlPDInfoBinaryString(&digits, &texts.errorCode,
+                                                            &texts.noticeCode) != 0;
+                }});
+    ReportMessages(answer);
+    if (!answer.IsAnswered()) {
+        return EXIT_FAILURE;
+    }
+    return decode ? ShowDecoded(digits) : WriteBytes(digits + '\n');
 }
 
 // Nothing, with errno set, when it could not be read to its end.
@@ -67,18 +86,7 @@ std::optional<std::string> ReadFileOrInput(const std::string& path) {
     return file == nullptr ? std::nullopt : ReadWhole(file.get());
 }
 
-}  // namespace
-
-int RunSvpCommand(const std::string& pluginPath) {
-    return AskForDigits(pluginPath,
-                        [](const std::string& digits) { return WriteBytes(digits + '\n'); });
-}
-
-int RunSvpDecodeCommand(const std::string& pluginPath) {
-    return AskForDigits(pluginPath, ShowDecoded);
-}
-
-int DecodeSvpFile(const std::string& path) {
+int ShowFile(const std::string& path) {
     const std::optional<std::string> digits = ReadFileOrInput(path);
     if (!digits) {
         const std::string reason = std::strerror(errno);
@@ -86,6 +94,30 @@ int DecodeSvpFile(const std::string& path) {
         return EXIT_FAILURE;
     }
     return ShowDecoded(*digits);
+}
+
+struct CSvpOptions {
+    std::string plugin;
+    std::string form;
+};
+
+}  // namespace
+
+void AddSvpCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<CSvpOptions>();
+    CLI::App* command =
+        AddCommand(app, options->plugin, "svp", "The service-processor form, as hexadecimal digits",
+                   std::string(SVP_ABOUT) + PLUGIN_WHERE + EXIT_STATUS + SVP_EXAMPLE);
+    const CLI::Option* decode =
+        command
+            ->add_option("--decode", options->form,
+                         "Show what the form says: the one in FILE, or the plug-in's without FILE")
+            ->type_name("[FILE|-]")
+            ->expected(0, 1);
+    command->callback([options, decode, &status] {
+        status = options->form.empty() ? ShowPlugins(options->plugin, decode->count() > 0)
+                                       : ShowFile(options->form);
+    });
 }
 
 }  // namespace qorctl

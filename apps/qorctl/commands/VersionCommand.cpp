@@ -5,11 +5,13 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 
-#include "format/JsonReport.h"
-#include "format/JsonText.h"
+#include "commands/CommonOptions.h"
+#include "format/JsonDocument.h"
 #include "host/LibraryFacts.h"
 #include "host/PluginLibrary.h"
 #include "host/ToolRun.h"
@@ -19,7 +21,14 @@
 namespace qorctl {
 namespace {
 
-using CJson = nlohmann::ordered_json;
+constexpr const char* VERSION_FOOTER =
+    "Exit status:\n"
+    "  0      success, also when the RAID tool is missing\n"
+    "  1      the plug-in could not be loaded\n"
+    "  other  the command line was not understood\n"
+    "\n"
+    "Example:\n"
+    "  qorctl version --format json";
 
 struct CVersions {
     CLibraryFacts program;
@@ -31,7 +40,7 @@ struct CVersions {
 };
 
 CLibraryFacts FactsOfProgram() {
-    CLibraryFacts facts = FactsOfLibraryAt(reinterpret_cast<const void*>(&RunVersionCommand));
+    CLibraryFacts facts = FactsOfLibraryAt(reinterpret_cast<const void*>(&AddVersionCommand));
     std::error_code error;
     facts.path = std::filesystem::read_symlink("/proc/self/exe", error).string();
     facts.version = QORCTL_VERSION;
@@ -92,10 +101,6 @@ std::string AsText(const CVersions& versions) {
                 style);
 }
 
-CJson TextOrNull(const std::string& text) {
-    return text.empty() ? CJson() : CJson(text);
-}
-
 CJson JsonOf(const CLibraryFacts& facts) {
     if (facts.path.empty()) {
         return nullptr;
@@ -106,27 +111,38 @@ CJson JsonOf(const CLibraryFacts& facts) {
 }
 
 std::string AsJson(const CVersions& versions) {
-    const CJson json = {{"schema_version", JSON_SCHEMA_VERSION},
-                        {"command", "version"},
-                        {"qorctl", JsonOf(versions.program)},
-                        {"plugin", JsonOf(versions.plugin)},
-                        {"common_library", JsonOf(versions.commonLibrary)},
-                        {"tool",
-                         {{"version", TextOrNull(versions.toolVersion)},
-                          {"problem", TextOrNull(versions.toolProblem)}}}};
-    return JsonText(json, 2);
+    CJson json = NewDocument("version");
+    json["qorctl"] = JsonOf(versions.program);
+    json["plugin"] = JsonOf(versions.plugin);
+    json["common_library"] = JsonOf(versions.commonLibrary);
+    json["tool"] = {{"version", TextOrNull(versions.toolVersion)},
+                    {"problem", TextOrNull(versions.toolProblem)}};
+    return JsonText(json, INDENTATION);
+}
+
+struct CVersionOptions {
+    std::string plugin;
+    EReportFormat format = EReportFormat::TREE;
+};
+
+int RunVersion(const CVersionOptions& options) {
+    const CVersions versions = Collect(options.plugin);
+    if (!versions.pluginProblem.empty()) {
+        Report(versions.pluginProblem);
+    }
+    const int written = options.format == EReportFormat::JSON ? WriteJson(AsJson(versions))
+                                                              : WriteOut(AsText(versions));
+    return versions.pluginProblem.empty() ? written : EXIT_FAILURE;
 }
 
 }  // namespace
 
-int RunVersionCommand(const std::string& pluginPath, EReportFormat format) {
-    const CVersions versions = Collect(pluginPath);
-    if (!versions.pluginProblem.empty()) {
-        Report(versions.pluginProblem);
-    }
-    const int written =
-        format == EReportFormat::JSON ? WriteJson(AsJson(versions)) : WriteOut(AsText(versions));
-    return versions.pluginProblem.empty() ? written : EXIT_FAILURE;
+void AddVersionCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<CVersionOptions>();
+    CLI::App* command = AddCommand(app, options->plugin, "version",
+                                   "Versions of program, libraries and RAID tool", VERSION_FOOTER);
+    AddReportFormat(command, options->format);
+    command->callback([options, &status] { status = RunVersion(*options); });
 }
 
 }  // namespace qorctl

@@ -2,16 +2,13 @@
 #ifndef QORCTL_COMMANDS_VERSIONCOMMAND_H
 #define QORCTL_COMMANDS_VERSIONCOMMAND_H
 
-#include <string>
-
-#include "commands/ReportFormat.h"
+#include <CLI/CLI.hpp>
 
 namespace qorctl {
 
-// Writes the versions of this program, the plug-in, the common library that it uses and the RAID
-// tool to standard output. A missing tool is stated; exit status 1 when the plug-in could not be
-// loaded (the program's own version is written all the same).
-int RunVersionCommand(const std::string& pluginPath, EReportFormat format);
+// Adds the sub-command; see AddRaidCommand() for `status`. A missing tool is stated and no failure.
+// Without a plug-in the program's own version is written all the same.
+void AddVersionCommand(CLI::App& app, int& status);
 
 }  // namespace qorctl
 

@@ -2,16 +2,44 @@
 
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <optional>
+#include <string>
 
+#include "HelpText.h"
+#include "commands/CommonOptions.h"
+#include "host/Request.h"
 #include "terminal/Output.h"
 #include "terminal/TerminalText.h"
 #include "watch/WatchTerminal.h"
 
 namespace qorctl {
 namespace {
+
+enum class EWatchFormat { TEXT, JSON };
+
+constexpr const char* WATCH_FOOTER =
+    "On a terminal the screen is redrawn; elsewhere each change is a line. A request that fails "
+    "is\n"
+    "shown, and watching goes on, until Ctrl-C or SIGTERM.\n"
+    "\n"
+    "Exit status:\n"
+    "  0      the last request had an answer\n"
+    "  1      it had none, or the plug-in could not be loaded\n"
+    "  other  a signal ended it, or the command line was not understood\n"
+    "\n"
+    "Examples:\n"
+    "  qorctl watch --interval 10\n"
+    "  qorctl watch --format json >> changes.jsonl";
+
+constexpr int64_t MAX_SECONDS = 86400;
+constexpr int64_t MAX_COUNT = 1000000000;
+
+const std::map<std::string, EWatchFormat> WATCH_FORMATS = {{"text", EWatchFormat::TEXT},
+                                                           {"json", EWatchFormat::JSON}};
 
 // A line a change.
 class CLineView final : public IWatchView {
@@ -40,23 +68,52 @@ std::unique_ptr<IWatchView> MakeView(int64_t interval, EWatchFormat format) {
 int WatchPlugin(const CPluginLibrary& library, const CWatchOptions& options, EWatchFormat format,
                 CSignalClock& clock) {
     const std::unique_ptr<IWatchView> view = MakeView(options.interval, format);
-    const auto ask = [&] { return clock.AskInterruptibly([&] { return PollStorage(library); }); };
+    const auto ask = [&] {
+        return clock.AskInterruptibly([&] { return Ask(library, StorageRequest()); });
+    };
     return CWatch(options, ask, clock, *view).Run();
 }
 
-}  // namespace
+struct CWatchLine {
+    std::string plugin;
+    CWatchOptions options;
+    EWatchFormat format = EWatchFormat::TEXT;
+};
 
-int RunWatchCommand(const std::string& pluginPath, const CWatchOptions& options,
-                    EWatchFormat format) {
+// As text on a terminal that can move its cursor, the screen is redrawn; otherwise changes are
+// lines.
+int RunWatch(const CWatchLine& line) {
     std::string problem;
-    const std::optional<CPluginLibrary> library = CPluginLibrary::Load(pluginPath, problem);
+    const std::optional<CPluginLibrary> library = CPluginLibrary::Load(line.plugin, problem);
     if (!library) {
         Report(problem);
         return EXIT_FAILURE;
     }
     CSignalClock clock;
-    const int status = WatchPlugin(*library, options, format, clock);
+    const int status = WatchPlugin(*library, line.options, line.format, clock);
     return clock.StopStatus().value_or(status);
+}
+
+}  // namespace
+
+void AddWatchCommand(CLI::App& app, int& status) {
+    const auto line = std::make_shared<CWatchLine>();
+    CLI::App* command =
+        AddCommand(app, line->plugin, "watch",
+                   "The storage's state and its changes, again and again", WATCH_FOOTER);
+    AddWordOption(command, "--format", line->format, "The form of the output; text when not given",
+                  WATCH_FORMATS, "text|json");
+    command
+        ->add_option("--interval", line->options.interval,
+                     "Seconds from one request to the next; 60 when not given")
+        ->transform(qorapps::NumberFromTo(1, MAX_SECONDS))
+        ->type_name("SECONDS");
+    command
+        ->add_option("--count", line->options.count,
+                     "End after so many requests; 0, when not given: go on until interrupted")
+        ->transform(qorapps::NumberFromTo(0, MAX_COUNT))
+        ->type_name("NUMBER");
+    command->callback([line, &status] { status = RunWatch(*line); });
 }
 
 }  // namespace qorctl

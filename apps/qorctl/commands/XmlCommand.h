@@ -2,18 +2,16 @@
 #ifndef QORCTL_COMMANDS_XMLCOMMAND_H
 #define QORCTL_COMMANDS_XMLCOMMAND_H
 
+#include <CLI/CLI.hpp>
 #include <string>
 
-#include "host/PluginRequest.h"
+#include "host/Request.h"
 
 namespace qorctl {
 
-// Asks the plug-in `request` and writes its document of the items, whose component element holds
-// `component`, and a line feed to standard output. With nothing to report nothing is written
-// there: the plug-in makes no document of an empty list. Exit status as RunRaidCommand(); 1 also
-// when the plug-in refuses the items.
-int RunXmlCommand(const std::string& pluginPath, const CItemRequest& request,
-                  const std::string& component);
+// Adds the sub-command; see AddRaidCommand() for `status`. With nothing to report nothing is
+// written to standard output.
+void AddXmlCommand(CLI::App& app, int& status);
 
 // The plug-in's document of the items, without a line feed, in `document`. Returns false and sets
 // `problem` when the plug-in refuses the items.

@@ -399,7 +399,7 @@ void JudgeCounters(const CInventory& inventory, CHealth& health) {
                    });
 }
 
-void JudgeCountersByGrowth(const CInventory& inventory, CHealthState& state, int64_t now,
+void JudgeCountersByGrowth(const CInventory& inventory, CCounterHistory& state, int64_t now,
                            int64_t hold, CHealth& health) {
     const CDriveKeys keys(inventory);
     ForEachCounter(inventory, health,

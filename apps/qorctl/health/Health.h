@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "health/HealthState.h"
+#include "health/Counters.h"
 #include "health/PerformanceData.h"
 #include "model/Inventory.h"
 
@@ -71,8 +71,8 @@ CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options);
 void JudgeCounters(const CInventory& inventory, CHealth& health);
 
 // The counters by what is remembered of them, which takes their values of now (seconds since
-// 1970); see CHealthState::Take().
-void JudgeCountersByGrowth(const CInventory& inventory, CHealthState& state, int64_t now,
+// 1970); see CCounterHistory::Take().
+void JudgeCountersByGrowth(const CInventory& inventory, CCounterHistory& state, int64_t now,
                            int64_t hold, CHealth& health);
 
 // Counts, temperatures, wear and counters, in a fixed order.

@@ -34,7 +34,6 @@ constexpr std::chrono::milliseconds PATIENCE(300);
 constexpr std::chrono::milliseconds REDRAWN_EVERY(250);
 // Columns that stay free behind the line.
 constexpr size_t END = 3;
-constexpr std::string_view CLEAR_LINE = "\r\x1b[K";
 
 constinit std::atomic<bool> s_LineIsDrawn = false;
 

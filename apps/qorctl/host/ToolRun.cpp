@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "host/PluginRequest.h"
+#include "host/Request.h"
 
 namespace qorctl {
 namespace {
@@ -55,12 +55,13 @@ CToolRun RunTool(const CPluginLibrary& library, const std::string& command) {
         run.problem = fmt::format("no file for the tool's output: {}", std::strerror(errno));
         return run;
     }
-    const CAsk ask = [&](CMngSrv_QorLibIF& object, CItemList&, CResultTexts&) {
-        run.result = static_cast<EToolResult>(object.KRZExecCli(command, &run.status, file.Path()));
-        return true;
-    };
-    run.problem =
-        AskPlugin(library, ask, [](CMngSrv_QorLibIF&, CItemList&, const CResultTexts&) {}).problem;
+    const CAnswer answer =
+        Ask(library, {.operation = [&](CMngSrv_QorLibIF& object, CItemList&, CResultTexts&) {
+                run.result =
+                    static_cast<EToolResult>(object.KRZExecCli(command, &run.status, file.Path()));
+                return true;
+            }});
+    run.problem = answer.IsAnswered() ? "" : answer.messages.back().text;
     run.output = file.Read();
     return run;
 }

@@ -27,9 +27,7 @@
 #include <vector>
 
 #include "model/ItemTree.h"
-#include "model/Message.h"
 #include "model/Quantity.h"
-#include "model/ResultTexts.h"
 
 namespace qorctl {
 
@@ -226,11 +224,6 @@ struct COtherBranch {
 };
 
 struct CInventory {
-    bool succeeded = true;                   // the plug-in's result
-    CResultTexts texts;                      // its codes as they are
-    std::optional<std::string> toolVersion;  // of the RAID tool, where the plug-in told it
-    CMessages messages;  // the codes in words, and whatever else ended the request
-
     std::vector<CController> controllers;
     std::vector<CRaidGroup> raidGroups;
     std::vector<CLogicalDrive> logicalDrives;
@@ -239,9 +232,9 @@ struct CInventory {
     std::vector<COtherBranch> others;
 };
 
-// The model of the items; result, texts, version and messages stay as they are by default. Groups
-// and drives belong to the controller that stands before them in the list, and to `controller`
-// before the first one: the list of a `drive` request names none. Cost: linear in the items.
+// The model of the items. Groups and drives belong to the controller that stands before them in the
+// list, and to `controller` before the first one: the list of a `drive` request names none. Cost:
+// linear in the items.
 CInventory BuildInventory(const CItemTree& tree, CNumber controller);
 
 }  // namespace qorctl

@@ -1,23 +1,15 @@
 #include "terminal/TerminalText.h"
 
 #include <fmt/format.h>
-#include <langinfo.h>
-#include <locale.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
-#include <cstdlib>
 #include <iterator>
-#include <system_error>
 
 namespace qorctl {
 namespace {
 
-constexpr size_t USUAL_WIDTH = 80;
 // Columns of text in a line that hardly has any left.
 constexpr size_t SMALLEST_ROOM = 8;
 
@@ -175,21 +167,6 @@ std::string Rewritten(std::string_view text, const CTextStyle& style, TRewrite r
     return out;
 }
 
-bool IsUtf8Locale() {
-    const locale_t locale = newlocale(LC_CTYPE_MASK, "", nullptr);
-    if (locale == nullptr) {
-        return false;  // the environment names a locale that is not installed
-    }
-    const bool utf8 = std::string_view(nl_langinfo_l(CODESET, locale)) == "UTF-8";
-    freelocale(locale);
-    return utf8;
-}
-
-bool IsSet(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
-}
-
 // Columns that are left beside `used` ones.
 size_t Room(size_t width, size_t used) {
     return width > used + SMALLEST_ROOM ? width - used : SMALLEST_ROOM;
@@ -206,42 +183,7 @@ size_t LineLength(std::string_view text, size_t room, size_t roomBelow) {
     return room < roomBelow ? 0 : full;
 }
 
-bool IsDumbTerminal() {
-    const char* type = std::getenv("TERM");
-    return type == nullptr || std::string_view(type) == "dumb";
-}
-
-size_t WidthOfEnvironment() {
-    const char* variable = std::getenv("COLUMNS");
-    const std::string_view columns = variable == nullptr ? "" : variable;
-    size_t width = 0;
-    const char* end = columns.data() + columns.size();
-    const std::from_chars_result result = std::from_chars(columns.data(), end, width);
-    return result.ec == std::errc() && result.ptr == end && width > 0 ? width : USUAL_WIDTH;
-}
-
 }  // namespace
-
-CTextStyle DetectTextStyle(int fd) {
-    return {.utf8 = IsUtf8Locale(),
-            .colour = CanMoveCursor(fd) && !IsSet("NO_COLOR"),
-            .width = DetectWidth(fd)};
-}
-
-size_t DetectWidth(int fd) {
-    if (isatty(fd) != 1) {
-        return ANY_WIDTH;
-    }
-    winsize size = {};
-    if (ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-        return size.ws_col;
-    }
-    return WidthOfEnvironment();
-}
-
-bool CanMoveCursor(int fd) {
-    return isatty(fd) == 1 && !IsDumbTerminal();
-}
 
 std::string MakeVisible(std::string_view text, const CTextStyle& style) {
     return Rewritten(text, style,

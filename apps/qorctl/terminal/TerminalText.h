@@ -1,4 +1,4 @@
-// What a terminal or a file can take, and texts made safe for it.
+// Texts made safe for a terminal or a file.
 //
 // The texts of the plug-in are bytes as an external tool printed them. They may hold control
 // sequences that would move the cursor or set colours, and bytes of another character set; nothing
@@ -12,31 +12,12 @@
 #include <string>
 #include <string_view>
 
-namespace qorctl {
+#include "terminal/Style.h"
 
-// No limit on the width.
-inline constexpr size_t ANY_WIDTH = 0;
+namespace qorctl {
 
 // Bytes of a name or a state of a report that are shown; see CutText().
 inline constexpr size_t MAX_NAME = 256;
-
-struct CTextStyle {
-    bool utf8 = false;         // the locale's character set is UTF-8; plain ASCII otherwise
-    bool colour = false;       // control sequences for colours, bold and dim text are welcome
-    size_t width = ANY_WIDTH;  // columns of a line
-};
-
-// The style for the output `fd`: the character set of the environment's locale; colour on a
-// terminal only, and neither on a dumb one nor when NO_COLOR is set; the width of a terminal. Does
-// not change the process's locale.
-CTextStyle DetectTextStyle(int fd);
-
-// The width of the terminal `fd`; ANY_WIDTH when it is no terminal. The environment variable
-// COLUMNS stands in for a terminal that does not say.
-size_t DetectWidth(int fd);
-
-// Whether `fd` is a terminal on which the cursor can be moved: not a dumb one.
-bool CanMoveCursor(int fd);
 
 // A printable copy of `text` on one line. Control characters, bytes that are not valid UTF-8,
 // characters that reorder, hide or annotate text and, where the style is ASCII, everything beyond

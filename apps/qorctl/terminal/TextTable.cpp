@@ -7,8 +7,6 @@ namespace qorctl {
 namespace {
 
 constexpr std::string_view GAP = "  ";
-constexpr std::string_view BOLD = "\x1b[1m";
-constexpr std::string_view PLAIN = "\x1b[0m";
 
 // Widths of the columns; 0: left out.
 using CWidths = std::vector<size_t>;
@@ -62,7 +60,7 @@ std::string Shortened(const std::string& text, size_t width, const CTextStyle& s
     if (CountColumns(text) <= width) {
         return text;
     }
-    return std::string(FirstColumns(text, width - 1)) + (style.utf8 ? "…" : "~");
+    return std::string(FirstColumns(text, width - 1)).append(Ellipsis(style));
 }
 
 class CTableWriter {
@@ -110,9 +108,7 @@ void CTableWriter::AppendLine(TCell cell, std::string_view colour) {
     if (m_Style.width != ANY_WIDTH) {
         line.resize(FirstColumns(line, m_Style.width).size());
     }
-    const bool isColoured = m_Style.colour && !colour.empty();
-    m_Text += isColoured ? std::string(colour) + line + std::string(PLAIN) : line;
-    m_Text += '\n';
+    m_Text += Coloured(line, colour, m_Style) + '\n';
 }
 
 }  // namespace

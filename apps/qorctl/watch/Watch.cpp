@@ -6,29 +6,22 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "format/JsonReport.h"
-#include "format/JsonText.h"
+#include "format/JsonDocument.h"
 #include "model/ObjectNames.h"
 #include "terminal/TerminalText.h"
 
 namespace qorctl {
 namespace {
 
-using CJson = nlohmann::ordered_json;
-
 CJson Event(const CTick& tick, const char* event) {
-    return {{"schema_version", JSON_SCHEMA_VERSION},
-            {"command", "watch"},
-            {"time", FormatTime(tick.wallTime)},
-            {"event", event}};
-}
-
-CJson TextOrNull(const CText& text) {
-    return text ? CJson(*text) : CJson();
+    CJson json = NewDocument("watch");
+    json["time"] = FormatTime(tick.wallTime);
+    json["event"] = event;
+    return json;
 }
 
 CJson StartEvent(const CTick& tick) {
-    const CInventory& inventory = tick.poll.inventory;
+    const CInventory& inventory = tick.answer.inventory;
     CJson json = Event(tick, "start");
     json["status"] = HealthName(tick.status);
     json["controllers"] = inventory.controllers.size();
@@ -40,9 +33,9 @@ CJson StartEvent(const CTick& tick) {
 
 CJson NoAnswerEvent(const CTick& tick) {
     CJson json = Event(tick, "no-answer");
-    json["reason"] = tick.poll.reason;
-    json["message"] = tick.poll.message;
-    json["failed_command"] = tick.poll.command;
+    json["reason"] = tick.answer.reason;
+    json["message"] = tick.answer.sentence;
+    json["failed_command"] = tick.answer.command;
     return json;
 }
 
@@ -97,28 +90,28 @@ int CWatch::Run() {
 // False when the answer could not be shown.
 bool CWatch::Ask() {
     CTick tick;
-    tick.poll = m_Ask();
+    tick.answer = m_Ask();
     tick.wallTime = m_Clock.WallTime();
-    if (tick.poll.answered) {
+    if (tick.answer.IsAnswered()) {
         Judge(tick);
     }
-    m_Answered = tick.poll.answered;
+    m_Answered = tick.answer.IsAnswered();
     return m_View.Show(tick);
 }
 
 void CWatch::Judge(CTick& tick) {
-    if (tick.poll.reason == REASON_JUDGED) {
-        tick.health = JudgeHealth(tick.poll.inventory, {});
-        JudgeCounters(tick.poll.inventory, tick.health);
+    if (tick.answer.reason == REASON_JUDGED) {
+        tick.health = JudgeHealth(tick.answer.inventory, {});
+        JudgeCounters(tick.answer.inventory, tick.health);
         tick.status = tick.health.Overall();
     }
     tick.isFirstAnswer = !m_Before;
     tick.answersAgain = !m_Answered;
     if (m_Before) {
-        tick.changes = CompareInventories(*m_Before, tick.poll.inventory);
+        tick.changes = CompareInventories(*m_Before, tick.answer.inventory);
         AddStatusChange(m_Status, tick);
     }
-    m_Before = tick.poll.inventory;
+    m_Before = tick.answer.inventory;
     m_Status = tick.status;
 }
 
@@ -138,19 +131,15 @@ bool CWatch::Wait(int64_t time) {
     }
 }
 
-std::string DescribeNoAnswer(const CPoll& poll) {
-    return "no answer: " + poll.message + (poll.command.empty() ? "" : " (" + poll.command + ")");
-}
-
 std::string FormatTickText(const CTick& tick) {
     std::vector<std::string> lines;
-    if (!tick.poll.answered) {
-        lines.push_back(DescribeNoAnswer(tick.poll));
+    if (!tick.answer.IsAnswered()) {
+        lines.push_back(DescribeNoAnswer(tick.answer));
     } else if (tick.answersAgain) {
         lines.emplace_back("answers again");
     }
     if (tick.isFirstAnswer) {
-        lines.push_back(fmt::format("watching {}: {}", DescribeCounts(tick.poll.inventory),
+        lines.push_back(fmt::format("watching {}: {}", DescribeCounts(tick.answer.inventory),
                                     HealthName(tick.status)));
     }
     for (const CChange& change : tick.changes) {
@@ -166,7 +155,7 @@ std::string FormatTickText(const CTick& tick) {
 
 std::string FormatTickJson(const CTick& tick) {
     std::string text;
-    if (!tick.poll.answered) {
+    if (!tick.answer.IsAnswered()) {
         text += Line(NoAnswerEvent(tick));
     } else if (tick.answersAgain) {
         text += Line(Event(tick, "answers-again"));

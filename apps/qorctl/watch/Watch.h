@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "health/Health.h"
-#include "host/Poll.h"
+#include "host/Answer.h"
 #include "model/InventoryDiff.h"
 #include "watch/WatchClock.h"
 
@@ -27,7 +27,7 @@ struct CWatchOptions {
 // One request and what it told.
 struct CTick {
     int64_t wallTime = 0;
-    CPoll poll;
+    CAnswer answer;
     CHealth health;  // of the answer; empty without one
     EHealth status = EHealth::UNKNOWN;
     std::vector<CChange> changes;  // since the answer before
@@ -48,7 +48,7 @@ public:
 class CWatch {
 public:
     // The references must outlive the object.
-    CWatch(const CWatchOptions& options, std::function<CPoll()> ask, IWatchClock& clock,
+    CWatch(const CWatchOptions& options, std::function<CAnswer()> ask, IWatchClock& clock,
            IWatchView& view)
         : m_Options(options), m_Ask(std::move(ask)), m_Clock(clock), m_View(view) {}
 
@@ -63,16 +63,13 @@ private:
     bool Wait(int64_t time);
 
     const CWatchOptions m_Options;
-    const std::function<CPoll()> m_Ask;
+    const std::function<CAnswer()> m_Ask;
     IWatchClock& m_Clock;
     IWatchView& m_View;
     std::optional<CInventory> m_Before;   // of the last answer
     EHealth m_Status = EHealth::UNKNOWN;  // likewise
     bool m_Answered = true;               // the last request
 };
-
-// "no answer: the RAID tool did not answer in time (krzcli -ctrlinfo -a0)"
-std::string DescribeNoAnswer(const CPoll& poll);
 
 // The lines of a tick, each ended: see docs/health.md.
 std::string FormatTickText(const CTick& tick);

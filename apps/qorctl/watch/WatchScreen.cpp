@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <string_view>
 
-#include "format/TableView.h"
-#include "health/Problems.h"
+#include "format/Table.h"
+#include "health/Advice.h"
 #include "model/ObjectNames.h"
 
 namespace qorctl {
@@ -14,14 +14,11 @@ namespace {
 
 // Of the time of a change, which the head of the screen has.
 constexpr size_t DATE = std::string_view("2026-11-20T").size();
-constexpr std::string_view PLAIN = "\x1b[0m";
 
 // A line that fits, in the colour of a severity.
 std::string FitLine(const std::string& text, EHealth health, const CTextStyle& style) {
     const std::string visible = MakeVisible(text, style);
-    const std::string_view line = FirstColumns(visible, style.width);
-    const std::string_view colour = style.colour ? ColourOf(health) : std::string_view();
-    return fmt::format("{}{}{}", colour, line, colour.empty() ? std::string_view() : PLAIN);
+    return Coloured(FirstColumns(visible, style.width), ColourOf(health), style);
 }
 
 void AddLines(std::vector<std::string>& lines, std::string_view text) {
@@ -39,7 +36,7 @@ void CWatchScreen::Take(const CTick& tick) {
         m_Changes.push_front(FormatTime(tick.wallTime).substr(DATE) + ' ' + DescribeChange(change));
     }
     m_Changes.resize(std::min(m_Changes.size(), MAX_CHANGES));
-    if (tick.poll.answered) {
+    if (tick.answer.IsAnswered()) {
         m_Answer = tick;
     }
     m_Last = tick;
@@ -53,17 +50,17 @@ std::vector<std::string> CWatchScreen::AllLines(const CTextStyle& style) const {
     add(fmt::format("{}  qorctl watch, every {} s: {}", HealthName(m_Last.status), m_Interval,
                     FormatTime(m_Last.wallTime)),
         m_Last.status);
-    if (!m_Last.poll.answered) {
-        add(DescribeNoAnswer(m_Last.poll), EHealth::UNKNOWN);
+    if (!m_Last.answer.IsAnswered()) {
+        add(DescribeNoAnswer(m_Last.answer), EHealth::UNKNOWN);
     }
-    if (!m_Answer.poll.answered) {
+    if (!m_Answer.answer.IsAnswered()) {
         return lines;
     }
-    if (!m_Last.poll.answered) {
+    if (!m_Last.answer.IsAnswered()) {
         add("the last answer, of " + FormatTime(m_Answer.wallTime) + ":");
     }
-    add(m_Answer.poll.message.empty() ? DescribeCounts(m_Answer.poll.inventory)
-                                      : m_Answer.poll.message);
+    add(m_Answer.answer.sentence.empty() ? DescribeCounts(m_Answer.answer.inventory)
+                                         : m_Answer.answer.sentence);
     for (const CHealthFinding& finding : m_Answer.health.findings) {
         add(fmt::format("{}: {}: {}", HealthName(finding.health), finding.object, finding.message),
             finding.health);
@@ -76,8 +73,8 @@ std::vector<std::string> CWatchScreen::AllLines(const CTextStyle& style) const {
         add(change);
     }
     add("");
-    AddLines(lines,
-             FormatTables(m_Answer.poll.inventory, CProblemMarks(m_Answer.health.findings), style));
+    AddLines(lines, FormatTables(m_Answer.answer.inventory, CProblemMarks(m_Answer.health.findings),
+                                 style));
     return lines;
 }
 

@@ -15,13 +15,6 @@
 namespace qorctl {
 namespace {
 
-// The alternate screen, without a cursor; and back.
-constexpr std::string_view ENTER = "\x1b[?1049h\x1b[?25l";
-constexpr std::string_view LEAVE = "\x1b[?25h\x1b[?1049l";
-constexpr std::string_view HOME = "\x1b[H";
-constexpr std::string_view END_OF_LINE = "\x1b[K";
-constexpr std::string_view END_OF_SCREEN = "\x1b[J";
-
 // SIGWINCH is the last one.
 constexpr std::array<int, 4> ALL_SIGNALS = {SIGINT, SIGTERM, SIGHUP, SIGWINCH};
 constexpr size_t STOP_SIGNALS = 3;
@@ -41,7 +34,7 @@ void WriteRaw(int fd, std::string_view text) {
 void LeaveScreen() {
     if (g_OnScreen != 0) {
         g_OnScreen = 0;
-        WriteRaw(STDOUT_FILENO, LEAVE);
+        WriteRaw(STDOUT_FILENO, LEAVE_SCREEN);
     }
 }
 
@@ -135,13 +128,13 @@ EWake CSignalClock::WaitUntil(int64_t time) {
     return EWake::REDRAW;
 }
 
-CPoll CSignalClock::AskInterruptibly(const std::function<CPoll()>& ask) {
+CAnswer CSignalClock::AskInterruptibly(const std::function<CAnswer()>& ask) {
     const sigset_t set = Signals(STOP_SIGNALS);
     const CInterruptGuard guard(LeaveScreen);
     sigprocmask(SIG_UNBLOCK, &set, nullptr);
-    CPoll poll = ask();
+    CAnswer answer = ask();
     sigprocmask(SIG_BLOCK, &set, nullptr);
-    return poll;
+    return answer;
 }
 
 std::optional<int> CSignalClock::StopStatus() const {
@@ -150,7 +143,7 @@ std::optional<int> CSignalClock::StopStatus() const {
 
 CTerminalView::CTerminalView(int64_t interval) : m_Screen(interval) {
     g_OnScreen = 1;
-    WriteRaw(STDOUT_FILENO, ENTER);
+    WriteRaw(STDOUT_FILENO, ENTER_SCREEN);
 }
 
 CTerminalView::~CTerminalView() {

@@ -35,7 +35,7 @@ public:
     EWake WaitUntil(int64_t time) override;
 
     // A request, which may take minutes: a signal that wants an end ends the process in it.
-    CPoll AskInterruptibly(const std::function<CPoll()>& ask);
+    CAnswer AskInterruptibly(const std::function<CAnswer()>& ask);
 
     // The exit status of a program that such a signal ended; nothing when there was none.
     std::optional<int> StopStatus() const;

@@ -13,9 +13,8 @@ using nlohmann::json;
 using testing::HasSubstr;
 
 constexpr const char* NO_TOOL =
-    "qorctl: error code 02: the RAID tool is not installed: there is no "
-    "/opt/tarmica/krz/cli/krzcli\n"
-    "  Install the RAID management tool.\n";
+    "qorctl: error code 02: the RAID tool is not installed\n"
+    "  Install the RAID management tool: there is no /opt/tarmica/krz/cli/krzcli.\n";
 constexpr const char* OLD_VERSION =
     "qorctl: notice code 01: the RAID tool's version is older than 4.4, or could not be read\n"
     "  What it reported is shown all the same. Update the RAID management tool.\n";

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "format/CsvReport.h"
+#include "format/Csv.h"
 
 namespace {
 

@@ -2,19 +2,32 @@
 
 #include <nlohmann/json.hpp>
 
-#include "format/JsonReport.h"
+#include "format/Json.h"
+#include "format/JsonDocument.h"
 
 namespace {
 
+using qorctl::CAnswer;
 using qorctl::CInventory;
-using CJson = nlohmann::ordered_json;
+using qorctl::CJson;
+
+CAnswer Answer(const CInventory& inventory) {
+    CAnswer answer;
+    answer.outcome = qorctl::EOutcome::ANSWERED;
+    answer.inventory = inventory;
+    return answer;
+}
+
+CJson Parsed(const CAnswer& answer) {
+    return CJson::parse(qorctl::FormatJson(answer, "raid"));
+}
 
 CJson Parsed(const CInventory& inventory) {
-    return CJson::parse(qorctl::FormatJson(inventory, "raid"));
+    return Parsed(Answer(inventory));
 }
 
 TEST(JsonReportTest, EmptyInventoryHasEveryList) {
-    EXPECT_EQ(qorctl::FormatJson({}, "storage"),
+    EXPECT_EQ(qorctl::FormatJson(Answer({}), "storage"),
               "{\n"
               "  \"schema_version\": 1,\n"
               "  \"command\": \"storage\",\n"
@@ -30,13 +43,13 @@ TEST(JsonReportTest, EmptyInventoryHasEveryList) {
 }
 
 TEST(JsonReportTest, FailureHasCodesDetailAndMessages) {
-    CInventory inventory;
-    inventory.succeeded = false;
-    inventory.texts = {.errorCode = "01", .noticeCode = "01", .detail = "krzcli -v"};
-    inventory.toolVersion = "7.0";
-    inventory.messages = {{qorctl::ESeverity::ERROR, "error-01", "broken", "mend it"},
-                          {qorctl::ESeverity::WARNING, "notice-01", "old", ""}};
-    const CJson json = Parsed(inventory);
+    CAnswer answer;
+    answer.outcome = qorctl::EOutcome::FAILED;
+    answer.texts = {.errorCode = "01", .noticeCode = "01", .detail = "krzcli -v"};
+    answer.toolVersion = "7.0";
+    answer.messages = {{qorctl::ESeverity::ERROR, "error-01", "broken", "mend it"},
+                       {qorctl::ESeverity::WARNING, "notice-01", "old", ""}};
+    const CJson json = Parsed(answer);
     EXPECT_EQ(json["result"], "failure");
     EXPECT_EQ(json["error_code"], "01");
     EXPECT_EQ(json["notice_code"], "01");
@@ -49,9 +62,9 @@ TEST(JsonReportTest, FailureHasCodesDetailAndMessages) {
 }
 
 TEST(JsonReportTest, DetailThatSaysNoneIsAbsent) {
-    CInventory inventory;
-    inventory.texts.detail = "none";
-    EXPECT_FALSE(Parsed(inventory).contains("error_detail"));
+    CAnswer answer = Answer({});
+    answer.texts.detail = "none";
+    EXPECT_FALSE(Parsed(answer).contains("error_detail"));
 }
 
 TEST(JsonReportTest, NumbersStandBesideTheirTexts) {
@@ -106,7 +119,7 @@ CInventory WithKeys(const std::vector<std::string>& keys) {
 // Parsed without regard to the order, which looks names up fast.
 nlohmann::json KeysOf(const CInventory& inventory) {
     return nlohmann::json::parse(
-        qorctl::FormatJson(inventory, "raid"))["others"][0]["sections"][""];
+        qorctl::FormatJson(Answer(inventory), "raid"))["others"][0]["sections"][""];
 }
 
 TEST(JsonReportTest, NameWhoseNumbersAreAllTakenGetsTheNextOne) {
@@ -127,7 +140,8 @@ TEST(JsonReportTest, EqualNamesInGreatNumbersAreNumbered) {
 }
 
 TEST(JsonReportTest, NamesThatDifferInBytesThatAreNotUtf8StayApart) {
-    const std::string text = qorctl::FormatJson(WithKeys({"A\xff", "A\xfe", "B\xe2\x82"}), "raid");
+    const std::string text =
+        qorctl::FormatJson(Answer(WithKeys({"A\xff", "A\xfe", "B\xe2\x82"})), "raid");
     EXPECT_NE(text.find("\"A\uFFFD\": "), std::string::npos);
     EXPECT_NE(text.find("\"A\uFFFD (2)\": "), std::string::npos);
     EXPECT_NE(text.find("\"B\uFFFD\": "), std::string::npos);
@@ -137,7 +151,7 @@ TEST(JsonReportTest, WhatATerminalObeysOrHidesIsEscaped) {
     CInventory inventory;
     inventory.physicalDrives.emplace_back().product =
         "\x7f\u009B1m\u202E\uFEFF\U000E0041\u00B0\U0001F600";
-    const std::string text = qorctl::FormatJson(inventory, "raid");
+    const std::string text = qorctl::FormatJson(Answer(inventory), "raid");
     EXPECT_NE(text.find("\"\\u007f\\u009b1m\\u202e\\ufeff\\udb40\\udc41\u00B0\U0001F600\""),
               std::string::npos)
         << text;
@@ -148,9 +162,9 @@ TEST(JsonReportTest, WhatATerminalObeysOrHidesIsEscaped) {
 TEST(JsonReportTest, BytesThatAreNotUtf8BecomeReplacementCharacters) {
     CInventory inventory;
     inventory.physicalDrives.emplace_back().product = "a\xff\xc3(\x1b\"";
-    EXPECT_NE(
-        qorctl::FormatJson(inventory, "raid").find("\"product\": \"a\uFFFD\uFFFD(\\u001b\\\"\""),
-        std::string::npos);
+    EXPECT_NE(qorctl::FormatJson(Answer(inventory), "raid")
+                  .find("\"product\": \"a\uFFFD\uFFFD(\\u001b\\\"\""),
+              std::string::npos);
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "format/JsonText.h"
+#include "format/JsonDocument.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "format/TreeView.h"
+#include "format/Tree.h"
 
 namespace {
 

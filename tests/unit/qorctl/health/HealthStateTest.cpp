@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "health/HealthState.h"
+#include "health/Counters.h"
 
 namespace {
 
+using qorctl::CCounterHistory;
 using qorctl::CCounterVerdict;
-using qorctl::CHealthState;
 
 constexpr int64_t HOLD = 3600;
 
@@ -31,7 +31,7 @@ TEST(HealthStateTest, CounterAlarmsWhileItsGrowthIsFresh) {
         {10000, 1, 0, false, "the drive reset it: a new baseline"},
         {10060, 2, 1, false, "growth from there"},
     };
-    CHealthState state;
+    CCounterHistory state;
     for (const CStep& step : steps) {
         const CCounterVerdict verdict =
             state.Take("drive", "mediaErrors", step.value, step.now, HOLD);
@@ -41,14 +41,14 @@ TEST(HealthStateTest, CounterAlarmsWhileItsGrowthIsFresh) {
 }
 
 TEST(HealthStateTest, WithoutAHoldGrowthAlarmsOnce) {
-    CHealthState state;
+    CCounterHistory state;
     state.Take("drive", "mediaErrors", 0, 1000, 0);
     EXPECT_EQ(state.Take("drive", "mediaErrors", 1, 1060, 0).growth, 1U);
     EXPECT_EQ(state.Take("drive", "mediaErrors", 1, 1060, 0).growth, 0U);
 }
 
 TEST(HealthStateTest, ClockThatWasSetBackDoesNotKeepAnAlarmAlive) {
-    CHealthState state;
+    CCounterHistory state;
     state.Take("drive", "mediaErrors", 0, 900000, HOLD);
     state.Take("drive", "mediaErrors", 1, 900000, HOLD);
     EXPECT_EQ(state.Take("drive", "mediaErrors", 1, 1000, HOLD).growth, 1U);
@@ -56,7 +56,7 @@ TEST(HealthStateTest, ClockThatWasSetBackDoesNotKeepAnAlarmAlive) {
 }
 
 TEST(HealthStateTest, DrivesAndCountersAreKeptApart) {
-    CHealthState state;
+    CCounterHistory state;
     state.Take("one", "mediaErrors", 1, 1000, HOLD);
     EXPECT_TRUE(state.Take("two", "mediaErrors", 2, 1000, HOLD).firstSeen);
     EXPECT_TRUE(state.Take("one", "otherErrors", 3, 1000, HOLD).firstSeen);
@@ -64,7 +64,7 @@ TEST(HealthStateTest, DrivesAndCountersAreKeptApart) {
 }
 
 TEST(HealthStateTest, DriveThatWasNotSeenForAMonthIsForgotten) {
-    CHealthState state;
+    CCounterHistory state;
     state.Take("old", "mediaErrors", 1, 1000, HOLD);
     state.Take("new", "mediaErrors", 1, 1001, HOLD);
     state.ForgetOld(1000 + qorctl::FORGET_AFTER);
@@ -73,11 +73,11 @@ TEST(HealthStateTest, DriveThatWasNotSeenForAMonthIsForgotten) {
 }
 
 TEST(HealthStateTest, WrittenFormIsReadBack) {
-    CHealthState state;
+    CCounterHistory state;
     state.Take("serial A", "mediaErrors", 2, 1000, HOLD);
     state.Take("serial A", "mediaErrors", 5, 1060, HOLD);
     state.Take("serial B \"quoted\"", "otherErrors", UINT64_MAX, 1060, HOLD);
-    const std::optional<CHealthState> read = CHealthState::Parse(state.Format());
+    const std::optional<CCounterHistory> read = CCounterHistory::Parse(state.Format());
     ASSERT_TRUE(read.has_value());
     EXPECT_EQ(read->Format(), state.Format());
     const qorctl::CCounterRecord& record = read->Drives().at("serial A").counters.at("mediaErrors");
@@ -118,9 +118,9 @@ TEST(HealthStateTest, WhatThisProgramDoesNotWriteIsRefused) {
         R"({"format":"qorctl-health-state","drives":{}})",
     };
     for (const std::string& text : texts) {
-        EXPECT_FALSE(CHealthState::Parse(text).has_value()) << text.substr(0, 200);
+        EXPECT_FALSE(CCounterHistory::Parse(text).has_value()) << text.substr(0, 200);
     }
-    EXPECT_TRUE(CHealthState::Parse(head + "{}}").has_value());
+    EXPECT_TRUE(CCounterHistory::Parse(head + "{}}").has_value());
 }
 
 }  // namespace

@@ -385,7 +385,7 @@ protected:
         return drive;
     }
 
-    qorctl::CHealthState m_State;
+    qorctl::CCounterHistory m_State;
 };
 
 TEST_F(GrowthTest, FirstLookIsTheBaselineAndNoted) {
@@ -443,7 +443,7 @@ TEST_F(GrowthTest, DriveWithoutASerialNumberIsKnownByItsPlace) {
 
 TEST_F(GrowthTest, SerialNumberOfAnyBytesMakesAKeyThatTheFileCanHold) {
     Judge(With(Drive(1, "\xff\"\x1b")), 1000);
-    EXPECT_TRUE(qorctl::CHealthState::Parse(m_State.Format()).has_value());
+    EXPECT_TRUE(qorctl::CCounterHistory::Parse(m_State.Format()).has_value());
 }
 
 // Performance data

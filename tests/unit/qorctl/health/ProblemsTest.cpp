@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "health/Problems.h"
+#include "health/Advice.h"
 
 namespace {
 

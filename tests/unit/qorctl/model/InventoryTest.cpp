@@ -374,7 +374,6 @@ TEST(InventoryTest, EmptyListIsAnEmptyInventory) {
     const CInventory inventory = Build({});
     EXPECT_TRUE(inventory.controllers.empty());
     EXPECT_TRUE(inventory.others.empty());
-    EXPECT_TRUE(inventory.succeeded);
 }
 
 }  // namespace

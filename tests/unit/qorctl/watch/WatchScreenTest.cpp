@@ -16,7 +16,7 @@ CTick Answer() {
     CTick tick;
     tick.wallTime = NOVEMBER;
     tick.status = qorctl::EHealth::CRITICAL;
-    tick.poll.answered = true;
+    tick.answer.outcome = qorctl::EOutcome::ANSWERED;
     qorctl::CLogicalDrive volume;
     volume.controller = 0;
     volume.number = 1;
@@ -24,7 +24,7 @@ CTick Answer() {
     volume.name = "Däta";
     volume.raidLevel = "RAID 5";
     volume.capacity = qorctl::CQuantity{"4.000TB", std::nullopt};
-    tick.poll.inventory.logicalDrives.push_back(volume);
+    tick.answer.inventory.logicalDrives.push_back(volume);
     qorctl::CPhysicalDrive drive;
     drive.controller = 0;
     drive.number = 3;
@@ -33,7 +33,7 @@ CTick Answer() {
     drive.group = "RG0";
     drive.temperature = qorctl::CQuantity{"31C", 31};
     drive.progress = qorctl::CQuantity{"42%", 42};
-    tick.poll.inventory.physicalDrives.push_back(drive);
+    tick.answer.inventory.physicalDrives.push_back(drive);
     tick.health.findings.push_back(
         {qorctl::EHealth::CRITICAL, "volume-degraded", "controller 0 volume LD1", "Degraded"});
     tick.changes.push_back(
@@ -60,7 +60,7 @@ TEST(WatchScreenTest, FailedRequestStandsAboveTheLastAnswer) {
     screen.Take(Answer());
     CTick failed;
     failed.wallTime = NOVEMBER + 10;
-    failed.poll.message = "the RAID tool did not answer in time";
+    failed.answer.sentence = "the RAID tool did not answer in time";
     screen.Take(failed);
     const std::vector<std::string> lines = screen.Lines(LARGE, UTF8);
     EXPECT_EQ(lines[0], "UNKNOWN  qorctl watch, every 10 s: 2026-11-20T10:00:10Z");
@@ -72,7 +72,7 @@ TEST(WatchScreenTest, FailedRequestStandsAboveTheLastAnswer) {
 TEST(WatchScreenTest, FailureWithoutAnAnswerBeforeStandsAlone) {
     qorctl::CWatchScreen screen(10);
     CTick failed;
-    failed.poll.message = "the RAID tool is not installed";
+    failed.answer.sentence = "the RAID tool is not installed";
     screen.Take(failed);
     EXPECT_THAT(screen.Lines(LARGE, UTF8),
                 ElementsAre("UNKNOWN  qorctl watch, every 10 s: 1970-01-01T00:00:00Z",
@@ -91,7 +91,7 @@ TEST(WatchScreenTest, CharactersOfSeveralBytesAreCutWhole) {
     qorctl::CWatchScreen screen(10);
     screen.Take(Answer());
     CTick failed;
-    failed.poll.message = "Däta";
+    failed.answer.sentence = "Däta";
     screen.Take(failed);
     EXPECT_EQ(screen.Lines({.rows = 50, .columns = 13}, UTF8)[1], "no answer: Dä");
     EXPECT_EQ(screen.Lines(LARGE, {})[1], "no answer: D\\xc3\\xa4ta");

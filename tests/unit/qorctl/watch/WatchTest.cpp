@@ -9,7 +9,7 @@
 
 namespace {
 
-using qorctl::CPoll;
+using qorctl::CAnswer;
 using qorctl::CTick;
 using qorctl::EWake;
 using testing::ElementsAre;
@@ -59,30 +59,30 @@ public:
     std::string m_Json;
 };
 
-CPoll Answer(const std::string& state, long long temperature = 31) {
-    CPoll poll;
-    poll.answered = true;
+CAnswer Answer(const std::string& state, long long temperature = 31) {
+    CAnswer answer;
+    answer.outcome = qorctl::EOutcome::ANSWERED;
     qorctl::CPhysicalDrive drive;
     drive.controller = 0;
     drive.number = 3;
     drive.statusDetail = state;
     drive.temperature = qorctl::CQuantity{std::to_string(temperature) + "C", temperature};
-    poll.inventory.physicalDrives.push_back(drive);
-    return poll;
+    answer.inventory.physicalDrives.push_back(drive);
+    return answer;
 }
 
-CPoll NoAnswer() {
-    CPoll poll;
-    poll.reason = "tool-timeout";
-    poll.message = "the RAID tool did not answer in time";
-    poll.command = "krzcli -pdinfo -a0";
-    return poll;
+CAnswer NoAnswer() {
+    CAnswer answer;
+    answer.reason = "tool-timeout";
+    answer.sentence = "the RAID tool did not answer in time";
+    answer.command = "krzcli -pdinfo -a0";
+    return answer;
 }
 
 class WatchTest : public testing::Test {
 protected:
     // A request for each answer, which takes `m_Duration`.
-    int Watch(const std::vector<CPoll>& answers, int64_t interval = 60) {
+    int Watch(const std::vector<CAnswer>& answers, int64_t interval = 60) {
         size_t asked = 0;
         const auto ask = [&] {
             m_Clock.m_Now += m_Duration;
@@ -100,13 +100,13 @@ protected:
 
 TEST_F(WatchTest, RequestsDoNotDriftWhateverTheyTake) {
     m_Duration = 700;
-    Watch(std::vector<CPoll>(4, Answer("ONLINE")), 10);
+    Watch(std::vector<CAnswer>(4, Answer("ONLINE")), 10);
     EXPECT_THAT(m_Clock.m_Waits, ElementsAre(10000, 20000, 30000));
 }
 
 TEST_F(WatchTest, TimesThatALongRequestMissedAreLeftOut) {
     m_Duration = 25000;
-    Watch(std::vector<CPoll>(3, Answer("ONLINE")), 10);
+    Watch(std::vector<CAnswer>(3, Answer("ONLINE")), 10);
     EXPECT_THAT(m_Clock.m_Waits, ElementsAre(30000, 60000));
 }
 
@@ -148,8 +148,8 @@ TEST_F(WatchTest, LastRequestWithoutAnAnswerIsAFailure) {
 }
 
 TEST_F(WatchTest, EverythingGoesWhenTheHardwareDisappears) {
-    CPoll nothing;
-    nothing.answered = true;
+    CAnswer nothing;
+    nothing.outcome = qorctl::EOutcome::ANSWERED;
     nothing.reason = qorctl::REASON_NO_HARDWARE;
     EXPECT_EQ(Watch({Answer("ONLINE"), nothing}), 0);
     EXPECT_THAT(m_View.m_Text,
@@ -158,7 +158,7 @@ TEST_F(WatchTest, EverythingGoesWhenTheHardwareDisappears) {
 }
 
 TEST_F(WatchTest, EventsAreJsonLines) {
-    CPoll odd = Answer("\xff");
+    CAnswer odd = Answer("\xff");
     odd.inventory.physicalDrives.push_back(odd.inventory.physicalDrives.front());
     odd.inventory.physicalDrives.back().number = 4;
     Watch({NoAnswer(), Answer("ONLINE"), odd, Answer("ONLINE")});
@@ -189,7 +189,7 @@ TEST_F(WatchTest, EventsAreJsonLines) {
 }
 
 TEST_F(WatchTest, ValueThatTheToolDidNotSayIsNull) {
-    CPoll silent = Answer("");
+    CAnswer silent = Answer("");
     silent.inventory.physicalDrives.front().statusDetail.reset();
     Watch({Answer("ONLINE"), silent});
     EXPECT_THAT(m_View.m_Json, testing::HasSubstr("\"before\":\"ONLINE\",\"after\":null}"));
@@ -197,13 +197,13 @@ TEST_F(WatchTest, ValueThatTheToolDidNotSayIsNull) {
 
 TEST_F(WatchTest, SomebodyWhoWantsAnEndGetsIt) {
     m_Clock.m_Wakes = {EWake::TIME, EWake::STOP};
-    Watch(std::vector<CPoll>(9, Answer("ONLINE")));
+    Watch(std::vector<CAnswer>(9, Answer("ONLINE")));
     EXPECT_EQ(m_View.m_Ticks.size(), 2U);
 }
 
 TEST_F(WatchTest, ResizedTerminalIsRedrawnAndTheWaitGoesOn) {
     m_Clock.m_Wakes = {EWake::REDRAW, EWake::REDRAW};
-    Watch(std::vector<CPoll>(2, Answer("ONLINE")));
+    Watch(std::vector<CAnswer>(2, Answer("ONLINE")));
     EXPECT_EQ(m_View.m_Redraws, 2);
     EXPECT_THAT(m_Clock.m_Waits, ElementsAre(60000, 60000, 60000));
     EXPECT_EQ(m_View.m_Ticks.size(), 2U);
@@ -211,7 +211,7 @@ TEST_F(WatchTest, ResizedTerminalIsRedrawnAndTheWaitGoesOn) {
 
 TEST_F(WatchTest, ViewThatCannotShowEndsIt) {
     m_View.m_CanShow = false;
-    EXPECT_EQ(Watch(std::vector<CPoll>(9, Answer("ONLINE"))), 1);
+    EXPECT_EQ(Watch(std::vector<CAnswer>(9, Answer("ONLINE"))), 1);
     EXPECT_EQ(m_View.m_Ticks.size(), 1U);
 }
 

@@ -1,4 +1,4 @@
-#include "format/JsonText.h"
+#include "format/JsonDocument.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
@@ -8,13 +8,21 @@
 namespace qorctl {
 namespace {
 
-std::string Dumped(const nlohmann::ordered_json& json, int indentation) {
-    return json.dump(indentation, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+std::string Dumped(const CJson& json, int indentation) {
+    return json.dump(indentation, ' ', false, CJson::error_handler_t::replace);
 }
 
 }  // namespace
 
-std::string JsonText(const nlohmann::ordered_json& json, int indentation) {
+CJson NewDocument(std::string_view command) {
+    return {{"schema_version", JSON_SCHEMA_VERSION}, {"command", command}};
+}
+
+CJson TextOrNull(const std::optional<std::string>& text) {
+    return text && !text->empty() ? CJson(*text) : CJson();
+}
+
+std::string JsonText(const CJson& json, int indentation) {
     return MakeJsonVisible(Dumped(json, indentation), {.utf8 = true}) + '\n';
 }
 
@@ -26,7 +34,7 @@ std::string ValidUtf8(std::string_view text) {
         return std::string(text);
     }
     // What the document itself makes of it.
-    return nlohmann::ordered_json::parse(Dumped(text, NO_INDENTATION)).get<std::string>();
+    return CJson::parse(Dumped(text, NO_INDENTATION)).get<std::string>();
 }
 
 }  // namespace qorctl

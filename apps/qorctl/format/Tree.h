@@ -16,8 +16,8 @@
 // number of items.
 //
 // Thread rule: a plain function.
-#ifndef QORCTL_FORMAT_TREEVIEW_H
-#define QORCTL_FORMAT_TREEVIEW_H
+#ifndef QORCTL_FORMAT_TREE_H
+#define QORCTL_FORMAT_TREE_H
 
 #include <cstddef>
 #include <string>
@@ -39,4 +39,4 @@ std::string FormatTree(const CItemTree& tree, const CTextStyle& style);
 
 }  // namespace qorctl
 
-#endif  // QORCTL_FORMAT_TREEVIEW_H
+#endif  // QORCTL_FORMAT_TREE_H

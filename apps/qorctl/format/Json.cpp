@@ -1,4 +1,4 @@
-#include "format/JsonReport.h"
+#include "format/Json.h"
 
 #include <fmt/format.h>
 
@@ -9,15 +9,12 @@
 #include <string_view>
 #include <utility>
 
-#include "format/JsonText.h"
+#include "format/JsonDocument.h"
 
 namespace qorctl {
 namespace {
 
-using CJson = nlohmann::ordered_json;
 using CObject = CJson::object_t;
-
-constexpr int INDENTATION = 2;
 
 // Names are written once and in order, so that nothing has to be looked up.
 void Put(CObject& object, std::string_view name, CJson value) {
@@ -313,9 +310,9 @@ CJson OtherObject(const COtherBranch& branch) {
     return object;
 }
 
-void PutResult(CObject& object, const CInventory& inventory) {
-    const CResultTexts& texts = inventory.texts;
-    Put(object, "result", CJson(inventory.succeeded ? "success" : "failure"));
+void PutResult(CObject& object, const CAnswer& answer) {
+    const CResultTexts& texts = answer.texts;
+    Put(object, "result", CJson(answer.IsAnswered() ? "success" : "failure"));
     for (const auto& [name, text] :
          {std::pair("error_code", &texts.errorCode), std::pair("notice_code", &texts.noticeCode),
           std::pair("error_detail", &texts.detail)}) {
@@ -323,24 +320,24 @@ void PutResult(CObject& object, const CInventory& inventory) {
             Put(object, name, CJson(*text));
         }
     }
-    Put(object, "tool_version", inventory.toolVersion);
-    Put(object, "messages", Array(inventory.messages, MessageObject));
+    Put(object, "tool_version", answer.toolVersion);
+    Put(object, "messages", Array(answer.messages, MessageObject));
 }
 
 }  // namespace
 
-std::string FormatJson(const CInventory& inventory, const std::string& command) {
-    CObject document;
-    Put(document, "schema_version", CJson(JSON_SCHEMA_VERSION));
-    Put(document, "command", CJson(command));
-    PutResult(document, inventory);
+std::string FormatJson(const CAnswer& answer, const std::string& command) {
+    const CInventory& inventory = answer.inventory;
+    CJson json = NewDocument(command);
+    auto& document = json.get_ref<CObject&>();
+    PutResult(document, answer);
     Put(document, "controllers", Array(inventory.controllers, ControllerObject));
     Put(document, "raid_groups", Array(inventory.raidGroups, GroupRecord));
     Put(document, "logical_drives", Array(inventory.logicalDrives, LogicalDriveObject));
     Put(document, "physical_drives", Array(inventory.physicalDrives, PhysicalDriveObject));
     Put(document, "pcie_ssds", Array(inventory.pcieSsds, SsdObject));
     Put(document, "others", Array(inventory.others, OtherObject));
-    return JsonText(CJson(std::move(document)), INDENTATION);
+    return JsonText(json, INDENTATION);
 }
 
 }  // namespace qorctl

@@ -8,8 +8,8 @@
 //          "mediaErrors":{"baseline":0,"value":2,"grownAt":1795169940}, ...}}}}
 //
 // Thread rule: plain values and functions.
-#ifndef QORCTL_HEALTH_HEALTHSTATE_H
-#define QORCTL_HEALTH_HEALTHSTATE_H
+#ifndef QORCTL_HEALTH_COUNTERS_H
+#define QORCTL_HEALTH_COUNTERS_H
 
 #include <cstddef>
 #include <cstdint>
@@ -39,10 +39,10 @@ struct CCounterVerdict {
     uint64_t growth = 0;  // since the baseline; 0: no alarm
 };
 
-class CHealthState {
+class CCounterHistory {
 public:
     // Nothing when `text` is not what Format() writes.
-    static std::optional<CHealthState> Parse(const std::string& text);
+    static std::optional<CCounterHistory> Parse(const std::string& text);
 
     // Takes a counter's value of now into the record of `drive`. Its growth stays in the verdict
     // until it has stood still for `hold` seconds; then what it reached becomes the baseline. A
@@ -66,4 +66,4 @@ private:
 
 }  // namespace qorctl
 
-#endif  // QORCTL_HEALTH_HEALTHSTATE_H
+#endif  // QORCTL_HEALTH_COUNTERS_H

@@ -1,6 +1,6 @@
 // Something to tell beside the report: what happened, how bad it is, and what can be done.
-#ifndef QORCTL_MODEL_MESSAGE_H
-#define QORCTL_MODEL_MESSAGE_H
+#ifndef QORCTL_HOST_MESSAGE_H
+#define QORCTL_HOST_MESSAGE_H
 
 #include <string>
 #include <string_view>
@@ -34,4 +34,4 @@ using CMessages = std::vector<CMessage>;
 
 }  // namespace qorctl
 
-#endif  // QORCTL_MODEL_MESSAGE_H
+#endif  // QORCTL_HOST_MESSAGE_H

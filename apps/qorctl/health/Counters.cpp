@@ -1,4 +1,4 @@
-#include "health/HealthState.h"
+#include "health/Counters.h"
 
 #include <nlohmann/json.hpp>
 #include <utility>
@@ -78,13 +78,13 @@ CJson FormatCounter(const CCounterRecord& counter) {
 
 }  // namespace
 
-std::optional<CHealthState> CHealthState::Parse(const std::string& text) {
+std::optional<CCounterHistory> CCounterHistory::Parse(const std::string& text) {
     const CJson json = CJson::parse(text, nullptr, false);
     const CJson* drives = IsOurForm(json) ? Object(json, "drives") : nullptr;
     if (drives == nullptr) {
         return std::nullopt;
     }
-    CHealthState state;
+    CCounterHistory state;
     for (const auto& [key, each] : drives->items()) {
         std::optional<CDriveRecord> drive = ReadDrive(each);
         if (!drive) {
@@ -95,8 +95,8 @@ std::optional<CHealthState> CHealthState::Parse(const std::string& text) {
     return state;
 }
 
-CCounterVerdict CHealthState::Take(const std::string& drive, const std::string& counter,
-                                   uint64_t value, int64_t now, int64_t hold) {
+CCounterVerdict CCounterHistory::Take(const std::string& drive, const std::string& counter,
+                                      uint64_t value, int64_t now, int64_t hold) {
     CDriveRecord& known = m_Drives[drive];
     known.seen = now;
     const auto [found, isNew] = known.counters.try_emplace(counter);
@@ -118,16 +118,16 @@ CCounterVerdict CHealthState::Take(const std::string& drive, const std::string& 
     return {.firstSeen = false, .growth = record.value - record.baseline};
 }
 
-void CHealthState::ForgetOld(int64_t now) {
+void CCounterHistory::ForgetOld(int64_t now) {
     std::erase_if(m_Drives,
                   [now](const auto& drive) { return now - drive.second.seen >= FORGET_AFTER; });
 }
 
-void CHealthState::ForgetUnseen(int64_t now) {
+void CCounterHistory::ForgetUnseen(int64_t now) {
     std::erase_if(m_Drives, [now](const auto& drive) { return drive.second.seen != now; });
 }
 
-std::string CHealthState::Format() const {
+std::string CCounterHistory::Format() const {
     CJson drives = CJson::object();
     for (const auto& [key, drive] : m_Drives) {
         CJson counters = CJson::object();

@@ -1,4 +1,4 @@
-#include "format/TreeView.h"
+#include "format/Tree.h"
 
 #include <fmt/format.h>
 
@@ -8,25 +8,11 @@
 #include <utility>
 #include <vector>
 
+#include "health/Advice.h"
 #include "health/Health.h"
-#include "health/Problems.h"
 
 namespace qorctl {
 namespace {
-
-constexpr std::string_view BOLD = "\x1b[1m";
-constexpr std::string_view DIM = "\x1b[2m";
-constexpr std::string_view PLAIN = "\x1b[0m";
-
-struct CBranchMarks {
-    std::string_view through;  // an outer branch goes on below this line
-    std::string_view none;     // an outer branch has ended
-    std::string_view fork;     // the line is a child, others follow
-    std::string_view last;     // the line is the last child
-};
-
-constexpr CBranchMarks BOX_MARKS = {"│  ", "   ", "├─ ", "└─ "};
-constexpr CBranchMarks ASCII_MARKS = {"|  ", "   ", "|- ", "`- "};
 
 using CNode = CItemTree::CNode;
 
@@ -43,7 +29,7 @@ bool IsHeading(const CNode& node) {
 class CTreeView {
 public:
     CTreeView(const CItemTree& tree, const CTextStyle& style)
-        : m_Tree(tree), m_Style(style), m_Marks(style.utf8 ? BOX_MARKS : ASCII_MARKS) {}
+        : m_Tree(tree), m_Style(style), m_Marks(BranchMarks(style)) {}
 
     std::string Format();
 
@@ -57,7 +43,6 @@ private:
     void AppendLabel(const CNode& node);
     std::string LabelText(const CNode& node) const;
     std::string KeyAndValue(const CNode& node) const;
-    std::string InColour(const std::string& text, EHealth health) const;
     std::string Name(const CNode& node) const;
 
     const CItemTree& m_Tree;
@@ -136,14 +121,8 @@ void CTreeView::AppendBranches(const CNode& node) {
 }
 
 void CTreeView::AppendLabel(const CNode& node) {
-    const std::string label = LabelText(node);
-    if (m_Style.colour && IsNotReported(node)) {
-        m_Text.append(DIM).append(label).append(PLAIN);
-    } else if (m_Style.colour && IsHeading(node)) {
-        m_Text.append(BOLD).append(label).append(PLAIN);
-    } else {
-        m_Text += label;
-    }
+    const std::string_view heading = IsHeading(node) ? BOLD : std::string_view();
+    m_Text += Coloured(LabelText(node), IsNotReported(node) ? DIM : heading, m_Style);
     if (node.parentMissing) {
         m_Text += " (its parent is missing: " +
                   MakeVisible(CutText(node.item->ParentName(), MAX_NAME), m_Style) + ")";
@@ -167,17 +146,12 @@ std::string CTreeView::KeyAndValue(const CNode& node) const {
         const std::string below = BranchesBelow(node);
         const size_t used = CountColumns(below) + CountColumns(text) + 1;
         const std::string value = MakeVisible(CutText(node.item->ItemValue(), MAX_VALUE), m_Style);
-        text += ' ' + InColour(WrapText(value, m_Style.width, used,
+        const EHealth health = JudgeState(node.item->ItemName(), node.item->ItemValue());
+        text += ' ' + Coloured(WrapText(value, m_Style.width, used,
                                         below + std::string(used - CountColumns(below), ' ')),
-                               JudgeState(node.item->ItemName(), node.item->ItemValue()));
+                               ColourOf(health), m_Style);
     }
     return text;
-}
-
-std::string CTreeView::InColour(const std::string& text, EHealth health) const {
-    return m_Style.colour && health != EHealth::OK
-               ? std::string(ColourOf(health)) + text + std::string(PLAIN)
-               : text;
 }
 
 std::string CTreeView::Name(const CNode& node) const {

@@ -1,4 +1,4 @@
-#include "format/CsvReport.h"
+#include "format/Csv.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,8 +1,8 @@
 // What is not well on a server, in sentences and as marks: the findings of Health.h for people.
 //
 // Thread rule: plain functions.
-#ifndef QORCTL_HEALTH_PROBLEMS_H
-#define QORCTL_HEALTH_PROBLEMS_H
+#ifndef QORCTL_HEALTH_ADVICE_H
+#define QORCTL_HEALTH_ADVICE_H
 
 #include <string>
 #include <string_view>
@@ -41,4 +41,4 @@ std::string_view ColourOf(EHealth health);
 
 }  // namespace qorctl
 
-#endif  // QORCTL_HEALTH_PROBLEMS_H
+#endif  // QORCTL_HEALTH_ADVICE_H

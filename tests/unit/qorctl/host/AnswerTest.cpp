@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "model/ResultTexts.h"
+#include "host/Answer.h"
 
 namespace {
 
@@ -11,11 +11,20 @@ using testing::SizeIs;
 
 constexpr qorctl::CTextStyle ASCII = {.utf8 = false, .colour = false};
 
+// The messages of an answer with these texts.
 std::vector<std::string> Explain(const qorctl::CResultTexts& texts) {
-    return qorctl::ExplainResult(texts, ASCII);
+    qorctl::CAnswer answer;
+    answer.outcome = qorctl::EOutcome::ANSWERED;
+    answer.texts = texts;
+    qorctl::ExplainAnswer(answer, "");
+    std::vector<std::string> explained;
+    for (const qorctl::CMessage& message : answer.messages) {
+        explained.push_back(qorctl::MessageText(message, ASCII));
+    }
+    return explained;
 }
 
-TEST(ResultTextsTest, NoTextsSayNothing) {
+TEST(AnswerTest, NoTextsSayNothing) {
     EXPECT_THAT(Explain({"", "", "none"}), IsEmpty());
     EXPECT_THAT(Explain({"", "", ""}), IsEmpty());
 }
@@ -26,11 +35,12 @@ struct CCase {
     const char* remedy;
 };
 
-TEST(ResultTextsTest, EveryErrorCodeHasAMeaningAndARemedy) {
+TEST(AnswerTest, EveryErrorCodeHasAMeaningAndARemedy) {
     const CCase cases[] = {
         {"01", "the RAID tool reported an error, or could not be run", "Run the command below"},
-        {"02", "the RAID tool is not installed", "Install the RAID management tool."},
-        {"03", "its report could not be read", "Check that the directory tmp/MSRAID"},
+        {"02", "the RAID tool is not installed",
+         "Install the RAID management tool: there is no /opt/tarmica"},
+        {"03", "report could not be read", "Check that the directory tmp/MSRAID"},
         {"04", "report was not understood", "Check that the RAID tool is a supported version"},
         {"05", "did not answer in time", "Try again when the server is less busy"},
     };
@@ -44,7 +54,7 @@ TEST(ResultTextsTest, EveryErrorCodeHasAMeaningAndARemedy) {
     }
 }
 
-TEST(ResultTextsTest, EveryNoticeCodeHasAMeaningAndARemedy) {
+TEST(AnswerTest, EveryNoticeCodeHasAMeaningAndARemedy) {
     const CCase cases[] = {
         {"01", "version is older than 4.4, or could not be read", "What it reported is shown"},
         {"02", "no physical drive is attached", "Nothing needs to be done"},
@@ -59,20 +69,20 @@ TEST(ResultTextsTest, EveryNoticeCodeHasAMeaningAndARemedy) {
     }
 }
 
-TEST(ResultTextsTest, UnknownCodesAreStatedAsTheyAre) {
+TEST(AnswerTest, UnknownCodesAreStatedAsTheyAre) {
     EXPECT_THAT(Explain({"0104", "X\n", ""}),
                 ElementsAre("error code 0104: no meaning is known for this code",
                             "notice code X\\n: no meaning is known for this code"));
 }
 
-TEST(ResultTextsTest, FailingCommandIsGivenAsALineToRun) {
+TEST(AnswerTest, FailingCommandIsGivenAsALineToRun) {
     EXPECT_THAT(Explain({"", "", "krzcli -ctrlinfo -a0"}),
                 ElementsAre("the command that failed: krzcli -ctrlinfo -a0\n"
                             "  By hand: LD_LIBRARY_PATH=/opt/tarmica/krz/lib "
                             "/opt/tarmica/krz/cli/krzcli -ctrlinfo -a0"));
 }
 
-TEST(ResultTextsTest, NoLineIsTooLongForATerminal) {
+TEST(AnswerTest, NoLineIsTooLongForATerminal) {
     for (const char* code : {"01", "02", "03", "04", "05"}) {
         for (const std::string& message : Explain({code, code, "krzcli -pdinfo -nosmart -a0"})) {
             size_t begin = 0;

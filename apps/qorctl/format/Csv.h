@@ -9,8 +9,8 @@
 // what else is not printable become visible, "\x1b".
 //
 // Thread rule: a plain function.
-#ifndef QORCTL_FORMAT_CSVREPORT_H
-#define QORCTL_FORMAT_CSVREPORT_H
+#ifndef QORCTL_FORMAT_CSV_H
+#define QORCTL_FORMAT_CSV_H
 
 #include <string>
 
@@ -22,4 +22,4 @@ std::string FormatCsv(const CInventory& inventory);
 
 }  // namespace qorctl
 
-#endif  // QORCTL_FORMAT_CSVREPORT_H
+#endif  // QORCTL_FORMAT_CSV_H

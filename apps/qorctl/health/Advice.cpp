@@ -1,4 +1,4 @@
-#include "health/Problems.h"
+#include "health/Advice.h"
 
 #include <fmt/format.h>
 
@@ -8,9 +8,6 @@
 namespace qorctl {
 namespace {
 
-constexpr std::string_view RED = "\x1b[31m";
-constexpr std::string_view YELLOW = "\x1b[33m";
-constexpr std::string_view PLAIN = "\x1b[0m";
 constexpr std::string_view INDENT = "  ";
 
 enum class EVerb { IS, HAS };
@@ -80,8 +77,7 @@ std::string FormatProblems(const std::vector<CHealthFinding>& findings, const CT
         const std::string sentence =
             WrapText(MakeVisible(ProblemSentence(finding), style), style.width, 0, INDENT);
         text += text.empty() ? "\n" : "";
-        text += style.colour ? fmt::format("{}{}{}\n", ColourOf(finding.health), sentence, PLAIN)
-                             : sentence + '\n';
+        text += Coloured(sentence, ColourOf(finding.health), style) + '\n';
     }
     return text;
 }

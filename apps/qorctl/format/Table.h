@@ -3,13 +3,13 @@
 // The first column marks problems: "!!" critical, "!" warning, "?" unknown.
 //
 // Thread rule: a plain function.
-#ifndef QORCTL_FORMAT_TABLEVIEW_H
-#define QORCTL_FORMAT_TABLEVIEW_H
+#ifndef QORCTL_FORMAT_TABLE_H
+#define QORCTL_FORMAT_TABLE_H
 
 #include <cstddef>
 #include <string>
 
-#include "health/Problems.h"
+#include "health/Advice.h"
 #include "model/Inventory.h"
 #include "terminal/TerminalText.h"
 
@@ -21,4 +21,4 @@ std::string FormatTables(const CInventory& inventory, const CProblemMarks& marks
 
 }  // namespace qorctl
 
-#endif  // QORCTL_FORMAT_TABLEVIEW_H
+#endif  // QORCTL_FORMAT_TABLE_H

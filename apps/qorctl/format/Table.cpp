@@ -1,4 +1,4 @@
-#include "format/TableView.h"
+#include "format/Table.h"
 
 #include <fmt/format.h>
 

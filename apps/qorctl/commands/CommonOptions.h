@@ -1,0 +1,52 @@
+// What the sub-commands' command lines have in common.
+#ifndef QORCTL_COMMANDS_COMMONOPTIONS_H
+#define QORCTL_COMMANDS_COMMONOPTIONS_H
+
+#include <CLI/CLI.hpp>
+#include <map>
+#include <string>
+
+#include "host/Answer.h"
+
+namespace qorctl {
+
+// Parts of footers, each with an empty line behind it.
+inline constexpr const char* EXIT_STATUS =
+    "Exit status:\n"
+    "  0      success, also when there is nothing to report\n"
+    "  1      the request failed, the plug-in could not be loaded, or the report not be written\n"
+    "  130    interrupted by Ctrl-C\n"
+    "  other  the command line was not understood\n"
+    "\n";
+inline constexpr const char* PLUGIN_WHERE =
+    "Without --plugin, the plug-in is the file that QOR_PLUGIN names, or libqor_MngSrv_QorLib.so\n"
+    "in ../lib beside this program, in the program's own folder, or where the loader searches.\n"
+    "\n"
+    "The report goes to standard output; error and notice codes are explained on standard error.\n"
+    "\n";
+
+// Adds a sub-command with the option --plugin; `plugin` must outlive the parsing.
+CLI::App* AddCommand(CLI::App& app, std::string& plugin, const std::string& name,
+                     const std::string& description, const std::string& footer);
+
+// Adds an option whose value is one of `words`. `type` lists them.
+template <typename VALUE>
+void AddWordOption(CLI::App* command, const std::string& name, VALUE& value,
+                   const std::string& description, const std::map<std::string, VALUE>& words,
+                   const std::string& type) {
+    command->add_option(name, value, description)
+        ->transform(CLI::CheckedTransformer(words).description(""))
+        ->type_name(type);
+}
+
+// The forms of `doctor` and `version`.
+enum class EReportFormat { TREE, JSON };
+
+void AddReportFormat(CLI::App* command, EReportFormat& format);
+
+// Writes the messages of an answer to standard error.
+void ReportMessages(const CAnswer& answer);
+
+}  // namespace qorctl
+
+#endif  // QORCTL_COMMANDS_COMMONOPTIONS_H

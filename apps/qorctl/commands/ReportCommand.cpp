@@ -1,0 +1,260 @@
+#include "commands/ReportCommand.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "commands/CommonOptions.h"
+#include "commands/XmlCommand.h"
+#include "format/Csv.h"
+#include "format/Json.h"
+#include "format/Table.h"
+#include "format/Tree.h"
+#include "health/Advice.h"
+#include "host/Request.h"
+#include "model/DriveAddress.h"
+#include "terminal/Output.h"
+#include "terminal/OutputFile.h"
+
+namespace qorctl {
+namespace {
+
+constexpr const char* FORMATS_ABOUT =
+    "Formats:\n"
+    "  tree   every item that the plug-in reports, and the problems in sentences\n"
+    "  table  a line a device, marked \"!!\", \"!\" or \"?\" where it is critical, a warning or\n"
+    "         unknown; and the problems in sentences\n"
+    "  json   for programs, see docs/formats/qorctl-json.md; also written after a failure\n"
+    "  csv    for spreadsheets (RFC 4180): a row a physical drive and a PCIe SSD; what a\n"
+    "         spreadsheet would take for a formula gets an apostrophe in front\n"
+    "  xml    the plug-in's own document\n"
+    "What a terminal would obey is made visible; in a file only XML has the tool's bytes.\n"
+    "\n"
+    "--output writes beside FILE and renames, so that FILE is whole at any time. It stays as it "
+    "was\n"
+    "when the request fails (but JSON tells of that) or the report cannot be written. A new FILE\n"
+    "has the rights that the umask leaves. A pipe must have a reader; another user's pipe or\n"
+    "symbolic link is refused. /dev/stdout and /dev/fd/N mean that descriptor.\n"
+    "On a terminal, standard error shows which command runs. Ctrl-C ends that command too.\n"
+    "\n";
+
+constexpr const char* RAID_EXAMPLE =
+    "Examples:\n"
+    "  qorctl raid --plugin /usr/local/lib/libqor_MngSrv_QorLib.so\n"
+    "  qorctl raid --format json | jq '.physical_drives[] | select(.status != \"NO ERROR\")'";
+
+constexpr const char* STORAGE_EXAMPLE =
+    "Examples:\n"
+    "  qorctl storage --format table\n"
+    "  qorctl storage --format csv --output drives.csv";
+
+constexpr const char* DRIVE_EXAMPLE =
+    "Example, the drive in slot 3 of enclosure 252 at the first controller:\n"
+    "  qorctl drive 0 252 3";
+
+enum class EItemFormat {
+    TREE,   // every item, for people
+    TABLE,  // a line a device, for people
+    JSON,   // docs/formats/qorctl-json.md
+    CSV,    // see Csv.h
+    XML,    // the plug-in's own document
+};
+
+struct CFormatName {
+    EItemFormat format;
+    std::string_view name;
+};
+
+constexpr CFormatName FORMATS[] = {
+    {EItemFormat::TREE, "tree"}, {EItemFormat::TABLE, "table"}, {EItemFormat::JSON, "json"},
+    {EItemFormat::CSV, "csv"},   {EItemFormat::XML, "xml"},
+};
+
+std::optional<EItemFormat> ReadItemFormat(const std::string& name) {
+    const auto* found = std::find_if(std::begin(FORMATS), std::end(FORMATS),
+                                     [&](const CFormatName& row) { return row.name == name; });
+    return found == std::end(FORMATS) ? std::nullopt : std::make_optional(found->format);
+}
+
+struct CReportOptions {
+    std::string plugin;
+    std::string format = "tree";
+    std::string output;  // empty or "-": standard output
+    std::vector<std::string> address = {"", "", ""};
+};
+
+class CItemReport {
+public:
+    CItemReport(const CReportOptions& options, const char* command)
+        : m_Options(options),
+          m_Command(command),
+          m_Format(ReadItemFormat(options.format).value_or(EItemFormat::TREE)),
+          m_Style(DetectTextStyle(STDOUT_FILENO)) {
+        if (!IsToStandardOutput()) {
+            m_Style.colour = false;
+            m_Style.width = ANY_WIDTH;
+        }
+    }
+
+    int Run(const CRequest& request);
+
+private:
+    bool IsToStandardOutput() const { return m_Options.output.empty() || m_Options.output == "-"; }
+    void Take(CMngSrv_QorLibIF& object, CItemList& items);
+    std::string Document(const CAnswer& answer) const;
+    int Write(const std::string& document) const;
+    int Deliver(const std::string& document) const;
+
+    const CReportOptions& m_Options;
+    const std::string m_Command;
+    const EItemFormat m_Format;
+    CTextStyle m_Style;
+    std::string m_Items;       // the tree or the XML document
+    std::string m_XmlProblem;  // why there is no XML document
+};
+
+int CItemReport::Run(const CRequest& request) {
+    const CAnswer answer =
+        AskOnce(m_Options.plugin, request, EProgress::SHOWN,
+                [this](CMngSrv_QorLibIF& object, CItemList& items) { Take(object, items); });
+    ReportMessages(answer);
+    if (!m_XmlProblem.empty()) {
+        Report(m_XmlProblem);
+        return EXIT_FAILURE;
+    }
+    if (!answer.IsAnswered() && m_Format != EItemFormat::JSON) {
+        return EXIT_FAILURE;
+    }
+    const int delivered = Deliver(Document(answer));
+    return answer.IsAnswered() ? delivered : EXIT_FAILURE;
+}
+
+// What is needed of the items, which are gone when the request has ended.
+void CItemReport::Take(CMngSrv_QorLibIF& object, CItemList& items) {
+    if (m_Format == EItemFormat::TREE) {
+        m_Items = FormatTree(CItemTree(items), m_Style);
+    } else if (m_Format == EItemFormat::XML && !items.empty() &&
+               SerializeXml(object, items, "", m_Items, m_XmlProblem)) {
+        m_Items += '\n';
+    }
+}
+
+std::string CItemReport::Document(const CAnswer& answer) const {
+    switch (m_Format) {
+        case EItemFormat::TREE:
+            return m_Items + FormatProblems(FindProblems(answer.inventory), m_Style);
+        case EItemFormat::TABLE: {
+            const std::vector<CHealthFinding> problems = FindProblems(answer.inventory);
+            return FormatTables(answer.inventory, CProblemMarks(problems), m_Style) +
+                   FormatProblems(problems, m_Style);
+        }
+        case EItemFormat::JSON:
+            return FormatJson(answer, m_Command);
+        case EItemFormat::CSV:
+            return FormatCsv(answer.inventory);
+        case EItemFormat::XML:
+            return m_Items;
+    }
+    return "";
+}
+
+int CItemReport::Write(const std::string& document) const {
+    switch (m_Format) {
+        case EItemFormat::TREE:
+        case EItemFormat::TABLE:
+            return WriteOut(document);
+        case EItemFormat::JSON:
+            return WriteJson(document);
+        case EItemFormat::CSV:
+        case EItemFormat::XML:
+            return WriteBytes(document);
+    }
+    return EXIT_FAILURE;
+}
+
+int CItemReport::Deliver(const std::string& document) const {
+    if (IsToStandardOutput()) {
+        return Write(document);
+    }
+    std::string problem;
+    if (!WriteOutputFile(m_Options.output, document, EFileMode::KEPT, problem)) {
+        Report(problem);
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
+
+CLI::App* AddReportCommand(CLI::App& app, CReportOptions& options, const char* name,
+                           const char* description, const std::string& examples) {
+    CLI::App* command =
+        AddCommand(app, options.plugin, name, description,
+                   std::string(FORMATS_ABOUT) + PLUGIN_WHERE + EXIT_STATUS + examples);
+    command->add_option("--format", options.format, "tree (the default), table, json, csv or xml")
+        ->type_name("FORMAT")
+        ->check(CLI::Validator(
+            [](const std::string& text) {
+                return ReadItemFormat(text) ? "" : "not tree, table, json, csv or xml: " + text;
+            },
+            "", "format"));
+    command->add_option("--output", options.output, "Write the report to FILE, whole or not at all")
+        ->type_name("FILE");
+    return command;
+}
+
+void AddAddress(CLI::App* command, std::vector<std::string>& address) {
+    const CLI::Validator number(
+        [](const std::string& text) {
+            return ReadAddressNumber(text) ? "" : "not a number from 0 to 2147483647: " + text;
+        },
+        "", "number");
+    const char* names[] = {"CONTROLLER", "ENCLOSURE", "SLOT"};
+    const char* meanings[] = {"Number of the controller, from 0",
+                              "Number of the enclosure, the first part of the drive's address",
+                              "Number of the slot, the second part of the drive's address"};
+    for (size_t i = 0; i < address.size(); ++i) {
+        command->add_option(names[i], address[i], meanings[i])
+            ->required()
+            ->check(number)
+            ->type_name("");
+    }
+}
+
+}  // namespace
+
+void AddRaidCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<CReportOptions>();
+    AddReportCommand(app, *options, "raid",
+                     "RAID controllers with their logical and physical drives", RAID_EXAMPLE)
+        ->callback(
+            [options, &status] { status = CItemReport(*options, "raid").Run(RaidRequest()); });
+}
+
+void AddStorageCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<CReportOptions>();
+    AddReportCommand(app, *options, "storage", "RAID controllers with their drives, and PCIe SSDs",
+                     STORAGE_EXAMPLE)
+        ->callback([options, &status] {
+            status = CItemReport(*options, "storage").Run(StorageRequest());
+        });
+}
+
+void AddDriveCommand(CLI::App& app, int& status) {
+    const auto options = std::make_shared<CReportOptions>();
+    CLI::App* command = AddReportCommand(app, *options, "drive",
+                                         "One physical drive with its SMART data", DRIVE_EXAMPLE);
+    AddAddress(command, options->address);
+    command->callback([options, &status] {
+        const std::vector<std::string>& of = options->address;
+        status = CItemReport(*options, "drive")
+                     .Run(DriveRequest(*ReadDriveAddress(of[0], of[1], of[2])));
+    });
+}
+
+}  // namespace qorctl

@@ -1,0 +1,21 @@
+// `qorctl raid`, `storage` and `drive`: what the plug-in tells, in the form that is asked for.
+#ifndef QORCTL_COMMANDS_REPORTCOMMAND_H
+#define QORCTL_COMMANDS_REPORTCOMMAND_H
+
+#include <CLI/CLI.hpp>
+
+namespace qorctl {
+
+// Each adds its sub-command; when it is the one that is given, `status`, which must outlive the
+// parsing, becomes the exit status: 0, also with nothing to report; 1 when the request failed, the
+// plug-in could not be loaded or threw an exception, or the output could not be written.
+//
+// JSON is written whatever happens, the other forms only after success; with nothing to report they
+// are empty (CSV: its header line). Everything else goes to standard error.
+void AddRaidCommand(CLI::App& app, int& status);
+void AddStorageCommand(CLI::App& app, int& status);
+void AddDriveCommand(CLI::App& app, int& status);
+
+}  // namespace qorctl
+
+#endif  // QORCTL_COMMANDS_REPORTCOMMAND_H

@@ -1,0 +1,181 @@
+#include "host/Answer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace qorctl {
+namespace {
+
+// What a code of the plug-in means.
+struct CCode {
+    std::string_view code;
+    std::string_view word;  // for programs; errors have one
+    std::string_view sentence;
+    std::string_view remedy;
+};
+
+constexpr std::array<CCode, 5> ERRORS = {{
+    {"01", "tool-failed", "the RAID tool reported an error, or could not be run",
+     "Run the command below by hand and read what it says; the tool needs root privilege."},
+    {"02", "no-tool", "the RAID tool is not installed",
+     "Install the RAID management tool: there is no /opt/tarmica/krz/cli/krzcli."},
+    {"03", "report-unreadable", "the RAID tool's report could not be read",
+     "Check that the directory tmp/MSRAID in the provider's install directory, usually\n"
+     "/opt/tarmica/qor/provider, can be written and that the disk is not full."},
+    {"04", "report-not-understood", "the RAID tool's report was not understood",
+     "Check that the RAID tool is a supported version: 4.4 or newer, and not newer than the\n"
+     "plug-in knows."},
+    {"05", "tool-timeout", "the RAID tool did not answer in time",
+     "Try again when the server is less busy; if it stays so, check the controller and whether\n"
+     "a krzcli process hangs."},
+}};
+
+constexpr std::array<CCode, 2> NOTICES = {{
+    {"01", "", "the RAID tool's version is older than 4.4, or could not be read",
+     "What it reported is shown all the same. Update the RAID management tool."},
+    {"02", "", "no physical drive is attached to the RAID controller",
+     "Nothing needs to be done, unless drives should be there: then check their cables and power."},
+}};
+
+constexpr std::string_view REQUEST_FAILED = "request-failed";
+constexpr std::string_view PLUGIN_FAILED = "plugin-failed";
+constexpr std::string_view THE_REQUEST_FAILED = "the request failed";
+constexpr std::string_view NO_HARDWARE = "no RAID controller or PCIe SSD was found";
+constexpr std::string_view NO_DRIVES =
+    "the RAID tool is not installed, and no drive is attached to the RAID controller";
+
+// Bytes of a reason that come from elsewhere.
+constexpr size_t MAX_PROBLEM = 1000;
+
+// Null for a code without a known meaning.
+template <size_t SIZE>
+const CCode* Find(const std::array<CCode, SIZE>& codes, std::string_view code) {
+    const auto* found = std::find_if(codes.begin(), codes.end(),
+                                     [code](const CCode& row) { return row.code == code; });
+    return found == codes.end() ? nullptr : found;
+}
+
+bool HasCommand(const CResultTexts& texts) {
+    return !texts.detail.empty() && texts.detail != "none";
+}
+
+CMessage CodeMessage(std::string_view kind, const std::string& code, ESeverity severity,
+                     const CCode* meaning) {
+    return {.severity = severity,
+            .code = fmt::format("{}-{}", kind, code),
+            .text = fmt::format(
+                "{} code {}: {}", kind, code,
+                meaning == nullptr ? "no meaning is known for this code" : meaning->sentence),
+            .remedy = std::string(meaning == nullptr ? std::string_view() : meaning->remedy)};
+}
+
+CMessage CommandMessage(const std::string& command, ESeverity severity) {
+    return {
+        .severity = severity,
+        .code = "failed-command",
+        .text = "the command that failed: " + command,
+        .remedy = "By hand: LD_LIBRARY_PATH=/opt/tarmica/krz/lib /opt/tarmica/krz/cli/" + command};
+}
+
+void AddMessage(CAnswer& answer, ESeverity severity, std::string_view code,
+                const std::string& text) {
+    answer.messages.push_back(
+        {.severity = severity, .code = std::string(code), .text = text, .remedy = ""});
+}
+
+void ExplainTexts(CAnswer& answer) {
+    const CResultTexts& texts = answer.texts;
+    const ESeverity severity = answer.IsAnswered() ? ESeverity::WARNING : ESeverity::ERROR;
+    if (!texts.errorCode.empty()) {
+        answer.messages.push_back(
+            CodeMessage("error", texts.errorCode, severity, Find(ERRORS, texts.errorCode)));
+    }
+    if (!texts.noticeCode.empty()) {
+        answer.messages.push_back(CodeMessage("notice", texts.noticeCode, ESeverity::WARNING,
+                                              Find(NOTICES, texts.noticeCode)));
+    }
+    if (HasCommand(texts)) {
+        answer.messages.push_back(CommandMessage(texts.detail, severity));
+    }
+}
+
+void ExplainFailure(CAnswer& answer) {
+    const CResultTexts& texts = answer.texts;
+    const CCode* meaning = Find(ERRORS, texts.errorCode);
+    answer.reason = meaning == nullptr ? REQUEST_FAILED : meaning->word;
+    answer.sentence = meaning == nullptr ? THE_REQUEST_FAILED : meaning->sentence;
+    if (meaning == nullptr && !texts.errorCode.empty()) {
+        answer.sentence += " with the unknown code " + CutText(texts.errorCode, MAX_NAME);
+    }
+    if (HasCommand(texts)) {
+        answer.command = CutText(texts.detail, MAX_PROBLEM);
+    }
+    AddMessage(answer, ESeverity::ERROR, REQUEST_FAILED, std::string(THE_REQUEST_FAILED));
+}
+
+std::string OnOneLine(const std::string& problem) {
+    std::string line = CutText(problem, MAX_PROBLEM);
+    while (!line.empty() && line.back() == '\n') {
+        line.pop_back();
+    }
+    line.erase(0, std::min(line.find_first_not_of('\n'), line.size()));
+    std::replace(line.begin(), line.end(), '\n', ' ');
+    return line;
+}
+
+void ExplainProblem(CAnswer& answer, std::string_view reason, const std::string& problem) {
+    answer.reason = reason;
+    answer.sentence = OnOneLine(problem);
+    AddMessage(answer, ESeverity::ERROR, reason, problem);
+}
+
+}  // namespace
+
+CAnswer NotAsked(std::string_view reason, const std::string& problem) {
+    CAnswer answer;
+    ExplainProblem(answer, reason, problem);
+    return answer;
+}
+
+void ExplainAnswer(CAnswer& answer, const std::string& problem) {
+    ExplainTexts(answer);
+    switch (answer.outcome) {
+        case EOutcome::ANSWERED:
+        case EOutcome::NOT_ASKED:
+            break;
+        case EOutcome::FAILED:
+            ExplainFailure(answer);
+            break;
+        case EOutcome::PLUGIN_FAILED:
+            ExplainProblem(answer, PLUGIN_FAILED, problem);
+            break;
+    }
+}
+
+void ExplainEmptiness(CAnswer& answer, const std::string& nothing) {
+    const bool isWithoutHardware = answer.texts.errorCode.empty();
+    answer.reason = isWithoutHardware ? REASON_NO_HARDWARE : REASON_NO_DRIVES;
+    answer.sentence = isWithoutHardware ? NO_HARDWARE : NO_DRIVES;
+    AddMessage(answer, ESeverity::INFO, "nothing-to-report", nothing);
+}
+
+std::string DescribeNoAnswer(const CAnswer& answer) {
+    return "no answer: " + answer.sentence +
+           (answer.command.empty() ? "" : " (" + answer.command + ")");
+}
+
+std::string MessageText(const CMessage& message, const CTextStyle& style) {
+    std::string text = MakeVisible(message.text, style);
+    std::string_view remedy = message.remedy;
+    while (!remedy.empty()) {
+        const size_t end = remedy.find('\n');
+        text += "\n  " + MakeVisible(remedy.substr(0, end), style);
+        remedy.remove_prefix(end == std::string_view::npos ? remedy.size() : end + 1);
+    }
+    return text;
+}
+
+}  // namespace qorctl
