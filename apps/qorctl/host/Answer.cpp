@@ -62,17 +62,41 @@ bool HasCommand(const CResultTexts& texts) {
     return !texts.detail.empty() && texts.detail != "none";
 }
 
+// The lines of a text, each made visible, with `between` between them.
+std::string LinesText(std::string_view text, std::string_view between, const CTextStyle& style) {
+    std::string lines;
+    for (;;) {
+        const size_t end = text.find('\n');
+        lines += MakeVisible(text.substr(0, end), style);
+        if (end == std::string_view::npos) {
+            return lines;
+        }
+        lines += between;
+        text.remove_prefix(end + 1);
+    }
+}
+
+// A text of the plug-in's that is to stand in one line.
+std::string OneLine(const std::string& text) {
+    std::string line;
+    for (const char character : text) {
+        line += character == '\n' ? "\\n" : std::string(1, character);
+    }
+    return line;
+}
+
 CMessage CodeMessage(std::string_view kind, const std::string& code, ESeverity severity,
                      const CCode* meaning) {
     return {.severity = severity,
             .code = fmt::format("{}-{}", kind, code),
             .text = fmt::format(
-                "{} code {}: {}", kind, code,
+                "{} code {}: {}", kind, OneLine(code),
                 meaning == nullptr ? "no meaning is known for this code" : meaning->sentence),
             .remedy = std::string(meaning == nullptr ? std::string_view() : meaning->remedy)};
 }
 
-CMessage CommandMessage(const std::string& command, ESeverity severity) {
+CMessage CommandMessage(const std::string& detail, ESeverity severity) {
+    const std::string command = OneLine(detail);
     return {
         .severity = severity,
         .code = "failed-command",
@@ -168,14 +192,8 @@ std::string DescribeNoAnswer(const CAnswer& answer) {
 }
 
 std::string MessageText(const CMessage& message, const CTextStyle& style) {
-    std::string text = MakeVisible(message.text, style);
-    std::string_view remedy = message.remedy;
-    while (!remedy.empty()) {
-        const size_t end = remedy.find('\n');
-        text += "\n  " + MakeVisible(remedy.substr(0, end), style);
-        remedy.remove_prefix(end == std::string_view::npos ? remedy.size() : end + 1);
-    }
-    return text;
+    return LinesText(message.text, "\n", style) +
+           (message.remedy.empty() ? "" : "\n  " + LinesText(message.remedy, "\n  ", style));
 }
 
 }  // namespace qorctl

@@ -26,7 +26,7 @@ constexpr std::string_view SeverityName(ESeverity severity) {
 struct CMessage {
     ESeverity severity = ESeverity::INFO;
     std::string code;    // a stable word for programs, "error-01"
-    std::string text;    // one line, may hold bytes of the plug-in
+    std::string text;    // of one or more lines, may hold bytes of the plug-in
     std::string remedy;  // what can be done, of one or more lines; may be empty
 };
 
