@@ -288,6 +288,14 @@ TEST_F(CPreparedFolderTest, NewFolderIsItsMakersOnly) {
     EXPECT_EQ(fs::status(Recording()).permissions() & fs::perms(022), fs::perms::none);
 }
 
+TEST_F(CPreparedFolderTest, FolderMayBeInTheCurrentOne) {
+    const CEnd end = RunProgram(
+        {"sh", "-c", "cd \"$0\" && exec " QORSIM_PROGRAM " record --host small recording -- true",
+         Folder().string()});
+    EXPECT_EQ(end.status, 0) << end.err;
+    EXPECT_TRUE(fs::exists(fs::path(Recording()) / "index.json"));
+}
+
 // Whoever can write into the folder after all does it while the command runs.
 TEST_F(CPreparedFolderTest, WhatAppearsInTheFolderIsNotWrittenThrough) {
     const fs::path outside = Folder() / "outside";
