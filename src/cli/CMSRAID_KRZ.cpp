@@ -1,7 +1,5 @@
 #include "cli/CMSRAID_KRZ.h"
 
-#include <fstream>
-
 #include "cli/ExecForeignModule.h"
 #include "cli/ResultFile.h"
 #include "plugin/Trace.h"
@@ -62,7 +60,7 @@ std::string VersionOfLine(const std::string& line) {
 }
 
 std::string ReadVersion(const std::string& rsltFile) {
-    std::ifstream file(rsltFile);
+    CResultStream file(rsltFile);
     for (std::string line; std::getline(file, line);) {
         if (line.find(VERSION_KEY) != std::string::npos) {
             return VersionOfLine(line);

@@ -42,6 +42,18 @@ bool IsTooLarge(const std::string& path) {
     return util::GetStatus(path.c_str(), status) && status.st_size > SIZE_LIMIT;
 }
 
+bool CResultStream::Open(const std::string& path) {
+    if (m_Buffer.open(path, std::ios::in) == nullptr) {
+        setstate(std::ios::failbit);
+    }
+    return m_Buffer.is_open();
+}
+
+CResultStream::CBuffer::int_type CResultStream::CBuffer::underflow() {
+    const off_t place = seekoff(0, std::ios::cur, std::ios::in);
+    return place > SIZE_LIMIT ? traits_type::eof() : std::filebuf::underflow();
+}
+
 void TraceTooLarge(const std::string& path) {
     QOR_TRACE(FAILURE, "Result file is too large(%s).", path.c_str());
 }

@@ -2,6 +2,7 @@
 #ifndef QOR_CLI_RESULTFILE_H
 #define QOR_CLI_RESULTFILE_H
 
+#include <fstream>
 #include <string>
 
 // Owner of one result file: removes it on every way out of the scope. A file that cannot be removed
@@ -47,6 +48,25 @@ bool IsOutOfOthersReach(const std::string& path);
 // program that went mad.
 bool IsTooLarge(const std::string& path);
 void TraceTooLarge(const std::string& path);
+
+// The file is read to that size and a buffer beyond it, then it ends: a process that the tool left
+// behind may write as fast as it is read. To be asked again when it has been read.
+class CResultStream : public std::ifstream {
+public:
+    CResultStream() { std::ios::rdbuf(&m_Buffer); }
+    explicit CResultStream(const std::string& path) : CResultStream() { Open(path); }
+
+    // In place of open() and is_open(), which know the other buffer.
+    bool Open(const std::string& path);
+
+private:
+    class CBuffer : public std::filebuf {
+    protected:
+        int_type underflow() override;
+    };
+
+    CBuffer m_Buffer;
+};
 
 // False also if the file cannot be opened, cannot be read at a place or has no line.
 bool FirstLineBeginsWith(const std::string& path, const std::string& head);

@@ -5,7 +5,6 @@
 #include <cstdio>
 
 #include "cli/CMSRAID_KRZ.h"
-#include "cli/ResultFile.h"
 #include "plugin/Trace.h"
 
 namespace {
@@ -55,7 +54,7 @@ bool CMSRAID_InfoGetter::_GetInfo(const std::string& command, std::list<CItemDis
 
 bool CMSRAID_InfoGetter::ParseReport(const std::string& path, const std::string& command,
                                      std::list<CItemDisp*>& out) {
-    std::ifstream stream;
+    CResultStream stream;
     if (!OpenReport(path, stream)) {
         return false;
     }
@@ -85,22 +84,23 @@ void CMSRAID_InfoGetter::NoteRunFailure(unsigned int result, const std::string& 
     m_ErrDetail = command;
 }
 
-bool CMSRAID_InfoGetter::OpenReport(const std::string& path, std::ifstream& stream) {
+bool CMSRAID_InfoGetter::OpenReport(const std::string& path, CResultStream& stream) {
     if (IsTooLarge(path)) {
         return RefuseAsTooLarge(path);
     }
-    stream.open(path);
-    if (!stream) {
+    const bool isOpen = stream.Open(path);
+    if (!isOpen) {
         NoteUnreadableReport(path);
     }
-    return stream.is_open();
+    return isOpen;
 }
 
 bool CMSRAID_InfoGetter::IsReadToTheEnd(const std::string& path, const std::ifstream& stream) {
     if (stream.bad()) {
         NoteUnreadableReport(path);
+        return false;
     }
-    return !stream.bad();
+    return !IsTooLarge(path) || RefuseAsTooLarge(path);
 }
 
 ItemPosition CMSRAID_InfoGetter::InsertItem(std::list<CItemDisp*>& list, ItemPosition position,

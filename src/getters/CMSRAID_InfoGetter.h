@@ -19,6 +19,7 @@
 #include <list>
 #include <string>
 
+#include "cli/ResultFile.h"
 #include "getters/Text.h"
 #include "plugin/ItemList.h"
 
@@ -89,9 +90,9 @@ protected:
     // Takes note of a tool run that failed with a code of CMSRAID_KRZ.
     void NoteRunFailure(unsigned int result, const std::string& command);
     // Opens the report of a run; takes note if that fails.
-    bool OpenReport(const std::string& path, std::ifstream& stream);
+    bool OpenReport(const std::string& path, CResultStream& stream);
     // To be asked when the report at `path` has been read: false, and takes note, if reading failed
-    // before its end. Half a report must not pass for a whole one.
+    // before its end or it has become too large. Half a report must not pass for a whole one.
     bool IsReadToTheEnd(const std::string& path, const std::ifstream& stream);
     // Reads the next line of a section, trimmed. False at the empty line or the end of the report.
     bool ReadSectionLine(std::ifstream& stream, std::string& line);
