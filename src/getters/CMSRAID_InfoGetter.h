@@ -80,6 +80,11 @@ public:
     // A path for one result file, never the same twice. Makes the directory.
     static std::string GetRsltFilePath();
 
+    // Counts what the reports take together with those of `other`, which must live as long, and
+    // with what `items` take.
+    void CountTogetherWith(CMSRAID_InfoGetter& other) { m_CountedMemory = other.m_CountedMemory; }
+    void CountAlso(const std::list<CItemDisp*>& items);
+
     // What the last failures were: two-character codes, the latest first; and the tool command.
     const std::string& ErrCode() const { return m_ErrCode; }
     const std::string& ErrDetail() const { return m_ErrDetail; }
@@ -105,7 +110,7 @@ protected:
     // The name of the current section item, the parent of what follows.
     const std::string& CurTitleName() const { return (*m_CurTitle)->ItemName(); }
     // As the functions of this name make an item and put it into the list. Throw CReportTooLarge
-    // where the items of this getter's reports would take more than ITEM_MEMORY.
+    // where the items of the request's reports would take more than ITEM_MEMORY.
     ItemPosition InsertItem(std::list<CItemDisp*>& list, ItemPosition position,
                             const std::string& parentName, const std::string& itemName,
                             const std::string& itemValue, EItemFlag flag = EItemFlag::Shown);
@@ -137,8 +142,9 @@ private:
     bool ParseReport(const std::string& path, const std::string& command,
                      std::list<CItemDisp*>& out);
 
-    size_t m_ItemMemory = 0;  // about what the items of all reports so far take
-    std::string m_Value;      // of the last key/value line, kept for its memory
+    size_t m_ItemMemory = 0;                  // about what the items of all reports so far take
+    size_t* m_CountedMemory = &m_ItemMemory;  // may be another getter's
+    std::string m_Value;                      // of the last key/value line, kept for its memory
 };
 
 template <class OnItem>
