@@ -100,6 +100,10 @@ TEST_F(CTraceLineTest, CharactersThatHideWhatIsThereAreMadeVisible) {
         "Module FLOW \\xd8\\x9c \\xe2\\x80\\x8b \\xe2\\x80\\x8e\\xe2\\x80\\x8f "
         "\\xe2\\x80\\xa8\\xe2\\x80\\xa9\\xe2\\x80\\xaa\\xe2\\x80\\xae "
         "\\xe2\\x81\\xa0\\xe2\\x81\\xa6\\xe2\\x81\\xa9 \\xef\\xbb\\xbf\n");
+    EXPECT_EQ(
+        Written(CTraceUtility::TRACE_DBG_FLOW, "\u00ad \u180e \u3164 \ufe0f \uffa0 \U000e0041"),
+        "Module FLOW \\xc2\\xad \\xe1\\xa0\\x8e \\xe3\\x85\\xa4 \\xef\\xb8\\x8f "
+        "\\xef\\xbe\\xa0 \\xf3\\xa0\\x81\\x81\n");
 }
 
 TEST_F(CTraceLineTest, OtherBytesPass) {
