@@ -205,6 +205,9 @@ TEST_F(CNewTest, NumbersBeyondTheLimitsAreRefused) {
                 HasSubstr("--drives: must be a number from 0 to 10000, is 10001\n"));
     EXPECT_THAT(New("1", "1", "one").err, HasSubstr("--seed"));
     EXPECT_EQ(New("1", "1", "18446744073709551615").status, 0);
+    EXPECT_EQ(New("1", "1", "010").out, New("1", "1", "10").out);
+    EXPECT_THAT(New("1", "1", "0x10").err,
+                HasSubstr("must be a number from 0 to 18446744073709551615, is 0x10\n"));
 }
 
 }  // namespace
