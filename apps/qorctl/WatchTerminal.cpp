@@ -15,9 +15,10 @@
 namespace qorctl {
 namespace {
 
-// The alternate screen, without a cursor; and back.
-constexpr std::string_view ENTER = "\x1b[?1049h\x1b[?25l";
-constexpr std::string_view LEAVE = "\x1b[?25h\x1b[?1049l";
+// The alternate screen, without a cursor and without lines that go on in the next one, as those of
+// characters of two columns would: they would push the first line, the status, out. And back.
+constexpr std::string_view ENTER = "\x1b[?1049h\x1b[?25l\x1b[?7l";
+constexpr std::string_view LEAVE = "\x1b[?7h\x1b[?25h\x1b[?1049l";
 constexpr std::string_view HOME = "\x1b[H";
 constexpr std::string_view END_OF_LINE = "\x1b[K";
 constexpr std::string_view END_OF_SCREEN = "\x1b[J";
