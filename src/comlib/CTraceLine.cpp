@@ -13,9 +13,11 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <numeric>
 
 #include "comlib/CUniqueFd.h"
+#include "comlib/ForkLock.h"
 #include "util/Kernel.h"
 #include "util/Printable.h"
 
@@ -207,6 +209,13 @@ void WriteOnce(int fd, std::string_view line) {
     }
 }
 
+// Around syslog(), whose own lock would stay taken in the child of a host that forks meanwhile.
+constinit std::mutex s_SyslogMutex;
+
+__attribute__((constructor)) void PrepareForForks() {
+    KeepFreeInForks<s_SyslogMutex>();
+}
+
 // Whether nobody else could have prepared the open file: a regular one with no second name, a pipe
 // or a character device, root's or the host's user's.
 bool IsOwn(int fd) {
@@ -287,6 +296,7 @@ void CTraceLine::WriteToSyslog() const {
         return;
     }
     *PutVisible(text, m_Message) = '\0';
+    const std::lock_guard<std::mutex> lock(s_SyslogMutex);
     // No openlog() and no facility: identity, facility and options stay the host's.
     syslog(InfoOf(m_Level).m_Priority, "%s: %s", m_Module, text);
 }
