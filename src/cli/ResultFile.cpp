@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr off_t SIZE_LIMIT = off_t{16} << 20;
-
 bool IsRootsOrOurs(const struct stat& status) {
     return status.st_uid == 0 || status.st_uid == geteuid();
 }
@@ -39,7 +37,7 @@ bool IsOutOfOthersReach(const std::string& path) {
 
 bool IsTooLarge(const std::string& path) {
     struct stat status = {};
-    return util::GetStatus(path.c_str(), status) && status.st_size > SIZE_LIMIT;
+    return util::GetStatus(path.c_str(), status) && status.st_size > FILE_SIZE_LIMIT;
 }
 
 bool CResultStream::Open(const std::string& path) {
@@ -51,7 +49,7 @@ bool CResultStream::Open(const std::string& path) {
 
 CResultStream::CBuffer::int_type CResultStream::CBuffer::underflow() {
     const off_t place = seekoff(0, std::ios::cur, std::ios::in);
-    return place > SIZE_LIMIT ? traits_type::eof() : std::filebuf::underflow();
+    return place > FILE_SIZE_LIMIT ? traits_type::eof() : std::filebuf::underflow();
 }
 
 void TraceTooLarge(const std::string& path) {

@@ -2,6 +2,8 @@
 #ifndef QOR_CLI_RESULTFILE_H
 #define QOR_CLI_RESULTFILE_H
 
+#include <sys/types.h>
+
 #include <fstream>
 #include <string>
 
@@ -43,9 +45,11 @@ private:
 // it is the administrator's care.
 bool IsOutOfOthersReach(const std::string& path);
 
-// True if the file holds more than any tool would print: 16 MiB, thirty times the report on 240
-// drives. To be asked before the file is read, so that the host's memory does not depend on a
-// program that went mad.
+// More than any tool would print: thirty times the report on 240 drives.
+inline constexpr off_t FILE_SIZE_LIMIT = off_t{16} << 20;
+
+// True if the file holds more. To be asked before the file is read, so that the host's memory does
+// not depend on a program that went mad.
 bool IsTooLarge(const std::string& path);
 void TraceTooLarge(const std::string& path);
 

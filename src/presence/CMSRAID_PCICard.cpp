@@ -32,7 +32,8 @@ constexpr const char* BUILT_IN_SSD_DEVICE = "DEV_2001";
 // What is read: an open of a pipe would wait, a device may have no end.
 bool IsBoundedFile(const char* path) {
     struct stat status = {};
-    return util::GetStatus(path, status) && S_ISREG(status.st_mode) && !IsTooLarge(path);
+    return util::GetStatus(path, status) && S_ISREG(status.st_mode) &&
+           status.st_size <= FILE_SIZE_LIMIT;
 }
 
 std::string ReadIniValue(const std::string& path, const std::string& key) {

@@ -115,7 +115,7 @@ TEST_F(CTraceLineTest, OtherBytesPass) {
     for (const std::string text :
          {"~ \\n \xa0\xff\xc3", "\u00a0\u00e4\u00c2\u061b\u200a\u2010\u2027",
           "\u202f\u205f\u2070\u5185\ufefe\uff1a\U0001f5b4",
-          "\u00ac\u00ae\u180a\u1810\ufff8\ufffc\U000dffff\U000e1000"}) {
+          "\u00ac\u00ae\u180a\u1810\uffef\ufffc\U0002f800\U0003fffd"}) {
         EXPECT_EQ(Written(CTraceUtility::TRACE_DBG_FLOW, "%s", text.c_str()),
                   "Module FLOW " + text + "\n");
     }
