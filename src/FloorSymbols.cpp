@@ -6,8 +6,8 @@
 #if defined(_GLIBCXX_ASSERTIONS) && _GLIBCXX_RELEASE >= 12
 
 // What a check of the C++ library's that fails calls, since GCC 12. The process ends where it
-// stands, without a handler of its host; a core dump shows the check. The name is that library's, so
-// it is reserved and in its name space.
+// stands, without a handler of its host; a core dump shows the check. The name is that library's,
+// so it is reserved and in its name space.
 // NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl58-cpp)
 void std::__glibcxx_assert_fail(const char*, int, const char*, const char*) noexcept {
     __builtin_trap();

@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -31,6 +32,7 @@ constexpr const char* FOOTER =
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::signal(SIGCHLD, SIG_DFL);  // an inherited "ignore" would throw the tool's end away
     // Scripts that ask for nothing else need not wait for the whole command line to be made.
     if (argc == 2 && std::string_view(argv[1]) == "--version") {
         return std::puts(VERSION_LINE) < 0 || std::fflush(stdout) != 0 ? EXIT_FAILURE

@@ -8,13 +8,14 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
 namespace fs = std::filesystem;
 
 namespace qorsim {
 namespace {
 
+constexpr int WRITE_FLAGS = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+constexpr mode_t NEW_FILE_MODE = 0666;
 constexpr const char* SELF = "/proc/self/exe";
 
 std::string ReadOwnDirectory() {
@@ -66,6 +67,26 @@ std::string ReadRegular(int fd, size_t limit, std::string& text) {
     }
 }
 
+std::string OpeningProblem() {
+    return errno == ELOOP ? "it is a symbolic link" : std::strerror(errno);
+}
+
+// Why a file that may have been there is not written to, "" when it can be: somebody else could
+// have prepared it.
+std::string ProblemOfOld(int fd) {
+    struct stat status = {};
+    if (fstat(fd, &status) != 0) {
+        return std::strerror(errno);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return "it is no regular file";
+    }
+    if (status.st_uid != geteuid()) {
+        return "it belongs to another user";
+    }
+    return status.st_nlink > 1 ? "it has a second name" : "";
+}
+
 }  // namespace
 
 std::optional<std::string> ReadFile(const std::string& path, std::string& error, size_t limit) {
@@ -91,25 +112,42 @@ std::optional<std::string> ReadOpened(int fd, const std::string& path, std::stri
 
 bool MakeDirectory(const std::string& path, std::string& error) {
     std::error_code failure;
-    fs::create_directories(path, failure);
+    if (!path.empty()) {
+        fs::create_directories(path, failure);
+    }
     if (failure) {
         error = fmt::format("cannot create {}: {}", path, failure.message());
     }
     return !failure;
 }
 
-bool WriteFile(const std::string& path, const std::string& text, std::string& error) {
-    if (!MakeDirectory(fs::absolute(path).parent_path(), error)) {
-        return false;
-    }
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << text;
-    file.close();
-    if (!file) {
-        error = fmt::format("cannot write {}: {}", path, std::strerror(errno));
-        return false;
+bool WriteAll(int fd, const std::string& text) {
+    for (size_t written = 0; written < text.size();) {
+        const ssize_t count = write(fd, text.data() + written, text.size() - written);
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        written += count > 0 ? static_cast<size_t>(count) : 0;
     }
     return true;
+}
+
+bool WriteFile(const std::string& path, const std::string& text, std::string& error) {
+    if (!MakeDirectory(fs::path(path).parent_path(), error)) {
+        return false;
+    }
+    const int fd = open(path.c_str(), WRITE_FLAGS, NEW_FILE_MODE);
+    std::string problem = fd < 0 ? OpeningProblem() : ProblemOfOld(fd);
+    if (problem.empty() && (ftruncate(fd, 0) != 0 || !WriteAll(fd, text))) {
+        problem = std::strerror(errno);
+    }
+    if (fd >= 0 && close(fd) != 0 && problem.empty()) {
+        problem = std::strerror(errno);
+    }
+    if (!problem.empty()) {
+        error = fmt::format("cannot write {}: {}", path, problem);
+    }
+    return problem.empty();
 }
 
 bool CopySelf(const std::string& path, std::string& error) {

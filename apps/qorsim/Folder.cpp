@@ -117,18 +117,6 @@ bool MakeFolderOf(int folder, const std::string& name) {
     return above.empty() || mkdirat(folder, above.c_str(), FOLDER_MODE) == 0 || errno == EEXIST;
 }
 
-// False with errno when not all of it was taken.
-bool WriteAll(int fd, const std::string& text) {
-    for (size_t written = 0; written < text.size();) {
-        const ssize_t count = write(fd, text.data() + written, text.size() - written);
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        written += count > 0 ? static_cast<size_t>(count) : 0;
-    }
-    return true;
-}
-
 }  // namespace
 
 bool IsPathBelow(const std::string& text) {
@@ -162,9 +150,6 @@ std::optional<std::string> ReadBeneath(const std::string& folder, const std::str
 }
 
 std::optional<CNewFolder> CNewFolder::Make(const std::string& path, std::string& error) {
-    if (!MakeDirectory(fs::path(path).parent_path(), error)) {
-        return std::nullopt;
-    }
     if (mkdir(path.c_str(), FOLDER_MODE) != 0 && errno != EEXIST) {
         error = fmt::format("cannot create {}: {}", path, std::strerror(errno));
         return std::nullopt;
@@ -177,6 +162,14 @@ std::optional<CNewFolder> CNewFolder::Make(const std::string& path, std::string&
     CNewFolder folder(path, fd);
     error = ProblemOf(fd, path);
     return error.empty() ? std::optional(std::move(folder)) : std::nullopt;
+}
+
+bool CNewFolder::Enter(std::string& error) const {
+    const bool entered = fchdir(m_Fd) == 0;
+    if (!entered) {
+        error = fmt::format("cannot enter {}: {}", m_Path, std::strerror(errno));
+    }
+    return entered;
 }
 
 CNewFolder::CNewFolder(CNewFolder&& other) noexcept

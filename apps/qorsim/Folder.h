@@ -36,6 +36,9 @@ public:
     // Makes a file where none of that name is; its folder, too, if there is one slash in the name.
     bool Write(const std::string& name, const std::string& text, std::string& error) const;
 
+    // Makes it the working directory.
+    bool Enter(std::string& error) const;
+
 private:
     CNewFolder(std::string path, int fd) : m_Path(std::move(path)), m_Fd(fd) {}
 

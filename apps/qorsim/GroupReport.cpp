@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <map>
 
 #include "Reports.h"
 
@@ -9,33 +9,35 @@ std::string LdLine(const CLogicalDrive& ld) {
     return fmt::format("LD{} ({}, {}, {})", ld.number, ld.name, ld.capacity, ld.state);
 }
 
-const CLogicalDrive* FindLd(const CController& controller, long number) {
+// A controller's devices by their numbers: groups name each as often as they like.
+struct CNumbered {
+    explicit CNumbered(const CController& controller);
+
+    std::map<long, const CDrive*> drives;
+    std::map<long, const CLogicalDrive*> lds;
+};
+
+CNumbered::CNumbered(const CController& controller) {
+    for (const CDrive& drive : controller.drives) {
+        drives.emplace(drive.number, &drive);
+    }
     for (const CRaidGroup& group : controller.groups) {
         for (const CLogicalDrive& ld : group.lds) {
-            if (ld.number == number) {
-                return &ld;
-            }
+            lds.emplace(ld.number, &ld);
         }
     }
-    return nullptr;
-}
-
-const CDrive* FindDrive(const CController& controller, long number) {
-    const auto drive = std::find_if(controller.drives.begin(), controller.drives.end(),
-                                    [&](const CDrive& each) { return each.number == number; });
-    return drive != controller.drives.end() ? &*drive : nullptr;
 }
 
 // A cache LD has neither a stripe size nor an access policy; the LDs that it speeds up close its
 // section.
-void ReportCacheLdGeneral(const CController& controller, const CRaidGroup& group,
+void ReportCacheLdGeneral(const CNumbered& numbered, const CRaidGroup& group,
                           const CLogicalDrive& ld, CReport& report) {
     report.Title("General Information");
     report.Key("LD Type", "CacheCade");
     report.Key("# of PD", group.drives.size());
     report.Line("Associated CacheCade LD");
     for (const long number : ld.cachedLds) {
-        report.Line(LdLine(*FindLd(controller, number)));
+        report.Line(LdLine(*numbered.lds.at(number)));
     }
     report.Blank();
 }
@@ -63,13 +65,13 @@ void ReportLdSettings(const CLogicalDrive& ld, const CToolGeneration& generation
     report.Blank();
 }
 
-void ReportLd(const CController& controller, const CRaidGroup& group, const CLogicalDrive& ld,
+void ReportLd(const CNumbered& numbered, const CRaidGroup& group, const CLogicalDrive& ld,
               const CToolGeneration& generation, CReport& report) {
     report.Line(">" + LdLine(ld));
     if (ld.cachedLds.empty()) {
         ReportLdGeneral(group, ld, generation, report);
     } else {
-        ReportCacheLdGeneral(controller, group, ld, report);
+        ReportCacheLdGeneral(numbered, group, ld, report);
     }
     ReportLdSettings(ld, generation, report);
 }
@@ -82,7 +84,7 @@ void ReportMember(const CDrive& drive, CReport& report) {
     report.Blank();
 }
 
-void ReportGroup(const CController& controller, const CRaidGroup& group,
+void ReportGroup(const CNumbered& numbered, const CRaidGroup& group,
                  const CToolGeneration& generation, CReport& report) {
     report.Line(group.name);
     report.Key("RG No.", group.name);
@@ -91,10 +93,10 @@ void ReportGroup(const CController& controller, const CRaidGroup& group,
     report.Key("# of LD", group.lds.size());
     report.Blank();
     for (const CLogicalDrive& ld : group.lds) {
-        ReportLd(controller, group, ld, generation, report);
+        ReportLd(numbered, group, ld, generation, report);
     }
     for (const long number : group.drives) {
-        ReportMember(*FindDrive(controller, number), report);
+        ReportMember(*numbered.drives.at(number), report);
     }
 }
 
@@ -103,8 +105,9 @@ void ReportGroup(const CController& controller, const CRaidGroup& group,
 void ReportGroups(size_t number, const CController& controller, const CToolGeneration& generation,
                   CReport& report) {
     ReportControllerHeader(number, report);
+    const CNumbered numbered(controller);
     for (const CRaidGroup& group : controller.groups) {
-        ReportGroup(controller, group, generation, report);
+        ReportGroup(numbered, group, generation, report);
     }
 }
 

@@ -19,6 +19,10 @@ constexpr long MAX_COUNT = 4294967295;  // of errors, hours
 constexpr long MAX_TEMPERATURE = 200;
 constexpr long MIN_TEMPERATURE = -40;
 
+// Each drive has its model's SMART rows for itself: so many of one, and of all together.
+constexpr size_t MAX_MODEL_ROWS = 255;
+constexpr size_t MAX_DRIVE_ROWS = 500000;
+
 const CTextForm PCI_ID{std::regex("[0-9a-f]{4}"), "of 4 lower-case hexadecimal digits"};
 const CTextForm PCI_ADDRESS{std::regex("[0-9a-f]{2}:[0-9a-f]{2}\\.[0-7]"),
                             "BB:DD.F in lower-case hexadecimal digits"};
@@ -34,7 +38,12 @@ const CTextForm ROW_NAME{std::regex("\\S(.{0,38}\\S)?"), "of 1 to 40 characters"
 const CTextForm ROW_HEAD{std::regex("\\[Head.*\\]"), "[Head...]"};
 const CTextForm CELL{std::regex("\\S{1,15}"), "of 1 to 15 characters that are no blanks"};
 
-using CDriveModels = std::map<std::string, CDriveModel>;
+using CPciDevices = std::map<std::string, CPciDevice>;  // by their addresses
+
+struct CDriveModels {
+    std::map<std::string, CDriveModel> byName;
+    size_t rowsLeft = MAX_DRIVE_ROWS;  // that drives may still take
+};
 
 // The keys of an addition stand in the report in their alphabetical order.
 CAddition ReadAddition(const CProfileReader& place) {
@@ -84,16 +93,14 @@ CPciDevice ReadPciDevice(const CProfileReader& place) {
 }
 
 // The device at the address that this place names.
-CPciDevice FindPciDevice(const CProfileReader& place, const std::vector<CPciDevice>& devices) {
+CPciDevice FindPciDevice(const CProfileReader& place, const CPciDevices& devices) {
     const std::string address = ReadPciAddress(place);
-    const auto device =
-        std::find_if(devices.begin(), devices.end(),
-                     [&](const CPciDevice& candidate) { return candidate.address == address; });
+    const auto device = devices.find(address);
     if (device == devices.end()) {
         place.Reject(fmt::format("\"pciDevices\" has no device at {}", address));
         return {};
     }
-    return *device;
+    return device->second;
 }
 
 CSmartRow ReadSmartRow(const CProfileReader& place, const std::string& interfaceType) {
@@ -127,6 +134,10 @@ CDriveModel ReadDriveModel(const CProfileReader& place) {
     for (const CProfileReader& element : place.ElementsOf("smart")) {
         model.smart.push_back(ReadSmartRow(element, model.interfaceType));
     }
+    if (model.smart.size() > MAX_MODEL_ROWS) {
+        place.Reject(fmt::format("there are more than {} SMART rows", MAX_MODEL_ROWS));
+        model.smart.clear();
+    }
     return model;
 }
 
@@ -135,18 +146,25 @@ CDriveModels ReadDriveModels(const CProfileReader& profile) {
     if (profile.Has("driveModels")) {
         const CProfileReader place = profile.Member("driveModels");
         for (const std::string& name : place.Names()) {
-            models[name] = ReadDriveModel(place.Member(name));
+            models.byName[name] = ReadDriveModel(place.Member(name));
         }
     }
     return models;
 }
 
-CDriveModel FindDriveModel(const CProfileReader& place, const CDriveModels& models) {
-    const auto model = models.find(place.Text());
-    if (model == models.end()) {
+CDriveModel FindDriveModel(const CProfileReader& place, CDriveModels& models) {
+    const auto model = models.byName.find(place.Text());
+    if (model == models.byName.end()) {
         place.Reject(fmt::format("\"driveModels\" has no model \"{}\"", place.Text()));
         return {};
     }
+    const size_t rows = model->second.smart.size();
+    if (rows > models.rowsLeft) {
+        place.Reject(
+            fmt::format("the drives have more than {} SMART rows together", MAX_DRIVE_ROWS));
+        return {};
+    }
+    models.rowsLeft -= rows;
     return model->second;
 }
 
@@ -171,7 +189,7 @@ std::optional<long> ReadOptional(const CProfileReader& place, const char* key, l
     return place.Member(key).Number(least, most);
 }
 
-CDrive ReadDrive(const CProfileReader& place, const CDriveModels& models) {
+CDrive ReadDrive(const CProfileReader& place, CDriveModels& models) {
     place.DemandKeys({"no", "use", "status", "model", "enclosure", "slot", "serial", "wwn", "power",
                       "temperature", "powerOnHours", "mediaErrors", "otherErrors",
                       "predictiveFailures", "progress", "smart"});
@@ -290,7 +308,7 @@ CBattery ReadBattery(const CProfileReader& place) {
     return battery;
 }
 
-void ReadStorage(const CProfileReader& place, const CDriveModels& models, CController& controller) {
+void ReadStorage(const CProfileReader& place, CDriveModels& models, CController& controller) {
     std::set<long> driveNumbers;
     std::set<long> slots;
     for (const CProfileReader& element : place.ElementsOf("drives")) {
@@ -305,8 +323,8 @@ void ReadStorage(const CProfileReader& place, const CDriveModels& models, CContr
     DemandCachedLds(place, controller, ldNumbers);
 }
 
-CController ReadController(const CProfileReader& place, const std::vector<CPciDevice>& devices,
-                           const CDriveModels& models) {
+CController ReadController(const CProfileReader& place, const CPciDevices& devices,
+                           CDriveModels& models) {
     place.DemandKeys({"product", "serial", "pci", "sasAddress", "memory", "ports", "firmware",
                       "rates", "battery", "groups", "drives"});
     CController controller;
@@ -325,7 +343,7 @@ CController ReadController(const CProfileReader& place, const std::vector<CPciDe
     return controller;
 }
 
-CPcieSsd ReadPcieSsd(const CProfileReader& place, const std::vector<CPciDevice>& devices) {
+CPcieSsd ReadPcieSsd(const CProfileReader& place, const CPciDevices& devices) {
     place.DemandKeys({"pci", "product", "serial", "firmware", "size", "status", "temperature",
                       "lifeUsed", "written"});
     CPcieSsd ssd;
@@ -347,15 +365,17 @@ CHost ReadHost(const CProfileReader& place) {
     CHost host;
     host.description = place.TextOf("description", "");
     host.tool = ReadTool(place.Member("tool"));
+    CPciDevices devices;
     for (const CProfileReader& element : place.ElementsOf("pciDevices")) {
-        host.pciDevices.push_back(ReadPciDevice(element));
+        const CPciDevice& device = host.pciDevices.emplace_back(ReadPciDevice(element));
+        devices.emplace(device.address, device);
     }
-    const CDriveModels models = ReadDriveModels(place);
+    CDriveModels models = ReadDriveModels(place);
     for (const CProfileReader& element : place.ElementsOf("controllers")) {
-        host.controllers.push_back(ReadController(element, host.pciDevices, models));
+        host.controllers.push_back(ReadController(element, devices, models));
     }
     for (const CProfileReader& element : place.ElementsOf("pcieSsds")) {
-        host.ssds.push_back(ReadPcieSsd(element, host.pciDevices));
+        host.ssds.push_back(ReadPcieSsd(element, devices));
     }
     return host;
 }

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "Commands.h"
-#include "Files.h"
+#include "Folder.h"
 #include "Layout.h"
 #include "Options.h"
 
@@ -22,47 +22,34 @@ struct CInstallOptions {
     long startAt = 0;
 };
 
-// Makes the directory unless it is there. Everything that is later found in it is thus this
-// program's own.
-bool PrepareTarget(const std::string& directory, bool& made, std::string& error) {
-    std::error_code failure;
-    made = fs::create_directory(directory, failure);
-    if (failure) {
-        error = fmt::format("cannot create {}: {}", directory, failure.message());
-        return false;
-    }
-    const bool empty = fs::is_empty(directory, failure);
-    if (failure) {
-        error = fmt::format("cannot read {}: {}", directory, failure.message());
-        return false;
-    }
-    if (!empty) {
-        error =
-            fmt::format("{} is not empty; name a directory that is, or is to be made", directory);
-    }
-    return empty;
-}
-
+// Removes what was made in the working directory, and that directory if it was made, too.
 void ClearTarget(const std::string& directory, bool made) {
     std::error_code ignored;
     for (const char* entry : {"opt", "etc"}) {
-        fs::remove_all(fs::path(directory) / entry, ignored);
+        fs::remove_all(entry, ignored);
     }
     if (made) {
         fs::remove(directory, ignored);
     }
 }
 
+// Everything is laid out from within the folder, so that its name may lead elsewhere meanwhile.
 int Install(const CInstallOptions& options) {
     std::string error;
     const std::optional<CServerSource> source = LoadServer(options.host, error);
-    bool made = false;
-    if (!source || !PrepareTarget(options.directory, made, error)) {
+    if (!source) {
         return ReportFailure(error);
     }
-    if (!LayOutServer(*source, options.startAt, options.directory, error)) {
-        ClearTarget(options.directory, made);
+    std::error_code failure;
+    const fs::path directory = fs::absolute(options.directory, failure);
+    const bool made = !fs::exists(directory, failure);
+    const std::optional<CNewFolder> folder = CNewFolder::Make(options.directory, error);
+    if (!folder || !folder->Enter(error)) {
         return ReportFailure(error);
+    }
+    if (!LayOutServer(*source, options.startAt, ".", error)) {
+        ClearTarget(directory, made);
+        return ReportFailure(options.directory + ": " + error);
     }
     return 0;
 }

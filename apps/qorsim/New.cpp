@@ -1,5 +1,7 @@
 // "qorsim new": a profile of a generated host.
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 
@@ -15,6 +17,18 @@ struct CNewOptions {
     CHostSize size;
     std::string output;
 };
+
+// In decimal, whatever zeros it begins with. Returns what is wrong.
+std::string ReadSeed(std::string& text) {
+    const char* const end = text.data() + text.size();
+    std::uint64_t seed = 0;
+    const auto result = std::from_chars(text.data(), end, seed);
+    if (result.ec != std::errc() || result.ptr != end) {
+        return "must be a number from 0 to 18446744073709551615, is " + text;
+    }
+    text = std::to_string(seed);
+    return "";
+}
 
 int New(const CNewOptions& options) {
     if (options.size.controllers == 0 && options.size.drives != 0) {
@@ -44,7 +58,8 @@ void AddNewCommand(CLI::App& app, int& status) {
         ->transform(qorapps::NumberFromTo(0, MAX_DRIVES));
     command->add_option("--seed", options->size.seed, "A number; another one gives another host")
         ->required()
-        ->type_name("S");
+        ->type_name("S")
+        ->transform(CLI::Validator(ReadSeed, ""));
     command->add_option("--output", options->output, "The file to write; without it, the output")
         ->type_name("FILE");
     command->callback([options, &status] { status = New(*options); });

@@ -180,8 +180,10 @@ bool Keep(const CRecordOptions& options, const CNewFolder& folder,
 int Record(const CRecordOptions& options) {
     std::string error;
     const std::string directory = RecordingPath(options.directory, error);
+    const bool placed =
+        !directory.empty() && MakeDirectory(fs::path(directory).parent_path(), error);
     const std::optional<CNewFolder> folder =
-        directory.empty() ? std::nullopt : CNewFolder::Make(directory, error);
+        placed ? CNewFolder::Make(directory, error) : std::nullopt;
     if (!folder || !(options.host.empty() ? EnterRealServer(error)
                                           : EnterSimulatedServer(options.host, error))) {
         return FailToSimulate(error);

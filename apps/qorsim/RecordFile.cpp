@@ -211,7 +211,8 @@ std::optional<CRecording> ReadIndex(const std::string& directory, std::string& e
 
 std::string RecordingPath(const std::string& directory, std::string& error) {
     std::error_code failure;
-    const fs::path path = fs::weakly_canonical(directory, failure);
+    fs::path path = fs::absolute(directory, failure);
+    path = failure ? "" : fs::weakly_canonical(path, failure);
     if (failure || path.empty()) {
         error = fmt::format("cannot use the directory \"{}\": {}", directory, failure.message());
         return "";

@@ -12,6 +12,8 @@ namespace qorsim {
 namespace {
 
 constexpr size_t LEAST_LENGTH_ANYWHERE = 6;
+// A longer one counts as several: at each place of a text all lengths are tried.
+constexpr size_t MAX_IDENTIFIER = 64;
 constexpr int DRAWS = 1000;  // few identifiers are so short that this does not find a free one
 
 // Keys of identifiers, in lower case: those that are one of these, and those that contain one.
@@ -75,7 +77,9 @@ std::vector<std::string> IdentifierWords(const std::string& value) {
             word.erase(0, std::strlen(HEX_PREFIX));
         }
         if (std::any_of(word.begin(), word.end(), IsAlphanumeric)) {
-            words.push_back(word);
+            for (size_t piece = 0; piece < word.size(); piece += MAX_IDENTIFIER) {
+                words.push_back(word.substr(piece, MAX_IDENTIFIER));
+            }
         }
         begin = end;
     }
@@ -158,15 +162,17 @@ std::string CRedactor::Draw(const std::string& original) {
 // At each place the longest identifier is taken, since one may be a part of another.
 std::string CRedactor::RedactAnywhere(const std::string& text, size_t leastLength) {
     const std::string lower = ToLower(text);
+    const std::string_view whole = lower;
     std::string result;
     for (size_t position = 0; position < text.size();) {
         size_t taken = 0;
         for (auto length = m_Lengths.rbegin(); length != m_Lengths.rend() && taken == 0; ++length) {
-            const std::string candidate = lower.substr(position, *length);
+            const std::string_view candidate = whole.substr(position, *length);
             if (*length >= leastLength && candidate.size() == *length &&
-                m_Originals.count(candidate) != 0) {
+                m_Originals.contains(candidate)) {
                 taken = *length;
-                result += WithCaseOf(text.substr(position, taken), ReplacementOf(candidate));
+                result +=
+                    WithCaseOf(text.substr(position, taken), ReplacementOf(std::string(candidate)));
             }
         }
         if (taken == 0) {

@@ -2,6 +2,7 @@
 #ifndef QORSIM_REDACT_H
 #define QORSIM_REDACT_H
 
+#include <functional>
 #include <map>
 #include <random>
 #include <set>
@@ -31,8 +32,8 @@ private:
     std::string RedactAnywhere(const std::string& text, size_t leastLength);
 
     std::mt19937 m_Random;
-    std::set<std::string> m_Originals;  // in lower case, like the replacements
-    std::set<size_t> m_Lengths;         // of the originals
+    std::set<std::string, std::less<>> m_Originals;  // in lower case, like the replacements
+    std::set<size_t> m_Lengths;                      // of the originals
     std::map<std::string, std::string> m_Replacements;
     std::set<std::string> m_Used;
 };

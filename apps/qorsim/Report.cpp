@@ -12,6 +12,13 @@ CReport::CReport(const CHost& host, const std::string& name) {
                  [&](const CAddition& addition) { return addition.report == name; });
 }
 
+void CReport::Line(const std::string& text) {
+    if (m_Text.size() + text.size() > MAX_REPORT) {
+        throw CReportTooLong();
+    }
+    m_Text.append(text).append("\n");
+}
+
 // Added keys come first: a section may end in lines that are no keys.
 void CReport::Title(const std::string& title) {
     m_Section = title;

@@ -11,13 +11,19 @@
 
 namespace qorsim {
 
+// A report beyond MAX_REPORT: a small profile's additions may stand in it for each of many drives.
+struct CReportTooLong {};
+
+inline constexpr size_t MAX_REPORT = size_t{64} << 20;
+
+// Lines are appended until CReportTooLong is thrown.
 class CReport {
 public:
     CReport() = default;
     // A report with what the host's tool adds to it. `name` is that of the report ("ctrlinfo").
     CReport(const CHost& host, const std::string& name);
 
-    void Line(const std::string& text) { m_Text += text + "\n"; }
+    void Line(const std::string& text);
     // Opens a section.
     void Title(const std::string& title);
     template <typename Value>

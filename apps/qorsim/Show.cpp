@@ -1,4 +1,6 @@
 // "qorsim show": a host's profile, or a report on it, without a simulated server.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
@@ -10,6 +12,7 @@
 #include "ProfileFile.h"
 #include "StandIn.h"
 #include "Timeline.h"
+#include "VisibleText.h"
 
 namespace qorsim {
 namespace {
@@ -32,6 +35,12 @@ std::vector<std::string> Words(const std::string& text) {
     return words;
 }
 
+// What a profile holds is somebody else's: a terminal does not get all of it as it stands.
+void WriteOut(const std::string& text) {
+    const std::string shown = isatty(STDOUT_FILENO) == 1 ? VisibleLines(text) : text;
+    std::fwrite(shown.data(), 1, shown.size(), stdout);
+}
+
 int ShowReport(const json& state, const std::string& commandLine) {
     std::string error;
     const std::optional<CHost> host = ReadHostProfile(state, error);
@@ -44,7 +53,7 @@ int ShowReport(const json& state, const std::string& commandLine) {
                              "\": the tools are krzcli, MegaCli and storcli, less those that the "
                              "profile calls missing");
     }
-    std::fputs(answer->out.c_str(), stdout);
+    WriteOut(answer->out);
     return answer->status;
 }
 
@@ -55,7 +64,7 @@ int Show(const CShowOptions& options) {
         return ReportFailure(error);
     }
     if (options.report.empty() && !options.atTime) {
-        std::puts(profile->dump(2).c_str());
+        WriteOut(profile->dump(2) + "\n");
         return 0;
     }
     const std::optional<json> state = ProfileAt(*profile, options.seconds, error);
@@ -65,7 +74,7 @@ int Show(const CShowOptions& options) {
     if (!options.report.empty()) {
         return ShowReport(*state, options.report);
     }
-    std::puts(state->dump(2).c_str());
+    WriteOut(state->dump(2) + "\n");
     return 0;
 }
 

@@ -4,6 +4,7 @@
 
 #include "FaultPlay.h"
 #include "OwnServer.h"
+#include "Report.h"
 #include "VisibleText.h"
 
 namespace qorsim {
@@ -17,6 +18,14 @@ const std::map<std::string, CAnswerTool>& Tools() {
     static const std::map<std::string, CAnswerTool> tools = {
         {"krzcli", AnswerKrzcli}, {"MegaCli", AnswerMegaCli}, {"storcli", AnswerStorcli}};
     return tools;
+}
+
+CToolAnswer Answer(CAnswerTool tool, const CHost& host, const std::vector<std::string>& arguments) {
+    try {
+        return tool(host, arguments);
+    } catch (const CReportTooLong&) {
+        return {fmt::format("Error - The report is longer than {} MiB.\n", MAX_REPORT >> 20U)};
+    }
 }
 
 std::string FileName(const std::string& path) {
@@ -41,7 +50,7 @@ std::optional<CToolAnswer> AnswerTool(const CHost& host,
     if (tool == Tools().end() || host.tool.missing.count(name) != 0) {
         return std::nullopt;
     }
-    return tool->second(host, {commandLine.begin() + 1, commandLine.end()});
+    return Answer(tool->second, host, {commandLine.begin() + 1, commandLine.end()});
 }
 
 std::optional<int> PlayTool(const std::vector<std::string>& arguments) {
@@ -55,7 +64,7 @@ std::optional<int> PlayTool(const std::vector<std::string>& arguments) {
         return NO_HOST;
     }
     const std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
-    return PlayAnswer(name, rest, tool->second(*host, rest));
+    return PlayAnswer(name, rest, Answer(tool->second, *host, rest));
 }
 
 }  // namespace qorsim

@@ -8,29 +8,12 @@
 #include <cstdio>
 #include <iterator>
 
+#include "util/Printable.h"
+
 namespace qorsim {
 namespace {
 
 constexpr size_t MAX_MESSAGE = 2000;
-
-struct CRange {
-    uint32_t first;
-    uint32_t last;
-};
-
-// Control characters, and those that a terminal does not show or that turn the order of a line.
-constexpr std::array<CRange, 12> UNPRINTABLE = {{{0x00, 0x1F},
-                                                 {0x7F, 0x9F},
-                                                 {0xAD, 0xAD},
-                                                 {0x061C, 0x061C},
-                                                 {0x180E, 0x180E},
-                                                 {0x200B, 0x200F},
-                                                 {0x2028, 0x202E},
-                                                 {0x2060, 0x206F},
-                                                 {0xD800, 0xDFFF},
-                                                 {0xFEFF, 0xFEFF},
-                                                 {0xFFF9, 0xFFFB},
-                                                 {0xE0000, 0xE0FFF}}};
 
 unsigned char ByteAt(std::string_view text, size_t position) {
     return static_cast<unsigned char>(text[position]);
@@ -48,10 +31,7 @@ size_t LengthBy(unsigned char lead) {
 
 bool IsPrintable(uint32_t code, size_t length) {
     constexpr std::array<uint32_t, 5> smallest = {0, 0, 0x80, 0x800, 0x10000};
-    return code >= smallest[length] && code <= 0x10FFFF &&
-           std::none_of(UNPRINTABLE.begin(), UNPRINTABLE.end(), [code](const CRange& range) {
-               return code >= range.first && code <= range.last;
-           });
+    return code >= smallest[length] && util::IsPrintable(code);
 }
 
 // The length of the printable character at the front of `text`, which is not empty; 0 for none.
@@ -71,6 +51,15 @@ size_t PrintableLength(std::string_view text) {
 }
 
 }  // namespace
+
+std::string VisibleLines(std::string_view text) {
+    std::string visible;
+    for (size_t end = 0; (end = text.find_first_of("\n\t")) != std::string_view::npos;) {
+        visible += Visible(text.substr(0, end)) + text[end];
+        text.remove_prefix(end + 1);
+    }
+    return visible + Visible(text);
+}
 
 std::string Visible(std::string_view text) {
     std::string visible;

@@ -10,6 +10,9 @@ namespace qorsim {
 // The text with every byte written out ("\x1b", "\n") that is no part of a printable character.
 std::string Visible(std::string_view text);
 
+// The same, but line ends and tabs stay as they are.
+std::string VisibleLines(std::string_view text);
+
 // "WHO: WHAT" as one line on standard error, visible and of a bounded length.
 void Complain(const std::string& who, const std::string& what);
 

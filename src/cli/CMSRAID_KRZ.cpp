@@ -1,7 +1,5 @@
 #include "cli/CMSRAID_KRZ.h"
 
-#include <fstream>
-
 #include "base/ServerPaths.h"
 #include "cli/ExecForeignModule.h"
 #include "cli/ResultFile.h"
@@ -61,7 +59,7 @@ std::string VersionOfLine(const std::string& line) {
 }
 
 std::string ReadVersion(const std::string& rsltFile) {
-    std::ifstream file(rsltFile);
+    CResultStream file(rsltFile);
     for (std::string line; std::getline(file, line);) {
         if (line.find(VERSION_KEY) != std::string::npos) {
             return VersionOfLine(line);

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr off_t SIZE_LIMIT = off_t{16} << 20;
-
 bool IsRootsOrOurs(const struct stat& status) {
     return status.st_uid == 0 || status.st_uid == geteuid();
 }
@@ -39,7 +37,19 @@ bool IsOutOfOthersReach(const std::string& path) {
 
 bool IsTooLarge(const std::string& path) {
     struct stat status = {};
-    return util::GetStatus(path.c_str(), status) && status.st_size > SIZE_LIMIT;
+    return util::GetStatus(path.c_str(), status) && status.st_size > FILE_SIZE_LIMIT;
+}
+
+bool CResultStream::Open(const std::string& path) {
+    if (m_Buffer.open(path, std::ios::in) == nullptr) {
+        setstate(std::ios::failbit);
+    }
+    return m_Buffer.is_open();
+}
+
+CResultStream::CBuffer::int_type CResultStream::CBuffer::underflow() {
+    const off_t place = seekoff(0, std::ios::cur, std::ios::in);
+    return place > FILE_SIZE_LIMIT ? traits_type::eof() : std::filebuf::underflow();
 }
 
 void TraceTooLarge(const std::string& path) {

@@ -2,6 +2,9 @@
 #ifndef QOR_CLI_RESULTFILE_H
 #define QOR_CLI_RESULTFILE_H
 
+#include <sys/types.h>
+
+#include <fstream>
 #include <string>
 
 // Owner of one result file: removes it on every way out of the scope. A file that cannot be removed
@@ -42,11 +45,32 @@ private:
 // it is the administrator's care.
 bool IsOutOfOthersReach(const std::string& path);
 
-// True if the file holds more than any tool would print: 16 MiB, thirty times the report on 240
-// drives. To be asked before the file is read, so that the host's memory does not depend on a
-// program that went mad.
+// More than any tool would print: thirty times the report on 240 drives.
+inline constexpr off_t FILE_SIZE_LIMIT = off_t{16} << 20;
+
+// True if the file holds more. To be asked before the file is read, so that the host's memory does
+// not depend on a program that went mad.
 bool IsTooLarge(const std::string& path);
 void TraceTooLarge(const std::string& path);
+
+// The file is read to that size and a buffer beyond it, then it ends: a process that the tool left
+// behind may write as fast as it is read. To be asked again when it has been read.
+class CResultStream : public std::ifstream {
+public:
+    CResultStream() { std::ios::rdbuf(&m_Buffer); }
+    explicit CResultStream(const std::string& path) : CResultStream() { Open(path); }
+
+    // In place of open() and is_open(), which know the other buffer.
+    bool Open(const std::string& path);
+
+private:
+    class CBuffer : public std::filebuf {
+    protected:
+        int_type underflow() override;
+    };
+
+    CBuffer m_Buffer;
+};
 
 // False also if the file cannot be opened, cannot be read at a place or has no line.
 bool FirstLineBeginsWith(const std::string& path, const std::string& head);

@@ -1,14 +1,12 @@
 #include "comlib/CIniCache.h"
 
-#include <pthread.h>
-
 #include <algorithm>
 #include <array>
 #include <memory>
 #include <mutex>
-#include <type_traits>
 
 #include "comlib/CIniFile.h"
+#include "comlib/ForkLock.h"
 
 namespace comlib {
 namespace {
@@ -17,7 +15,6 @@ namespace {
 // thread may still ask.
 constinit std::mutex s_Mutex;
 constinit std::array<CIniFile*, CIniCache::CAPACITY> s_Files = {};  // the last used one first
-static_assert(std::is_trivially_destructible_v<std::mutex>);
 
 // The file at `path` as it is now, moved to the front; null if it is missing or unreadable.
 const CIniFile* Current(const char* path) {
@@ -41,12 +38,8 @@ const CIniFile* Current(const char* path) {
     return s_Files.front();
 }
 
-// The child of a host that forks while another thread asks must not find the lock taken by a thread
-// that it does not have. The C library forgets this when the library is unloaded.
-__attribute__((constructor)) void KeepForksApart() {
-    const auto lock = [] { s_Mutex.lock(); };
-    const auto unlock = [] { s_Mutex.unlock(); };
-    pthread_atfork(lock, unlock, unlock);
+__attribute__((constructor)) void PrepareForForks() {
+    KeepFreeInForks<s_Mutex>();
 }
 
 __attribute__((destructor)) void ClearOnUnload() {

@@ -10,12 +10,16 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <numeric>
 
 #include "comlib/CUniqueFd.h"
+#include "comlib/ForkLock.h"
 #include "util/Kernel.h"
+#include "util/Printable.h"
 
 namespace comlib {
 namespace {
@@ -52,18 +56,6 @@ bool IsControl(char c) {
     return IsBetween(c, 0, 0x1f) || c == 0x7f || IsBetween(c, 0x80, 0x9f);
 }
 
-// Characters that show as nothing or turn the direction of others: U+061C, U+200B to U+200F, U+2028
-// to U+202E, U+2060 to U+206F, U+FEFF.
-bool IsHiding(std::string_view character) {
-    if (character.starts_with("\xe2\x80")) {
-        return IsBetween(character[2], 0x8b, 0x8f) || IsBetween(character[2], 0xa8, 0xae);
-    }
-    if (character.starts_with("\xe2\x81")) {
-        return IsBetween(character[2], 0xa0, 0xaf);
-    }
-    return character == "\xd8\x9c" || character == "\xef\xbb\xbf";
-}
-
 // The first character of `text` in UTF-8; its first byte if that begins none.
 std::string_view FirstCharacter(std::string_view text) {
     size_t size = 1;
@@ -81,11 +73,18 @@ std::string_view FirstCharacter(std::string_view text) {
     return isWhole ? character : text.substr(0, 1);
 }
 
-// What must not reach a terminal: controls, U+0080 to U+009F included, and what hides others.
+// The number of a character of two bytes or more.
+std::uint32_t CodeOf(std::string_view character) {
+    std::uint32_t code = static_cast<unsigned char>(character[0]) & (0x7FU >> character.size());
+    for (const char c : character.substr(1)) {
+        code = (code << 6U) | (static_cast<unsigned char>(c) & 0x3FU);
+    }
+    return code;
+}
+
+// What must not reach a terminal: controls, and what hides others.
 bool NeedsEscapes(std::string_view character) {
-    return character.size() == 1
-               ? IsControl(character[0])
-               : IsHiding(character) || (character[0] == '\xc2' && IsControl(character[1]));
+    return character.size() == 1 ? IsControl(character[0]) : !util::IsPrintable(CodeOf(character));
 }
 
 // Writes the visible form of one byte: "\n", "\r", "\t" or "\x1b".
@@ -210,6 +209,13 @@ void WriteOnce(int fd, std::string_view line) {
     }
 }
 
+// Around syslog(), whose own lock would stay taken in the child of a host that forks meanwhile.
+constinit std::mutex s_SyslogMutex;
+
+__attribute__((constructor)) void PrepareForForks() {
+    KeepFreeInForks<s_SyslogMutex>();
+}
+
 // Whether nobody else could have prepared the open file: a regular one with no second name, a pipe
 // or a character device, root's or the host's user's.
 bool IsOwn(int fd) {
@@ -290,6 +296,7 @@ void CTraceLine::WriteToSyslog() const {
         return;
     }
     *PutVisible(text, m_Message) = '\0';
+    const std::lock_guard<std::mutex> lock(s_SyslogMutex);
     // No openlog() and no facility: identity, facility and options stay the host's.
     syslog(InfoOf(m_Level).m_Priority, "%s: %s", m_Module, text);
 }

@@ -61,7 +61,7 @@ bool CMSRAID_CtrlInfoGetter::CountControllers(const std::string& command, const 
         QOR_TRACE(RESULT, "No RAID controller is found.");
         return true;
     }
-    std::ifstream stream;
+    CResultStream stream;
     if (!OpenReport(file.Path(), stream)) {
         return false;
     }

@@ -5,7 +5,6 @@
 #include <cstdio>
 
 #include "cli/CMSRAID_KRZ.h"
-#include "cli/ResultFile.h"
 #include "plugin/Trace.h"
 
 namespace {
@@ -15,9 +14,15 @@ constexpr const char* ERR_REPORT_NOT_READ = "03";
 constexpr const char* ERR_REPORT_NOT_UNDERSTOOD = "04";
 constexpr const char* ERR_TIMEOUT = "05";
 constexpr size_t NAME_BUFFER_SIZE = 768;
-// Half a gigabyte for the items of one getter: of 16 MB of usual lines and of tables of SMART data.
+// Half a gigabyte for the items of one request: of 16 MB of usual lines and of tables of SMART
+// data.
 constexpr size_t ITEM_MEMORY = size_t{512} << 20;
 constexpr size_t MEMORY_OF_EMPTY_ITEM = 200;  // about, with either kind of std::string
+
+size_t MemoryOfItem(const std::string& parentName, const std::string& itemName,
+                    const std::string& itemValue) {
+    return MEMORY_OF_EMPTY_ITEM + parentName.size() + itemName.size() + itemValue.size();
+}
 
 }  // namespace
 
@@ -55,7 +60,7 @@ bool CMSRAID_InfoGetter::_GetInfo(const std::string& command, std::list<CItemDis
 
 bool CMSRAID_InfoGetter::ParseReport(const std::string& path, const std::string& command,
                                      std::list<CItemDisp*>& out) {
-    std::ifstream stream;
+    CResultStream stream;
     if (!OpenReport(path, stream)) {
         return false;
     }
@@ -85,29 +90,30 @@ void CMSRAID_InfoGetter::NoteRunFailure(unsigned int result, const std::string& 
     m_ErrDetail = command;
 }
 
-bool CMSRAID_InfoGetter::OpenReport(const std::string& path, std::ifstream& stream) {
+bool CMSRAID_InfoGetter::OpenReport(const std::string& path, CResultStream& stream) {
     if (IsTooLarge(path)) {
         return RefuseAsTooLarge(path);
     }
-    stream.open(path);
-    if (!stream) {
+    const bool isOpen = stream.Open(path);
+    if (!isOpen) {
         NoteUnreadableReport(path);
     }
-    return stream.is_open();
+    return isOpen;
 }
 
 bool CMSRAID_InfoGetter::IsReadToTheEnd(const std::string& path, const std::ifstream& stream) {
     if (stream.bad()) {
         NoteUnreadableReport(path);
+        return false;
     }
-    return !stream.bad();
+    return !IsTooLarge(path) || RefuseAsTooLarge(path);
 }
 
 ItemPosition CMSRAID_InfoGetter::InsertItem(std::list<CItemDisp*>& list, ItemPosition position,
                                             const std::string& parentName,
                                             const std::string& itemName,
                                             const std::string& itemValue, EItemFlag flag) {
-    TakeMemory(MEMORY_OF_EMPTY_ITEM + parentName.size() + itemName.size() + itemValue.size());
+    TakeMemory(MemoryOfItem(parentName, itemName, itemValue));
     return ::InsertItem(list, position, parentName, itemName, itemValue, flag);
 }
 
@@ -118,9 +124,15 @@ ItemPosition CMSRAID_InfoGetter::AddItem(std::list<CItemDisp*>& list, const std:
 }
 
 void CMSRAID_InfoGetter::TakeMemory(size_t bytes) {
-    m_ItemMemory += bytes;
-    if (m_ItemMemory > ITEM_MEMORY) {
+    *m_CountedMemory += bytes;
+    if (*m_CountedMemory > ITEM_MEMORY) {
         throw CReportTooLarge();
+    }
+}
+
+void CMSRAID_InfoGetter::CountAlso(const std::list<CItemDisp*>& items) {
+    for (const CItemDisp* item : items) {
+        *m_CountedMemory += MemoryOfItem(item->ParentName(), item->ItemName(), item->ItemValue());
     }
 }
 

@@ -19,6 +19,7 @@
 #include <list>
 #include <string>
 
+#include "cli/ResultFile.h"
 #include "getters/Text.h"
 #include "plugin/ItemList.h"
 
@@ -79,6 +80,11 @@ public:
     // A path for one result file, never the same twice. Makes the directory.
     static std::string GetRsltFilePath();
 
+    // Counts what the reports take together with those of `other`, which must live as long, and
+    // with what `items` take.
+    void CountTogetherWith(CMSRAID_InfoGetter& other) { m_CountedMemory = other.m_CountedMemory; }
+    void CountAlso(const std::list<CItemDisp*>& items);
+
     // What the last failures were: two-character codes, the latest first; and the tool command.
     const std::string& ErrCode() const { return m_ErrCode; }
     const std::string& ErrDetail() const { return m_ErrDetail; }
@@ -89,9 +95,9 @@ protected:
     // Takes note of a tool run that failed with a code of CMSRAID_KRZ.
     void NoteRunFailure(unsigned int result, const std::string& command);
     // Opens the report of a run; takes note if that fails.
-    bool OpenReport(const std::string& path, std::ifstream& stream);
+    bool OpenReport(const std::string& path, CResultStream& stream);
     // To be asked when the report at `path` has been read: false, and takes note, if reading failed
-    // before its end. Half a report must not pass for a whole one.
+    // before its end or it has become too large. Half a report must not pass for a whole one.
     bool IsReadToTheEnd(const std::string& path, const std::ifstream& stream);
     // Reads the next line of a section, trimmed. False at the empty line or the end of the report.
     bool ReadSectionLine(std::ifstream& stream, std::string& line);
@@ -104,7 +110,7 @@ protected:
     // The name of the current section item, the parent of what follows.
     const std::string& CurTitleName() const { return (*m_CurTitle)->ItemName(); }
     // As the functions of this name make an item and put it into the list. Throw CReportTooLarge
-    // where the items of this getter's reports would take more than ITEM_MEMORY.
+    // where the items of the request's reports would take more than ITEM_MEMORY.
     ItemPosition InsertItem(std::list<CItemDisp*>& list, ItemPosition position,
                             const std::string& parentName, const std::string& itemName,
                             const std::string& itemValue, EItemFlag flag = EItemFlag::Shown);
@@ -136,8 +142,9 @@ private:
     bool ParseReport(const std::string& path, const std::string& command,
                      std::list<CItemDisp*>& out);
 
-    size_t m_ItemMemory = 0;  // about what the items of all reports so far take
-    std::string m_Value;      // of the last key/value line, kept for its memory
+    size_t m_ItemMemory = 0;                  // about what the items of all reports so far take
+    size_t* m_CountedMemory = &m_ItemMemory;  // may be another getter's
+    std::string m_Value;                      // of the last key/value line, kept for its memory
 };
 
 template <class OnItem>

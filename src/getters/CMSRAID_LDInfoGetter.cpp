@@ -42,7 +42,7 @@ bool CMSRAID_LDInfoGetter::GetPDRGNo(long ctrlNo, std::map<long, std::string>& m
         NoteRunFailure(run, command);
         return false;
     }
-    std::ifstream stream;
+    CResultStream stream;
     if (!OpenReport(file.Path(), stream)) {
         return false;
     }

@@ -79,6 +79,7 @@ bool CMSRAID_PDInfoGetter::GetInfo(long ctrlNo, std::list<CItemDisp*>& out) {
     const CTraceScope trace("CMSRAID_PDInfoGetter::GetInfo");
     m_MapRGNo.clear();
     CMSRAID_LDInfoGetter ldGetter;
+    ldGetter.CountTogetherWith(*this);
     if (!ldGetter.GetPDRGNo(ctrlNo, m_MapRGNo)) {
         QOR_TRACE(FAILURE, "CMSRAID_LDInfoGetter::GetPDRGNo is FAILED (ret=%08x).", 0U);
         m_ErrCode = ldGetter.ErrCode();

@@ -92,6 +92,8 @@ bool CollectControllers(ItemList& holding, ItemList& list, CResultTexts& texts) 
     CMSRAID_CtrlInfoGetter ctrlGetter;
     CMSRAID_LDInfoGetter ldGetter;
     CMSRAID_PDInfoGetter pdGetter(version);
+    ldGetter.CountTogetherWith(ctrlGetter);
+    pdGetter.CountTogetherWith(ctrlGetter);
     CheckVersion(version, texts.notice);
 
     char countByte = 0;
@@ -141,6 +143,7 @@ std::optional<bool> CollectPCIeSSDs(ItemList& holding, ItemList& list, CResultTe
         QOR_TRACE(SKIP, "Skip getting PCIe SSD Information because KRZ is old.");
         return std::nullopt;
     }
+    getter.CountAlso(list);
     if (!getter.GetInfo(holding)) {
         QOR_TRACE(FAILURE, "CMSRAID_PCIeSSDInfoGetter::GetInfo is FAILED (ret=%08x).", 0U);
         texts.TakeFrom(getter);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <fstream>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -70,7 +69,7 @@ std::int64_t AddClamped(std::int64_t left, std::int64_t right) {
 
 std::int64_t CountDisks(const std::string& path, std::string_view countKey) {
     std::int64_t disks = 0;
-    std::ifstream file(path);
+    CResultStream file(path);
     for (std::string line; std::getline(file, line);) {
         if (line.find(countKey) != std::string::npos) {
             // The count is read behind where the key stands when it begins the line.

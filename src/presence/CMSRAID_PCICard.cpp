@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "base/ServerPaths.h"
+#include "cli/ResultFile.h"
 #include "plugin/Trace.h"
+#include "util/Kernel.h"
 
 namespace {
 
@@ -26,6 +28,13 @@ constexpr size_t INI_VALUE_SIZE = 256;
 // Supported whatever the ini file holds.
 constexpr const char* BUILT_IN_SSD_VENDOR = "VEN_1AED";
 constexpr const char* BUILT_IN_SSD_DEVICE = "DEV_2001";
+
+// What is read: an open of a pipe would wait, a device may have no end.
+bool IsBoundedFile(const char* path) {
+    struct stat status = {};
+    return util::GetStatus(path, status) && S_ISREG(status.st_mode) &&
+           status.st_size <= FILE_SIZE_LIMIT;
+}
 
 std::string ReadIniValue(const std::string& path, const std::string& key) {
     std::array<char, INI_VALUE_SIZE> value = {};
@@ -76,6 +85,9 @@ bool CMSRAID_PCICard::GetPresentPCIList(std::list<std::string>* list) {
     list->clear();
     if (!CFileUtility::IsFileExist(DEVICE_LIST_PATH)) {
         COsInfo().makeDeviceInfo();
+    }
+    if (!IsBoundedFile(DEVICE_LIST_PATH)) {
+        return true;
     }
     std::ifstream file(DEVICE_LIST_PATH);
     file.imbue(std::locale::classic());  // what a word is must not be the host's choice

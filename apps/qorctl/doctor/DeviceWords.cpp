@@ -1,5 +1,6 @@
 #include "doctor/DeviceWords.h"
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 
@@ -32,9 +33,13 @@ std::vector<CDeviceWord> ReadDeviceWords(const std::string& text) {
 }
 
 std::optional<std::vector<CDeviceWord>> ReadDeviceList() {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(DEVICE_LIST_PATH, error)) {
+        return std::nullopt;  // a pipe would be waited for
+    }
     std::ifstream file(DEVICE_LIST_PATH, std::ios::binary);
     std::string text;
-    std::getline(file, text, '\0');  // iterators throw where reading fails: in a directory
+    std::getline(file, text, '\0');
     const bool wasRead = file.is_open() && !file.bad();
     return wasRead ? std::make_optional(ReadDeviceWords(text)) : std::nullopt;
 }

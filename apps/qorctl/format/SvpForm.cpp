@@ -18,7 +18,8 @@ constexpr uint64_t ITEM_SIZE_FIELDS = 3;
 constexpr uint64_t LOW_8 = 0xFF;
 constexpr uint64_t LOW_16 = 0xFFFF;
 constexpr uint64_t LOW_32 = 0xFFFFFFFF;
-constexpr size_t NAME_COLUMNS = 28;  // the longest label that is usual, indented
+constexpr size_t MAX_ENTRIES = 1000000;  // more than the plug-in's largest form has
+constexpr size_t NAME_COLUMNS = 28;      // the longest label that is usual, indented
 
 // The value of a hexadecimal digit, or -1.
 int DigitValue(char character) {
@@ -219,6 +220,9 @@ bool CSvpDecoder::ReadItems(uint64_t sum, size_t depth) {
 // `left` is what the section's size leaves for this item and those behind it.
 bool CSvpDecoder::ReadItem(uint64_t& left, size_t depth) {
     const size_t start = m_Position;
+    if (m_Entries.size() >= MAX_ENTRIES) {
+        return Fail(start, fmt::format("there are more than {} entries", MAX_ENTRIES));
+    }
     uint64_t labelSize = 0;
     uint64_t valueSize = 0;
     std::string label;

@@ -11,6 +11,29 @@ using CJson = nlohmann::json;
 constexpr const char* FORMAT = "qorctl-health-state";
 constexpr int VERSION = 1;
 
+// Stops the parser at what no state has, which would take a hundred times its size in memory.
+class CStateShape {
+public:
+    static bool null() { return true; }
+    static bool boolean(bool) { return true; }
+    static bool number_integer(CJson::number_integer_t) { return true; }
+    static bool number_unsigned(CJson::number_unsigned_t) { return true; }
+    static bool number_float(CJson::number_float_t, const std::string&) { return true; }
+    static bool string(const std::string&) { return true; }
+    static bool binary(const CJson::binary_t&) { return true; }
+    static bool key(const std::string&) { return true; }
+    static bool start_array(size_t) { return false; }
+    static bool end_array() { return false; }
+    static bool parse_error(size_t, const std::string&, const CJson::exception&) { return false; }
+    bool start_object(size_t) { return ++m_Depth <= DEEPEST; }
+    bool end_object() { return m_Depth-- > 0; }
+
+private:
+    static constexpr int DEEPEST = 5;  // a counter of the counters of a drive of the drives
+
+    int m_Depth = 0;
+};
+
 // The member's value when it is a whole number that is not negative; nothing otherwise.
 std::optional<uint64_t> Number(const CJson& object, const char* name) {
     const auto found = object.find(name);
@@ -79,6 +102,10 @@ CJson FormatCounter(const CCounterRecord& counter) {
 }  // namespace
 
 std::optional<CCounterHistory> CCounterHistory::Parse(const std::string& text) {
+    CStateShape shape;
+    if (!CJson::sax_parse(text, &shape)) {
+        return std::nullopt;
+    }
     const CJson json = CJson::parse(text, nullptr, false);
     const CJson* drives = IsOurForm(json) ? Object(json, "drives") : nullptr;
     if (drives == nullptr) {

@@ -1,7 +1,9 @@
 #include "host/ToolRun.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -16,27 +18,43 @@ namespace {
 
 constexpr std::string_view VERSION_KEY = "Product Version";
 
-// A file in memory. Other processes of the same user reach it by its path while this object lives.
-class CMemoryFile {
+constexpr const char* FOLDER = "/var/tmp";
+constexpr mode_t OWNER_ONLY = 0600;
+constexpr size_t MAX_OUTPUT = size_t{64} << 20;
+
+// In memory only where no disk takes it: a tool that prints without end would fill the machine's.
+int OpenNamelessFile() {
+    const int fd = open(FOLDER, O_TMPFILE | O_RDWR | O_CLOEXEC, OWNER_ONLY);
+    return fd >= 0 ? fd : memfd_create("qorctl-tool-output", MFD_CLOEXEC);
+}
+
+// A file without a name. Other processes of the same user reach it by its path while this object
+// lives.
+class CNamelessFile {
 public:
-    CMemoryFile() : m_Fd(memfd_create("qorctl-tool-output", MFD_CLOEXEC)) {}
-    ~CMemoryFile() {
+    CNamelessFile() : m_Fd(OpenNamelessFile()) {}
+    ~CNamelessFile() {
         if (m_Fd >= 0) {
             close(m_Fd);
         }
     }
-    CMemoryFile(const CMemoryFile&) = delete;  // one owner of the descriptor
-    CMemoryFile& operator=(const CMemoryFile&) = delete;
+    CNamelessFile(const CNamelessFile&) = delete;  // one owner of the descriptor
+    CNamelessFile& operator=(const CNamelessFile&) = delete;
 
     bool IsOpen() const { return m_Fd >= 0; }
     std::string Path() const { return fmt::format("/proc/{}/fd/{}", getpid(), m_Fd); }
-    std::string Read() const;
+    std::string Read(std::string& problem) const;
 
 private:
     int m_Fd;
 };
 
-std::string CMemoryFile::Read() const {
+std::string CNamelessFile::Read(std::string& problem) const {
+    struct stat status = {};
+    if (fstat(m_Fd, &status) != 0 || static_cast<size_t>(status.st_size) > MAX_OUTPUT) {
+        problem = fmt::format("the RAID tool printed more than {} MiB", MAX_OUTPUT >> 20U);
+        return "";
+    }
     std::string text;
     std::array<char, 65536> block;
     ssize_t count = 0;
@@ -50,7 +68,7 @@ std::string CMemoryFile::Read() const {
 
 CToolRun RunTool(const CPluginLibrary& library, const std::string& command) {
     CToolRun run;
-    const CMemoryFile file;
+    const CNamelessFile file;
     if (!file.IsOpen()) {
         run.problem = fmt::format("no file for the tool's output: {}", std::strerror(errno));
         return run;
@@ -62,7 +80,9 @@ CToolRun RunTool(const CPluginLibrary& library, const std::string& command) {
                 return true;
             }});
     run.problem = answer.IsAnswered() ? "" : answer.messages.back().text;
-    run.output = file.Read();
+    if (run.problem.empty()) {
+        run.output = file.Read(run.problem);
+    }
     return run;
 }
 

@@ -20,14 +20,15 @@ enum class EToolResult : unsigned int {
 };
 
 struct CToolRun {
-    std::string problem;  // not empty: the plug-in was not asked or threw; the rest means nothing
+    std::string problem;  // not empty: the rest means nothing
     EToolResult result = EToolResult::NOT_RUN;
     unsigned long status = 0;  // the tool's exit status; 255 when no run completed
     std::string output;        // its standard output and standard error, in order
 };
 
-// Runs `command` ("krzcli -v"), which the plug-in hands to a shell. The output goes to a file in
-// memory that has no name in any directory, so that it vanishes however this program ends.
+// Runs `command` ("krzcli -v"), which the plug-in hands to a shell. The output goes to a file that
+// has no name in any directory, so that it vanishes however this program ends. More than 64 MiB are
+// a problem.
 CToolRun RunTool(const CPluginLibrary& library, const std::string& command);
 
 // A result in words, without the command.

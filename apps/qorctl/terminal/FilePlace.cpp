@@ -20,6 +20,10 @@ constexpr int MAX_LINKS = 40;  // as the kernel has it
 
 enum class EStep { ON, FOUND, FAILED };
 
+bool MayOthersWrite(const struct stat& directory) {
+    return (directory.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+}
+
 // One walk along a path.
 class CPathWalk {
 public:
@@ -36,6 +40,7 @@ private:
     bool Begin();
     EStep Step();
     EStep Enter(CDescriptor object);
+    bool IsTrustedLink(uid_t owner) const;
     bool Follow(const CDescriptor& link, uid_t owner);
     bool Fail(std::string problem);
     bool FailBySystem(int error) { return Fail(std::strerror(error)); }
@@ -118,8 +123,18 @@ EStep CPathWalk::Enter(CDescriptor object) {
     return EStep::FAILED;
 }
 
+// The owner of "/" is root, whatever its number in this user namespace is. Without a number of its
+// own it shares one with everybody else.
+bool CPathWalk::IsTrustedLink(uid_t owner) const {
+    struct stat root = {};
+    struct stat directory = {};
+    return IsTrustedOwner(owner) ||
+           (stat("/", &root) == 0 && owner == root.st_uid &&
+            fstat(m_Directory.Get(), &directory) == 0 && !MayOthersWrite(directory));
+}
+
 bool CPathWalk::Follow(const CDescriptor& link, uid_t owner) {
-    if (!IsTrustedOwner(owner)) {
+    if (!IsTrustedLink(owner)) {
         return Fail(m_Name + " is a symbolic link of another user");
     }
     if (++m_Links > MAX_LINKS) {
@@ -137,8 +152,7 @@ bool CPathWalk::Follow(const CDescriptor& link, uid_t owner) {
 }  // namespace
 
 bool IsTrustedOwner(uid_t owner) {
-    struct stat root = {};
-    return owner == 0 || owner == geteuid() || (stat("/", &root) == 0 && owner == root.st_uid);
+    return owner == 0 || owner == geteuid();
 }
 
 std::optional<CFilePlace> CFilePlace::Find(const std::string& path, ELastLink lastLink,
@@ -159,9 +173,7 @@ std::string CFilePlace::Danger() const {
     if (!IsTrustedOwner(status.st_uid)) {
         return "its directory is not safe: it belongs to another user";
     }
-    return (status.st_mode & (S_IWGRP | S_IWOTH)) != 0
-               ? "its directory is not safe: other users may write in it"
-               : "";
+    return MayOthersWrite(status) ? "its directory is not safe: other users may write in it" : "";
 }
 
 }  // namespace qorctl

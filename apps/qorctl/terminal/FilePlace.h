@@ -5,6 +5,10 @@
 // root or to the caller. What is done by directory and name afterwards happens in that directory,
 // whatever happens to the path meanwhile.
 //
+// In a user namespace without the system's root, root and all other users look like one. There,
+// what may be root's counts as another user's, except a link in a directory that others may not
+// write into: those of the system ("/var/run") are such.
+//
 // Owner: the object holds the directory. Thread rule: one thread at a time.
 #ifndef QORCTL_TERMINAL_FILEPLACE_H
 #define QORCTL_TERMINAL_FILEPLACE_H
@@ -18,8 +22,7 @@
 
 namespace qorctl {
 
-// Whether what belongs to `owner` was put there by root or the caller. In a user namespace that
-// has no root of the system, root is who owns "/".
+// Whether what belongs to `owner` was put there by root or the caller.
 bool IsTrustedOwner(uid_t owner);
 
 // What a path that ends at a symbolic link means.

@@ -3,8 +3,10 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
+#include <signal.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -24,7 +26,8 @@ namespace {
 constexpr mode_t ANY_MODE = 0666;
 constexpr mode_t PRIVATE_MODE = 0600;
 constexpr mode_t KEPT_MODE = 0755;
-constexpr mode_t KEPT_OF_ANOTHER_GROUP = 0705;
+constexpr mode_t KEPT_FOR_OTHERS = 0705;  // all but the group's
+constexpr const char* ACCESS_LIST = "system.posix_acl_access";
 constexpr int NEW_FILE_FLAGS = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
 constexpr int IN_PLACE_FLAGS = O_WRONLY | O_NONBLOCK | O_NOFOLLOW | O_NOCTTY | O_CLOEXEC;
 constexpr int MAX_NAMES = 100;           // tries for a name that is not taken
@@ -34,6 +37,22 @@ constexpr int READER_PATIENCE = 10'000;  // milliseconds for a reader to take so
 constexpr std::string_view STANDARD_OUTPUT = "/dev/stdout";
 constexpr std::string_view STANDARD_ERROR = "/dev/stderr";
 constexpr std::string_view DESCRIPTOR_FOLDERS[] = {"/dev/fd/", "/proc/self/fd/"};
+
+// While there is an object, signals wait: one that ends the program would leave a temporary file.
+class CSignalDelay {
+public:
+    CSignalDelay() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &m_Before);
+    }
+    ~CSignalDelay() { pthread_sigmask(SIG_SETMASK, &m_Before, nullptr); }
+    CSignalDelay(const CSignalDelay&) = delete;  // stands for the state of one thread
+    CSignalDelay& operator=(const CSignalDelay&) = delete;
+
+private:
+    sigset_t m_Before = {};
+};
 
 std::string ErrorText() {
     return std::strerror(errno);
@@ -86,13 +105,6 @@ bool WriteAsItStands(int fd, const std::string& text, std::string& problem) {
     return false;
 }
 
-// The umask can only be read by setting it.
-mode_t NewFileMode() {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return ANY_MODE & ~mask;
-}
-
 // What is at the place; nothing when there is nothing.
 std::optional<struct stat> StatusOf(const CFilePlace& place) {
     struct stat status = {};
@@ -101,15 +113,25 @@ std::optional<struct stat> StatusOf(const CFilePlace& place) {
                : std::nullopt;
 }
 
-// Another user's file lends no rights: that user could have prepared it.
-mode_t KeptMode(const CFilePlace& place, int newFile) {
+// The file that is about to be replaced. Another user's lends no rights: that user could have
+// prepared it.
+std::optional<struct stat> OldFile(const CFilePlace& place) {
     const std::optional<struct stat> old = StatusOf(place);
-    if (!old || !S_ISREG(old->st_mode) || old->st_uid != geteuid()) {
-        return NewFileMode();
-    }
+    return old && S_ISREG(old->st_mode) && old->st_uid == geteuid() ? old : std::nullopt;
+}
+
+// Where users are listed, the group's bits are the most that the list gives, not the group's
+// rights. A file that cannot be read to see that counts as one with a list.
+bool ListsUsers(const CFilePlace& place) {
+    const CDescriptor fd(openat(place.Directory(), place.Name().c_str(),
+                                O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    return !fd.IsOpen() || fgetxattr(fd.Get(), ACCESS_LIST, nullptr, 0) >= 0;
+}
+
+mode_t KeptMode(const CFilePlace& place, const struct stat& old, int newFile) {
     struct stat created = {};
-    const bool sameGroup = fstat(newFile, &created) == 0 && created.st_gid == old->st_gid;
-    return old->st_mode & (sameGroup ? KEPT_MODE : KEPT_OF_ANOTHER_GROUP);
+    const bool sameGroup = fstat(newFile, &created) == 0 && created.st_gid == old.st_gid;
+    return old.st_mode & (sameGroup && !ListsUsers(place) ? KEPT_MODE : KEPT_FOR_OTHERS);
 }
 
 bool WriteInPlace(const CFilePlace& place, const std::string& text, std::string& problem) {
@@ -134,8 +156,8 @@ bool WriteInPlace(const CFilePlace& place, const std::string& text, std::string&
     return problem.empty();
 }
 
-// A new, empty file of mode 0600 beside the place; its name in `name`.
-CDescriptor MakeTemporary(const CFilePlace& place, std::string& name) {
+// A new, empty file beside the place; its name in `name`.
+CDescriptor MakeTemporary(const CFilePlace& place, mode_t mode, std::string& name) {
     CDescriptor fd;
     for (int i = 0; i < MAX_NAMES && !fd.IsOpen() && (i == 0 || errno == EEXIST); ++i) {
         uint64_t number = 0;
@@ -143,7 +165,7 @@ CDescriptor MakeTemporary(const CFilePlace& place, std::string& name) {
             break;
         }
         name = fmt::format(".qorctl-{:016x}", number);
-        fd = CDescriptor(openat(place.Directory(), name.c_str(), NEW_FILE_FLAGS, PRIVATE_MODE));
+        fd = CDescriptor(openat(place.Directory(), name.c_str(), NEW_FILE_FLAGS, mode));
     }
     return fd;
 }
@@ -157,23 +179,40 @@ void SyncDirectory(const CFilePlace& place) {
     }
 }
 
-bool Fill(CDescriptor& fd, const CFilePlace& place, const std::string& text, EFileMode mode) {
-    return WriteAll(fd.Get(), text) &&
-           fchmod(fd.Get(),
-                  mode == EFileMode::PRIVATE ? PRIVATE_MODE : KeptMode(place, fd.Get())) == 0 &&
-           fsync(fd.Get()) == 0 && fd.Close();
+bool Fill(CDescriptor& fd, const std::string& text) {
+    return WriteAll(fd.Get(), text) && fsync(fd.Get()) == 0 && fd.Close();
+}
+
+// A file that replaces none of the caller's gets the rights that the system gives a new one, by the
+// umask or by what the directory says about new files.
+CDescriptor MakeWithRights(const CFilePlace& place, EFileMode mode, std::string& name) {
+    const std::optional<struct stat> old = OldFile(place);
+    if (mode == EFileMode::KEPT && !old) {
+        return MakeTemporary(place, ANY_MODE, name);
+    }
+    CDescriptor fd = MakeTemporary(place, PRIVATE_MODE, name);
+    const mode_t kept =
+        mode == EFileMode::PRIVATE || !fd.IsOpen() ? PRIVATE_MODE : KeptMode(place, *old, fd.Get());
+    if (fd.IsOpen() && fchmod(fd.Get(), kept) != 0) {
+        const int error = errno;
+        unlinkat(place.Directory(), name.c_str(), 0);
+        errno = error;
+        return CDescriptor();
+    }
+    return fd;
 }
 
 bool Replace(const CFilePlace& place, const std::string& text, EFileMode mode,
              std::string& problem) {
+    const CSignalDelay delay;
     std::string temporary;
-    CDescriptor fd = MakeTemporary(place, temporary);
+    CDescriptor fd = MakeWithRights(place, mode, temporary);
     if (!fd.IsOpen()) {
         problem = ErrorText();
         return false;
     }
-    if (Fill(fd, place, text, mode) && renameat(place.Directory(), temporary.c_str(),
-                                                place.Directory(), place.Name().c_str()) == 0) {
+    if (Fill(fd, text) && renameat(place.Directory(), temporary.c_str(), place.Directory(),
+                                   place.Name().c_str()) == 0) {
         SyncDirectory(place);
         return true;
     }

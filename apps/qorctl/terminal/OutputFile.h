@@ -9,8 +9,9 @@
 namespace qorctl {
 
 enum class EFileMode {
-    // 0666 and the umask. Of an old file of the caller's: its rights to read, write and execute,
-    // without those of others to write, and those of its group only where the new file has it too.
+    // As any new file: 0666 and the umask, or what the directory's access control list says. Of an
+    // old file of the caller's: its rights to read, write and execute, without those of others to
+    // write, and those of its group only where the new file has it too and the old one had no list.
     KEPT,
     PRIVATE,  // 0600
 };
@@ -23,6 +24,8 @@ enum class EFileMode {
 // nothing is waited for but a reader that is there, for ten seconds. What is a terminal gets a text
 // that is safe for it. "/dev/stdout", "/dev/stderr", "/dev/fd/N" and "/proc/self/fd/N" mean the
 // descriptor that the program was given, without a look at the file system.
+//
+// A signal to end takes effect when a file is replaced or as it was.
 //
 // Returns true on success; otherwise sets `problem` to the reason, path included: the temporary
 // file is gone and a regular file is as it was.

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <iterator>
 
+#include "util/Printable.h"
+
 namespace qorctl {
 namespace {
 
@@ -32,27 +34,6 @@ constexpr std::array<CLeadByte, 4> LEAD_BYTES = {{
     {0xE0, 0xC0, 2, 0x80},
     {0xF0, 0xE0, 3, 0x800},
     {0xF8, 0xF0, 4, 0x10000},
-}};
-
-struct CRange {
-    uint32_t first;
-    uint32_t last;
-};
-
-constexpr std::array<CRange, 13> UNPRINTABLE = {{
-    {0x00, 0x1F},          // control characters
-    {0x7F, 0x9F},          // delete, and the second set of control characters
-    {0xAD, 0xAD},          // soft hyphen
-    {0x61C, 0x61C},        // a mark that reorders text
-    {0x180B, 0x180F},      // without width
-    {0x200B, 0x200F},      // without width, and marks that reorder text
-    {0x2028, 0x202E},      // line separators, and marks that reorder text
-    {0x2060, 0x206F},      // without width, and marks that reorder text
-    {0xD800, 0xDFFF},      // surrogates, invalid in UTF-8
-    {0xFEFF, 0xFEFF},      // byte order mark
-    {0xFFF9, 0xFFFB},      // annotations
-    {0xFFFE, 0xFFFF},      // no characters
-    {0xE0000, 0xFFFFFFFF}  // tags, private use, and beyond the character set
 }};
 
 unsigned char ByteAt(std::string_view text, size_t position) {
@@ -83,12 +64,7 @@ CCharacter FirstCharacter(std::string_view text) {
 }
 
 bool IsPrintable(uint32_t code, const CTextStyle& style) {
-    if (code > 0x7E && !style.utf8) {
-        return false;
-    }
-    return std::none_of(UNPRINTABLE.begin(), UNPRINTABLE.end(), [code](const CRange& range) {
-        return code >= range.first && code <= range.last;
-    });
+    return (code <= 0x7E || style.utf8) && util::IsPrintable(code);
 }
 
 void AppendEscaped(std::string& out, unsigned char byte) {

@@ -15,7 +15,7 @@
 #include "ItemText.h"
 #include "LoadedPluginFixture.h"
 #include "QorctlProcess.h"
-#include "SvpForm.h"
+#include "format/SvpForm.h"
 
 namespace {
 

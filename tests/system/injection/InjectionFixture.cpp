@@ -176,10 +176,19 @@ bool HasCall(const CTrial& trial, Predicate predicate) {
     return std::any_of(trial.record.calls.begin(), trial.record.calls.end(), predicate);
 }
 
-bool MayLackRaid(const CTrial& trial) {
-    return HasCall(trial, [](const CCall& call) {
-        return IsDeviceListUnread(call) || IsIniUnread(call, RAID_INI);
+// Each look for devices asks twice: whether the list is there, and what it is.
+bool IsDeviceListUnseen(const CTrial& trial) {
+    size_t asked = 0;
+    return HasCall(trial, [&asked](const CCall& call) {
+        return call.function == "stat" && call.text == DEVICE_LIST && ++asked % 2 == 0 &&
+               call.error != 0;
     });
+}
+
+bool MayLackRaid(const CTrial& trial) {
+    return IsDeviceListUnseen(trial) || HasCall(trial, [](const CCall& call) {
+               return IsDeviceListUnread(call) || IsIniUnread(call, RAID_INI);
+           });
 }
 
 // What a tool run, or the reading of its report, comes to grief by.
@@ -214,7 +223,8 @@ bool IsFirstLineUnread(const CTrial& trial) {
 }
 
 bool MayLackSsds(const CTrial& trial) {
-    return IsVersionForSsdsUnread(trial) || HasCall(trial, [](const CCall& call) {
+    return IsVersionForSsdsUnread(trial) || IsDeviceListUnseen(trial) ||
+           HasCall(trial, [](const CCall& call) {
                return IsDeviceListUnread(call) || IsIniUnread(call, SSD_INI);
            });
 }

@@ -71,7 +71,7 @@ TEST_F(HostMemory, LackOfMemoryIsToldAndPasses) {
     plugin->FreeItemList(&again.items);
 }
 
-// What GetRAIDInfo does with no more than `room` bytes.
+// What GetStorageInfo does with no more than `room` bytes.
 class CAnswerInRoom {
 public:
     CAnswerInRoom(const CLoadedPlugin& plugin, rlim_t room, rlim_t inUse) {
@@ -80,8 +80,8 @@ public:
         const rlimit low = {inUse + room, before.rlim_max};
         setrlimit(RLIMIT_AS, &low);
         try {
-            m_Answer.result = plugin->GetRAIDInfo(&m_Answer.items, &m_Answer.errorCode,
-                                                  &m_Answer.noticeCode, &m_Answer.errorDetail);
+            m_Answer.result = plugin->GetStorageInfo(&m_Answer.items, &m_Answer.errorCode,
+                                                     &m_Answer.noticeCode, &m_Answer.errorDetail);
         } catch (const std::bad_alloc&) {
             m_Thrown = true;
         }
@@ -96,8 +96,8 @@ public:
 };
 
 // A report of `lines` lines, most of them as short as those that become items can be.
-void WriteReportOfLines(size_t lines) {
-    const std::string path = "/opt/tarmica/reports/-ctrlinfo -a0";
+void WriteReportOfLines(size_t lines, const std::string& arguments = "-ctrlinfo -a0") {
+    const std::string path = "/opt/tarmica/reports/" + arguments;
     std::string report = qortest::ReadFile(path);
     const auto there = static_cast<size_t>(std::count(report.begin(), report.end(), '\n'));
     for (size_t i = there; i < lines; ++i) {
@@ -126,6 +126,29 @@ TEST_F(HostMemory, LargestReportTakesHalfAGigabyte) {
 
 TEST_F(HostMemory, ReportOfMoreItemsTakesNoMore) {
     WriteReportOfLines(5'000'000);
+    setenv("QOR_TRACE", "none", 1);
+    const CLoadedPlugin plugin;
+    const CAnswerInRoom answer(plugin, 640UL << 20, AddressSpaceInUse());
+    EXPECT_FALSE(answer.m_Thrown);
+    EXPECT_EQ(answer.m_Answer.errorCode, "04");
+}
+
+TEST_F(HostMemory, AllReportsOfARequestTakeNoMoreTogether) {
+    WriteReportOfLines(900'000, "-ctrlinfo -a0");
+    WriteReportOfLines(900'000, "-ldpdinfo -a0");
+    WriteReportOfLines(900'000, "-pdinfo -nosmart -a0");
+    setenv("QOR_TRACE", "none", 1);
+    const CLoadedPlugin plugin;
+    const CAnswerInRoom answer(plugin, 640UL << 20, AddressSpaceInUse());
+    EXPECT_FALSE(answer.m_Thrown);
+    EXPECT_EQ(answer.m_Answer.errorCode, "04");
+}
+
+TEST_F(HostMemory, ReportOnSsdsTakesWhatTheOthersLeft) {
+    qortest::WriteFile(qortest::DEVICE_LIST,
+                       "02:00.0_1000:005d_0000_02\n03:00.0_1aed:2001_0000_00\n");
+    WriteReportOfLines(1'400'000, "-ctrlinfo -a0");
+    WriteReportOfLines(1'400'000, "-pssdinfo -aAll");
     setenv("QOR_TRACE", "none", 1);
     const CLoadedPlugin plugin;
     const CAnswerInRoom answer(plugin, 640UL << 20, AddressSpaceInUse());

@@ -306,6 +306,13 @@ TEST_F(DoctorTest, DeviceListThatIsADirectoryIsAFailure) {
               "WARN not examined: there is no device list");
 }
 
+TEST_F(DoctorTest, DeviceListThatIsAPipeIsNotWaitedFor) {
+    fs::remove(DEVICE_LIST);
+    ASSERT_EQ(mkfifo(DEVICE_LIST, 0600), 0);
+    EXPECT_EQ(Finding("devices", "device list"),
+              "FAIL /opt/tarmica/qor/kam/work/devices.tmp holds no device, or may not be read");
+}
+
 TEST_F(DoctorTest, DeviceListThatIsNotTrueIsToBeMadeAgain) {
     WriteFile(DEVICE_LIST, std::string(CARD) + "06:00.0_8086:1522_0000_01\n");
     EXPECT_EQ(CheckIn(Report(), "devices", "live PCI bus")["remedy"], MAKE_AGAIN);

@@ -1,6 +1,7 @@
 // `qorctl exec` with the real plug-in and a scripted tool, and every result with a stand-in.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/mount.h>
 
 #include "QorctlFixture.h"
 #include "StandInTool.h"
@@ -89,10 +90,39 @@ TEST_F(ExecCommandTest, WordsAreJoinedAndTheShellReadsThem) {
     EXPECT_THAT(Run({"exec", "--help"}).out, HasSubstr("NOTHING IS QUOTED"));
 }
 
+TEST_F(ExecCommandTest, OutputBeyondTheLimitIsNotTaken) {
+    qortest::CStandInTool tool;
+    tool.Play("-v", {.run = "head -c 67108864 /dev/zero"});
+    EXPECT_EQ(Exec({"krzcli", "-v"}).out.size(), 67108864U);
+    tool.Play("-v", {.run = "head -c 67108865 /dev/zero"});
+    const CQorctlOutcome outcome = Exec({"krzcli", "-v"});
+    EXPECT_EQ(outcome.status, 125);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.err, "qorctl: the RAID tool printed more than 64 MiB\n");
+}
+
+// A folder for the output, with mount options of the test's choice.
+class CVarTmp {
+public:
+    explicit CVarTmp(unsigned long options) {
+        EXPECT_EQ(mount("none", "/var/tmp", "tmpfs", options, nullptr), 0);
+    }
+    ~CVarTmp() { umount2("/var/tmp", MNT_DETACH); }
+    CVarTmp(const CVarTmp&) = delete;  // one mount
+    CVarTmp& operator=(const CVarTmp&) = delete;
+};
+
 TEST_F(ExecCommandTest, NoFileIsLeftInAnyDirectory) {
     qortest::CStandInTool tool;
-    tool.Play("-v", {.run = "ls -l /proc/$$/fd/1 | sed 's/.* -> //'"});
+    const char* const where = "ls -l /proc/$$/fd/1 | sed 's/.* -> //; s/[0-9][0-9]*/N/'";
     m_Environment["TMPDIR"] = "/opt/tarmica/nowhere";
+    {
+        const CVarTmp writable(0);
+        tool.Play("-v", {.run = where});
+        EXPECT_EQ(Exec({"krzcli", "-v"}).out, "/var/tmp/#N (deleted)\n");
+    }
+    const CVarTmp readOnly(MS_RDONLY);
+    tool.Play("-v", {.run = where});
     EXPECT_EQ(Exec({"krzcli", "-v"}).out, "/memfd:qorctl-tool-output (deleted)\n");
 }
 

@@ -96,4 +96,20 @@ TEST_F(SimulatedServerTest, MissingToolWithAnSsdAndNoDrivesIsAFailureInEveryForm
     EXPECT_EQ(document["error_code"], "02");
 }
 
+// Some schedulers start what they run with SIGCHLD ignored, and the kernel then forgets how a child
+// ended.
+TEST_F(SimulatedServerTest, IgnoredChildSignalOfTheCallerDoesNoHarm) {
+    const std::string ignoring = PYTHON
+        " -c 'import os, signal, sys; signal.signal(signal.SIGCHLD, signal.SIG_IGN); "
+        "os.execv(sys.argv[1], sys.argv[1:])' " QORCTL_PROGRAM " ";
+    for (const std::string verb : {"raid", "check", "exec -- krzcli -v"}) {
+        const CEnd end = Shell("failed-drive", "cd " + Folder().string() + "; " + ignoring + verb +
+                                                   " > got; echo $?; qorctl " + verb +
+                                                   " > whole; echo $?; cmp got whole");
+        const qortest::CStrings statuses = qortest::Lines(end.out);
+        ASSERT_EQ(statuses.size(), 2U) << verb << end.err;
+        EXPECT_EQ(statuses[0], statuses[1]) << verb;
+    }
+}
+
 }  // namespace

@@ -27,8 +27,8 @@ using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr const char* ENTER = "\x1b[?1049h\x1b[?25l";
-constexpr const char* LEAVE = "\x1b[?25h\x1b[?1049l";
+constexpr const char* ENTER = "\x1b[?1049h\x1b[?25l\x1b[?7l";
+constexpr const char* LEAVE = "\x1b[?7h\x1b[?25h\x1b[?1049l";
 constexpr int PATIENCE = 60000;  // milliseconds; a broken program is given up after that
 
 std::vector<CRecord> Drive(const std::string& state) {

@@ -212,6 +212,58 @@ TEST_P(CHostileProfileTest, EventsOfALargeHostAreBounded) {
     EXPECT_THAT(end.err, HasSubstr(": there are too many events for a host of this size\n"));
 }
 
+json SmartRows(size_t count) {
+    json rows = json::array();
+    for (size_t i = 0; i < count; ++i) {
+        rows.push_back({{"name", "row " + std::to_string(i)}, {"value", "1"}, {"threshold", "1"}});
+    }
+    return rows;
+}
+
+// The profile with `count` drives of its first drive's model, which has `rows` SMART rows.
+json HostOfManyRows(json profile, size_t count, size_t rows) {
+    json& controller = profile["controllers"][0];
+    controller["groups"] = json::array();
+    json drive = controller["drives"][0];
+    drive.erase("smart");
+    drive["use"] = "Unassigned";
+    profile["driveModels"][drive["model"].get<std::string>()]["smart"] = SmartRows(rows);
+    controller["drives"] = json::array();
+    for (size_t i = 0; i < count; ++i) {
+        drive["no"] = i;
+        drive["slot"] = i;
+        controller["drives"].push_back(drive);
+    }
+    return profile;
+}
+
+// Each drive has the rows of its model for itself: a small profile would take gigabytes.
+TEST_P(CHostileProfileTest, RowsOfModelsDoNotFillTheMemory) {
+    const json profile = HostOfManyRows(ShippedProfile("small"), 1, 256);
+    const auto model = profile["controllers"][0]["drives"][0]["model"].get<std::string>();
+    ExpectRefusedProfile(profile, "/driveModels/" + model + ": there are more than 255 SMART rows");
+    ExpectRefusedProfile(HostOfManyRows(ShippedProfile("small"), 1961, 255),
+                         "/controllers/0/drives/1960/model: the drives have more than 500000 SMART "
+                         "rows together");
+    WriteFile(Profile(), HostOfManyRows(ShippedProfile("small"), 100, 255).dump());
+    EXPECT_EQ(Show(Profile()).status, 0);
+}
+
+// What is added to a report stands in it for each drive.
+TEST_P(CHostileProfileTest, AdditionsDoNotFillTheMemory) {
+    json profile = HostOfManyRows(ShippedProfile("small"), 1000, 1);
+    json keys = json::object();
+    for (int i = 0; i < 1000; ++i) {
+        keys["key " + std::to_string(i)] = std::string(100, 'x');
+    }
+    profile["tool"]["additions"] =
+        json::array({{{"report", "pdinfo"}, {"section", "General Information"}, {"keys", keys}}});
+    WriteFile(Profile(), profile.dump());
+    const CEnd end = Qorsim({"show", Profile(), "--report", "krzcli -pdinfo -aAll"});
+    EXPECT_EQ(end.status, 0);
+    EXPECT_EQ(end.out, "Error - The report is longer than 64 MiB.\n");
+}
+
 TEST_P(CHostileProfileTest, NumberOfValuesIsBounded) {
     ExpectRefusedProfile({{"tool", json(1000000, 0)}}, "must not hold more than 1000000 values");
 }
@@ -225,6 +277,22 @@ TEST_P(CHostileProfileTest, NamesAreMadeVisible) {
     WriteFile(path, R"({"tool": {"version": "5.5"}})");
     EXPECT_EQ(Qorsim({"validate", path}).out,
               (Folder() / "set/").string() + "\\x1b[2J.json: valid\n");
+}
+
+TEST_P(CHostileProfileTest, ProfileIsShownSafelyOnATerminal) {
+    json profile = ShippedProfile("small");
+    profile["description"] = "\u009b31m \u202e \U000e0041 \ufe0f \u3164 caf\u00e9";
+    profile["tool"]["version"] = "7.0\u009b2J";
+    WriteFile(Profile(), profile.dump());
+    const auto show = [&](const std::string& options) {
+        return RunProgram({"script", "-qec", QORSIM_PROGRAM " show " + Profile() + options,
+                           Folder() / "typescript"})
+            .out;
+    };
+    EXPECT_THAT(show(""), HasSubstr("\"\\xc2\\x9b31m \\xe2\\x80\\xae \\xf3\\xa0\\x81\\x81 "
+                                    "\\xef\\xb8\\x8f \\xe3\\x85\\xa4 caf\u00e9\""));
+    EXPECT_THAT(show(" --report 'krzcli -v'"), HasSubstr("Product Version : 7.0\\xc2\\x9b2J\r\n"));
+    EXPECT_EQ(Qorsim({"show", Profile()}).out, profile.dump(2) + "\n");
 }
 
 // A program that is not told where it stands does not look for its data where it is called.

@@ -151,6 +151,11 @@ TEST_P(CHostileRecordingTest, SizesAreBounded) {
     fs::resize_file(Recording() / "calls/large", 1U << 30);
     WriteFile(Recording() / "index.json", Index(Call("calls/large")).dump());
     ExpectNoReport("calls/large", "it is larger than 64 MiB");
+    fs::resize_file(Recording() / "calls/large", (64U << 20) + 1);
+    json call = Call("calls/1.out");
+    call["err"] = "calls/large";
+    WriteFile(Recording() / "index.json", Index(call).dump());
+    ExpectNoReport("calls/large", "it is larger than 64 MiB");
     fs::resize_file(Recording() / "index.json", 1U << 30);
     const CEnd end = ReplayWhatIsThere({"true"});
     EXPECT_EQ(end.status, 125);
@@ -185,11 +190,19 @@ TEST_P(CHostileRecordingTest, NumbersAreThoseOfACall) {
     const std::string problem =
         "/calls/0: \"status\" is 0 to 255, \"signal\" a deadly one, \"milliseconds\" 0 to "
         "4294967295";
-    const std::pair<const char*, json> rows[] = {
-        {"status", -1},         {"status", 256},      {"status", 4294967296},
-        {"status", 1U << 31},   {"signal", 0},        {"signal", -9},
-        {"signal", 19},         {"signal", 17},       {"signal", 65},
-        {"signal", 4294967305}, {"milliseconds", -1}, {"milliseconds", 18446744073709551615U}};
+    const std::pair<const char*, json> rows[] = {{"status", -1},
+                                                 {"status", 256},
+                                                 {"status", 4294967296},
+                                                 {"status", 1U << 31},
+                                                 {"signal", 0},
+                                                 {"signal", -9},
+                                                 {"signal", 19},
+                                                 {"signal", 17},
+                                                 {"signal", 65},
+                                                 {"signal", 4294967305},
+                                                 {"milliseconds", -1},
+                                                 {"milliseconds", 18446744073709551615U},
+                                                 {"milliseconds", 4294967296}};
     for (const auto& [key, value] : rows) {
         json call = Call("calls/1.out");
         call[key] = value;
@@ -232,6 +245,10 @@ TEST_P(CHostileRecordingTest, NamesAreMadeVisible) {
     EXPECT_EQ(end.err, "qorsim: cannot play back: cannot read " +
                            (Recording() / "calls/1.").string() +
                            "\\x1b[2J: No such file or directory\n");
+    const CEnd unrecorded = Replay(Index(Call("calls/1.out")), {KRZCLI, "\x1b[2J"});
+    EXPECT_EQ(unrecorded.err,
+              "krzcli: this command line was not recorded: krzcli \\x1b[2J\n"
+              "qorsim: these command lines were not recorded:\nkrzcli \\x1b[2J\n");
 }
 
 TEST_P(CHostileRecordingTest, LongNameIsCutInAMessage) {
@@ -286,6 +303,14 @@ TEST_F(CPreparedFolderTest, NewFolderIsItsMakersOnly) {
          "umask 0; exec " QORSIM_PROGRAM " record --host small " + Recording() + " -- true"});
     EXPECT_EQ(end.status, 0) << end.err;
     EXPECT_EQ(fs::status(Recording()).permissions() & fs::perms(022), fs::perms::none);
+}
+
+TEST_F(CPreparedFolderTest, FolderMayBeInTheCurrentOne) {
+    const CEnd end = RunProgram(
+        {"sh", "-c", "cd \"$0\" && exec " QORSIM_PROGRAM " record --host small recording -- true",
+         Folder().string()});
+    EXPECT_EQ(end.status, 0) << end.err;
+    EXPECT_TRUE(fs::exists(fs::path(Recording()) / "index.json"));
 }
 
 // Whoever can write into the folder after all does it while the command runs.

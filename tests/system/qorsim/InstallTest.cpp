@@ -70,16 +70,14 @@ TEST_F(CInstallTest, MissingToolsAreAbsent) {
 TEST_F(CInstallTest, TargetThatIsNotEmptyIsLeftAlone) {
     const fs::path root = Folder() / "root";
     WriteFile(root / "opt" / "mine", "text");
-    ExpectRefused(Install(root, "small"), root.string() +
-                                              " is not empty; name a directory that is, or is to "
-                                              "be made");
+    ExpectRefused(Install(root, "small"), root.string() + " is not empty: name a new directory");
     EXPECT_EQ(Tree("cd " + root.string()), ".\n./opt\n./opt/mine\n");
 }
 
 TEST_F(CInstallTest, FileAsTargetIsRefused) {
     WriteFile(Folder() / "file", "");
     const CEnd end = Install(Folder() / "file", "small");
-    ExpectRefused(end, "cannot create " + (Folder() / "file").string() + ": File exists");
+    ExpectRefused(end, "cannot open " + (Folder() / "file").string() + ": Not a directory");
 }
 
 TEST_F(CInstallTest, TargetInAMissingDirectoryIsRefused) {
@@ -87,6 +85,46 @@ TEST_F(CInstallTest, TargetInAMissingDirectoryIsRefused) {
         Install(Folder() / "none" / "root", "small"),
         "cannot create " + (Folder() / "none/root").string() + ": No such file or directory");
     EXPECT_FALSE(fs::exists(Folder() / "none"));
+}
+
+TEST_F(CInstallTest, DirectoryThatOthersMayWriteIntoIsRefused) {
+    const fs::path root = Folder() / "root";
+    for (const auto mode : {0777, 0775, 01777}) {
+        fs::create_directory(root);
+        fs::permissions(root, fs::perms(mode));
+        ExpectRefused(Install(root, "small"),
+                      "others may write into " + root.string() + ": name a new directory");
+        EXPECT_TRUE(fs::is_empty(root));
+    }
+}
+
+// Who owns it could lead what is written elsewhere.
+TEST_F(CInstallTest, DirectoryOfAnotherUserIsRefused) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can give a folder away";
+    }
+    const fs::path root = Folder() / "root";
+    fs::create_directory(root);
+    ASSERT_EQ(chown(root.c_str(), 65534, 65534), 0);
+    ExpectRefused(Install(root, "small"),
+                  root.string() + " belongs to another user: name a new directory");
+    EXPECT_TRUE(fs::is_empty(root));
+}
+
+TEST_F(CInstallTest, LinkIsNotFollowed) {
+    fs::create_directory(Folder() / "elsewhere");
+    fs::create_symlink("elsewhere", Folder() / "root");
+    ExpectRefused(Install(Folder() / "root", "small"),
+                  "cannot open " + (Folder() / "root").string() + ": Not a directory");
+    EXPECT_TRUE(fs::is_empty(Folder() / "elsewhere"));
+}
+
+TEST_F(CInstallTest, DirectoryMayBeInTheCurrentOne) {
+    const CEnd end =
+        RunProgram({"sh", "-c", "cd \"$0\" && " QORSIM_PROGRAM " install root --host small",
+                    Folder().string()});
+    EXPECT_EQ(end.status, 0) << end.err;
+    EXPECT_TRUE(fs::exists(Folder() / "root/opt/tarmica/krz/cli/krzcli"));
 }
 
 TEST_F(CInstallTest, MistakeInTheProfileMakesNothing) {
@@ -102,8 +140,9 @@ TEST_F(CInstallTest, FailureHalfWayLeavesNothing) {
                                 root.string() + " --host small";
     const CEnd made = RunProgram({"sh", "-c", limited});
     EXPECT_EQ(made.status, 1);
-    EXPECT_THAT(made.err, testing::StartsWith("qorsim: cannot copy this program to " +
-                                              root.string() + "/opt/tarmica/krz/qorsim: "));
+    EXPECT_THAT(made.err, testing::StartsWith("qorsim: " + root.string() +
+                                              ": cannot copy this program to "
+                                              "./opt/tarmica/krz/qorsim: "));
     EXPECT_FALSE(fs::exists(root));
     fs::create_directory(root);
     EXPECT_EQ(RunProgram({"sh", "-c", limited}).status, 1);

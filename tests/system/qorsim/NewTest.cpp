@@ -1,9 +1,11 @@
 // "qorsim new": generated hosts.
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <map>
 #include <set>
+#include <utility>
 
 #include "SimFixture.h"
 
@@ -47,6 +49,53 @@ TEST_F(CNewTest, SmallGeneratedHostIsAsEver) {
 
 TEST_F(CNewTest, OutputFileHoldsTheSameBytes) {
     EXPECT_EQ(ReadFile(Write("3", "100")), New("3", "100", "1").out);
+}
+
+// In a directory like /tmp somebody else may have put it there.
+TEST_F(CNewTest, PreparedOutputFileIsNotWrittenTo) {
+    const std::string file = Folder() / "host.json";
+    const std::string precious = Folder() / "precious";
+    const std::pair<std::string, std::string> rows[] = {
+        {"ln -s precious host.json", "it is a symbolic link"},
+        {"ln precious host.json", "it has a second name"},
+        {"mkfifo host.json", "No such device or address"},
+        {"mkfifo host.json; exec 3<> host.json", "it is no regular file"},
+    };
+    for (const auto& [prepare, problem] : rows) {
+        WriteFile(precious, "precious");
+        const CEnd end = RunProgram({"sh", "-c",
+                                     "cd \"$0\" && rm -f host.json && " + prepare +
+                                         " && exec timeout 20 " QORSIM_PROGRAM
+                                         " new --controllers 1 --drives 1 --seed 1 --output \"$1\"",
+                                     Folder().string(), file});
+        EXPECT_EQ(end.status, 1) << prepare;
+        EXPECT_EQ(end.err, "qorsim: cannot write " + file + ": " + problem + "\n");
+        EXPECT_EQ(ReadFile(precious), "precious") << prepare;
+    }
+}
+
+TEST_F(CNewTest, OutputFileOfAnotherUserIsNotWrittenTo) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can give a file away";
+    }
+    const std::string file = Folder() / "host.json";
+    WriteFile(file, "prepared");
+    ASSERT_EQ(chown(file.c_str(), 65534, 65534), 0);
+    const CEnd end =
+        Qorsim({"new", "--controllers", "1", "--drives", "1", "--seed", "1", "--output", file});
+    EXPECT_EQ(end.status, 1);
+    EXPECT_EQ(end.err, "qorsim: cannot write " + file + ": it belongs to another user\n");
+    EXPECT_EQ(ReadFile(file), "prepared");
+}
+
+TEST_F(CNewTest, CurrentDirectoryThatWasRemovedIsAFailure) {
+    const CEnd end =
+        RunProgram({"sh", "-c",
+                    "cd \"$0\" && mkdir gone && cd gone && rmdir ../gone && exec " QORSIM_PROGRAM
+                    " new --controllers 1 --drives 1 --seed 1 --output host.json",
+                    Folder().string()});
+    EXPECT_EQ(end.status, 1);
+    EXPECT_EQ(end.err, "qorsim: cannot write host.json: No such file or directory\n");
 }
 
 TEST_F(CNewTest, OutputFileMayBeInTheCurrentDirectory) {
@@ -156,6 +205,9 @@ TEST_F(CNewTest, NumbersBeyondTheLimitsAreRefused) {
                 HasSubstr("--drives: must be a number from 0 to 10000, is 10001\n"));
     EXPECT_THAT(New("1", "1", "one").err, HasSubstr("--seed"));
     EXPECT_EQ(New("1", "1", "18446744073709551615").status, 0);
+    EXPECT_EQ(New("1", "1", "010").out, New("1", "1", "10").out);
+    EXPECT_THAT(New("1", "1", "0x10").err,
+                HasSubstr("must be a number from 0 to 18446744073709551615, is 0x10\n"));
 }
 
 }  // namespace

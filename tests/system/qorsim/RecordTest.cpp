@@ -227,6 +227,18 @@ TEST_F(CRecordTest, RedactionReplacesIdentifiersEverywhere) {
     EXPECT_THAT(lines[5], testing::MatchesRegex("Serial = [0-68-9]"));
 }
 
+// At each place of a text all lengths of identifiers are tried.
+TEST_F(CRecordTest, RedactionIsLinearWhateverTheIdentifiers) {
+    InstallTool(
+        "awk 'BEGIN { for (i = 0; i < 4000; ++i) { word = word \"a\"; print \"Serial : \" word }\n"
+        "for (i = 0; i < 20000; ++i) print \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx\" "
+        "}'\n");
+    const CEnd end = RunProgram({"timeout", "-k", "1", "60", QORSIM_PROGRAM, "record", Recording(),
+                                 "--redact", "--", KRZCLI, "-v"});
+    EXPECT_EQ(end.status, 0);
+    EXPECT_THAT(Everything(), Not(HasSubstr(std::string(20, 'a'))));
+}
+
 TEST_F(CRecordTest, RedactedServerHasNoneOfItsIdentifiers) {
     const CStrings qorctl = {QORCTL_PROGRAM, "raid", "--plugin", QOR_PLUGIN_PATH};
     const CEnd plain = RunOn("large", qorctl);

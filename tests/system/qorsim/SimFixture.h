@@ -23,6 +23,9 @@ struct CEnd {
 // or one whose filter of system calls does not know that call.
 enum class EKernel { whole, withoutOpenat2, forbidsOpenat2 };
 
+// Puts this process on such a kernel for good; false if that cannot be.
+bool Enter(EKernel kernel);
+
 // Runs a program and reads its output to the end, that of its descendants included.
 CEnd RunProgram(const CStrings& command, EKernel kernel = EKernel::whole);
 

@@ -1,6 +1,7 @@
 #include <dlfcn.h>
 #include <pthread.h>
 #include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 
@@ -65,6 +66,20 @@ TEST_F(CChildStartTest, DirectoryComesBeforeTheOutput) {
                   {.directory = DIR.c_str(), .output = "out.txt", .environment = environ}),
               0);
     EXPECT_EQ(ReadFile(OUT), "out\n" + DIR + "\n");
+}
+
+// A mount point cannot be removed.
+TEST_F(CChildStartTest, OutputThatCannotBeMadeAnewIsNotWrittenTo) {
+    const std::string victim = DIR + "/victim.txt";
+    WriteFile(victim, "text");
+    WriteFile(OUT, "");
+    ASSERT_EQ(mount(victim.c_str(), OUT.c_str(), nullptr, MS_BIND, nullptr), 0);
+    const CChildStart start = StartChild(
+        "echo out", {.output = OUT.c_str(), .opening = EFileOpening::Anew, .environment = environ});
+    EXPECT_EQ(start.failed, EChildStep::Output);
+    EXPECT_EQ(start.error, EEXIST);
+    ASSERT_EQ(umount(OUT.c_str()), 0);
+    EXPECT_EQ(ReadFile(victim), "text");
 }
 
 TEST_F(CChildStartTest, ErrorsFollowTheOutputWhereTheyAreToldTo) {
@@ -251,6 +266,18 @@ TEST_F(CChildStartTest, ProcessThatCannotBeMadeIsTold) {
                   }
                   const CChildStart start = StartChild("true", {.environment = environ});
                   return start.failed == EChildStep::Process && start.error == EPERM ? 0 : 1;
+              }),
+              0);
+}
+
+TEST_F(CChildStartTest, DescriptorsThatCannotBeListedToTheEndKeepTheCommandFromBeingRun) {
+    EXPECT_EQ(RunAsAnotherHost([] {
+                  if (!RefuseSystemCall(SYS_close_range, ENOSYS) ||
+                      !RefuseSystemCall(SYS_getdents64, EIO)) {
+                      return 2;
+                  }
+                  const CChildStart start = StartChild("true", {.environment = environ});
+                  return start.failed == EChildStep::Seclusion ? 0 : 1;
               }),
               0);
 }

@@ -1,3 +1,6 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "FakeComLib.h"
 #include "PrivateServerFixture.h"
 #include "cli/ResultFile.h"
@@ -81,6 +84,28 @@ TEST_F(CResultFileTest, FileIsOutOfReachWhereOnlyItsUserWrites) {
         fs::permissions(directory, fs::perms(mode));
         EXPECT_FALSE(IsOutOfOthersReach(FILE_PATH)) << mode;
     }
+}
+
+// Links of root's are followed: what counts is who owns the place that they lead to.
+TEST_F(CResultFileTest, LinkLeadsToADirectoryOfItsOwner) {
+    constexpr uid_t NOBODY = 65534;
+    const fs::path directory = "/opt/tarmica/place";
+    fs::create_directory(directory);
+    fs::create_symlink(directory, fs::path(FILE_PATH).parent_path());
+    EXPECT_TRUE(IsOutOfOthersReach(FILE_PATH));
+    if (chown(directory.c_str(), NOBODY, NOBODY) != 0) {
+        GTEST_SKIP() << "only root can give a directory away";
+    }
+    EXPECT_FALSE(IsOutOfOthersReach(FILE_PATH));
+}
+
+TEST_F(CResultFileTest, SixteenMebibytesAreNotTooLarge) {
+    constexpr off_t LIMIT = off_t{16} << 20;
+    WriteFile(FILE_PATH, "");
+    ASSERT_EQ(truncate(FILE_PATH.c_str(), LIMIT), 0);
+    EXPECT_FALSE(IsTooLarge(FILE_PATH));
+    ASSERT_EQ(truncate(FILE_PATH.c_str(), LIMIT + 1), 0);
+    EXPECT_TRUE(IsTooLarge(FILE_PATH));
 }
 
 TEST_F(CResultFileTest, FileWithoutADirectoryIsNobodys) {

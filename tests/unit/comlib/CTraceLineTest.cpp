@@ -100,12 +100,22 @@ TEST_F(CTraceLineTest, CharactersThatHideWhatIsThereAreMadeVisible) {
         "Module FLOW \\xd8\\x9c \\xe2\\x80\\x8b \\xe2\\x80\\x8e\\xe2\\x80\\x8f "
         "\\xe2\\x80\\xa8\\xe2\\x80\\xa9\\xe2\\x80\\xaa\\xe2\\x80\\xae "
         "\\xe2\\x81\\xa0\\xe2\\x81\\xa6\\xe2\\x81\\xa9 \\xef\\xbb\\xbf\n");
+    EXPECT_EQ(
+        Written(CTraceUtility::TRACE_DBG_FLOW, "\u00ad \u180e \u3164 \ufe0f \uffa0 \U000e0041"),
+        "Module FLOW \\xc2\\xad \\xe1\\xa0\\x8e \\xe3\\x85\\xa4 \\xef\\xb8\\x8f "
+        "\\xef\\xbe\\xa0 \\xf3\\xa0\\x81\\x81\n");
+    EXPECT_EQ(Written(CTraceUtility::TRACE_DBG_FLOW,
+                      "\u00ad \u180b\u180f \u206f \ufff9\ufffb \U000e0000\U000e0041\U000e0fff"),
+              "Module FLOW \\xc2\\xad \\xe1\\xa0\\x8b\\xe1\\xa0\\x8f \\xe2\\x81\\xaf "
+              "\\xef\\xbf\\xb9\\xef\\xbf\\xbb "
+              "\\xf3\\xa0\\x80\\x80\\xf3\\xa0\\x81\\x81\\xf3\\xa0\\xbf\\xbf\n");
 }
 
 TEST_F(CTraceLineTest, OtherBytesPass) {
     for (const std::string text :
          {"~ \\n \xa0\xff\xc3", "\u00a0\u00e4\u00c2\u061b\u200a\u2010\u2027",
-          "\u202f\u205f\u2070\u5185\ufefe\uff1a\U0001f5b4"}) {
+          "\u202f\u205f\u2070\u5185\ufefe\uff1a\U0001f5b4",
+          "\u00ac\u00ae\u180a\u1810\uffef\ufffc\U0002f800\U0003fffd"}) {
         EXPECT_EQ(Written(CTraceUtility::TRACE_DBG_FLOW, "%s", text.c_str()),
                   "Module FLOW " + text + "\n");
     }
@@ -144,6 +154,15 @@ TEST_F(CTraceLineTest, FileIsAppendedToAndNotForOthers) {
     struct stat status = {};
     ASSERT_EQ(stat(Path().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777 & ~0640U, 0U);
+}
+
+TEST_F(CTraceLineTest, ModeOfTheFileIsNotLeftToTheUmask) {
+    const mode_t before = umask(0);
+    CTraceLine("M", CTraceUtility::TRACE_DBG_FLOW).WriteToFile(Path().c_str());
+    umask(before);
+    struct stat status = {};
+    ASSERT_EQ(stat(Path().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640U);
 }
 
 // ---- a file that somebody else could have prepared ----

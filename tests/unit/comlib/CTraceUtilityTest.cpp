@@ -234,6 +234,20 @@ std::string Received(int socket) {
     return size < 0 ? "nothing" : std::string(text.data(), static_cast<size_t>(size));
 }
 
+// syslog() has a lock of the C library's. In an empty "/dev" no system log is filled.
+TEST_F(CTraceUtilityTest, ForkWhileThreadsTraceLeavesChildrenThatTrace) {
+    for (const std::string& trace : {std::string("syslog:31"), "file:" + Trace().string()}) {
+        SCOPED_TRACE(trace);
+        InChild([&trace] {
+            if (unshare(CLONE_NEWNS) != 0 || mount("none", "/dev", "tmpfs", 0, nullptr) != 0) {
+                _exit(1);
+            }
+            setenv("QOR_TRACE", trace.c_str(), 1);
+            execl(CALLER, CALLER, "fork-often", nullptr);
+        });
+    }
+}
+
 TEST_F(CTraceUtilityTest, SystemLogGetsTheMessageAtItsPriority) {
     const CUniqueFd log(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     InChild([&log] {

@@ -2,6 +2,7 @@
 #include <sys/mount.h>
 
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
@@ -51,7 +52,7 @@ std::vector<CRow> Rows(const ItemList& items) {
 }
 
 // The simplest getter: a title opens a section, any other line with a colon is a key and a value.
-// The line "throw" throws; "next" swallows the line behind it.
+// The line "throw" throws; "next" swallows the line behind it; "grow" makes the report larger.
 class CTestGetter : public CMSRAID_InfoGetter {
 public:
     explicit CTestGetter(const std::string& command = "krzcli -test -a%s") {
@@ -63,6 +64,12 @@ public:
         if (line == "throw") {
             AddItem(m_RaidList, "", "a name too long for a small buffer, so that a leak shows", "");
             throw std::runtime_error("out of a getter");
+        }
+        if (line == "grow") {
+            for (const auto& report :
+                 fs::directory_iterator(fs::path(OUTPUT_FILES).parent_path())) {
+                std::ofstream(report.path(), std::ios::app) << std::string(40'000'000, 'x');
+            }
         }
         if (line == "next") {
             return static_cast<bool>(std::getline(stream, line));
@@ -695,6 +702,20 @@ TEST_F(CHugeReportTest, SixteenMebibytesAreRead) {
 TEST_F(CHugeReportTest, MoreIsNotUnderstood) {
     EXPECT_FALSE(Read("truncate -s 16777217 /proc/self/fd/1"));
     ExpectRefusal();
+}
+
+// A process that the tool left behind goes on writing while the report is read.
+TEST_F(CHugeReportTest, WhatGrowsBeyondWhileItIsReadIsNotUnderstood) {
+    CStandInTool tool;
+    tool.Play("-test -a0", {.run = "echo grow; head -c 100000 /dev/zero"});
+    CTestGetter getter;
+    EXPECT_FALSE(getter.GetInfo(0, m_Items));
+    EXPECT_EQ(getter.ErrCode(), "04");
+    EXPECT_THAT(m_Items, IsEmpty());
+    EXPECT_THAT(getter.m_Lines, SizeIs(2));
+    EXPECT_LT(getter.m_Lines.back().size(), 17'000'000U);
+    EXPECT_THAT(FakeComLib().Traces(CTraceUtility::TRACE_DBG_FAILURE),
+                ElementsAre(testing::StartsWith("Result file is too large(/opt/tarmica/")));
 }
 
 TEST_F(CHugeReportTest, AMillionLinesAreRead) {

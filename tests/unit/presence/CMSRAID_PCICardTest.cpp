@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <locale>
 #include <stdexcept>
 #include <string>
@@ -56,6 +58,38 @@ protected:
         return Text(list);
     }
 };
+
+// --- what is no list ---
+
+class PCICardOddList : public PCICard {
+protected:
+    static void ExpectNoDevice() {
+        Texts list = {"left from before"};
+        EXPECT_TRUE(CMSRAID_PCICard::GetPresentPCIList(&list));
+        EXPECT_EQ(list, Texts{});
+    }
+};
+
+TEST_F(PCICardOddList, PipeIsNotWaitedFor) {
+    ASSERT_EQ(mkfifo(DEVICE_LIST, 0600), 0);
+    ExpectNoDevice();
+}
+
+TEST_F(PCICardOddList, DeviceWithoutAnEndIsNotRead) {
+    std::filesystem::create_symlink("/dev/zero", DEVICE_LIST);
+    ExpectNoDevice();
+}
+
+TEST_F(PCICardOddList, SixteenMebibytesAreRead) {
+    const std::string word = std::string(RAID_WORD) + " ";
+    constexpr size_t LIMIT = size_t{16} << 20;
+    WriteFile(DEVICE_LIST, word + std::string(LIMIT - word.size(), ' '));
+    Texts list;
+    EXPECT_TRUE(CMSRAID_PCICard::GetPresentPCIList(&list));
+    EXPECT_EQ(list, Texts{"VEN_1000&DEV_005D"});
+    WriteFile(DEVICE_LIST, word + std::string(LIMIT + 1 - word.size(), ' '));
+    ExpectNoDevice();
+}
 
 // --- the identifier of a device word ---
 

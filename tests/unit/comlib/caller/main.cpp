@@ -7,6 +7,10 @@
 //
 // Forks while another thread traces its first line; the child traces, too, within ten seconds.
 //
+// comlib_caller fork-often
+//
+// Forks 200 times while two threads trace line after line; all children trace, too.
+//
 // Exit status: 0; 1 if a call changed errno; 2 if one left a descriptor open.
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -39,7 +43,19 @@ std::string Text(const char* message, long number, size_t length) {
     return text;
 }
 
-}  // namespace
+// 0 if the child came back.
+int ForkAChildThatTraces() {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(10);
+        CTraceUtility::WriteDebug("Caller", CTraceUtility::TRACE_DBG_FLOW, "the child's");
+        CFileUtility::GetInstallPath(0);
+        _exit(0);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+}
 
 // 0 if the child came back.
 int ForkWhileAThreadTraces() {
@@ -51,22 +67,39 @@ int ForkWhileAThreadTraces() {
     while (!begun) {
     }
     usleep(2000);  // inside the reading of the settings, which takes tens of milliseconds
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(10);
-        CTraceUtility::WriteDebug("Caller", CTraceUtility::TRACE_DBG_FLOW, "the child's");
-        CFileUtility::GetInstallPath(0);
-        _exit(0);
-    }
-    int status = -1;
-    waitpid(child, &status, 0);
+    const int status = ForkAChildThatTraces();
     thread.join();
     return status;
 }
 
+// 0 if all children came back.
+int ForkWhileThreadsTrace() {
+    std::atomic<bool> stop{false};
+    const auto trace = [&stop] {
+        while (!stop) {
+            CTraceUtility::WriteDebug("Caller", CTraceUtility::TRACE_DBG_FLOW, "a line");
+        }
+    };
+    std::thread one(trace);
+    std::thread other(trace);
+    int status = 0;
+    for (int i = 0; i < 200 && status == 0; ++i) {
+        status = ForkAChildThatTraces();
+    }
+    stop = true;
+    one.join();
+    other.join();
+    return status;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     if (std::string_view(argv[1]) == "fork") {
         return ForkWhileAThreadTraces() == 0 ? 0 : 1;
+    }
+    if (std::string_view(argv[1]) == "fork-often") {
+        return ForkWhileThreadsTrace() == 0 ? 0 : 1;
     }
     const auto level = static_cast<CTraceUtility::TRACE_DBG_LEVEL>(std::atoi(argv[1]));
     const long count = argc > 3 ? std::atol(argv[3]) : 1;

@@ -74,6 +74,24 @@ TEST(SvpFormTest, FormIsShownInTheOrderOfItsBytesWithOffsets) {
     EXPECT_EQ(DecodeFields({}), DECODED);
 }
 
+// Entries take many times the bytes that they stand in.
+TEST(SvpFormTest, NumberOfEntriesIsBounded) {
+    std::string drive = "01bbff";  // 65,467 bytes: 3 and 9,352 times 7
+    for (int i = 0; i < 9352; ++i) {
+        drive += "0200020000";  // 7 bytes, each text without one of its own
+    }
+    CFields fields;
+    fields.drives = "ff";
+    fields.drivesOfController = "ff";
+    fields.driveNumber = "";
+    fields.driveSize = "";
+    fields.driveItem = "";
+    for (int i = 0; i < 255; ++i) {
+        fields.rest += drive;
+    }
+    EXPECT_THAT(DecodeFields(fields), HasSubstr(": there are more than 1000000 entries"));
+}
+
 TEST(SvpFormTest, FormWithoutControllersIsItsHeader) {
     EXPECT_EQ(Decode("00000000000000001000000000000000"),
               "       0  header\n"

@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "health/Counters.h"
 
@@ -121,6 +124,34 @@ TEST(HealthStateTest, WhatThisProgramDoesNotWriteIsRefused) {
         EXPECT_FALSE(CCounterHistory::Parse(text).has_value()) << text.substr(0, 200);
     }
     EXPECT_TRUE(CCounterHistory::Parse(head + "{}}").has_value());
+}
+
+// Memory that a refusal takes, in KiB; less than 0 when the text is not refused.
+long MemoryOfRefusal(const std::string& text) {
+    rusage before = {};
+    rusage after = {};
+    getrusage(RUSAGE_SELF, &before);
+    const bool isRefused = !CCounterHistory::Parse(text);
+    getrusage(RUSAGE_SELF, &after);
+    return isRefused ? after.ru_maxrss - before.ru_maxrss : -1;
+}
+
+TEST(HealthStateTest, NestedTextOfTheLargestSizeTakesLittleMemory) {
+    constexpr long MUCH = 100'000;  // KiB
+    for (const std::string part : {"[", "[0,", "{\"a\":"}) {
+        std::string text = "{\"drives\":";
+        while (text.size() < 16'000'000) {
+            text += part;
+        }
+        const pid_t child = fork();  // the most that a process ever had counts
+        if (child == 0) {
+            const long memory = MemoryOfRefusal(text);
+            _exit(memory >= 0 && memory < MUCH ? 0 : 1);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << part;
+    }
 }
 
 }  // namespace

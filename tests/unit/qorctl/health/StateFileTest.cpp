@@ -165,6 +165,29 @@ TEST_F(StateFileTest, WhatAnotherUserPutThereIsNotBelieved) {
               m_Path + ".lock: its directory is not safe: it belongs to another user");
 }
 
+// The lock stands beside the link, where nobody else may write.
+TEST_F(StateFileTest, LinkIntoADirectoryThatOthersMayWriteIntoIsNotRead) {
+    const fs::path open = "/opt/tarmica/open";
+    qortest::WriteFile(open / "health.json", "prepared");
+    fs::permissions(open, fs::perms(0775));
+    fs::create_symlink(open / "health.json", m_Path);
+    CStateFile file(m_Path);
+    EXPECT_EQ(file.Lock(), CStateFile::ELock::TAKEN);
+    std::string text;
+    EXPECT_EQ(file.Read(text), CStateFile::ERead::FAILED);
+    EXPECT_EQ(file.Problem(), m_Path + ": its directory is not safe: other users may write in it");
+}
+
+TEST_F(StateFileTest, LockThatAGroupOrOthersMayOpenIsMadeAnew) {
+    for (const mode_t mode : {0640U, 0620U, 0610U, 0604U, 0602U, 0601U}) {
+        qortest::WriteFile(m_Path + ".lock", "");
+        ASSERT_EQ(chmod((m_Path + ".lock").c_str(), mode), 0);
+        CStateFile file(m_Path);
+        EXPECT_EQ(file.Lock(), CStateFile::ELock::TAKEN);
+        EXPECT_EQ(ModeOf(m_Path + ".lock"), 0600U) << mode;
+    }
+}
+
 TEST_F(StateFileTest, LinkInPlaceOfTheLockIsNotFollowed) {
     fs::create_symlink("/opt/tarmica/victim", m_Path + ".lock");
     CStateFile file(m_Path);

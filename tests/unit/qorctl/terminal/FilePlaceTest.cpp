@@ -1,9 +1,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <functional>
 
 #include "PrivateServerFixture.h"
 #include "terminal/FilePlace.h"
@@ -37,6 +42,27 @@ protected:
         return CFilePlace::Find(m_Folder / "file", ELastLink::FOLLOWED, problem)->Danger();
     }
 
+    // Whether `isTrue` says so to an ordinary user in a namespace of its own, as that of a
+    // simulated server, in which all others look like one.
+    static bool IsTrueAmongStrangers(const std::function<bool()>& isTrue) {
+        const pid_t child = fork();
+        if (child == 0) {
+            const std::string map =
+                std::to_string(ORDINARY_USER) + " " + std::to_string(ORDINARY_USER) + " 1";
+            const bool entered = setresuid(ORDINARY_USER, ORDINARY_USER, ORDINARY_USER) == 0 &&
+                                 unshare(CLONE_NEWUSER) == 0 &&
+                                 prctl(PR_SET_DUMPABLE, 1) == 0;  // who may write the map
+            qortest::WriteFile("/proc/self/uid_map", map);
+            _exit(!entered || geteuid() != ORDINARY_USER ? NOT_ENTERED : isTrue() ? 0 : 1);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != NOT_ENTERED);
+        return status == 0;
+    }
+
+    static constexpr uid_t ORDINARY_USER = 12346;
+    static constexpr int NOT_ENTERED = 2;
     const fs::path m_Folder = "/opt/tarmica/place";
 };
 
@@ -94,6 +120,33 @@ TEST_F(FilePlaceTest, LinkOfAnotherUserIsNotFollowedAnywhereInThePath) {
     EXPECT_EQ(Found(m_Folder / "link/file"), given ? refused : "/opt/tarmica/place/a/file");
     EXPECT_EQ(Found(m_Folder / "link"), given ? refused : "/opt/tarmica/place/a");
     EXPECT_EQ(Found(m_Folder / "link", ELastLink::KEPT), "/opt/tarmica/place/link");
+}
+
+// Only root can make a link another's and be an ordinary user.
+TEST_F(FilePlaceTest, LinkOfAnotherUserIsNotTakenForRootsWhereTheyLookAlike) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can make links of several users";
+    }
+    fs::create_symlink("a", m_Folder / "link");
+    const auto isFollowed = [this] { return Found(m_Folder / "link/x") == m_Folder / "a/x"; };
+    EXPECT_TRUE(IsTrueAmongStrangers(isFollowed));  // root's, in root's directory
+    ASSERT_EQ(lchown((m_Folder / "link").c_str(), 12345, 12345), 0);
+    for (const auto mode : {01777, 0777, 0775}) {
+        fs::permissions(m_Folder, fs::perms(mode));
+        EXPECT_FALSE(IsTrueAmongStrangers(isFollowed)) << mode;
+    }
+}
+
+TEST_F(FilePlaceTest, OwnerThatMayBeAnybodyIsNotTrusted) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can become an ordinary user";
+    }
+    const auto isTrusted = [](const char* path) {
+        struct stat status = {};
+        return stat(path, &status) == 0 && qorctl::IsTrustedOwner(status.st_uid);
+    };
+    EXPECT_FALSE(IsTrueAmongStrangers([&] { return isTrusted("/"); }));
+    EXPECT_TRUE(isTrusted("/"));
 }
 
 TEST_F(FilePlaceTest, LinksOfTheSystemAreFollowedByEverybody) {

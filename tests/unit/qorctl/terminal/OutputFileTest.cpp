@@ -4,12 +4,17 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "PrivateServerFixture.h"
 #include "terminal/OutputFile.h"
@@ -55,6 +60,27 @@ protected:
         struct stat status = {};
         EXPECT_EQ(stat(path.c_str(), &status), 0);
         return status.st_mode & 07777;
+    }
+
+    // An access control list as the kernel takes it.
+    struct CAclEntry {
+        uint16_t tag = 0;
+        uint16_t rights = 0;
+        uint32_t user = UINT32_MAX;  // of USER
+    };
+    static constexpr uint16_t OWNER = 0x01;
+    static constexpr uint16_t USER = 0x02;
+    static constexpr uint16_t GROUP = 0x04;
+    static constexpr uint16_t MASK = 0x10;
+    static constexpr uint16_t OTHERS = 0x20;
+
+    static void SetList(const fs::path& path, const char* name,
+                        const std::vector<CAclEntry>& entries) {
+        constexpr uint32_t VERSION = 2;
+        std::string list(reinterpret_cast<const char*>(&VERSION), sizeof(VERSION));
+        list.append(reinterpret_cast<const char*>(entries.data()),
+                    entries.size() * sizeof(CAclEntry));
+        ASSERT_EQ(setxattr(path.c_str(), name, list.data(), list.size(), 0), 0);
     }
 
     const fs::path m_Folder = "/opt/tarmica/out";
@@ -103,6 +129,44 @@ TEST_F(OutputFileTest, RightsOfTheOldGroupAreNotAnotherGroups) {
     ASSERT_EQ(chmod(m_File.c_str(), 0640), 0);
     EXPECT_TRUE(Write(m_File));
     EXPECT_EQ(Mode(m_File), given ? 0600U : 0640U);
+}
+
+// What the directory says about new files takes the place of the umask.
+TEST_F(OutputFileTest, NewFileHasTheRightsThatItsDirectoryGives) {
+    const mode_t before = umask(022);
+    SetList(m_Folder, "system.posix_acl_default", {{OWNER, 7}, {GROUP, 5}, {OTHERS, 0}});
+    EXPECT_TRUE(Write(m_File)) << m_Problem;
+    umask(before);
+    EXPECT_EQ(Mode(m_File), 0640U);
+}
+
+// Where a list of users has rights, what looks like the group's are the most that the list gives.
+TEST_F(OutputFileTest, RightsOfUsersThatAreListedAreNotTheGroups) {
+    qortest::WriteFile(m_File, "old\n");
+    ASSERT_EQ(chmod(m_File.c_str(), 0600), 0);
+    SetList(m_File, "system.posix_acl_access",
+            {{OWNER, 6}, {USER, 4, geteuid()}, {GROUP, 0}, {MASK, 4}, {OTHERS, 0}});
+    ASSERT_EQ(Mode(m_File), 0640U);
+    EXPECT_TRUE(Write(m_File)) << m_Problem;
+    EXPECT_EQ(Mode(m_File), 0600U);
+}
+
+// The program is asked to end when the new file is there and the old one has not been replaced.
+TEST_F(OutputFileTest, SignalToEndLeavesNoFileBehind) {
+    qortest::WriteFile(m_File, "old\n");
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXFSZ}) {
+        const std::string text(4'000'000, 'x');
+        const pid_t child = fork();
+        if (child == 0) {
+            _exit(Write(m_File, text) ? 0 : 1);
+        }
+        while (FilesInFolder() < 2 && waitpid(child, nullptr, WNOHANG) == 0) {
+        }
+        kill(child, signal);
+        waitpid(child, nullptr, 0);
+        EXPECT_EQ(FilesInFolder(), 1U) << signal;
+        qortest::WriteFile(m_File, "old\n");
+    }
 }
 
 TEST_F(OutputFileTest, ReaderOfTheOldFileKeepsIt) {
