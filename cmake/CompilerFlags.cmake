@@ -71,10 +71,10 @@ function(qor_precompile target)
   endif()
 endfunction()
 
-# qor_compile_together(TARGETS...): several files of a target are compiled as one, which reads the
-# large headers once, and optimises once what they make of them.
+# qor_compile_together(TARGETS...): for the checks, several files of a target are compiled as one, which
+# reads the large headers once, and optimises once what they make of them.
 function(qor_compile_together)
-  if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  if(QOR_UNITY)
     set_target_properties(${ARGV} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
   endif()
 endfunction()

@@ -10,7 +10,7 @@
 namespace qorsim {
 namespace {
 
-using json = nlohmann::ordered_json;
+using CJson = nlohmann::ordered_json;
 
 constexpr int SLOTS = 24;  // of an enclosure
 constexpr int FIRST_ENCLOSURE = 8;
@@ -91,7 +91,7 @@ class CGenerator {
 public:
     explicit CGenerator(const CHostSize& size) : m_Size(size), m_Random(size.seed) {}
 
-    json Profile();
+    CJson Profile();
 
 private:
     // A number from 0 to count - 1. (The library's distributions differ between libraries.)
@@ -101,15 +101,15 @@ private:
         return table[static_cast<size_t>(Pick(static_cast<int>(table.size())))];
     }
 
-    json PciDevices();
-    json Controller(int number, int driveCount);
-    void AddGroup(json& controller, int room);
-    json LogicalDrives(std::int64_t megabytes, const char* state);
-    void AddSpare(json& controller, const json& group, const CModel& model);
-    void AddStock(json& controller);
-    json& AddDrive(json& controller, const std::string& use, const char* status,
-                   const CModel& model);
-    json Ssd(int number);
+    CJson PciDevices();
+    CJson Controller(int number, int driveCount);
+    void AddGroup(CJson& controller, int room);
+    CJson LogicalDrives(std::int64_t megabytes, const char* state);
+    void AddSpare(CJson& controller, const CJson& group, const CModel& model);
+    void AddStock(CJson& controller);
+    CJson& AddDrive(CJson& controller, const std::string& use, const char* status,
+                    const CModel& model);
+    CJson Ssd(int number);
 
     CHostSize m_Size;
     std::mt19937_64 m_Random;
@@ -119,17 +119,17 @@ private:
     int m_SsdCount = 0;
 };
 
-json CGenerator::Profile() {
+CJson CGenerator::Profile() {
     for (int i = 0; i < m_Size.controllers; ++i) {
         m_Products.push_back(&PickFrom(PRODUCTS));
     }
     m_SsdCount = Pick(static_cast<int>(SSDS.size()) + 1);
-    json profile = {{"extends", "large"},
-                    {"description", fmt::format("Generated: {} controllers, {} drives, seed {}",
-                                                m_Size.controllers, m_Size.drives, m_Size.seed)},
-                    {"pciDevices", PciDevices()},
-                    {"controllers", json::array()},
-                    {"pcieSsds", json::array()}};
+    CJson profile = {{"extends", "large"},
+                     {"description", fmt::format("Generated: {} controllers, {} drives, seed {}",
+                                                 m_Size.controllers, m_Size.drives, m_Size.seed)},
+                     {"pciDevices", PciDevices()},
+                     {"controllers", CJson::array()},
+                     {"pcieSsds", CJson::array()}};
     for (int i = 0; i < m_Size.controllers; ++i) {
         const int rest = m_Size.drives % m_Size.controllers;
         profile["controllers"].push_back(
@@ -141,7 +141,7 @@ json CGenerator::Profile() {
     return profile;
 }
 
-json PciDevice(int bus, const char* vendor, const char* device, const char* subsystem) {
+CJson PciDevice(int bus, const char* vendor, const char* device, const char* subsystem) {
     return {{"address", fmt::format("{:02x}:00.0", bus)},
             {"vendor", vendor},
             {"device", device},
@@ -150,8 +150,8 @@ json PciDevice(int bus, const char* vendor, const char* device, const char* subs
             {"revision", "01"}};
 }
 
-json CGenerator::PciDevices() {
-    json devices = json::array();
+CJson CGenerator::PciDevices() {
+    CJson devices = CJson::array();
     devices.push_back(PciDevice(0x01, "8086", "1521", "0002"));
     int bus = FIRST_BUS;
     for (const CProduct* product : m_Products) {
@@ -163,23 +163,23 @@ json CGenerator::PciDevices() {
     return devices;
 }
 
-json CGenerator::Controller(int number, int driveCount) {
+CJson CGenerator::Controller(int number, int driveCount) {
     const CProduct& product = *m_Products[static_cast<size_t>(number)];
-    json controller = {{"product", product.name},
-                       {"serial", fmt::format("TR{:08}", 10000000 + number * 1009 + Pick(1000))},
-                       {"pci", fmt::format("{:02x}:00.0", FIRST_BUS + number)},
-                       {"sasAddress", fmt::format("500605b0{:08x}", 0x01000000 + number * 16)},
-                       {"memory", product.memory},
-                       {"ports", product.ports},
-                       {"firmware",
-                        {{"package", product.package},
-                         {"version", product.version},
-                         {"buildTime", product.buildTime},
-                         {"bios", "7.16.00.0_0x07100501"},
-                         {"driver", "07.719.03.00"}}},
-                       {"rates", json::object()},
-                       {"groups", json::array()},
-                       {"drives", json::array()}};
+    CJson controller = {{"product", product.name},
+                        {"serial", fmt::format("TR{:08}", 10000000 + number * 1009 + Pick(1000))},
+                        {"pci", fmt::format("{:02x}:00.0", FIRST_BUS + number)},
+                        {"sasAddress", fmt::format("500605b0{:08x}", 0x01000000 + number * 16)},
+                        {"memory", product.memory},
+                        {"ports", product.ports},
+                        {"firmware",
+                         {{"package", product.package},
+                          {"version", product.version},
+                          {"buildTime", product.buildTime},
+                          {"bios", "7.16.00.0_0x07100501"},
+                          {"driver", "07.719.03.00"}}},
+                        {"rates", CJson::object()},
+                        {"groups", CJson::array()},
+                        {"drives", CJson::array()}};
     if (Pick(8) != 0) {
         controller["battery"] = {{"type", "Supercapacitor"},
                                  {"status", "Normal"},
@@ -199,7 +199,7 @@ json CGenerator::Controller(int number, int driveCount) {
 }
 
 // `room`: how many drives the group and its spare may take, two or more.
-void CGenerator::AddGroup(json& controller, int room) {
+void CGenerator::AddGroup(CJson& controller, int room) {
     const CLevel& wanted = PickFrom(LEVELS);
     const CLevel& level = wanted.least <= room ? wanted : LEVELS.front();
     const int steps = (std::min(level.most, room) - level.least) / level.step;
@@ -209,20 +209,20 @@ void CGenerator::AddGroup(json& controller, int room) {
     const std::int64_t megabytes =
         model.megabytes * (level.mirrored ? count / 2 : count - level.parity);
     const std::string use = fmt::format("LD{}", m_NextLd);
-    json group = {{"name", fmt::format("{}{}", level.groupHead, controller["groups"].size())},
-                  {"level", level.name},
-                  {"size", SizeText(megabytes)},
-                  {"drives", json::array()},
-                  {"lds", LogicalDrives(megabytes, ill ? "Degraded" : "Optimal")}};
+    CJson group = {{"name", fmt::format("{}{}", level.groupHead, controller["groups"].size())},
+                   {"level", level.name},
+                   {"size", SizeText(megabytes)},
+                   {"drives", CJson::array()},
+                   {"lds", LogicalDrives(megabytes, ill ? "Degraded" : "Optimal")}};
     for (int i = 0; i < count; ++i) {
         group["drives"].push_back(controller["drives"].size());
         const bool lost = ill && i == count / 2;
         const bool rebuilds = lost && Pick(2) == 0;
-        json& drive = AddDrive(controller, use,
-                               rebuilds ? "REBUILD"
-                               : lost   ? "FAILED"
-                                        : "ONLINE",
-                               model);
+        CJson& drive = AddDrive(controller, use,
+                                rebuilds ? "REBUILD"
+                                : lost   ? "FAILED"
+                                         : "ONLINE",
+                                model);
         if (rebuilds) {
             drive["progress"] = Pick(100);
         }
@@ -233,8 +233,8 @@ void CGenerator::AddGroup(json& controller, int room) {
     controller["groups"].push_back(std::move(group));
 }
 
-json CGenerator::LogicalDrives(std::int64_t megabytes, const char* state) {
-    json lds = json::array();
+CJson CGenerator::LogicalDrives(std::int64_t megabytes, const char* state) {
+    CJson lds = CJson::array();
     const int count = 1 + Pick(3);
     for (int i = 0; i < count; ++i) {
         lds.push_back({{"no", m_NextLd},
@@ -246,11 +246,11 @@ json CGenerator::LogicalDrives(std::int64_t megabytes, const char* state) {
     return lds;
 }
 
-void CGenerator::AddSpare(json& controller, const json& group, const CModel& model) {
+void CGenerator::AddSpare(CJson& controller, const CJson& group, const CModel& model) {
     AddDrive(controller, "DHS " + group["name"].get<std::string>(), "HOT SPARE", model);
 }
 
-void CGenerator::AddStock(json& controller) {
+void CGenerator::AddStock(CJson& controller) {
     const CModel& model = PickFrom(MODELS);
     if (Pick(3) == 0) {
         AddDrive(controller, "GHS", "HOT SPARE", model);
@@ -262,21 +262,21 @@ void CGenerator::AddStock(json& controller) {
     AddDrive(controller, "Unassigned", PickFrom(statuses), model);
 }
 
-json& CGenerator::AddDrive(json& controller, const std::string& use, const char* status,
-                           const CModel& model) {
+CJson& CGenerator::AddDrive(CJson& controller, const std::string& use, const char* status,
+                            const CModel& model) {
     const int number = static_cast<int>(controller["drives"].size());
     const int hours = 100 + Pick(40000);
     const int temperature = 25 + Pick(20);
     const bool broken = std::string(status) == "FAILED" || std::string(status) == "Unconfig BAD";
-    json drive = {{"no", number},
-                  {"use", use},
-                  {"status", status},
-                  {"model", model.name},
-                  {"enclosure", FIRST_ENCLOSURE + number / SLOTS},
-                  {"slot", number % SLOTS},
-                  {"serial", fmt::format("G{:04X}{:06}", Pick(0x10000), m_Drives)},
-                  {"wwn", fmt::format("5000c500{:08x}", m_Drives)},
-                  {"powerOnHours", hours}};
+    CJson drive = {{"no", number},
+                   {"use", use},
+                   {"status", status},
+                   {"model", model.name},
+                   {"enclosure", FIRST_ENCLOSURE + number / SLOTS},
+                   {"slot", number % SLOTS},
+                   {"serial", fmt::format("G{:04X}{:06}", Pick(0x10000), m_Drives)},
+                   {"wwn", fmt::format("5000c500{:08x}", m_Drives)},
+                   {"powerOnHours", hours}};
     if (!broken) {
         drive["temperature"] = temperature;
     } else {
@@ -291,7 +291,7 @@ json& CGenerator::AddDrive(json& controller, const std::string& use, const char*
     return controller["drives"].emplace_back(std::move(drive));
 }
 
-json CGenerator::Ssd(int number) {
+CJson CGenerator::Ssd(int number) {
     const CSsdProduct& product = PickFrom(SSDS);
     return {{"pci", fmt::format("{:02x}:00.0", FIRST_SSD_BUS + number)},
             {"product", product.name},
@@ -304,14 +304,14 @@ json CGenerator::Ssd(int number) {
             {"written", fmt::format("{}TB", 1 + Pick(900))}};
 }
 
-bool IsFlat(const json& value) {
+bool IsFlat(const CJson& value) {
     return std::none_of(value.begin(), value.end(),
-                        [](const json& element) { return element.is_structured(); });
+                        [](const CJson& element) { return element.is_structured(); });
 }
 
 // An object or array without others in it stands in one line, as a person would write it; so does a
 // drive.
-void Write(const json& value, const std::string& indent, std::string& out) {
+void Write(const CJson& value, const std::string& indent, std::string& out) {
     if (!value.is_structured() || IsFlat(value) || value.contains("wwn")) {
         out += value.dump();
         return;
@@ -320,7 +320,7 @@ void Write(const json& value, const std::string& indent, std::string& out) {
     out += value.is_object() ? "{" : "[";
     const char* separator = "\n";
     for (const auto& [name, member] : value.items()) {
-        out += separator + inner + (value.is_object() ? json(name).dump() + ": " : "");
+        out += separator + inner + (value.is_object() ? CJson(name).dump() + ": " : "");
         Write(member, inner, out);
         separator = ",\n";
     }

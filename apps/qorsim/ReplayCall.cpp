@@ -24,7 +24,7 @@ namespace {
 constexpr int BROKEN = 96;  // the recording itself is broken: no status of a tool
 constexpr int NOT_RECORDED = 97;
 
-int Fail(const std::string& error) {
+int FailPlayback(const std::string& error) {
     Complain("qorsim: cannot play back", error);
     return BROKEN;
 }
@@ -57,7 +57,7 @@ int Play(const std::string& directory, const CRecordedCall& call) {
     const std::optional<std::string> out = ReadBeneath(directory, call.out, error, MAX_OUTPUT);
     const std::optional<std::string> err = ReadBeneath(directory, call.err, error, MAX_OUTPUT);
     if (!out || !err) {
-        return Fail(error);
+        return FailPlayback(error);
     }
     WriteText(STDOUT_FILENO, *out);
     WriteText(STDERR_FILENO, *err);
@@ -78,7 +78,7 @@ int ReplayCall(const std::string& path, const std::vector<std::string>& argument
     const std::optional<CRecording> recording =
         directory ? ReadIndex(*directory, error) : std::nullopt;
     if (!recording) {
-        return Fail(error);
+        return FailPlayback(error);
     }
     std::vector<std::string> commandLine = {fs::path(path).filename()};
     commandLine.insert(commandLine.end(), arguments.begin(), arguments.end());
@@ -88,7 +88,7 @@ int ReplayCall(const std::string& path, const std::vector<std::string>& argument
     }
     const unsigned long turn = CountOneMore(fmt::format("{}/{}.count", NOTES_DIR, places.front()));
     if (turn == 0) {
-        return Fail("the call cannot be counted");
+        return FailPlayback("the call cannot be counted");
     }
     return Play(*directory, recording->calls[places[std::min(turn, places.size()) - 1]]);
 }

@@ -13,7 +13,6 @@ constexpr const char* ERROR_HEAD = "Error - ";
 constexpr const char* INVALID_INPUT_HEAD = "Error - Invalid input at or near token";
 constexpr int RETRY_COUNT = 2;
 constexpr unsigned long RETRY_PAUSE_MS = 1000;
-constexpr unsigned long EXIT_CODE_UNKNOWN = 255;
 
 // Runs the tool until an attempt succeeds, fails for good or was the last one.
 unsigned int RunAttempts(const std::string& command, const COutputFile& rsltFile, int retry,

@@ -18,7 +18,6 @@ using std::chrono::milliseconds;
 
 namespace {
 
-constexpr unsigned long EXIT_CODE_UNKNOWN = 255;
 constexpr unsigned long EXIT_CODE_NOT_STARTED = 1;
 constexpr const char* TOOL_LIBRARY_DIR = "/opt/tarmica/krz/lib";
 constexpr const char* LIBRARY_PATH_NAME = "LD_LIBRARY_PATH";

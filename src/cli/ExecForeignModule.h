@@ -16,6 +16,9 @@ inline constexpr int EXEC_FAILED = 1;
 inline constexpr int EXEC_TIMEOUT = -1;                 // three arguments
 inline constexpr unsigned int EXEC_LSI_TIMEOUT = 0xFF;  // five arguments
 
+// Behind `exitCode` until a run completed.
+inline constexpr unsigned long EXIT_CODE_UNKNOWN = 255;
+
 // How long the RAID tool may run.
 inline constexpr std::chrono::seconds TOOL_TIME_LIMIT(150);
 

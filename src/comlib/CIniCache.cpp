@@ -38,7 +38,7 @@ const CIniFile* Current(const char* path) {
     return s_Files.front();
 }
 
-__attribute__((constructor)) void PrepareForForks() {
+__attribute__((constructor)) void PrepareCacheForForks() {
     KeepFreeInForks<s_Mutex>();
 }
 

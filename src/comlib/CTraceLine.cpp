@@ -212,7 +212,7 @@ void WriteOnce(int fd, std::string_view line) {
 // Around syslog(), whose own lock would stay taken in the child of a host that forks meanwhile.
 constinit std::mutex s_SyslogMutex;
 
-__attribute__((constructor)) void PrepareForForks() {
+__attribute__((constructor)) void PrepareTraceForForks() {
     KeepFreeInForks<s_SyslogMutex>();
 }
 

@@ -19,7 +19,6 @@ namespace {
 constexpr const char* ERR_NOT_INSTALLED = "02";
 constexpr const char* NOTICE_OLD_VERSION = "01";
 constexpr const char* NOTICE_NO_DISK = "02";
-constexpr const char* NO_DETAIL = "none";
 
 // The caller's three result texts.
 struct CResultTexts {

@@ -11,6 +11,9 @@
 
 class CItemDisp;
 
+// The error detail where no command is to be named.
+inline constexpr const char* NO_DETAIL = "none";
+
 class CMSRAID_InterFace {
 public:
     CMSRAID_InterFace();

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr const char* NO_DETAIL = "none";
-
 // A request ends before its thread is cancelled: the frames of a cancelled thread are not ours to
 // unwind, and a child would stay unreaped.
 class CUncancelled {

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr std::uint64_t HEADER_SIZE = 6;
+constexpr std::uint64_t CONTROLLER_HEADER_SIZE = 6;
 
 }  // namespace
 
@@ -27,7 +27,7 @@ void CSvpCtrlPdInfo::AddPD(CSvpPdInfo pd) {
 }
 
 void CSvpCtrlPdInfo::SetDataSize() {
-    std::uint64_t size = HEADER_SIZE;
+    std::uint64_t size = CONTROLLER_HEADER_SIZE;
     for (const CSvpCtrlPdItem& item : m_Items) {
         size += item.DataSize();
     }

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::uint64_t HEADER_SIZE = 3;
+constexpr std::uint64_t DRIVE_HEADER_SIZE = 3;
 // All names but the number's.
 constexpr std::size_t USUAL_ITEMS = PD_GEN_NAMES - 1;
 
@@ -43,7 +43,7 @@ bool CSvpPdInfo::IsComplete() const {
 }
 
 void CSvpPdInfo::SetDataSize() {
-    std::uint64_t size = HEADER_SIZE;
+    std::uint64_t size = DRIVE_HEADER_SIZE;
     for (const CSvpCtrlPdItem& item : m_Items) {
         size += item.DataSize();
     }

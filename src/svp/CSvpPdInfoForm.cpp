@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::uint64_t HEADER_SIZE = 16;
+constexpr std::uint64_t FORM_HEADER_SIZE = 16;
 
 template <std::size_t Count>
 std::string ToBinString(const std::array<unsigned char, Count>& bytes) {
@@ -29,7 +29,7 @@ void CSvpPdInfoForm::AddCtrl(CSvpCtrlPdInfo ctrl) {
 }
 
 void CSvpPdInfoForm::SetDataSize() {
-    std::uint64_t size = HEADER_SIZE;
+    std::uint64_t size = FORM_HEADER_SIZE;
     for (CSvpCtrlPdInfo& ctrl : m_Ctrls) {
         ctrl.SetDataSize();
         m_CtrlCount = CSvpCommon::Low8(m_CtrlCount + 1U);

@@ -15,7 +15,7 @@
 namespace qorctl::doctor {
 namespace {
 
-constexpr size_t MOST_SHOWN = 5;
+constexpr size_t MOST_PLACES = 5;
 
 std::string MakeAgain() {
     return fmt::format("delete {}: the next request makes it again", DEVICE_LIST_PATH);
@@ -63,9 +63,9 @@ bool IsSupported(const std::string& place, const CServerFacts& facts) {
 }
 
 std::string Places(const std::vector<std::string>& places) {
-    const auto shown = places.begin() + static_cast<long>(std::min(places.size(), MOST_SHOWN));
+    const auto shown = places.begin() + static_cast<long>(std::min(places.size(), MOST_PLACES));
     return fmt::format("{} ({}{})", places.size(), fmt::join(places.begin(), shown, ", "),
-                       places.size() > MOST_SHOWN ? ", ..." : "");
+                       places.size() > MOST_PLACES ? ", ..." : "");
 }
 
 CFinding JudgeDifference(const std::vector<CDeviceWord>& listed,

@@ -10,13 +10,13 @@
 namespace qorctl::doctor {
 namespace {
 
-constexpr size_t MOST_SHOWN = 5;
+constexpr size_t MOST_ODDITIES = 5;
 
 std::string Shorten(const std::vector<std::string>& lines) {
-    const auto shown = lines.begin() + static_cast<long>(std::min(lines.size(), MOST_SHOWN));
+    const auto shown = lines.begin() + static_cast<long>(std::min(lines.size(), MOST_ODDITIES));
     std::string text = fmt::format("{}", fmt::join(lines.begin(), shown, "; "));
-    if (lines.size() > MOST_SHOWN) {
-        text += fmt::format("; and {} more", lines.size() - MOST_SHOWN);
+    if (lines.size() > MOST_ODDITIES) {
+        text += fmt::format("; and {} more", lines.size() - MOST_ODDITIES);
     }
     return text;
 }

@@ -18,7 +18,7 @@ constexpr std::string_view SEPARATORS = ",;|:";
 constexpr std::string_view PASSED_OVER = " \"";
 
 // A row's cells before they are written.
-struct CCells {
+struct CRow {
     CText kind;
     CNumber controller, number, enclosure, slot, bus;
     CText group, role;
@@ -77,43 +77,43 @@ std::string Cell(const CMeasure& measure) {
 
 struct CColumn {
     std::string_view name;
-    std::string (*cell)(const CCells& row);
+    std::string (*cell)(const CRow& row);
 };
 
 template <auto MEMBER>
-std::string CellOf(const CCells& row) {
+std::string CellOf(const CRow& row) {
     return Cell(row.*MEMBER);
 }
 
 constexpr CColumn COLUMNS[] = {
-    {"kind", CellOf<&CCells::kind>},
-    {"controller", CellOf<&CCells::controller>},
-    {"number", CellOf<&CCells::number>},
-    {"enclosure", CellOf<&CCells::enclosure>},
-    {"slot", CellOf<&CCells::slot>},
-    {"bus", CellOf<&CCells::bus>},
-    {"raid_group", CellOf<&CCells::group>},
-    {"role", CellOf<&CCells::role>},
-    {"logical_drive", CellOf<&CCells::logicalDrive>},
-    {"status", CellOf<&CCells::status>},
-    {"status_detail", CellOf<&CCells::statusDetail>},
-    {"temperature_celsius", CellOf<&CCells::temperature>},
-    {"media_error_count", CellOf<&CCells::mediaErrors>},
-    {"other_error_count", CellOf<&CCells::otherErrors>},
-    {"predictive_failure_count", CellOf<&CCells::predictiveFailures>},
-    {"capacity_bytes", CellOf<&CCells::capacity>},
-    {"interface_type", CellOf<&CCells::interfaceType>},
-    {"media_type", CellOf<&CCells::mediaType>},
-    {"vendor", CellOf<&CCells::vendor>},
-    {"product", CellOf<&CCells::product>},
-    {"serial", CellOf<&CCells::serial>},
-    {"wwn", CellOf<&CCells::wwn>},
-    {"revision", CellOf<&CCells::revision>},
-    {"power", CellOf<&CCells::power>},
-    {"speed_bits_per_second", CellOf<&CCells::speed>},
-    {"power_on_time_hours", CellOf<&CCells::powerOnTime>},
-    {"used_percent", CellOf<&CCells::used>},
-    {"written_bytes", CellOf<&CCells::written>},
+    {"kind", CellOf<&CRow::kind>},
+    {"controller", CellOf<&CRow::controller>},
+    {"number", CellOf<&CRow::number>},
+    {"enclosure", CellOf<&CRow::enclosure>},
+    {"slot", CellOf<&CRow::slot>},
+    {"bus", CellOf<&CRow::bus>},
+    {"raid_group", CellOf<&CRow::group>},
+    {"role", CellOf<&CRow::role>},
+    {"logical_drive", CellOf<&CRow::logicalDrive>},
+    {"status", CellOf<&CRow::status>},
+    {"status_detail", CellOf<&CRow::statusDetail>},
+    {"temperature_celsius", CellOf<&CRow::temperature>},
+    {"media_error_count", CellOf<&CRow::mediaErrors>},
+    {"other_error_count", CellOf<&CRow::otherErrors>},
+    {"predictive_failure_count", CellOf<&CRow::predictiveFailures>},
+    {"capacity_bytes", CellOf<&CRow::capacity>},
+    {"interface_type", CellOf<&CRow::interfaceType>},
+    {"media_type", CellOf<&CRow::mediaType>},
+    {"vendor", CellOf<&CRow::vendor>},
+    {"product", CellOf<&CRow::product>},
+    {"serial", CellOf<&CRow::serial>},
+    {"wwn", CellOf<&CRow::wwn>},
+    {"revision", CellOf<&CRow::revision>},
+    {"power", CellOf<&CRow::power>},
+    {"speed_bits_per_second", CellOf<&CRow::speed>},
+    {"power_on_time_hours", CellOf<&CRow::powerOnTime>},
+    {"used_percent", CellOf<&CRow::used>},
+    {"written_bytes", CellOf<&CRow::written>},
 };
 
 template <class TText>
@@ -129,8 +129,8 @@ void AppendLine(std::string& out, TText text) {
     out += LINE_END;
 }
 
-CCells CellsOf(const CPhysicalDrive& drive) {
-    CCells row;
+CRow RowOf(const CPhysicalDrive& drive) {
+    CRow row;
     row.kind = "physical_drive";
     row.controller = drive.controller;
     row.number = drive.number;
@@ -161,8 +161,8 @@ CCells CellsOf(const CPhysicalDrive& drive) {
     return row;
 }
 
-CCells CellsOf(const CPcieSsd& ssd) {
-    CCells row;
+CRow RowOf(const CPcieSsd& ssd) {
+    CRow row;
     row.kind = "pcie_ssd";
     row.bus = ssd.bus;
     row.statusDetail = ssd.status;
@@ -176,7 +176,7 @@ CCells CellsOf(const CPcieSsd& ssd) {
     return row;
 }
 
-void AppendRow(std::string& out, const CCells& row) {
+void AppendRow(std::string& out, const CRow& row) {
     AppendLine(out, [&row](const CColumn& column) { return column.cell(row); });
 }
 
@@ -186,10 +186,10 @@ std::string FormatCsv(const CInventory& inventory) {
     std::string out;
     AppendLine(out, [](const CColumn& column) { return column.name; });
     for (const CPhysicalDrive& drive : inventory.physicalDrives) {
-        AppendRow(out, CellsOf(drive));
+        AppendRow(out, RowOf(drive));
     }
     for (const CPcieSsd& ssd : inventory.pcieSsds) {
-        AppendRow(out, CellsOf(ssd));
+        AppendRow(out, RowOf(ssd));
     }
     return out;
 }
