@@ -48,7 +48,7 @@ std::string ProblemOf(int fd, size_t limit) {
 // Returns the problem. The size that the system tells is not believed: a file may grow, and those
 // of /proc have none.
 std::string ReadRegular(int fd, size_t limit, std::string& text) {
-    if (const std::string problem = ProblemOf(fd, limit); !problem.empty()) {
+    if (std::string problem = ProblemOf(fd, limit); !problem.empty()) {
         return problem;
     }
     std::array<char, 65536> buffer = {};

@@ -25,7 +25,10 @@ constexpr size_t MAX_OUTPUT = size_t{64} << 20;
 // In memory only where no disk takes it: a tool that prints without end would fill the machine's.
 int OpenNamelessFile() {
     const int fd = open(FOLDER, O_TMPFILE | O_RDWR | O_CLOEXEC, OWNER_ONLY);
-    return fd >= 0 ? fd : memfd_create("qorctl-tool-output", MFD_CLOEXEC);
+    if (fd >= 0) {
+        return fd;
+    }
+    return memfd_create("qorctl-tool-output", MFD_CLOEXEC);
 }
 
 // A file without a name. Other processes of the same user reach it by its path while this object
