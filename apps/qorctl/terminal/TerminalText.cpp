@@ -211,8 +211,12 @@ size_t CountColumns(std::string_view visibleText) {
 
 std::string_view FirstColumns(std::string_view visibleText, size_t count) {
     size_t end = 0;
-    while (end < visibleText.size() && (IsContinuation(ByteAt(visibleText, end)) || count-- > 0)) {
-        ++end;
+    for (; end < visibleText.size(); ++end) {
+        const bool begins = !IsContinuation(ByteAt(visibleText, end));
+        if (begins && count == 0) {
+            break;
+        }
+        count -= begins ? 1 : 0;
     }
     return visibleText.substr(0, end);
 }
