@@ -1,6 +1,4 @@
 // What `qorctl doctor` is made of: checks, and what they find.
-//
-// Thread rule: plain values.
 #ifndef QORCTL_DOCTOR_CHECK_H
 #define QORCTL_DOCTOR_CHECK_H
 

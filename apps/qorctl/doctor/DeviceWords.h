@@ -1,6 +1,4 @@
 // The devices of a device list, as the plug-in reads it.
-//
-// Thread rule: plain functions without state.
 #ifndef QORCTL_DOCTOR_DEVICEWORDS_H
 #define QORCTL_DOCTOR_DEVICEWORDS_H
 

@@ -6,8 +6,6 @@
 //     DeviceI=DEV_dddd
 //
 // The plug-in searches for both texts in "VEN_vvvv&DEV_dddd" with upper-case digits.
-//
-// Thread rule: plain functions without state.
 #ifndef QORCTL_DOCTOR_SUPPORTEDLIST_H
 #define QORCTL_DOCTOR_SUPPORTEDLIST_H
 

@@ -7,8 +7,6 @@
 // an apostrophe in front; so does the rest of a text behind a comma, semicolon, bar or colon, where
 // a spreadsheet may be told to begin a new cell. Control characters, bytes that are no UTF-8 and
 // what else is not printable become visible, "\x1b".
-//
-// Thread rule: a plain function.
 #ifndef QORCTL_FORMAT_CSV_H
 #define QORCTL_FORMAT_CSV_H
 

@@ -18,8 +18,6 @@
 //
 // The sizes of a section have 16 bits and wrap beyond 65,535, as the header's number of drives does
 // beyond 255: they are compared as far as they go.
-//
-// Thread rule: plain functions without state.
 #ifndef QORCTL_FORMAT_SVPFORM_H
 #define QORCTL_FORMAT_SVPFORM_H
 

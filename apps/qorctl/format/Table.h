@@ -1,8 +1,6 @@
 // The answer of a request as tables for people: one of controllers, logical drives, physical drives
 // and PCIe SSDs each, a line a device, and of a drive's SMART attributes where they were asked for.
 // The first column marks problems: "!!" critical, "!" warning, "?" unknown.
-//
-// Thread rule: a plain function.
 #ifndef QORCTL_FORMAT_TABLE_H
 #define QORCTL_FORMAT_TABLE_H
 

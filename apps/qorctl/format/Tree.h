@@ -14,8 +14,6 @@
 // separates the trees of the top level. Branches are drawn down to MAX_DRAWN_DEPTH; what is deeper
 // stays at that indentation and names its level instead, so that the cost stays linear in the
 // number of items.
-//
-// Thread rule: a plain function.
 #ifndef QORCTL_FORMAT_TREE_H
 #define QORCTL_FORMAT_TREE_H
 

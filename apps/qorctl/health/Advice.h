@@ -1,6 +1,4 @@
 // What is not well on a server, in sentences and as marks: the findings of Health.h for people.
-//
-// Thread rule: plain functions.
 #ifndef QORCTL_HEALTH_ADVICE_H
 #define QORCTL_HEALTH_ADVICE_H
 

@@ -6,8 +6,6 @@
 //     {"format":"qorctl-health-state","version":1,
 //      "drives":{"serial K4H1R1QC":{"seen":1795170000,"counters":{
 //          "mediaErrors":{"baseline":0,"value":2,"grownAt":1795169940}, ...}}}}
-//
-// Thread rule: plain values and functions.
 #ifndef QORCTL_HEALTH_COUNTERS_H
 #define QORCTL_HEALTH_COUNTERS_H
 

@@ -1,6 +1,4 @@
 // What is healthy and what is not: the rules of docs/health.md.
-//
-// Thread rule: plain values and functions without state.
 #ifndef QORCTL_HEALTH_HEALTH_H
 #define QORCTL_HEALTH_HEALTH_H
 

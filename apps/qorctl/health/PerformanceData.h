@@ -6,8 +6,6 @@
 //     unit      = "%" | "c" | nothing                  "c": a counter that only grows
 //     range     = [ "~:" ] number                      alarmed above the number; with "~:" not
 //                                                      below 0
-//
-// Thread rule: plain values and functions.
 #ifndef QORCTL_HEALTH_PERFORMANCEDATA_H
 #define QORCTL_HEALTH_PERFORMANCEDATA_H
 

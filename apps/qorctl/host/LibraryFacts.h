@@ -1,6 +1,4 @@
 // Where a loaded library or program comes from, and which build it is.
-//
-// Thread rule: a plain function without state.
 #ifndef QORCTL_HOST_LIBRARYFACTS_H
 #define QORCTL_HOST_LIBRARYFACTS_H
 

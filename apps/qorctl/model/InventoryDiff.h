@@ -1,6 +1,4 @@
 // What changed between two looks at the storage.
-//
-// Thread rule: plain values and functions.
 #ifndef QORCTL_MODEL_INVENTORYDIFF_H
 #define QORCTL_MODEL_INVENTORYDIFF_H
 

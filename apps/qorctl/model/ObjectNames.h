@@ -1,6 +1,4 @@
 // What the objects of an inventory are called in texts for people and programs.
-//
-// Thread rule: plain functions without state.
 #ifndef QORCTL_MODEL_OBJECTNAMES_H
 #define QORCTL_MODEL_OBJECTNAMES_H
 

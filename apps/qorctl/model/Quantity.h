@@ -2,8 +2,6 @@
 //
 // A text must be the number and its unit and nothing else (blanks between the two, and around, do
 // not count); otherwise there is no number. The decimal point is a point, whatever the locale.
-//
-// Thread rule: plain functions without state.
 #ifndef QORCTL_MODEL_QUANTITY_H
 #define QORCTL_MODEL_QUANTITY_H
 

@@ -3,8 +3,6 @@
 // The texts of the plug-in are bytes as an external tool printed them. They may hold control
 // sequences that would move the cursor or set colours, and bytes of another character set; nothing
 // of that may reach a terminal raw.
-//
-// Thread rule: plain functions without state.
 #ifndef QORCTL_TERMINAL_TERMINALTEXT_H
 #define QORCTL_TERMINAL_TERMINALTEXT_H
 

@@ -6,8 +6,6 @@
 // even they are too wide. A column without any text is left out. No column is wider than MAX_CELL,
 // since each line is as long as the widest cells. A shortened text ends with "…", "~" where the
 // style is ASCII.
-//
-// Thread rule: plain functions.
 #ifndef QORCTL_TERMINAL_TEXTTABLE_H
 #define QORCTL_TERMINAL_TEXTTABLE_H
 
