@@ -136,14 +136,11 @@ bool IsPathBelow(const std::string& text) {
 std::optional<std::string> ReadBeneath(const std::string& folder, const std::string& name,
                                        std::string& error, size_t limit) {
     const std::string path = (fs::path(folder) / name).string();
-    const int place = open(folder.empty() ? "." : folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-    const int fd = place < 0 ? -1 : OpenBeneath(place, name, READ_FLAGS, 0);
-    const std::string reason = fd < 0 ? Reason() : "";
-    if (place >= 0) {
-        close(place);
-    }
+    const util::CUniqueFd place(
+        open(folder.empty() ? "." : folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const int fd = place.IsOpen() ? OpenBeneath(place.Get(), name, READ_FLAGS, 0) : -1;
     if (fd < 0) {
-        error = fmt::format("cannot read {}: {}", path, reason);
+        error = fmt::format("cannot read {}: {}", path, Reason());
         return std::nullopt;
     }
     return ReadOpened(fd, path, error, limit);
@@ -154,37 +151,27 @@ std::optional<CNewFolder> CNewFolder::Make(const std::string& path, std::string&
         error = fmt::format("cannot create {}: {}", path, std::strerror(errno));
         return std::nullopt;
     }
-    const int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0) {
+    util::CUniqueFd fd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!fd.IsOpen()) {
         error = fmt::format("cannot open {}: {}", path, Reason());
         return std::nullopt;
     }
-    CNewFolder folder(path, fd);
-    error = ProblemOf(fd, path);
-    return error.empty() ? std::optional(std::move(folder)) : std::nullopt;
+    error = ProblemOf(fd.Get(), path);
+    return error.empty() ? std::optional(CNewFolder(path, std::move(fd))) : std::nullopt;
 }
 
 bool CNewFolder::Enter(std::string& error) const {
-    const bool entered = fchdir(m_Fd) == 0;
+    const bool entered = fchdir(m_Fd.Get()) == 0;
     if (!entered) {
         error = fmt::format("cannot enter {}: {}", m_Path, std::strerror(errno));
     }
     return entered;
 }
 
-CNewFolder::CNewFolder(CNewFolder&& other) noexcept
-    : m_Path(std::move(other.m_Path)), m_Fd(std::exchange(other.m_Fd, -1)) {}
-
-CNewFolder::~CNewFolder() {
-    if (m_Fd >= 0) {
-        close(m_Fd);
-    }
-}
-
 bool CNewFolder::Write(const std::string& name, const std::string& text, std::string& error) const {
     const int fd =
-        MakeFolderOf(m_Fd, name)
-            ? OpenBeneath(m_Fd, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
+        MakeFolderOf(m_Fd.Get(), name)
+            ? OpenBeneath(m_Fd.Get(), name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                           FILE_MODE)
             : -1;
     const bool written = fd >= 0 && WriteAll(fd, text);

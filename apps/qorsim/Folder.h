@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Files.h"
+#include "util/UniqueFd.h"
 
 namespace qorsim {
 
@@ -27,12 +28,6 @@ public:
     // write into.
     static std::optional<CNewFolder> Make(const std::string& path, std::string& error);
 
-    CNewFolder(CNewFolder&& other) noexcept;
-    CNewFolder(const CNewFolder&) = delete;  // one owner of the descriptor
-    CNewFolder& operator=(const CNewFolder&) = delete;
-    CNewFolder& operator=(CNewFolder&&) = delete;
-    ~CNewFolder();
-
     // Makes a file where none of that name is; its folder, too, if there is one slash in the name.
     bool Write(const std::string& name, const std::string& text, std::string& error) const;
 
@@ -40,10 +35,11 @@ public:
     bool Enter(std::string& error) const;
 
 private:
-    CNewFolder(std::string path, int fd) : m_Path(std::move(path)), m_Fd(fd) {}
+    CNewFolder(std::string path, util::CUniqueFd fd)
+        : m_Path(std::move(path)), m_Fd(std::move(fd)) {}
 
     std::string m_Path;
-    int m_Fd;
+    util::CUniqueFd m_Fd;
 };
 
 }  // namespace qorsim

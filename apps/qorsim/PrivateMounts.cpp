@@ -15,6 +15,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "util/UniqueFd.h"
+
 namespace qorsim {
 namespace {
 
@@ -26,22 +28,13 @@ constexpr const char* TMPFS_OPTIONS = "mode=0755";
                              (remedy.empty() ? "" : " (" + remedy + ")"));
 }
 
-class CUniqueFd {
-public:
-    explicit CUniqueFd(const char* path) : m_Fd(open(path, O_RDONLY | O_CLOEXEC)) {
-        if (m_Fd < 0) {
-            Fail(std::string("cannot open ") + path);
-        }
+util::CUniqueFd Open(const char* path) {
+    util::CUniqueFd fd(open(path, O_RDONLY | O_CLOEXEC));
+    if (!fd.IsOpen()) {
+        Fail(std::string("cannot open ") + path);
     }
-    ~CUniqueFd() { close(m_Fd); }
-    CUniqueFd(const CUniqueFd&) = delete;
-    CUniqueFd& operator=(const CUniqueFd&) = delete;
-
-    int Get() const { return m_Fd; }
-
-private:
-    int m_Fd;
-};
+    return fd;
+}
 
 void WriteProcFile(const char* path, const std::string& text) {
     const int fd = open(path, O_WRONLY | O_CLOEXEC);
@@ -80,9 +73,9 @@ bool MakePrivateFromRoot() {
 // Entering the namespace that the process is already in takes it to the namespace's own root, which
 // is one; afterwards the process goes back into its chroot and its working directory.
 void MakePrivateFromOutsideChroot() {
-    const CUniqueFd root("/");
-    const CUniqueFd workingDirectory(".");
-    const CUniqueFd mountNamespace("/proc/self/ns/mnt");
+    const util::CUniqueFd root = Open("/");
+    const util::CUniqueFd workingDirectory = Open(".");
+    const util::CUniqueFd mountNamespace = Open("/proc/self/ns/mnt");
     if (setns(mountNamespace.Get(), CLONE_NEWNS) != 0) {
         Fail("cannot leave the chroot for a moment");
     }

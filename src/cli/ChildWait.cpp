@@ -10,7 +10,7 @@
 #include <csignal>
 #include <ctime>
 
-#include "cli/UniqueFd.h"
+#include "util/UniqueFd.h"
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
@@ -29,8 +29,8 @@ int OpenProcessDescriptor(pid_t child) {
 }
 
 // Returns when the process has ended, or earlier.
-void Pause(const CUniqueFd& process, milliseconds duration) {
-    if (!process.IsValid()) {
+void Pause(const util::CUniqueFd& process, milliseconds duration) {
+    if (!process.IsOpen()) {
         duration = std::min(duration, POLLING_INTERVAL);
     }
     pollfd entry = {process.Get(), POLLIN, 0};
@@ -48,7 +48,7 @@ pid_t LookAtChild(pid_t child, int& status) {
 }
 
 EChildWait WaitForChild(pid_t child, milliseconds limit, int& status) {
-    const CUniqueFd process(OpenProcessDescriptor(child));
+    const util::CUniqueFd process(OpenProcessDescriptor(child));
     const steady_clock::time_point deadline = steady_clock::now() + limit;
     for (;;) {
         const pid_t changed = LookAtChild(child, status);

@@ -11,8 +11,8 @@
 
 #include "cli/ChildStart.h"
 #include "cli/ChildWait.h"
-#include "cli/UniqueFd.h"
 #include "plugin/Trace.h"
+#include "util/UniqueFd.h"
 
 using std::chrono::milliseconds;
 
@@ -119,7 +119,7 @@ int WaitForTool(pid_t child, unsigned long* exitCode, milliseconds limit) {
 
 // Never waits, as an open of a named pipe may.
 bool CanBeOpened(const std::string& directory) {
-    return CUniqueFd(open(directory.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)).IsValid();
+    return util::CUniqueFd(open(directory.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)).IsOpen();
 }
 
 CChildStart StartUtility(const std::string& command, const COutputFile& outFile,

@@ -5,9 +5,9 @@
 
 #include <cerrno>
 
-#include "cli/UniqueFd.h"
 #include "plugin/Trace.h"
 #include "util/Kernel.h"
+#include "util/UniqueFd.h"
 
 namespace {
 
@@ -59,7 +59,7 @@ void TraceTooLarge(const std::string& path) {
 // Neither the open nor the read waits: what cannot be read at a place, as a pipe or a terminal, is
 // not read, since what it holds is meant for somebody else.
 bool FirstLineBeginsWith(const std::string& path, const std::string& head) {
-    const CUniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const util::CUniqueFd file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     std::string beginning(head.size(), '\0');
     size_t size = 0;
     while (size < head.size()) {

@@ -10,8 +10,8 @@
 #include <exception>
 #include <string_view>
 
-#include "comlib/CUniqueFd.h"
 #include "util/Kernel.h"
+#include "util/UniqueFd.h"
 
 // Bytes pass through unchanged: no character set, no wide characters. Debian's header leaves the
 // code out unless it is asked for; its shared library would bring ICU along.
@@ -111,7 +111,7 @@ CIniFile::~CIniFile() = default;
 
 std::unique_ptr<CIniFile> CIniFile::Load(const char* path) {
     // Not blocking: opening a named pipe must not wait for its writer.
-    const CUniqueFd fd(open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
+    const util::CUniqueFd fd(open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status = {};
     if (!fd.IsOpen() || !util::GetStatus(fd.Get(), status)) {
         return nullptr;

@@ -9,15 +9,15 @@
 #include <string_view>
 
 #include "base/ServerPaths.h"
-#include "comlib/CUniqueFd.h"
 #include "comlib/ErrorText.h"
 #include "comlib/PciDevices.h"
 #include "plugin/ComLib.h"
+#include "util/UniqueFd.h"
 
 namespace {
 
-using comlib::CUniqueFd;
 using comlib::TraceFailure;
+using util::CUniqueFd;
 
 bool Fail(const char* action, const std::string& path) {
     TraceFailure(action, path.c_str());

@@ -16,10 +16,10 @@
 #include <mutex>
 #include <numeric>
 
-#include "comlib/CUniqueFd.h"
 #include "comlib/ForkLock.h"
 #include "util/Kernel.h"
 #include "util/Printable.h"
+#include "util/UniqueFd.h"
 
 namespace comlib {
 namespace {
@@ -266,7 +266,7 @@ void CTraceLine::WriteToFile(const char* path) const {
     constexpr int FLAGS =
         O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY | O_NONBLOCK | O_NOFOLLOW;
     constexpr mode_t MODE = 0640;
-    const CUniqueFd fd(open(path, FLAGS, MODE));
+    const util::CUniqueFd fd(open(path, FLAGS, MODE));
     if (fd.IsOpen() && IsOwn(fd.Get())) {
         WriteToDescriptor(fd.Get());
     }

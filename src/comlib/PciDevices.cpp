@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "comlib/CUniqueFd.h"
 #include "comlib/ErrorText.h"
+#include "util/UniqueFd.h"
 
 namespace comlib {
 namespace {
@@ -48,7 +48,7 @@ bool ListDevices(std::vector<std::string>& names) {
 
 // Reads a file that holds "0x", `digits` hexadecimal digits and a line end; a failure is traced.
 std::optional<std::string> ReadId(const std::string& path, size_t digits) {
-    const CUniqueFd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const util::CUniqueFd fd(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     std::array<char, 16> text = {};
     const ssize_t size = fd.IsOpen() ? read(fd.Get(), text.data(), text.size()) : -1;
     if (size < 0) {

@@ -71,7 +71,7 @@ void CStateFile::Fail(const std::string& path, const std::string& what) {
 bool CStateFile::OpenLock(const CFilePlace& place) {
     const std::string path = m_Path + LOCK_END;
     for (int i = 0; i < LOCK_TRIES; ++i) {
-        m_Lock = CDescriptor(
+        m_Lock = util::CUniqueFd(
             openat(place.Directory(), place.Name().c_str(), LOCK_FLAGS, S_IRUSR | S_IWUSR));
         struct stat status = {};
         if (!m_Lock.IsOpen() || fstat(m_Lock.Get(), &status) != 0) {
@@ -135,7 +135,7 @@ CStateFile::ERead CStateFile::Read(std::string& text) {
         return ERead::FAILED;
     }
     // A FIFO in its place must not keep the program waiting.
-    const CDescriptor fd(openat(place->Directory(), place->Name().c_str(), READ_FLAGS));
+    const util::CUniqueFd fd(openat(place->Directory(), place->Name().c_str(), READ_FLAGS));
     if (!fd.IsOpen()) {
         const bool missing = errno == ENOENT;
         Fail(m_Path, std::strerror(errno));

@@ -12,8 +12,8 @@
 #include <string>
 #include <utility>
 
-#include "terminal/Descriptor.h"
 #include "terminal/FilePlace.h"
+#include "util/UniqueFd.h"
 
 namespace qorctl {
 
@@ -54,7 +54,7 @@ private:
 
     std::string m_Path;
     std::string m_Problem;
-    CDescriptor m_Lock;
+    util::CUniqueFd m_Lock;
 };
 
 }  // namespace qorctl

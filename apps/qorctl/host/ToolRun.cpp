@@ -10,8 +10,10 @@
 #include <cerrno>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "host/Request.h"
+#include "util/UniqueFd.h"
 
 namespace qorctl {
 namespace {
@@ -23,45 +25,28 @@ constexpr mode_t OWNER_ONLY = 0600;
 constexpr size_t MAX_OUTPUT = size_t{64} << 20;
 
 // In memory only where no disk takes it: a tool that prints without end would fill the machine's.
-int OpenNamelessFile() {
-    const int fd = open(FOLDER, O_TMPFILE | O_RDWR | O_CLOEXEC, OWNER_ONLY);
-    if (fd >= 0) {
-        return fd;
-    }
-    return memfd_create("qorctl-tool-output", MFD_CLOEXEC);
+util::CUniqueFd OpenNamelessFile() {
+    util::CUniqueFd file(open(FOLDER, O_TMPFILE | O_RDWR | O_CLOEXEC, OWNER_ONLY));
+    return file.IsOpen() ? std::move(file)
+                         : util::CUniqueFd(memfd_create("qorctl-tool-output", MFD_CLOEXEC));
 }
 
-// A file without a name. Other processes of the same user reach it by its path while this object
-// lives.
-class CNamelessFile {
-public:
-    CNamelessFile() : m_Fd(OpenNamelessFile()) {}
-    ~CNamelessFile() {
-        if (m_Fd >= 0) {
-            close(m_Fd);
-        }
-    }
-    CNamelessFile(const CNamelessFile&) = delete;  // one owner of the descriptor
-    CNamelessFile& operator=(const CNamelessFile&) = delete;
+// Other processes of the same user reach the file by this path while it is open.
+std::string PathOf(const util::CUniqueFd& file) {
+    return fmt::format("/proc/{}/fd/{}", getpid(), file.Get());
+}
 
-    bool IsOpen() const { return m_Fd >= 0; }
-    std::string Path() const { return fmt::format("/proc/{}/fd/{}", getpid(), m_Fd); }
-    std::string Read(std::string& problem) const;
-
-private:
-    int m_Fd;
-};
-
-std::string CNamelessFile::Read(std::string& problem) const {
+std::string ReadWhole(const util::CUniqueFd& file, std::string& problem) {
     struct stat status = {};
-    if (fstat(m_Fd, &status) != 0 || static_cast<size_t>(status.st_size) > MAX_OUTPUT) {
+    if (fstat(file.Get(), &status) != 0 || static_cast<size_t>(status.st_size) > MAX_OUTPUT) {
         problem = fmt::format("the RAID tool printed more than {} MiB", MAX_OUTPUT >> 20U);
         return "";
     }
     std::string text;
     std::array<char, 65536> block;
     ssize_t count = 0;
-    while ((count = pread(m_Fd, block.data(), block.size(), static_cast<off_t>(text.size()))) > 0) {
+    while ((count = pread(file.Get(), block.data(), block.size(),
+                          static_cast<off_t>(text.size()))) > 0) {
         text.append(block.data(), static_cast<size_t>(count));
     }
     return text;
@@ -71,20 +56,20 @@ std::string CNamelessFile::Read(std::string& problem) const {
 
 CToolRun RunTool(const CPluginLibrary& library, const std::string& command) {
     CToolRun run;
-    const CNamelessFile file;
+    const util::CUniqueFd file = OpenNamelessFile();
     if (!file.IsOpen()) {
         run.problem = fmt::format("no file for the tool's output: {}", std::strerror(errno));
         return run;
     }
-    const CAnswer answer =
-        Ask(library, {.operation = [&](CMngSrv_QorLibIF& object, CItemList&, CResultTexts&) {
-                run.result =
-                    static_cast<EToolResult>(object.KRZExecCli(command, &run.status, file.Path()));
-                return true;
-            }});
+    const std::string path = PathOf(file);
+    const CAnswer answer = Ask(
+        library, {.operation = [&](CMngSrv_QorLibIF& object, CItemList&, CResultTexts&) {
+            run.result = static_cast<EToolResult>(object.KRZExecCli(command, &run.status, path));
+            return true;
+        }});
     run.problem = answer.IsAnswered() ? "" : answer.messages.back().text;
     if (run.problem.empty()) {
-        run.output = file.Read(run.problem);
+        run.output = ReadWhole(file, run.problem);
     }
     return run;
 }

@@ -32,16 +32,16 @@ public:
 
     bool Walk();
 
-    CDescriptor m_Directory;
+    util::CUniqueFd m_Directory;
     std::string m_Name;
     std::string m_Problem;
 
 private:
     bool Begin();
     EStep Step();
-    EStep Enter(CDescriptor object);
+    EStep Enter(util::CUniqueFd object);
     bool IsTrustedLink(uid_t owner) const;
-    bool Follow(const CDescriptor& link, uid_t owner);
+    bool Follow(const util::CUniqueFd& link, uid_t owner);
     bool Fail(std::string problem);
     bool FailBySystem(int error) { return Fail(std::strerror(error)); }
 
@@ -58,9 +58,9 @@ bool CPathWalk::Fail(std::string problem) {
 // Where the rest begins: at the root, or in the directory so far.
 bool CPathWalk::Begin() {
     if (m_Rest.starts_with('/')) {
-        m_Directory = CDescriptor(open("/", DIRECTORY_FLAGS));
+        m_Directory = util::CUniqueFd(open("/", DIRECTORY_FLAGS));
     } else if (!m_Directory.IsOpen()) {
-        m_Directory = CDescriptor(open(".", DIRECTORY_FLAGS));
+        m_Directory = util::CUniqueFd(open(".", DIRECTORY_FLAGS));
     }
     return m_Directory.IsOpen() || FailBySystem(errno);
 }
@@ -91,7 +91,7 @@ EStep CPathWalk::Step() {
     }
     m_Name = m_Rest.substr(0, m_Rest.find('/'));
     m_Rest.erase(0, m_Name.size());
-    CDescriptor object(openat(m_Directory.Get(), m_Name.c_str(), OBJECT_FLAGS));
+    util::CUniqueFd object(openat(m_Directory.Get(), m_Name.c_str(), OBJECT_FLAGS));
     if (object.IsOpen()) {
         return Enter(std::move(object));
     }
@@ -102,7 +102,7 @@ EStep CPathWalk::Step() {
     return EStep::FAILED;
 }
 
-EStep CPathWalk::Enter(CDescriptor object) {
+EStep CPathWalk::Enter(util::CUniqueFd object) {
     struct stat status = {};
     if (fstat(object.Get(), &status) != 0) {
         FailBySystem(errno);
@@ -133,7 +133,7 @@ bool CPathWalk::IsTrustedLink(uid_t owner) const {
             fstat(m_Directory.Get(), &directory) == 0 && !MayOthersWrite(directory));
 }
 
-bool CPathWalk::Follow(const CDescriptor& link, uid_t owner) {
+bool CPathWalk::Follow(const util::CUniqueFd& link, uid_t owner) {
     if (!IsTrustedLink(owner)) {
         return Fail(m_Name + " is a symbolic link of another user");
     }

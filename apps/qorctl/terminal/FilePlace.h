@@ -18,7 +18,7 @@
 #include <optional>
 #include <string>
 
-#include "terminal/Descriptor.h"
+#include "util/UniqueFd.h"
 
 namespace qorctl {
 
@@ -46,10 +46,10 @@ public:
     std::string Danger() const;
 
 private:
-    CFilePlace(CDescriptor directory, std::string name)
+    CFilePlace(util::CUniqueFd directory, std::string name)
         : m_Directory(std::move(directory)), m_Name(std::move(name)) {}
 
-    CDescriptor m_Directory;
+    util::CUniqueFd m_Directory;
     std::string m_Name;
 };
 

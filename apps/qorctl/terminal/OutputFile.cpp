@@ -16,9 +16,9 @@
 #include <optional>
 #include <string_view>
 
-#include "terminal/Descriptor.h"
 #include "terminal/FilePlace.h"
 #include "terminal/TerminalText.h"
+#include "util/UniqueFd.h"
 
 namespace qorctl {
 namespace {
@@ -123,8 +123,8 @@ std::optional<struct stat> OldFile(const CFilePlace& place) {
 // Where users are listed, the group's bits are the most that the list gives, not the group's
 // rights. A file that cannot be read to see that counts as one with a list.
 bool ListsUsers(const CFilePlace& place) {
-    const CDescriptor fd(openat(place.Directory(), place.Name().c_str(),
-                                O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const util::CUniqueFd fd(openat(place.Directory(), place.Name().c_str(),
+                                    O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     return !fd.IsOpen() || fgetxattr(fd.Get(), ACCESS_LIST, nullptr, 0) >= 0;
 }
 
@@ -135,7 +135,7 @@ mode_t KeptMode(const CFilePlace& place, const struct stat& old, int newFile) {
 }
 
 bool WriteInPlace(const CFilePlace& place, const std::string& text, std::string& problem) {
-    CDescriptor fd(openat(place.Directory(), place.Name().c_str(), IN_PLACE_FLAGS));
+    util::CUniqueFd fd(openat(place.Directory(), place.Name().c_str(), IN_PLACE_FLAGS));
     struct stat status = {};
     if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0) {
         problem = ErrorText();
@@ -157,15 +157,15 @@ bool WriteInPlace(const CFilePlace& place, const std::string& text, std::string&
 }
 
 // A new, empty file beside the place; its name in `name`.
-CDescriptor MakeTemporary(const CFilePlace& place, mode_t mode, std::string& name) {
-    CDescriptor fd;
+util::CUniqueFd MakeTemporary(const CFilePlace& place, mode_t mode, std::string& name) {
+    util::CUniqueFd fd;
     for (int i = 0; i < MAX_NAMES && !fd.IsOpen() && (i == 0 || errno == EEXIST); ++i) {
         uint64_t number = 0;
         if (getrandom(&number, sizeof(number), 0) != static_cast<ssize_t>(sizeof(number))) {
             break;
         }
         name = fmt::format(".qorctl-{:016x}", number);
-        fd = CDescriptor(openat(place.Directory(), name.c_str(), NEW_FILE_FLAGS, mode));
+        fd = util::CUniqueFd(openat(place.Directory(), name.c_str(), NEW_FILE_FLAGS, mode));
     }
     return fd;
 }
@@ -173,31 +173,31 @@ CDescriptor MakeTemporary(const CFilePlace& place, mode_t mode, std::string& nam
 // The name is on disk once its directory is. Not every file system can say so; the file's own
 // content is safe already.
 void SyncDirectory(const CFilePlace& place) {
-    const CDescriptor fd(openat(place.Directory(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const util::CUniqueFd fd(openat(place.Directory(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (fd.IsOpen()) {
         fsync(fd.Get());
     }
 }
 
-bool Fill(CDescriptor& fd, const std::string& text) {
+bool Fill(util::CUniqueFd& fd, const std::string& text) {
     return WriteAll(fd.Get(), text) && fsync(fd.Get()) == 0 && fd.Close();
 }
 
 // A file that replaces none of the caller's gets the rights that the system gives a new one, by the
 // umask or by what the directory says about new files.
-CDescriptor MakeWithRights(const CFilePlace& place, EFileMode mode, std::string& name) {
+util::CUniqueFd MakeWithRights(const CFilePlace& place, EFileMode mode, std::string& name) {
     const std::optional<struct stat> old = OldFile(place);
     if (mode == EFileMode::KEPT && !old) {
         return MakeTemporary(place, ANY_MODE, name);
     }
-    CDescriptor fd = MakeTemporary(place, PRIVATE_MODE, name);
+    util::CUniqueFd fd = MakeTemporary(place, PRIVATE_MODE, name);
     const mode_t kept =
         mode == EFileMode::PRIVATE || !fd.IsOpen() ? PRIVATE_MODE : KeptMode(place, *old, fd.Get());
     if (fd.IsOpen() && fchmod(fd.Get(), kept) != 0) {
         const int error = errno;
         unlinkat(place.Directory(), name.c_str(), 0);
         errno = error;
-        return CDescriptor();
+        return util::CUniqueFd();
     }
     return fd;
 }
@@ -206,7 +206,7 @@ bool Replace(const CFilePlace& place, const std::string& text, EFileMode mode,
              std::string& problem) {
     const CSignalDelay delay;
     std::string temporary;
-    CDescriptor fd = MakeWithRights(place, mode, temporary);
+    util::CUniqueFd fd = MakeWithRights(place, mode, temporary);
     if (!fd.IsOpen()) {
         problem = ErrorText();
         return false;

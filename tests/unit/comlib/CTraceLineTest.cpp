@@ -13,13 +13,13 @@
 
 #include "ComLibFixture.h"
 #include "comlib/CTraceLine.h"
-#include "comlib/CUniqueFd.h"
+#include "util/UniqueFd.h"
 
 namespace {
 
 using comlib::CTraceLine;
-using comlib::CUniqueFd;
 using qortest::ReadFile;
+using util::CUniqueFd;
 
 class CTraceLineTest : public qortest::CComLibFixture {
 protected:

@@ -15,16 +15,16 @@
 #include <regex>
 
 #include "ComLibFixture.h"
-#include "comlib/CUniqueFd.h"
 #include "plugin/ComLib.h"
+#include "util/UniqueFd.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using comlib::CUniqueFd;
 using qortest::Lines;
 using qortest::ReadFile;
 using qortest::WriteFile;
+using util::CUniqueFd;
 using Texts = std::vector<std::string>;
 
 constexpr const char* CALLER = QOR_COMLIB_CALLER;

@@ -7,8 +7,8 @@
 #include <thread>
 
 #include "ComLibFixture.h"
-#include "comlib/CUniqueFd.h"
 #include "util/Kernel.h"
+#include "util/UniqueFd.h"
 
 namespace {
 
@@ -60,7 +60,7 @@ TEST_F(KernelTest, StatusOfALinkIsTheCLibrarys) {
 }
 
 TEST_F(KernelTest, StatusOfADescriptorIsTheCLibrarys) {
-    const comlib::CUniqueFd fd(open(m_File.c_str(), O_RDONLY | O_CLOEXEC));
+    const util::CUniqueFd fd(open(m_File.c_str(), O_RDONLY | O_CLOEXEC));
     struct stat theirs = {};
     ASSERT_EQ(fstat(fd.Get(), &theirs), 0);
     struct stat ours = {};
