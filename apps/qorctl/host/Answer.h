@@ -1,7 +1,7 @@
 // What came of a request to the plug-in, as a value: what it told about the server's storage, or
 // why it did not.
 //
-// Owner: an answer holds copies and outlives the plug-in. Thread rule: plain values and functions.
+// Owner: an answer holds copies and outlives the plug-in.
 #ifndef QORCTL_HOST_ANSWER_H
 #define QORCTL_HOST_ANSWER_H
 

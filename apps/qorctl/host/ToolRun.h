@@ -13,10 +13,10 @@ namespace qorctl {
 // Results of the pass-through.
 enum class EToolResult : unsigned int {
     DONE = 0,
-    TOOL_ERROR = 1,     // the tool's status, or its first line, says so
-    NOT_RUN = 2,        // it could not be run, or was killed
-    NOT_INSTALLED = 3,  //
-    TIME_OUT = 4,       // it was killed after 150 seconds
+    TOOL_ERROR = 1,  // the tool's status, or its first line, says so
+    NOT_RUN = 2,     // it could not be run, or was killed
+    NOT_INSTALLED = 3,
+    TIME_OUT = 4,  // it was killed after 150 seconds
 };
 
 struct CToolRun {
