@@ -3,7 +3,7 @@
 #define QORBENCH_GETTERRUN_H
 
 #include "ReportWriter.h"
-#include "plugin/ItemList.h"
+#include "base/ItemList.h"
 
 extern "C" {
 

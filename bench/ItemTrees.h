@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "plugin/ItemList.h"
+#include "base/ItemList.h"
 
 namespace qorbench {
 

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "plugin/ItemList.h"
+#include "base/ItemList.h"
 
 namespace qorbench {
 

@@ -4,10 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+
+#include "util/FileIo.h"
 
 namespace fs = std::filesystem;
 
@@ -51,20 +52,10 @@ std::string ReadRegular(int fd, size_t limit, std::string& text) {
     if (std::string problem = ProblemOf(fd, limit); !problem.empty()) {
         return problem;
     }
-    std::array<char, 65536> buffer = {};
-    for (;;) {
-        const ssize_t count = read(fd, buffer.data(), buffer.size());
-        if (count == 0) {
-            return "";
-        }
-        if (count < 0 && errno != EINTR) {
-            return std::strerror(errno);
-        }
-        text.append(buffer.data(), count > 0 ? static_cast<size_t>(count) : 0);
-        if (text.size() > limit) {
-            return TooLarge(limit);
-        }
+    if (util::ReadAll(fd, limit, text)) {
+        return "";
     }
+    return errno == EFBIG ? TooLarge(limit) : std::strerror(errno);
 }
 
 std::string OpeningProblem() {
@@ -121,24 +112,13 @@ bool MakeDirectory(const std::string& path, std::string& error) {
     return !failure;
 }
 
-bool WriteAll(int fd, const std::string& text) {
-    for (size_t written = 0; written < text.size();) {
-        const ssize_t count = write(fd, text.data() + written, text.size() - written);
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        written += count > 0 ? static_cast<size_t>(count) : 0;
-    }
-    return true;
-}
-
 bool WriteFile(const std::string& path, const std::string& text, std::string& error) {
     if (!MakeDirectory(fs::path(path).parent_path(), error)) {
         return false;
     }
     const int fd = open(path.c_str(), WRITE_FLAGS, NEW_FILE_MODE);
     std::string problem = fd < 0 ? OpeningProblem() : ProblemOfOld(fd);
-    if (problem.empty() && (ftruncate(fd, 0) != 0 || !WriteAll(fd, text))) {
+    if (problem.empty() && (ftruncate(fd, 0) != 0 || !util::WriteAll(fd, text))) {
         problem = std::strerror(errno);
     }
     if (fd >= 0 && close(fd) != 0 && problem.empty()) {

@@ -25,9 +25,6 @@ std::optional<std::string> ReadFile(const std::string& path, std::string& error,
 std::optional<std::string> ReadOpened(int fd, const std::string& path, std::string& error,
                                       size_t limit);
 
-// False with errno when not all of it was taken.
-bool WriteAll(int fd, const std::string& text);
-
 // These make the directories that lead to the path, and return false with `error` set on failure.
 bool MakeDirectory(const std::string& path, std::string& error);
 // Writes to a new file, or over one of this user's with no second name. What somebody else may have

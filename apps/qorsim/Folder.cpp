@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+#include "util/FileIo.h"
+
 namespace fs = std::filesystem;
 
 namespace qorsim {
@@ -174,7 +176,7 @@ bool CNewFolder::Write(const std::string& name, const std::string& text, std::st
             ? OpenBeneath(m_Fd.Get(), name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                           FILE_MODE)
             : -1;
-    const bool written = fd >= 0 && WriteAll(fd, text);
+    const bool written = fd >= 0 && util::WriteAll(fd, text);
     std::string reason = written ? "" : Reason();
     if (fd >= 0 && close(fd) != 0 && written) {
         reason = Reason();

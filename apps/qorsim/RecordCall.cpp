@@ -19,6 +19,7 @@
 #include "RecordFile.h"
 #include "RecordTool.h"
 #include "VisibleText.h"
+#include "util/ReplaceFile.h"
 
 namespace fs = std::filesystem;
 
@@ -29,6 +30,7 @@ using std::chrono::steady_clock;
 
 constexpr int BROKEN_RECORDING = 96;  // the recording itself is broken: no status of a tool
 constexpr int NOT_RUNNABLE = 126;
+constexpr mode_t FILE_MODE = 0644;
 
 std::string Note(const std::string& name) {
     return std::string(NOTES_DIR) + "/" + name;
@@ -40,7 +42,7 @@ int Fail(const std::string& error) {
 }
 
 void Redirect(const std::string& path, int channel) {
-    const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, FILE_MODE);
     dup2(fd, channel);
     close(fd);
 }
@@ -62,18 +64,15 @@ void Redirect(const std::string& path, int channel) {
 
 // Replaces the file in one step, so that a call that is killed leaves no half of it.
 bool Save(const std::string& path, const CRecordedCall& call, std::string& error) {
-    const std::string fresh = path + ".new";
-    if (!WriteFile(fresh,
-                   WriteCall(call).dump(2, ' ', false, nlohmann::json::error_handler_t::replace),
-                   error)) {
-        return false;
+    util::CReplacement file(AT_FDCWD, path + ".", FILE_MODE);
+    const bool saved =
+        file.IsOpen() &&
+        file.Write(WriteCall(call).dump(2, ' ', false, nlohmann::json::error_handler_t::replace)) &&
+        file.TakePlace(path);
+    if (!saved) {
+        error = fmt::format("cannot write {}: {}", path, std::strerror(errno));
     }
-    std::error_code failure;
-    fs::rename(fresh, path, failure);
-    if (failure) {
-        error = fmt::format("cannot rename {}: {}", fresh, failure.message());
-    }
-    return !failure;
+    return saved;
 }
 
 void Await(pid_t child, CRecordedCall& call) {

@@ -1,14 +1,14 @@
 #include "cli/CMSRAID_KRZ.h"
 
 #include "base/ServerPaths.h"
+#include "base/Trace.h"
 #include "cli/ExecForeignModule.h"
+#include "cli/ProductVersion.h"
 #include "cli/ResultFile.h"
-#include "plugin/Trace.h"
 
 namespace {
 
 constexpr const char* VERSION_COMMAND = "krzcli -v";
-constexpr const char* VERSION_KEY = "Product Version";
 constexpr const char* ERROR_HEAD = "Error - ";
 constexpr const char* INVALID_INPUT_HEAD = "Error - Invalid input at or near token";
 constexpr int RETRY_COUNT = 2;
@@ -45,26 +45,6 @@ unsigned int JudgeSuccess(const std::string& command, const COutputFile& rsltFil
         return KRZ_TOOL_ERROR;
     }
     return KRZ_OK;
-}
-
-std::string VersionOfLine(const std::string& line) {
-    const size_t colon = line.find(':');
-    if (colon == std::string::npos) {
-        return "";
-    }
-    // The colon and the blank behind it, whatever stands there.
-    const std::string version = line.substr(colon + 2);
-    return version.substr(0, version.find_last_not_of(" \t\r\n") + 1);
-}
-
-std::string ReadVersion(const std::string& rsltFile) {
-    CResultStream file(rsltFile);
-    for (std::string line; std::getline(file, line);) {
-        if (line.find(VERSION_KEY) != std::string::npos) {
-            return VersionOfLine(line);
-        }
-    }
-    return "";
 }
 
 }  // namespace
@@ -107,5 +87,6 @@ std::string CMSRAID_KRZ::GetKRZVersion(const std::string& rsltFile) {
         TraceTooLarge(rsltFile);
         return "";
     }
-    return ReadVersion(rsltFile);
+    CResultStream report(rsltFile);
+    return ReadProductVersion(report);
 }

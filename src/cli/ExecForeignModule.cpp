@@ -9,9 +9,9 @@
 #include <string_view>
 #include <vector>
 
+#include "base/Trace.h"
 #include "cli/ChildStart.h"
 #include "cli/ChildWait.h"
-#include "plugin/Trace.h"
 #include "util/UniqueFd.h"
 
 using std::chrono::milliseconds;

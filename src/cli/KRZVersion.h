@@ -11,6 +11,11 @@ struct CKRZVersion {
 
     // Nothing unless `text` has exactly two parts.
     static std::optional<CKRZVersion> Parse(const std::string& text);
+
+    // The last release whose reports lack something is 4.3.
+    bool IsOldForRAID() const { return major <= 3 || (major == 4 && minor <= 3); }
+    // PCIe SSDs came with 7.0.
+    bool IsOldForSSD() const { return major <= 6; }
 };
 
 #endif  // QOR_CLI_KRZVERSION_H

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "plugin/Trace.h"
+#include "base/Trace.h"
 #include "util/Kernel.h"
 #include "util/UniqueFd.h"
 

@@ -3,13 +3,11 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <time.h>
-#include <unistd.h>
 
-#include <array>
-#include <cerrno>
 #include <exception>
 #include <string_view>
 
+#include "util/FileIo.h"
 #include "util/Kernel.h"
 #include "util/UniqueFd.h"
 
@@ -45,20 +43,6 @@ bool IsLongAgo(long long changedNs) {
     clock_gettime(CLOCK_REALTIME, &now);
     const long long ageNs = Nanoseconds(now) - changedNs;
     return ageNs < 0 || ageNs > CLOCK_RESOLUTION_NS;
-}
-
-bool ReadAll(int fd, std::string& text) {
-    std::array<char, 4096> block;
-    while (true) {
-        const ssize_t count = read(fd, block.data(), block.size());
-        if (count > 0) {
-            text.append(block.data(), static_cast<size_t>(count));
-        } else if (count == 0) {
-            return true;
-        } else if (errno != EINTR) {
-            return false;
-        }
-    }
 }
 
 // SimpleIni's converter, which does not convert. It is told the buffer that the parser will own
@@ -124,7 +108,8 @@ std::unique_ptr<CIniFile> CIniFile::Load(const char* path) {
     file->m_Stamp = *stamp;
     file->m_Settled = IsLongAgo(stamp->m_ChangedNs);
     std::string text;
-    if (!ReadAll(fd.Get(), text) || file->m_Parsed->m_Ini.LoadData(text) != SI_OK) {
+    if (!util::ReadAll(fd.Get(), text.max_size(), text) ||
+        file->m_Parsed->m_Ini.LoadData(text) != SI_OK) {
         return nullptr;
     }
     return file;

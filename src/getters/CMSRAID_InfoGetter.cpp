@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "base/Trace.h"
 #include "cli/CMSRAID_KRZ.h"
-#include "plugin/Trace.h"
 
 namespace {
 

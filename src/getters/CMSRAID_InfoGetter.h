@@ -19,9 +19,9 @@
 #include <list>
 #include <string>
 
+#include "base/ItemList.h"
 #include "cli/ResultFile.h"
 #include "getters/Text.h"
-#include "plugin/ItemList.h"
 
 // A report whose items would take more memory than a host can be expected to have.
 struct CReportTooLarge {};

@@ -3,10 +3,10 @@
 #include <string_view>
 #include <utility>
 
+#include "base/Trace.h"
 #include "cli/CMSRAID_KRZ.h"
 #include "cli/ResultFile.h"
 #include "getters/Text.h"
-#include "plugin/Trace.h"
 
 namespace {
 

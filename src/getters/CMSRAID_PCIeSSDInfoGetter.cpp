@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "base/Trace.h"
 #include "getters/Text.h"
-#include "plugin/Trace.h"
 
 CMSRAID_PCIeSSDInfoGetter::CMSRAID_PCIeSSDInfoGetter() {
     const CTraceScope trace("CMSRAID_PCIeSSDInfoGetter::CMSRAID_PCIeSSDInfoGetter");

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <utility>
 
+#include "base/Trace.h"
 #include "cli/KRZVersion.h"
 #include "getters/CMSRAID_LDInfoGetter.h"
 #include "getters/Text.h"
-#include "plugin/Trace.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
+#include "base/Trace.h"
 #include "getters/Text.h"
-#include "plugin/Trace.h"
 
 namespace {
 

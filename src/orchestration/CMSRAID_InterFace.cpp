@@ -2,6 +2,8 @@
 
 #include <optional>
 
+#include "base/ItemList.h"
+#include "base/Trace.h"
 #include "cli/CMSRAID_KRZ.h"
 #include "cli/KRZVersion.h"
 #include "getters/CMSRAID_CtrlInfoGetter.h"
@@ -9,8 +11,6 @@
 #include "getters/CMSRAID_PCIeSSDInfoGetter.h"
 #include "getters/CMSRAID_PDInfoGetter.h"
 #include "getters/CMSRAID_PDSMInfoGetter.h"
-#include "plugin/ItemList.h"
-#include "plugin/Trace.h"
 #include "presence/CMSRAID_MegaStorCLI.h"
 #include "presence/CMSRAID_PCICard.h"
 
@@ -37,23 +37,13 @@ struct CResultTexts {
     }
 };
 
-// The last release that lacks something in its reports is 4.3.
-bool IsOldForRAID(const CKRZVersion& version) {
-    return version.major <= 3 || (version.major == 4 && version.minor <= 3);
-}
-
-// PCIe SSDs came with 7.0.
-bool IsOldForSSD(const CKRZVersion& version) {
-    return version.major <= 6;
-}
-
 // An old tool is asked all the same: the notice only informs.
 void CheckVersion(const std::string& version, std::string& notice) {
     const std::optional<CKRZVersion> parsed = CKRZVersion::Parse(version);
     if (!parsed) {
         QOR_TRACE(FAILURE, "KRZ CLI Version is invalid.(tsKRZver=%s)", version.c_str());
         notice.insert(0, NOTICE_OLD_VERSION);
-    } else if (IsOldForRAID(*parsed)) {
+    } else if (parsed->IsOldForRAID()) {
         QOR_TRACE(SKIP, "KRZ CLI Version is old.(tsKRZver=%s)", version.c_str());
         notice.insert(0, NOTICE_OLD_VERSION);
     }
@@ -138,7 +128,7 @@ std::optional<bool> CollectPCIeSSDs(ItemList& holding, ItemList& list, CResultTe
     if (!version) {
         return std::nullopt;
     }
-    if (IsOldForSSD(*version)) {
+    if (version->IsOldForSSD()) {
         QOR_TRACE(SKIP, "Skip getting PCIe SSD Information because KRZ is old.");
         return std::nullopt;
     }

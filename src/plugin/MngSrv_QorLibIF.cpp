@@ -2,9 +2,9 @@
 
 #include <pthread.h>
 
+#include "base/ItemList.h"
 #include "cli/CMSRAID_KRZ.h"
 #include "orchestration/CMSRAID_InterFace.h"
-#include "plugin/ItemList.h"
 #include "plugin/SvpConversion.h"
 #include "svp/CSvpPdInfoForm.h"
 #include "xml/MngSrv_QorLibMan.h"

@@ -1,45 +1,18 @@
 #include "presence/CMSRAID_MegaStorCLI.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
 
 #include "base/ServerPaths.h"
+#include "base/Trace.h"
 #include "cli/ExecForeignModule.h"
 #include "cli/ResultFile.h"
 #include "getters/CMSRAID_InfoGetter.h"
-#include "plugin/Trace.h"
+#include "presence/LsiUtility.h"
 
 namespace {
-
-struct CUtility {
-    const char* name;
-    const char* arguments;
-    std::string_view countKey;  // a count line begins with it
-};
-
-constexpr CUtility MEGACLI = {"MegaCli", "-AdpAllInfo -aALL", "  Disks           :"};
-constexpr CUtility STORCLI = {"storcli", "/call show", "Physical Drives ="};
-
-constexpr const char* INTEL_VENDOR = "VEN_8086";
-constexpr const char* LSI_VENDOR = "VEN_1000";
-constexpr std::array<std::string_view, 3> OLDER_LSI_DEVICES = {"DEV_005B", "DEV_0073", "DEV_0079"};
-
-bool IsOlderModel(const DevicePCIID& controller) {
-    if (controller.vendor == INTEL_VENDOR) {
-        return true;
-    }
-    return controller.vendor == LSI_VENDOR &&
-           std::find(OLDER_LSI_DEVICES.begin(), OLDER_LSI_DEVICES.end(), controller.device) !=
-               OLDER_LSI_DEVICES.end();
-}
-
-const CUtility& UtilityFor(const std::list<DevicePCIID>& devices) {
-    return std::all_of(devices.begin(), devices.end(), IsOlderModel) ? MEGACLI : STORCLI;
-}
 
 // The inside of a text in double quotes, as the shell reads it: sane paths stay as they are.
 std::string Quoted(const std::string& text) {
@@ -53,9 +26,8 @@ std::string Quoted(const std::string& text) {
     return quoted;
 }
 
-std::string CommandOf(const CUtility& utility) {
-    return "\"" + Quoted(CFileUtility::GetInstallPath(0)) + "/RAID/tool/" + utility.name + "\" " +
-           utility.arguments;
+std::string CommandOf(const CLsiUtility& utility) {
+    return "\"" + Quoted(PathOf(utility)) + "\" " + utility.arguments;
 }
 
 std::int64_t AddClamped(std::int64_t left, std::int64_t right) {
@@ -79,7 +51,7 @@ std::int64_t CountDisks(const std::string& path, std::string_view countKey) {
     return disks;
 }
 
-std::int64_t RunUtility(const CUtility& utility) {
+std::int64_t RunUtility(const CLsiUtility& utility) {
     const std::string command = CommandOf(utility);
     QOR_TRACE(RESULT, "Execute LSI RAID Utilty command. %s", command.c_str());
     CResultFile file(CMSRAID_InfoGetter::GetRsltFilePath());

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "base/ServerPaths.h"
+#include "base/Trace.h"
 #include "cli/ResultFile.h"
-#include "plugin/Trace.h"
 #include "util/Kernel.h"
 
 namespace {
@@ -19,12 +19,6 @@ constexpr size_t VENDOR_POSITION = 8;
 constexpr size_t DEVICE_POSITION = 13;
 constexpr size_t ID_LENGTH = 4;
 
-constexpr const char* RAID_INI_NAME = "RaidVCFac.ini";
-constexpr const char* SSD_INI_NAME = "PciessdVCFac.ini";
-// Spelled with one "p" in every ini file in the field.
-constexpr const char* INI_SECTION = "SuportDevice";
-constexpr const char* INI_COUNT_KEY = "SuportDeviceNum";
-constexpr size_t INI_VALUE_SIZE = 256;
 // Supported whatever the ini file holds.
 constexpr const char* BUILT_IN_SSD_VENDOR = "VEN_1AED";
 constexpr const char* BUILT_IN_SSD_DEVICE = "DEV_2001";
@@ -45,11 +39,6 @@ std::string ReadIniValue(const std::string& path, const std::string& key) {
 
 std::string IniPath(const char* name) {
     return CFileUtility::GetInstallPath(0) + "/" + name;
-}
-
-bool Matches(const std::string& id, const DevicePCIID& entry) {
-    return !id.empty() && id.find(entry.device) != std::string::npos &&
-           id.find(entry.vendor) != std::string::npos;
 }
 
 // The characters of a text, 64 told apart. What has one that the other has not is no part of it:
@@ -78,6 +67,20 @@ void GetWindowsDeviceID(std::string word, std::string& id) {
          word.substr(DEVICE_POSITION, ID_LENGTH);
 }
 
+bool ReadDeviceWord(std::istream& list, std::string& word) {
+    while (list >> word) {
+        if (word.size() > LONGEST_IGNORED_WORD) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Matches(const std::string& id, const DevicePCIID& entry) {
+    return !id.empty() && id.find(entry.device) != std::string::npos &&
+           id.find(entry.vendor) != std::string::npos;
+}
+
 bool CMSRAID_PCICard::GetPresentPCIList(std::list<std::string>* list) {
     if (list == nullptr) {
         return false;
@@ -91,10 +94,8 @@ bool CMSRAID_PCICard::GetPresentPCIList(std::list<std::string>* list) {
     }
     std::ifstream file(DEVICE_LIST_PATH);
     file.imbue(std::locale::classic());  // what a word is must not be the host's choice
-    for (std::string word; file >> word;) {
-        if (word.size() > LONGEST_IGNORED_WORD) {
-            GetWindowsDeviceID(word, list->emplace_back());
-        }
+    for (std::string word; ReadDeviceWord(file, word);) {
+        GetWindowsDeviceID(word, list->emplace_back());
     }
     return true;
 }

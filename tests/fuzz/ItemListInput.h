@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-#include "plugin/ItemList.h"
+#include "base/ItemList.h"
 
 namespace qorfuzz {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "plugin/ItemList.h"
+#include "base/ItemList.h"
 
 namespace qorfuzz {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "base/ItemList.h"
 #include "health/Health.h"
-#include "plugin/ItemList.h"
 
 namespace qorfuzz {
 

@@ -10,8 +10,8 @@
 #include <list>
 #include <string>
 
+#include "base/ItemList.h"
 #include "plugin/ItemDisp.h"
-#include "plugin/ItemList.h"
 
 namespace qortest {
 

@@ -32,29 +32,23 @@ long BootTime() {
     return 0;
 }
 
-std::vector<std::string> SortedPlaces(const std::vector<CDeviceWord>& words) {
-    std::vector<std::string> places;
-    std::transform(words.begin(), words.end(), std::back_inserter(places),
-                   [](const CDeviceWord& word) { return word.place; });
-    std::sort(places.begin(), places.end());
-    return places;
+bool IsBefore(const CDeviceWord& one, const CDeviceWord& other) {
+    return one.place < other.place;
 }
 
-// The places of `words` that `others` has not.
-std::vector<std::string> OnlyIn(const std::vector<CDeviceWord>& words,
-                                const std::vector<CDeviceWord>& others) {
-    const std::vector<std::string> left = SortedPlaces(words);
-    const std::vector<std::string> right = SortedPlaces(others);
-    std::vector<std::string> difference;
-    std::set_difference(left.begin(), left.end(), right.begin(), right.end(),
-                        std::back_inserter(difference));
+// The devices of `words` whose places `others` has not.
+std::vector<CDeviceWord> OnlyIn(std::vector<CDeviceWord> words, std::vector<CDeviceWord> others) {
+    std::sort(words.begin(), words.end(), IsBefore);
+    std::sort(others.begin(), others.end(), IsBefore);
+    std::vector<CDeviceWord> difference;
+    std::set_difference(words.begin(), words.end(), others.begin(), others.end(),
+                        std::back_inserter(difference), IsBefore);
     return difference;
 }
 
-bool IsSupported(const std::string& place, const CServerFacts& facts) {
-    const std::string identifier = ReadDeviceWords(place).at(0).identifier;
-    const auto matches = [&](const CSupportedDevice& device) {
-        return Matches(device, identifier);
+bool IsSupported(const CDeviceWord& word, const CServerFacts& facts) {
+    const auto matches = [&](const DevicePCIID& device) {
+        return Matches(word.identifier, device);
     };
     const auto isIn = [&](const CSupportedList& list) {
         return std::any_of(list.devices.begin(), list.devices.end(), matches);
@@ -62,21 +56,24 @@ bool IsSupported(const std::string& place, const CServerFacts& facts) {
     return isIn(facts.RaidList()) || isIn(facts.SsdList());
 }
 
-std::string Places(const std::vector<std::string>& places) {
-    const auto shown = places.begin() + static_cast<long>(std::min(places.size(), MOST_PLACES));
-    return fmt::format("{} ({}{})", places.size(), fmt::join(places.begin(), shown, ", "),
-                       places.size() > MOST_PLACES ? ", ..." : "");
+std::string Places(const std::vector<CDeviceWord>& words) {
+    std::vector<std::string> shown;
+    std::transform(words.begin(),
+                   words.begin() + static_cast<long>(std::min(words.size(), MOST_PLACES)),
+                   std::back_inserter(shown), [](const CDeviceWord& word) { return word.place; });
+    return fmt::format("{} ({}{})", words.size(), fmt::join(shown, ", "),
+                       words.size() > MOST_PLACES ? ", ..." : "");
 }
 
 CFinding JudgeDifference(const std::vector<CDeviceWord>& listed,
                          const std::vector<CDeviceWord>& live, const CServerFacts& facts) {
-    const std::vector<std::string> unlisted = OnlyIn(live, listed);
-    const std::vector<std::string> gone = OnlyIn(listed, live);
+    const std::vector<CDeviceWord> unlisted = OnlyIn(live, listed);
+    const std::vector<CDeviceWord> gone = OnlyIn(listed, live);
     const auto invisible =
         std::find_if(unlisted.begin(), unlisted.end(),
-                     [&](const std::string& place) { return IsSupported(place, facts); });
+                     [&](const CDeviceWord& word) { return IsSupported(word, facts); });
     if (invisible != unlisted.end()) {
-        return Fail("a supported device of the server is not in the list: " + *invisible,
+        return Fail("a supported device of the server is not in the list: " + invisible->place,
                     MakeAgain());
     }
     if (unlisted.empty() && gone.empty()) {

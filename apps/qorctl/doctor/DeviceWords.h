@@ -1,4 +1,4 @@
-// The devices of a device list, as the plug-in reads it.
+// The devices of a device list and of the bus, as the plug-in reads them.
 #ifndef QORCTL_DOCTOR_DEVICEWORDS_H
 #define QORCTL_DOCTOR_DEVICEWORDS_H
 
@@ -12,9 +12,6 @@ struct CDeviceWord {
     std::string place;       // "BB:DD.F_VVVV:DDDD", in upper case
     std::string identifier;  // "VEN_vvvv&DEV_dddd", in upper case
 };
-
-// The devices of `text`: every word of more than 16 characters.
-std::vector<CDeviceWord> ReadDeviceWords(const std::string& text);
 
 // Nothing when the file is missing or cannot be read.
 std::optional<std::vector<CDeviceWord>> ReadDeviceList();

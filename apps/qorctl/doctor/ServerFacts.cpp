@@ -6,21 +6,12 @@
 namespace qorctl::doctor {
 namespace {
 
-constexpr const char* RAID_LIST = "/RaidVCFac.ini";
-constexpr const char* SSD_LIST = "/PciessdVCFac.ini";
-
-CSupportedList ReadSsdList(const std::string& path) {
-    CSupportedList list = ReadSupportedList(path);
-    list.devices.push_back({"VEN_1AED", "DEV_2001"});  // supported without being listed
-    return list;
-}
-
-std::vector<CSupportedDevice> Supported(const CSupportedList& list,
-                                        const std::vector<CDeviceWord>& words) {
-    std::vector<CSupportedDevice> found;
+std::list<DevicePCIID> Supported(const CSupportedList& list,
+                                 const std::vector<CDeviceWord>& words) {
+    std::list<DevicePCIID> found;
     for (const CDeviceWord& word : words) {
-        for (const CSupportedDevice& device : list.devices) {
-            if (Matches(device, word.identifier)) {
+        for (const DevicePCIID& device : list.devices) {
+            if (Matches(word.identifier, device)) {
                 found.push_back(device);
             }
         }
@@ -34,8 +25,8 @@ CServerFacts::CServerFacts(const std::string& pluginPath)
     : m_PluginName(CPluginLibrary::Locate(pluginPath)),
       m_Plugin(CPluginLibrary::Load(pluginPath, m_PluginProblem)),
       m_InstallPath(CFileUtility::GetInstallPath(0)),
-      m_RaidList(ReadSupportedList(m_InstallPath + RAID_LIST)),
-      m_SsdList(ReadSsdList(m_InstallPath + SSD_LIST)) {
+      m_RaidList(ReadRaidList()),
+      m_SsdList(ReadSsdList()) {
     std::optional<std::vector<CDeviceWord>> words = ReadDeviceList();
     if (!words) {
         words = ReadLiveBus();

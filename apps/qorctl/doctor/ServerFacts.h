@@ -1,15 +1,16 @@
 // What the checks share about the server, looked up once.
 //
-// The configuration, the lists of devices and the PCI bus are read with the code of our common
-// library, which is linked in, so that a server is examined also where the library is missing.
+// The configuration, the lists of devices and the PCI bus are read and judged with the code of the
+// plug-in and of our common library, which is linked in, so that a server is examined also where
+// the libraries are missing, and by no other rules than theirs.
 //
 // Thread rule: one thread at a time.
 #ifndef QORCTL_DOCTOR_SERVERFACTS_H
 #define QORCTL_DOCTOR_SERVERFACTS_H
 
+#include <list>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "doctor/DeviceWords.h"
 #include "doctor/SupportedList.h"
@@ -37,8 +38,8 @@ public:
     const CSupportedList& SsdList() const { return m_SsdList; }
 
     // The supported devices that stand in the device list, or on the bus where there is no list.
-    const std::vector<CSupportedDevice>& RaidDevices() const { return m_RaidDevices; }
-    const std::vector<CSupportedDevice>& SsdDevices() const { return m_SsdDevices; }
+    const std::list<DevicePCIID>& RaidDevices() const { return m_RaidDevices; }
+    const std::list<DevicePCIID>& SsdDevices() const { return m_SsdDevices; }
 
     bool IsToolInstalled() const;
     // The answer to "krzcli -v", asked for once; only with a loaded plug-in and an installed tool.
@@ -51,8 +52,8 @@ private:
     std::string m_InstallPath;
     CSupportedList m_RaidList;
     CSupportedList m_SsdList;
-    std::vector<CSupportedDevice> m_RaidDevices;
-    std::vector<CSupportedDevice> m_SsdDevices;
+    std::list<DevicePCIID> m_RaidDevices;
+    std::list<DevicePCIID> m_SsdDevices;
     std::optional<CToolRun> m_VersionRun;
 };
 

@@ -15,13 +15,13 @@ namespace fs = std::filesystem;
 namespace qorctl::doctor {
 namespace {
 
-constexpr const char* SECTION = "SuportDevice";
 constexpr std::string_view UPPER_CASE_DIGITS = "0123456789ABCDEF";
 constexpr int MOST_ENTRIES = 100'000;  // a mistyped count must not keep the doctor for hours
 
 std::string ReadValue(const std::string& key, const CSupportedList& list) {
-    std::array<char, 256> text = {};  // as much as the plug-in reads
-    GetPrivateProfileStringA(SECTION, key.c_str(), "", text.data(), text.size(), list.path.c_str());
+    std::array<char, INI_VALUE_SIZE> text = {};
+    GetPrivateProfileStringA(INI_SECTION, key.c_str(), "", text.data(), text.size(),
+                             list.path.c_str());
     return text.data();
 }
 
@@ -53,31 +53,36 @@ bool ExamineValue(const std::string& key, const std::string& value, std::string_
 void ReadEntry(int number, CSupportedList& list) {
     const std::string vendorKey = fmt::format("Vendor{}", number);
     const std::string deviceKey = fmt::format("Device{}", number);
-    const CSupportedDevice entry = {ReadValue(vendorKey, list), ReadValue(deviceKey, list)};
-    if (entry.vendor.empty() || entry.device.empty()) {
+    const std::string vendor = ReadValue(vendorKey, list);
+    const std::string device = ReadValue(deviceKey, list);
+    if (vendor.empty() || device.empty()) {
         list.oddities.push_back(fmt::format("entry {} is skipped: {} is missing", number,
-                                            entry.vendor.empty() ? vendorKey : deviceKey));
+                                            vendor.empty() ? vendorKey : deviceKey));
         return;
     }
-    const bool vendorFits = ExamineValue(vendorKey, entry.vendor, "VEN_", list);
-    const bool deviceFits = ExamineValue(deviceKey, entry.device, "DEV_", list);
+    const bool vendorFits = ExamineValue(vendorKey, vendor, "VEN_", list);
+    const bool deviceFits = ExamineValue(deviceKey, device, "DEV_", list);
     list.matching += vendorFits && deviceFits ? 1 : 0;
-    list.devices.push_back(entry);
 }
 
-}  // namespace
-
-CSupportedList ReadSupportedList(const std::string& path) {
+// `getDevices` is the plug-in's own; it asks for as many entries as the file promises.
+CSupportedList ReadList(const char* name, bool (*getDevices)(std::list<DevicePCIID>*)) {
     CSupportedList list;
-    list.path = path;
+    list.path = CFileUtility::GetInstallPath(0) + "/" + name;
     std::error_code error;
-    list.exists = fs::exists(path, error);
-    list.readable = fs::is_regular_file(path, error) && access(path.c_str(), R_OK) == 0;
-    const int count = GetPrivateProfileIntA(SECTION, "SuportDeviceNum", 0, path.c_str());
-    for (int number = 1; number <= std::min(count, MOST_ENTRIES); ++number) {
+    list.exists = fs::exists(list.path, error);
+    list.readable = fs::is_regular_file(list.path, error) && access(list.path.c_str(), R_OK) == 0;
+    const int count = GetPrivateProfileIntA(INI_SECTION, INI_COUNT_KEY, 0, list.path.c_str());
+    if (count > MOST_ENTRIES) {
+        list.oddities.push_back(fmt::format(
+            "{}={}: every request reads so many entries, which takes long", INI_COUNT_KEY, count));
+        return list;
+    }
+    getDevices(&list.devices);
+    for (int number = 1; number <= count; ++number) {
         ReadEntry(number, list);
     }
-    const int next = std::clamp(count, 0, MOST_ENTRIES) + 1;
+    const int next = std::max(count, 0) + 1;
     if (!ReadValue(fmt::format("Vendor{}", next), list).empty()) {
         list.oddities.push_back(
             fmt::format("entry {} stands behind the count of {} and is not read", next, count));
@@ -85,9 +90,14 @@ CSupportedList ReadSupportedList(const std::string& path) {
     return list;
 }
 
-bool Matches(const CSupportedDevice& device, const std::string& identifier) {
-    return identifier.find(device.vendor) != std::string::npos &&
-           identifier.find(device.device) != std::string::npos;
+}  // namespace
+
+CSupportedList ReadRaidList() {
+    return ReadList(RAID_INI_NAME, CMSRAID_PCICard::GetSupportRAIDList);
+}
+
+CSupportedList ReadSsdList() {
+    return ReadList(SSD_INI_NAME, CMSRAID_PCICard::GetSupportPCIeSSDList);
 }
 
 }  // namespace qorctl::doctor

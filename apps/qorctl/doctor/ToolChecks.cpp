@@ -3,36 +3,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
-#include <cstdlib>
-
 #include "base/ServerPaths.h"
+#include "cli/KRZVersion.h"
 #include "doctor/Checks.h"
 #include "doctor/ServerFacts.h"
 #include "plugin/ComLib.h"
+#include "presence/LsiUtility.h"
 
 namespace qorctl::doctor {
 namespace {
 
 constexpr const char* INSTALL_TOOL = "install the RAID tool";
 constexpr const char* UPDATE_TOOL = "update the RAID tool";
-constexpr std::array<const char*, 3> OLDER_LSI_DEVICES = {"DEV_005B", "DEV_0073", "DEV_0079"};
-
-// A version of two parts; leading digits count, a part without any is 0.
-struct CVersion {
-    long major;
-    long minor;
-};
-
-std::optional<CVersion> ReadVersion(const std::string& text) {
-    const std::list<std::string> parts = CStringUtil::SplitByDot(text);
-    if (parts.size() != 2) {
-        return std::nullopt;
-    }
-    return CVersion{CStringUtil::TStringToNumber(parts.front()),
-                    CStringUtil::TStringToNumber(parts.back())};
-}
 
 // The version, or the finding that it cannot be had.
 struct CToolVersion {
@@ -55,28 +37,17 @@ CToolVersion AskVersion(CServerFacts& facts) {
     return {ProductVersion(run.output), std::nullopt};
 }
 
-CFinding Malformed(const std::string& text) {
-    return Warn(fmt::format("\"{}\" is not of the form major.minor", text), UPDATE_TOOL);
-}
-
-template <class IsTooOld>
-CFinding ExamineVersion(CServerFacts& facts, IsTooOld isTooOld, const char* consequence) {
+CFinding ExamineVersion(CServerFacts& facts, bool (CKRZVersion::*isOld)() const,
+                        const char* consequence) {
     const CToolVersion tool = AskVersion(facts);
     if (tool.obstacle) {
         return *tool.obstacle;
     }
-    const std::optional<CVersion> version = ReadVersion(tool.text);
+    const std::optional<CKRZVersion> version = CKRZVersion::Parse(tool.text);
     if (!version) {
-        return Malformed(tool.text);
+        return Warn(fmt::format("\"{}\" is not of the form major.minor", tool.text), UPDATE_TOOL);
     }
-    return isTooOld(*version) ? Warn(tool.text + consequence, UPDATE_TOOL) : Ok(tool.text);
-}
-
-bool IsOlderModel(const CSupportedDevice& device) {
-    return device.vendor == "VEN_8086" ||
-           (device.vendor == "VEN_1000" &&
-            std::find(OLDER_LSI_DEVICES.begin(), OLDER_LSI_DEVICES.end(), device.device) !=
-                OLDER_LSI_DEVICES.end());
+    return ((*version).*isOld)() ? Warn(tool.text + consequence, UPDATE_TOOL) : Ok(tool.text);
 }
 
 CFinding JudgeMissingUtility(const CServerFacts& facts, const std::string& reason) {
@@ -120,27 +91,23 @@ CFinding ExamineToolPermissions(CServerFacts& facts) {
 }
 
 CFinding ExamineToolForRaid(CServerFacts& facts) {
-    const auto isTooOld = [](const CVersion& version) {
-        return version.major < 4 || (version.major == 4 && version.minor < 4);
-    };
-    return ExamineVersion(facts, isTooOld, " is older than 4.4: reports lack items");
+    return ExamineVersion(facts, &CKRZVersion::IsOldForRAID,
+                          " is older than 4.4: reports lack items");
 }
 
 CFinding ExamineToolForSsds(CServerFacts& facts) {
     if (facts.SsdDevices().empty()) {
         return Ok("not needed, there is no supported PCIe SSD");
     }
-    const auto isTooOld = [](const CVersion& version) { return version.major < 7; };
-    return ExamineVersion(facts, isTooOld, " is older than 7: PCIe SSDs are not reported");
+    return ExamineVersion(facts, &CKRZVersion::IsOldForSSD,
+                          " is older than 7: PCIe SSDs are not reported");
 }
 
 CFinding ExamineLsiUtility(CServerFacts& facts) {
     if (facts.RaidDevices().empty()) {
         return Ok("not needed, there is no supported RAID controller");
     }
-    const bool older =
-        std::all_of(facts.RaidDevices().begin(), facts.RaidDevices().end(), IsOlderModel);
-    const std::string path = facts.InstallPath() + "/RAID/tool/" + (older ? "MegaCli" : "storcli");
+    const std::string path = PathOf(UtilityFor(facts.RaidDevices()));
     if (!CFileUtility::IsFileExist(path)) {
         return facts.IsToolInstalled() ? Ok("not needed, the RAID tool is installed")
                                        : JudgeMissingUtility(facts, path + " is missing");

@@ -5,38 +5,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstring>
 
 #include "terminal/OutputFile.h"
+#include "util/FileIo.h"
 
 namespace qorctl {
 namespace {
 
-constexpr size_t BLOCK = 65536;
 constexpr const char* LOCK_END = ".lock";
 constexpr const char* IN_USE = "another process is using it";
 constexpr int LOCK_TRIES = 3;  // others may make it anew at the same time
 constexpr int LOCK_FLAGS = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 constexpr int READ_FLAGS = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-
-// The rest of the file; an errno on failure.
-int ReadAll(int fd, std::string& text) {
-    std::array<char, BLOCK> block;
-    while (text.size() <= CStateFile::MAX_SIZE) {
-        const ssize_t count = read(fd, block.data(), block.size());
-        if (count < 0 && errno != EINTR) {
-            return errno;
-        }
-        if (count == 0) {
-            return 0;
-        }
-        text.append(block.data(), static_cast<size_t>(std::max<ssize_t>(count, 0)));
-    }
-    return EFBIG;
-}
 
 bool ReadRegular(int fd, std::string& text, std::string& problem) {
     struct stat status = {};
@@ -44,10 +26,10 @@ bool ReadRegular(int fd, std::string& text, std::string& problem) {
         problem = std::strerror(errno);
     } else if (!S_ISREG(status.st_mode)) {
         problem = "not a regular file";
-    } else if (!IsTrustedOwner(status.st_uid)) {
+    } else if (!util::IsTrustedOwner(status.st_uid)) {
         problem = "it belongs to another user";
-    } else if (const int error = ReadAll(fd, text); error != 0) {
-        problem = std::strerror(error);
+    } else if (!util::ReadAll(fd, CStateFile::MAX_SIZE, text)) {
+        problem = std::strerror(errno);
     }
     return problem.empty();
 }
@@ -68,7 +50,7 @@ void CStateFile::Fail(const std::string& path, const std::string& what) {
 }
 
 // A private file, made anew if need be. False, with m_Problem set, when there can be none.
-bool CStateFile::OpenLock(const CFilePlace& place) {
+bool CStateFile::OpenLock(const util::CFilePlace& place) {
     const std::string path = m_Path + LOCK_END;
     for (int i = 0; i < LOCK_TRIES; ++i) {
         m_Lock = util::CUniqueFd(
@@ -96,7 +78,7 @@ bool CStateFile::OpenLock(const CFilePlace& place) {
 CStateFile::ELock CStateFile::Lock() {
     const std::string path = m_Path + LOCK_END;
     std::string problem;
-    const auto place = CFilePlace::Find(path, ELastLink::KEPT, problem);
+    const auto place = util::CFilePlace::Find(path, util::ELastLink::KEPT, problem);
     if (place) {
         problem = place->Danger();
     }
@@ -126,7 +108,7 @@ CStateFile::ELock CStateFile::Lock() {
 
 CStateFile::ERead CStateFile::Read(std::string& text) {
     std::string problem;
-    const auto place = CFilePlace::Find(m_Path, ELastLink::FOLLOWED, problem);
+    const auto place = util::CFilePlace::Find(m_Path, util::ELastLink::FOLLOWED, problem);
     if (place) {
         problem = place->Danger();
     }

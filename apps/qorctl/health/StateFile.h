@@ -12,7 +12,7 @@
 #include <string>
 #include <utility>
 
-#include "terminal/FilePlace.h"
+#include "util/FilePlace.h"
 #include "util/UniqueFd.h"
 
 namespace qorctl {
@@ -50,7 +50,7 @@ public:
 
 private:
     void Fail(const std::string& path, const std::string& what);
-    bool OpenLock(const CFilePlace& place);
+    bool OpenLock(const util::CFilePlace& place);
 
     std::string m_Path;
     std::string m_Problem;

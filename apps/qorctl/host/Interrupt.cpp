@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <limits.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,6 +22,8 @@ constexpr std::string_view RESULT_FILE_END = "MngSrvRaid.txt";
 constexpr int SIGNAL_STATUS = 128;
 // The plug-in runs one tool at a time.
 constexpr size_t MAX_CHILDREN = 8;
+constexpr int PAUSE = 10;        // milliseconds
+constexpr int MAX_PAUSES = 500;  // five seconds
 
 struct CChild {
     pid_t pid = -1;
@@ -67,6 +70,20 @@ void KillChild(CChild& child) {
     kill(getpgid(child.pid) == child.pid ? -child.pid : child.pid, SIGKILL);
 }
 
+// A child that the kernel cannot end, it hangs in a driver, is given up, as the plug-in does.
+void ReapChildren() {
+    for (int pauses = 0; pauses < MAX_PAUSES;) {
+        const pid_t child = waitpid(-1, nullptr, WNOHANG);
+        if (child < 0 && errno != EINTR) {
+            return;
+        }
+        if (child == 0) {
+            poll(nullptr, 0, PAUSE);
+            ++pauses;
+        }
+    }
+}
+
 void RemoveOutput(const CChild& child) {
     if (std::string_view(child.output.data()).ends_with(RESULT_FILE_END)) {
         unlink(child.output.data());
@@ -78,8 +95,7 @@ void OnSignal(int number) {
     for (size_t i = 0; i < count; ++i) {
         KillChild(s_Children[i]);
     }
-    while (waitpid(-1, nullptr, 0) > 0 || errno == EINTR) {
-    }
+    ReapChildren();
     for (size_t i = 0; i < count; ++i) {
         RemoveOutput(s_Children[i]);
     }

@@ -3,22 +3,21 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstring>
-#include <string_view>
+#include <sstream>
+#include <stdexcept>
 #include <utility>
 
+#include "cli/ProductVersion.h"
 #include "host/Request.h"
+#include "util/FileIo.h"
 #include "util/UniqueFd.h"
 
 namespace qorctl {
 namespace {
-
-constexpr std::string_view VERSION_KEY = "Product Version";
 
 constexpr const char* FOLDER = "/var/tmp";
 constexpr mode_t OWNER_ONLY = 0600;
@@ -37,17 +36,12 @@ std::string PathOf(const util::CUniqueFd& file) {
 }
 
 std::string ReadWhole(const util::CUniqueFd& file, std::string& problem) {
-    struct stat status = {};
-    if (fstat(file.Get(), &status) != 0 || static_cast<size_t>(status.st_size) > MAX_OUTPUT) {
-        problem = fmt::format("the RAID tool printed more than {} MiB", MAX_OUTPUT >> 20U);
-        return "";
-    }
     std::string text;
-    std::array<char, 65536> block;
-    ssize_t count = 0;
-    while ((count = pread(file.Get(), block.data(), block.size(),
-                          static_cast<off_t>(text.size()))) > 0) {
-        text.append(block.data(), static_cast<size_t>(count));
+    if (!util::ReadAll(file.Get(), MAX_OUTPUT, text)) {
+        problem = errno == EFBIG
+                      ? fmt::format("the RAID tool printed more than {} MiB", MAX_OUTPUT >> 20U)
+                      : fmt::format("the tool's output cannot be read: {}", std::strerror(errno));
+        return "";
     }
     return text;
 }
@@ -94,20 +88,12 @@ std::string ExplainToolRun(const CToolRun& run) {
 }
 
 std::string ProductVersion(const std::string& output) {
-    const size_t key = output.find(VERSION_KEY);
-    if (key == std::string::npos) {
+    std::istringstream lines(output);
+    try {
+        return ReadProductVersion(lines);
+    } catch (const std::out_of_range&) {
         return "";
     }
-    const size_t before = output.rfind('\n', key);
-    const size_t begin = before == std::string::npos ? 0 : before + 1;
-    const std::string_view line =
-        std::string_view(output).substr(begin, output.find('\n', key) - begin);
-    const size_t colon = line.find(':');
-    if (colon == std::string_view::npos || colon + 2 > line.size()) {
-        return "";
-    }
-    const std::string_view version = line.substr(colon + 2);
-    return std::string(version.substr(0, version.find_last_not_of(" \t\r\n") + 1));
 }
 
 }  // namespace qorctl

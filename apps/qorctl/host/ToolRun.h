@@ -34,8 +34,8 @@ CToolRun RunTool(const CPluginLibrary& library, const std::string& command);
 // A result in words, without the command.
 std::string ExplainToolRun(const CToolRun& run);
 
-// The version in the output of "krzcli -v", as the plug-in reads it: what follows the colon and one
-// more character in the first line with "Product Version"; empty without such a line.
+// The version in the output of "krzcli -v", as the plug-in reads it; empty also where the plug-in
+// throws.
 std::string ProductVersion(const std::string& output);
 
 }  // namespace qorctl

@@ -6,6 +6,7 @@
 #include <poll.h>
 #include <sched.h>
 #include <sys/mman.h>
+#include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -175,9 +176,11 @@ const std::vector<CFailingFunction>& FailingFunctions() {
         {"lstat", {EACCES, EIO, ENOENT, ENOMEM}, STORAGE},
         {"fstat", {EIO, ENOMEM}, STORAGE},
         {"mkdir", {EACCES, ENOSPC, EIO, EROFS, ENOENT}, STORAGE},
-        {"mkostemp", {EACCES, EMFILE, ENOSPC, EIO}, LIST},
-        {"rename", {EACCES, ENOSPC, EIO}, LIST},
+        {"getrandom", {EAGAIN, ENOSYS, EINTR}, LIST},
+        {"openat", {EACCES, EEXIST, EMFILE, ENOSPC, EIO}, LIST},
+        {"renameat", {EACCES, ENOSPC, EIO}, LIST},
         {"unlink", {EACCES, EIO, EROFS, EBUSY}, STORAGE},
+        {"unlinkat", {EACCES, EIO, EROFS, EBUSY}, LIST, {"renameat", EIO}},
         {"opendir", {EACCES, EMFILE, ENOENT, ENOMEM}, LIST},
         {"readdir", {EIO, ENOENT}, LIST},
         {"mmap", {ENOMEM}, STORAGE},  // the child's stack
@@ -330,14 +333,28 @@ int mkdir(const char* path, mode_t mode) noexcept {
     return Recorded("mkdir", path, Strikes("mkdir") ? -1 : real(path, mode));
 }
 
-int mkostemp(char* path, int flags) {
-    static const auto real = Real(mkostemp, "mkostemp");
-    return Strikes("mkostemp") ? -1 : real(path, flags);
+ssize_t getrandom(void* bytes, size_t size, unsigned int flags) {
+    static const auto real = Real(getrandom, "getrandom");
+    return Strikes("getrandom") ? -1 : real(bytes, size, flags);
 }
 
-int rename(const char* from, const char* to) noexcept {
-    static const auto real = Real(rename, "rename");
-    return Strikes("rename") ? -1 : real(from, to);
+int openat(int directory, const char* path, int flags, ...) {
+    static const auto real = Real(openat, "openat");
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return Strikes("openat") ? -1 : real(directory, path, flags, mode);
+}
+
+int renameat(int from, const char* old, int to, const char* name) noexcept {
+    static const auto real = Real(renameat, "renameat");
+    return Strikes("renameat") ? -1 : real(from, old, to, name);
+}
+
+int unlinkat(int directory, const char* path, int flags) noexcept {
+    static const auto real = Real(unlinkat, "unlinkat");
+    return Strikes("unlinkat") ? -1 : real(directory, path, flags);
 }
 
 int unlink(const char* path) noexcept {

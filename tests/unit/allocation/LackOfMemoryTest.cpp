@@ -7,7 +7,7 @@
 
 #include "AllocationFault.h"
 #include "ItemList.h"
-#include "plugin/ItemList.h"
+#include "base/ItemList.h"
 #include "plugin/SvpConversion.h"
 #include "xml/MngSrv_QorLibMan.h"
 

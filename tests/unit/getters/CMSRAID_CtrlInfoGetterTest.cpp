@@ -13,9 +13,9 @@
 #include "ReportStress.h"
 #include "StandInTool.h"
 #include "TraceText.h"
+#include "base/Trace.h"
 #include "cli/CMSRAID_KRZ.h"
 #include "getters/CMSRAID_CtrlInfoGetter.h"
-#include "plugin/Trace.h"
 
 using qortest::CItems;
 using qortest::FakeComLib;

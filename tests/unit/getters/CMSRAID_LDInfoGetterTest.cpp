@@ -15,8 +15,8 @@
 #include "ReportStress.h"
 #include "StandInTool.h"
 #include "TraceText.h"
+#include "base/Trace.h"
 #include "getters/CMSRAID_LDInfoGetter.h"
-#include "plugin/Trace.h"
 
 using qortest::CItems;
 using qortest::FakeComLib;

@@ -1,6 +1,6 @@
 // Stands in for the plug-in's own header in a build without any trace call.
-#ifndef QOR_PLUGIN_TRACE_H
-#define QOR_PLUGIN_TRACE_H
+#ifndef QOR_BASE_TRACE_H
+#define QOR_BASE_TRACE_H
 
 #include "plugin/ComLib.h"
 
@@ -18,4 +18,4 @@ public:
     CTraceScope& operator=(const CTraceScope&) = delete;
 };
 
-#endif  // QOR_PLUGIN_TRACE_H
+#endif  // QOR_BASE_TRACE_H

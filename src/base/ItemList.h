@@ -1,6 +1,6 @@
 // Item lists inside the plug-in: adding items without a leak, freeing them, and lists that own.
-#ifndef QOR_PLUGIN_ITEMLIST_H
-#define QOR_PLUGIN_ITEMLIST_H
+#ifndef QOR_BASE_ITEMLIST_H
+#define QOR_BASE_ITEMLIST_H
 
 #include <list>
 #include <string>
@@ -53,4 +53,4 @@ private:
     ItemList* m_Items;
 };
 
-#endif  // QOR_PLUGIN_ITEMLIST_H
+#endif  // QOR_BASE_ITEMLIST_H

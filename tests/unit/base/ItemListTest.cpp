@@ -3,7 +3,7 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "plugin/ItemList.h"
+#include "base/ItemList.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "terminal/FilePlace.h"
+#include "util/FilePlace.h"
 
 #include <fcntl.h>
 #include <limits.h>
@@ -11,7 +11,7 @@
 #include <cstring>
 #include <string_view>
 
-namespace qorctl {
+namespace util {
 namespace {
 
 constexpr int OBJECT_FLAGS = O_PATH | O_NOFOLLOW | O_CLOEXEC;
@@ -32,16 +32,16 @@ public:
 
     bool Walk();
 
-    util::CUniqueFd m_Directory;
+    CUniqueFd m_Directory;
     std::string m_Name;
     std::string m_Problem;
 
 private:
     bool Begin();
     EStep Step();
-    EStep Enter(util::CUniqueFd object);
+    EStep Enter(CUniqueFd object);
     bool IsTrustedLink(uid_t owner) const;
-    bool Follow(const util::CUniqueFd& link, uid_t owner);
+    bool Follow(const CUniqueFd& link, uid_t owner);
     bool Fail(std::string problem);
     bool FailBySystem(int error) { return Fail(std::strerror(error)); }
 
@@ -58,9 +58,9 @@ bool CPathWalk::Fail(std::string problem) {
 // Where the rest begins: at the root, or in the directory so far.
 bool CPathWalk::Begin() {
     if (m_Rest.starts_with('/')) {
-        m_Directory = util::CUniqueFd(open("/", DIRECTORY_FLAGS));
+        m_Directory = CUniqueFd(open("/", DIRECTORY_FLAGS));
     } else if (!m_Directory.IsOpen()) {
-        m_Directory = util::CUniqueFd(open(".", DIRECTORY_FLAGS));
+        m_Directory = CUniqueFd(open(".", DIRECTORY_FLAGS));
     }
     return m_Directory.IsOpen() || FailBySystem(errno);
 }
@@ -91,7 +91,7 @@ EStep CPathWalk::Step() {
     }
     m_Name = m_Rest.substr(0, m_Rest.find('/'));
     m_Rest.erase(0, m_Name.size());
-    util::CUniqueFd object(openat(m_Directory.Get(), m_Name.c_str(), OBJECT_FLAGS));
+    CUniqueFd object(openat(m_Directory.Get(), m_Name.c_str(), OBJECT_FLAGS));
     if (object.IsOpen()) {
         return Enter(std::move(object));
     }
@@ -102,7 +102,7 @@ EStep CPathWalk::Step() {
     return EStep::FAILED;
 }
 
-EStep CPathWalk::Enter(util::CUniqueFd object) {
+EStep CPathWalk::Enter(CUniqueFd object) {
     struct stat status = {};
     if (fstat(object.Get(), &status) != 0) {
         FailBySystem(errno);
@@ -133,7 +133,7 @@ bool CPathWalk::IsTrustedLink(uid_t owner) const {
             fstat(m_Directory.Get(), &directory) == 0 && !MayOthersWrite(directory));
 }
 
-bool CPathWalk::Follow(const util::CUniqueFd& link, uid_t owner) {
+bool CPathWalk::Follow(const CUniqueFd& link, uid_t owner) {
     if (!IsTrustedLink(owner)) {
         return Fail(m_Name + " is a symbolic link of another user");
     }
@@ -176,4 +176,4 @@ std::string CFilePlace::Danger() const {
     return MayOthersWrite(status) ? "its directory is not safe: other users may write in it" : "";
 }
 
-}  // namespace qorctl
+}  // namespace util

@@ -11,14 +11,14 @@
 #include <functional>
 
 #include "PrivateServerFixture.h"
-#include "terminal/FilePlace.h"
+#include "util/FilePlace.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-using qorctl::CFilePlace;
-using qorctl::ELastLink;
+using util::CFilePlace;
+using util::ELastLink;
 
 class FilePlaceTest : public qortest::CPrivateServerFixture {
 protected:
@@ -143,7 +143,7 @@ TEST_F(FilePlaceTest, OwnerThatMayBeAnybodyIsNotTrusted) {
     }
     const auto isTrusted = [](const char* path) {
         struct stat status = {};
-        return stat(path, &status) == 0 && qorctl::IsTrustedOwner(status.st_uid);
+        return stat(path, &status) == 0 && util::IsTrustedOwner(status.st_uid);
     };
     EXPECT_FALSE(IsTrueAmongStrangers([&] { return isTrusted("/"); }));
     EXPECT_TRUE(isTrusted("/"));

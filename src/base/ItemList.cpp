@@ -1,4 +1,4 @@
-#include "plugin/ItemList.h"
+#include "base/ItemList.h"
 
 #include <memory>
 

@@ -10,8 +10,8 @@
 // write into: those of the system ("/var/run") are such.
 //
 // Owner: the object holds the directory. Thread rule: one thread at a time.
-#ifndef QORCTL_TERMINAL_FILEPLACE_H
-#define QORCTL_TERMINAL_FILEPLACE_H
+#ifndef QOR_UTIL_FILEPLACE_H
+#define QOR_UTIL_FILEPLACE_H
 
 #include <sys/types.h>
 
@@ -20,7 +20,7 @@
 
 #include "util/UniqueFd.h"
 
-namespace qorctl {
+namespace util {
 
 // Whether what belongs to `owner` was put there by root or the caller.
 bool IsTrustedOwner(uid_t owner);
@@ -46,13 +46,13 @@ public:
     std::string Danger() const;
 
 private:
-    CFilePlace(util::CUniqueFd directory, std::string name)
+    CFilePlace(CUniqueFd directory, std::string name)
         : m_Directory(std::move(directory)), m_Name(std::move(name)) {}
 
-    util::CUniqueFd m_Directory;
+    CUniqueFd m_Directory;
     std::string m_Name;
 };
 
-}  // namespace qorctl
+}  // namespace util
 
-#endif  // QORCTL_TERMINAL_FILEPLACE_H
+#endif  // QOR_UTIL_FILEPLACE_H

@@ -1,7 +1,7 @@
 // The plug-in's own view of the trace service: its module name, and the pair of lines that every
 // traced operation writes.
-#ifndef QOR_PLUGIN_TRACE_H
-#define QOR_PLUGIN_TRACE_H
+#ifndef QOR_BASE_TRACE_H
+#define QOR_BASE_TRACE_H
 
 #include "plugin/ComLib.h"
 
@@ -31,4 +31,4 @@ private:
     const char* m_Operation;
 };
 
-#endif  // QOR_PLUGIN_TRACE_H
+#endif  // QOR_BASE_TRACE_H
