@@ -17,7 +17,7 @@
 #include "commands/CommonOptions.h"
 #include "format/JsonDocument.h"
 #include "health/StateFile.h"
-#include "host/Request.h"
+#include "host/Ask.h"
 #include "model/ObjectNames.h"
 #include "terminal/Output.h"
 #include "terminal/TerminalText.h"
@@ -268,7 +268,7 @@ struct CCheckLine {
 // A monitoring server ends a check that takes too long; the RAID tool must not stay.
 int RunCheck(const CCheckLine& line) {
     const auto now = static_cast<int64_t>(std::time(nullptr));
-    return WriteResult(JudgeAnswer(AskOnce(line.plugin, StorageRequest()), line.options, now),
+    return WriteResult(JudgeAnswer(Ask(line.plugin, StorageRequest()), line.options, now),
                        line.options.format);
 }
 

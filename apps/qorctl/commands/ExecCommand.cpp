@@ -5,7 +5,6 @@
 
 #include <cstdlib>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -67,13 +66,7 @@ struct CExecOptions {
 
 // The words are one command text of the shell.
 int RunExec(const CExecOptions& options) {
-    std::string problem;
-    const std::optional<CPluginLibrary> library = CPluginLibrary::Load(options.plugin, problem);
-    if (!library) {
-        Report(problem);
-        return OWN_FAILURE;
-    }
-    const CToolRun run = RunTool(*library, fmt::format("{}", fmt::join(options.words, " ")));
+    const CToolRun run = RunTool(options.plugin, fmt::format("{}", fmt::join(options.words, " ")));
     if (!run.problem.empty()) {
         Report(run.problem);
         return OWN_FAILURE;

@@ -18,7 +18,7 @@
 #include "format/Table.h"
 #include "format/Tree.h"
 #include "health/Advice.h"
-#include "host/Request.h"
+#include "host/Ask.h"
 #include "model/DriveAddress.h"
 #include "terminal/Output.h"
 #include "terminal/OutputFile.h"
@@ -107,7 +107,6 @@ public:
 
 private:
     bool IsToStandardOutput() const { return m_Options.output.empty() || m_Options.output == "-"; }
-    void Take(CMngSrv_QorLibIF& object, CItemList& items);
     std::string Document(const CAnswer& answer) const;
     int Write(const std::string& document) const;
     int Deliver(const std::string& document) const;
@@ -116,17 +115,16 @@ private:
     const std::string m_Command;
     const EItemFormat m_Format;
     CTextStyle m_Style;
-    std::string m_Items;       // the tree or the XML document
-    std::string m_XmlProblem;  // why there is no XML document
 };
 
 int CItemReport::Run(const CRequest& request) {
+    const bool isXml = m_Format == EItemFormat::XML;
     const CAnswer answer =
-        AskOnce(m_Options.plugin, request, EProgress::SHOWN,
-                [this](CMngSrv_QorLibIF& object, CItemList& items) { Take(object, items); });
+        Ask(m_Options.plugin, isXml ? WithXml(request, "") : request, EProgress::SHOWN);
     ReportMessages(answer);
-    if (!m_XmlProblem.empty()) {
-        Report(m_XmlProblem);
+    const std::string xmlProblem = isXml ? XmlProblem(answer) : "";
+    if (!xmlProblem.empty()) {
+        Report(xmlProblem);
         return EXIT_FAILURE;
     }
     if (!answer.IsAnswered() && m_Format != EItemFormat::JSON) {
@@ -136,20 +134,11 @@ int CItemReport::Run(const CRequest& request) {
     return answer.IsAnswered() ? delivered : EXIT_FAILURE;
 }
 
-// What is needed of the items, which are gone when the request has ended.
-void CItemReport::Take(CMngSrv_QorLibIF& object, CItemList& items) {
-    if (m_Format == EItemFormat::TREE) {
-        m_Items = FormatTree(CItemTree(items), m_Style);
-    } else if (m_Format == EItemFormat::XML && !items.empty() &&
-               SerializeXml(object, items, "", m_Items, m_XmlProblem)) {
-        m_Items += '\n';
-    }
-}
-
 std::string CItemReport::Document(const CAnswer& answer) const {
     switch (m_Format) {
         case EItemFormat::TREE:
-            return m_Items + FormatProblems(FindProblems(answer.inventory), m_Style);
+            return FormatTree(CItemTree(*answer.items), m_Style) +
+                   FormatProblems(FindProblems(answer.inventory), m_Style);
         case EItemFormat::TABLE: {
             const std::vector<CHealthFinding> problems = FindProblems(answer.inventory);
             return FormatTables(answer.inventory, CProblemMarks(problems), m_Style) +
@@ -160,7 +149,7 @@ std::string CItemReport::Document(const CAnswer& answer) const {
         case EItemFormat::CSV:
             return FormatCsv(answer.inventory);
         case EItemFormat::XML:
-            return m_Items;
+            return answer.document.empty() ? "" : answer.document + '\n';
     }
     return "";
 }

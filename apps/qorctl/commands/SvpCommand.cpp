@@ -12,7 +12,7 @@
 
 #include "commands/CommonOptions.h"
 #include "format/SvpForm.h"
-#include "host/Request.h"
+#include "host/Ask.h"
 #include "terminal/Output.h"
 #include "terminal/TerminalText.h"
 
@@ -48,18 +48,16 @@ int ShowDecoded(const std::string& digits) {
 }
 
 int ShowPlugins(const std::string& pluginPath, bool decode) {
-    std::string digits;
     const CAnswer answer =
-        AskOnce(pluginPath,
-                {.operation = [&digits](CMngSrv_QorLibIF& object, CItemList&, CResultTexts& texts) {
-                    return object.GetCtrlPDInfoBinaryString(&digits, &texts.errorCode,
-                                                            &texts.noticeCode) != 0;
-                }});
+        Ask(pluginPath, {.operation = [](CMngSrv_QorLibIF& object, CItemList&, CReply& reply) {
+                return object.GetCtrlPDInfoBinaryString(&reply.document, &reply.texts.errorCode,
+                                                        &reply.texts.noticeCode) != 0;
+            }});
     ReportMessages(answer);
     if (!answer.IsAnswered()) {
         return EXIT_FAILURE;
     }
-    return decode ? ShowDecoded(digits) : WriteBytes(digits + '\n');
+    return decode ? ShowDecoded(answer.document) : WriteBytes(answer.document + '\n');
 }
 
 // Nothing, with errno set, when it could not be read to its end.

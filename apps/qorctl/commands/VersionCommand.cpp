@@ -47,8 +47,8 @@ CLibraryFacts FactsOfProgram() {
     return facts;
 }
 
-void AskTool(const CPluginLibrary& library, CVersions& versions) {
-    const CToolRun run = RunTool(library, "krzcli -v");
+void AskTool(const std::string& pluginPath, CVersions& versions) {
+    const CToolRun run = RunTool(pluginPath, "krzcli -v");
     if (!run.problem.empty()) {
         versions.toolProblem = run.problem;
     } else if (run.result != EToolResult::DONE) {
@@ -69,7 +69,7 @@ CVersions Collect(const std::string& pluginPath) {
     }
     versions.plugin = FactsOfLibraryAt(library->Symbol("CreateLibIF"));
     versions.commonLibrary = FactsOfLibraryAt(library->Symbol("GetPrivateProfileIntA"));
-    AskTool(*library, versions);
+    AskTool(pluginPath, versions);
     return versions;
 }
 

@@ -11,6 +11,7 @@
 
 #include "HelpText.h"
 #include "commands/CommonOptions.h"
+#include "host/PluginLibrary.h"
 #include "host/Request.h"
 #include "terminal/Output.h"
 #include "terminal/TerminalText.h"
@@ -65,15 +66,6 @@ std::unique_ptr<IWatchView> MakeView(int64_t interval, EWatchFormat format) {
     return std::make_unique<CLineView>(format);
 }
 
-int WatchPlugin(const CPluginLibrary& library, const CWatchOptions& options, EWatchFormat format,
-                CSignalClock& clock) {
-    const std::unique_ptr<IWatchView> view = MakeView(options.interval, format);
-    const auto ask = [&] {
-        return clock.AskInterruptibly([&] { return Ask(library, StorageRequest()); });
-    };
-    return CWatch(options, ask, clock, *view).Run();
-}
-
 struct CWatchLine {
     std::string plugin;
     CWatchOptions options;
@@ -84,13 +76,18 @@ struct CWatchLine {
 // lines.
 int RunWatch(const CWatchLine& line) {
     std::string problem;
-    const std::optional<CPluginLibrary> library = CPluginLibrary::Load(line.plugin, problem);
-    if (!library) {
+    if (!CPluginLibrary::Load(line.plugin, problem)) {
         Report(problem);
         return EXIT_FAILURE;
     }
     CSignalClock clock;
-    const int status = WatchPlugin(*library, line.options, line.format, clock);
+    const std::unique_ptr<IWatchView> view = MakeView(line.options.interval, line.format);
+    const CRequest request = StorageRequest();
+    const auto ask = [&] {
+        CRequestProcess process(line.plugin, request);
+        return clock.Await(process);
+    };
+    const int status = CWatch(line.options, ask, clock, *view).Run();
     return clock.StopStatus().value_or(status);
 }
 

@@ -8,9 +8,11 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "commands/CommonOptions.h"
+#include "host/Ask.h"
 #include "terminal/Output.h"
 
 namespace qorctl {
@@ -75,16 +77,8 @@ int RunXml(const CXmlOptions& options) {
         throw CLI::ValidationError("--of",
                                    "raid, storage, or drive CONTROLLER ENCLOSURE SLOT is expected");
     }
-    std::string document;
-    std::string problem;
-    const CAnswer answer =
-        AskOnce(options.plugin, *request, EProgress::HIDDEN,
-                [&](CMngSrv_QorLibIF& object, CItemList& items) {
-                    if (!items.empty() &&
-                        SerializeXml(object, items, options.component, document, problem)) {
-                        document += '\n';
-                    }
-                });
+    const CAnswer answer = Ask(options.plugin, WithXml(*request, options.component));
+    const std::string problem = XmlProblem(answer);
     ReportMessages(answer);
     if (!problem.empty()) {
         Report(problem);
@@ -92,26 +86,35 @@ int RunXml(const CXmlOptions& options) {
     if (!answer.IsAnswered() || !problem.empty()) {
         return EXIT_FAILURE;
     }
-    return document.empty() ? EXIT_SUCCESS : WriteBytes(document);
+    return answer.document.empty() ? EXIT_SUCCESS : WriteBytes(answer.document + '\n');
 }
 
 }  // namespace
 
-bool SerializeXml(CMngSrv_QorLibIF& object, CItemList& items, const std::string& component,
-                  std::string& document, std::string& problem) {
-    char* text = nullptr;
-    const unsigned int result =
-        object.XmlSerialize(TYPE_DISPLAY_DATA, component.c_str(), &items, &text);
-    if (result != 0) {
-        problem = ExplainXmlResult(result);
-        return false;
+CRequest WithXml(CRequest request, std::string component) {
+    request.operation = [ask = std::move(request.operation), component = std::move(component)](
+                            CMngSrv_QorLibIF& object, CItemList& items, CReply& reply) {
+        if (!ask(object, items, reply)) {
+            return false;
+        }
+        char* text = nullptr;
+        if (!items.empty()) {
+            reply.result = object.XmlSerialize(TYPE_DISPLAY_DATA, component.c_str(), &items, &text);
+        }
+        if (reply.result == 0 && text != nullptr) {
+            reply.document = text;
+        }
+        return true;
+    };
+    return request;
+}
+
+std::string XmlProblem(const CAnswer& answer) {
+    if (!answer.IsAnswered() || answer.items->empty() || !answer.document.empty()) {
+        return "";
     }
-    if (text == nullptr) {
-        problem = "the plug-in reported success but handed out no XML document";
-        return false;
-    }
-    document = text;
-    return true;
+    return answer.result != 0 ? ExplainXmlResult(answer.result)
+                              : "the plug-in reported success but handed out no XML document";
 }
 
 std::string ExplainXmlResult(unsigned int result) {

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
+#include "host/Answer.h"
 #include "host/Request.h"
 
 namespace qorctl {
@@ -13,10 +14,11 @@ namespace qorctl {
 // written to standard output.
 void AddXmlCommand(CLI::App& app, int& status);
 
-// The plug-in's document of the items, without a line feed, in `document`. Returns false and sets
-// `problem` when the plug-in refuses the items.
-bool SerializeXml(CMngSrv_QorLibIF& object, CItemList& items, const std::string& component,
-                  std::string& document, std::string& problem);
+// The request, whose reply has the plug-in's document of the items, too.
+CRequest WithXml(CRequest request, std::string component);
+
+// Why an answer to such a request has no document; empty when it has one, or has no items.
+std::string XmlProblem(const CAnswer& answer);
 
 // What a result of the plug-in's XML operation other than 0 means, the number of the item that it
 // is about included.

@@ -43,7 +43,7 @@ bool CServerFacts::IsToolInstalled() const {
 
 const CToolRun& CServerFacts::VersionRun() {
     if (!m_VersionRun) {
-        m_VersionRun = RunTool(*m_Plugin, "krzcli -v");
+        m_VersionRun = RunTool(m_PluginName, "krzcli -v");
     }
     return *m_VersionRun;
 }

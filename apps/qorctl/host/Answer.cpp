@@ -1,10 +1,15 @@
 #include "host/Answer.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstddef>
+#include <utility>
+
+#include "base/ServerPaths.h"
 
 namespace qorctl {
 namespace {
@@ -156,34 +161,67 @@ void ExplainProblem(CAnswer& answer, std::string_view reason, const std::string&
     AddMessage(answer, ESeverity::ERROR, reason, problem);
 }
 
+// A user who may not read the device list has no device at all, and is told so.
+std::string NothingToReport(const CRequest& request) {
+    std::string text = "nothing to report: " + request.nothing;
+    if (access(DEVICE_LIST_PATH, R_OK) != 0 && errno == EACCES) {
+        text += fmt::format("; but this user may not read {}, run as root", DEVICE_LIST_PATH);
+    }
+    return text;
+}
+
+void ExplainEmptiness(CAnswer& answer, const CRequest& request) {
+    const bool isWithoutHardware = answer.texts.errorCode.empty();
+    answer.reason = isWithoutHardware ? REASON_NO_HARDWARE : REASON_NO_DRIVES;
+    answer.sentence = isWithoutHardware ? NO_HARDWARE : NO_DRIVES;
+    AddMessage(answer, ESeverity::INFO, "nothing-to-report", NothingToReport(request));
+}
+
 }  // namespace
 
 CAnswer NotAsked(std::string_view reason, const std::string& problem) {
     CAnswer answer;
+    answer.outcome = EOutcome::NOT_ASKED;
     ExplainProblem(answer, reason, problem);
     return answer;
 }
 
-void ExplainAnswer(CAnswer& answer, const std::string& problem) {
+CAnswer TimeIsOver(const CRequest& request, const std::string& command) {
+    CAnswer answer;
+    answer.outcome = EOutcome::TIME_OVER;
+    answer.command = command;
+    ExplainProblem(answer, REASON_TIME_OVER,
+                   fmt::format("there was no answer within {} seconds", request.timeout->count()));
+    if (!command.empty()) {
+        answer.messages.push_back(CommandMessage(command, ESeverity::ERROR));
+    }
+    return answer;
+}
+
+CAnswer MakeAnswer(const CRequest& request, CReply reply, std::shared_ptr<CItemListOwner> items) {
+    CAnswer answer;
+    static_cast<CReply&>(answer) = std::move(reply);
     ExplainTexts(answer);
     switch (answer.outcome) {
         case EOutcome::ANSWERED:
-        case EOutcome::NOT_ASKED:
+            answer.inventory = BuildInventory(CItemTree(*items), request.controller);
+            if (items->empty() && !request.nothing.empty()) {
+                ExplainEmptiness(answer, request);
+            }
+            answer.items = std::move(items);
             break;
         case EOutcome::FAILED:
             ExplainFailure(answer);
             break;
+        case EOutcome::NOT_ASKED:
+            ExplainProblem(answer, REASON_PLUGIN_NOT_LOADED, answer.problem);
+            break;
         case EOutcome::PLUGIN_FAILED:
-            ExplainProblem(answer, PLUGIN_FAILED, problem);
+        case EOutcome::TIME_OVER:
+            ExplainProblem(answer, PLUGIN_FAILED, answer.problem);
             break;
     }
-}
-
-void ExplainEmptiness(CAnswer& answer, const std::string& nothing) {
-    const bool isWithoutHardware = answer.texts.errorCode.empty();
-    answer.reason = isWithoutHardware ? REASON_NO_HARDWARE : REASON_NO_DRIVES;
-    answer.sentence = isWithoutHardware ? NO_HARDWARE : NO_DRIVES;
-    AddMessage(answer, ESeverity::INFO, "nothing-to-report", nothing);
+    return answer;
 }
 
 std::string DescribeNoAnswer(const CAnswer& answer) {

@@ -1,16 +1,16 @@
 // What the plug-in can be asked.
-//
-// Thread rule: one thread at a time.
 #ifndef QORCTL_HOST_REQUEST_H
 #define QORCTL_HOST_REQUEST_H
 
+#include <chrono>
 #include <functional>
 #include <list>
+#include <optional>
 #include <string>
 
-#include "host/Answer.h"
-#include "host/PluginLibrary.h"
+#include "host/Reply.h"
 #include "model/DriveAddress.h"
+#include "model/Inventory.h"
 #include "plugin/ItemDisp.h"
 #include "plugin/MngSrv_QorLibIF.h"
 
@@ -19,31 +19,18 @@ namespace qorctl {
 using CItemList = std::list<CItemDisp*>;
 
 struct CRequest {
-    // Calls one operation of the object: appends what it returns to the list (empty before, freed
-    // after the request) and fills the texts. True on success.
-    std::function<bool(CMngSrv_QorLibIF& object, CItemList& items, CResultTexts& texts)> operation;
+    // Calls operations of the object, in the process that holds the plug-in: appends items to the
+    // list (empty before, freed after the request) and fills the reply's texts and what else is
+    // returned. True on success. What it captures, it cannot change.
+    std::function<bool(CMngSrv_QorLibIF& object, CItemList& items, CReply& reply)> operation;
     std::string nothing = {};  // what an empty list means; empty for an operation without items
     CNumber controller = {};   // that the request names
+    std::optional<std::chrono::seconds> timeout = {};  // for the whole of it
 };
 
 CRequest RaidRequest();
 CRequest StorageRequest();
 CRequest DriveRequest(const CDriveAddress& address);
-
-// What is made of the object and the items while they are there.
-using CUse = std::function<void(CMngSrv_QorLibIF& object, CItemList& items)>;
-
-// Makes a plug-in object, asks it and, after success, hands object and items to `use`, if there is
-// one. Writes nothing, and throws nothing of the plug-in's. The tool's version is not told.
-CAnswer Ask(const CPluginLibrary& library, const CRequest& request, const CUse& use = nullptr);
-
-// Whether a standard error that is a terminal shows which command runs.
-enum class EProgress { HIDDEN, SHOWN };
-
-// Loads the plug-in (`pluginPath`, or where CPluginLibrary looks when it is empty) and asks; with
-// progress, the tool's version is told. An interrupted request ends the process; see Interrupt.h.
-CAnswer AskOnce(const std::string& pluginPath, const CRequest& request,
-                EProgress progress = EProgress::HIDDEN, const CUse& use = nullptr);
 
 }  // namespace qorctl
 

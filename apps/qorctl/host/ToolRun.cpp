@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "cli/ProductVersion.h"
-#include "host/Request.h"
+#include "host/Ask.h"
 #include "util/FileIo.h"
 #include "util/UniqueFd.h"
 
@@ -48,23 +48,26 @@ std::string ReadWhole(const util::CUniqueFd& file, std::string& problem) {
 
 }  // namespace
 
-CToolRun RunTool(const CPluginLibrary& library, const std::string& command) {
+CToolRun RunTool(const std::string& pluginPath, const std::string& command) {
     CToolRun run;
     const util::CUniqueFd file = OpenNamelessFile();
     if (!file.IsOpen()) {
         run.problem = fmt::format("no file for the tool's output: {}", std::strerror(errno));
         return run;
     }
-    const std::string path = PathOf(file);
-    const CAnswer answer = Ask(
-        library, {.operation = [&](CMngSrv_QorLibIF& object, CItemList&, CResultTexts&) {
-            run.result = static_cast<EToolResult>(object.KRZExecCli(command, &run.status, path));
-            return true;
-        }});
-    run.problem = answer.IsAnswered() ? "" : answer.messages.back().text;
-    if (run.problem.empty()) {
-        run.output = ReadWhole(file, run.problem);
+    const CAnswer answer =
+        Ask(pluginPath, {.operation = [&command, path = PathOf(file)](CMngSrv_QorLibIF& object,
+                                                                      CItemList&, CReply& reply) {
+                reply.result = object.KRZExecCli(command, &reply.status, path);
+                return true;
+            }});
+    if (!answer.IsAnswered()) {
+        run.problem = answer.messages.back().text;
+        return run;
     }
+    run.result = static_cast<EToolResult>(answer.result);
+    run.status = answer.status;
+    run.output = ReadWhole(file, run.problem);
     return run;
 }
 

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "host/PluginLibrary.h"
+#include "host/Request.h"
 
 namespace qorctl {
 
@@ -28,8 +28,8 @@ struct CToolRun {
 
 // Runs `command` ("krzcli -v"), which the plug-in hands to a shell. The output goes to a file that
 // has no name in any directory, so that it vanishes however this program ends. More than 64 MiB are
-// a problem.
-CToolRun RunTool(const CPluginLibrary& library, const std::string& command);
+// a problem. See Ask() for `pluginPath` and for signals.
+CToolRun RunTool(const std::string& pluginPath, const std::string& command);
 
 // A result in words, without the command.
 std::string ExplainToolRun(const CToolRun& run);

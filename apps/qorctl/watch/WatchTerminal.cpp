@@ -8,7 +8,7 @@
 #include <ctime>
 #include <string_view>
 
-#include "host/Interrupt.h"
+#include "host/StopSignals.h"
 #include "terminal/Output.h"
 #include "terminal/TerminalText.h"
 
@@ -17,8 +17,6 @@ namespace {
 
 // SIGWINCH is the last one.
 constexpr std::array<int, 4> ALL_SIGNALS = {SIGINT, SIGTERM, SIGHUP, SIGWINCH};
-constexpr size_t STOP_SIGNALS = 3;
-constexpr int SIGNAL_STATUS = 128;
 constexpr int64_t NANOSECONDS = 1000000;  // of a millisecond
 
 // Signal handlers reach nothing but objects like these.
@@ -53,16 +51,6 @@ void Handle(int signal, void (*handler)(int)) {
     sigaction(signal, &action, nullptr);
 }
 
-// The first `count` of them.
-sigset_t Signals(size_t count) {
-    sigset_t set = {};
-    sigemptyset(&set);
-    for (size_t i = 0; i < count; ++i) {
-        sigaddset(&set, ALL_SIGNALS[i]);
-    }
-    return set;
-}
-
 int64_t Milliseconds(const timespec& time) {
     return static_cast<int64_t>(time.tv_sec) * MILLISECONDS + time.tv_nsec / NANOSECONDS;
 }
@@ -79,13 +67,17 @@ CScreenSize TerminalSize() {
 
 CSignalClock::CSignalClock() {
     static_assert(ALL_SIGNALS.size() == SIGNALS);
-    const sigset_t set = Signals(SIGNALS);
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : ALL_SIGNALS) {
+        sigaddset(&set, signal);
+    }
     sigprocmask(SIG_BLOCK, &set, &m_Mask);
     for (size_t i = 0; i < SIGNALS; ++i) {
         sigaction(ALL_SIGNALS[i], nullptr, &m_Actions[i]);
         // Ignored by whoever started this program (nohup, a shell's background): so it stays.
         if (m_Actions[i].sa_handler != SIG_IGN) {
-            Handle(ALL_SIGNALS[i], i < STOP_SIGNALS ? OnStop : OnResize);
+            Handle(ALL_SIGNALS[i], i < STOP_SIGNALS.size() ? OnStop : OnResize);
         }
     }
 }
@@ -107,11 +99,17 @@ int64_t CSignalClock::WallTime() {
     return static_cast<int64_t>(std::time(nullptr));
 }
 
-EWake CSignalClock::WaitUntil(int64_t time) {
+// While something is waited for.
+sigset_t CSignalClock::OpenMask() const {
     sigset_t open = m_Mask;
     for (const int signal : ALL_SIGNALS) {
         sigdelset(&open, signal);
     }
+    return open;
+}
+
+EWake CSignalClock::WaitUntil(int64_t time) {
+    const sigset_t open = OpenMask();
     while (g_StopSignal == 0 && g_Resized == 0) {
         const int64_t left = time - Now();
         if (left <= 0) {
@@ -128,13 +126,18 @@ EWake CSignalClock::WaitUntil(int64_t time) {
     return EWake::REDRAW;
 }
 
-CAnswer CSignalClock::AskInterruptibly(const std::function<CAnswer()>& ask) {
-    const sigset_t set = Signals(STOP_SIGNALS);
-    const CInterruptGuard guard(LeaveScreen);
-    sigprocmask(SIG_UNBLOCK, &set, nullptr);
-    CAnswer answer = ask();
-    sigprocmask(SIG_BLOCK, &set, nullptr);
-    return answer;
+CAnswer CSignalClock::Await(CRequestProcess& process) {
+    const sigset_t open = OpenMask();
+    while (process.Advance()) {
+        pollfd entry = {process.Descriptor(), POLLIN, 0};
+        ppoll(&entry, 1, nullptr, &open);
+        if (g_StopSignal != 0) {
+            process.End();
+            LeaveScreen();
+            _exit(SIGNAL_STATUS + g_StopSignal);
+        }
+    }
+    return process.TakeAnswer();
 }
 
 std::optional<int> CSignalClock::StopStatus() const {

@@ -1,7 +1,7 @@
 // `qorctl watch` and its surroundings: the real clock, signals, and the terminal.
 //
 // SIGINT, SIGTERM and SIGHUP want an end: while waiting, the loop ends; during a request, the RAID
-// tool is ended too (see Interrupt.h). Either way the screen as it was comes back. SIGWINCH
+// tool is ended too. Either way the screen as it was comes back. SIGWINCH
 // redraws.
 //
 // Thread rule: one object of each class in a process, one thread.
@@ -11,9 +11,9 @@
 #include <array>
 #include <csignal>
 #include <cstddef>
-#include <functional>
 #include <optional>
 
+#include "host/RequestProcess.h"
 #include "watch/Watch.h"
 #include "watch/WatchClock.h"
 #include "watch/WatchScreen.h"
@@ -23,7 +23,7 @@ namespace qorctl {
 class CSignalClock final : public IWatchClock {
 public:
     // Takes the signals over that are not ignored, and holds them back but in WaitUntil() and
-    // WithSignals().
+    // Await().
     CSignalClock();
     // Gives them back as they were.
     ~CSignalClock() override;
@@ -34,14 +34,17 @@ public:
     int64_t WallTime() override;
     EWake WaitUntil(int64_t time) override;
 
-    // A request, which may take minutes: a signal that wants an end ends the process in it.
-    CAnswer AskInterruptibly(const std::function<CAnswer()>& ask);
+    // Waits for a request, which may take minutes: a signal that wants an end ends it, and then
+    // this process.
+    CAnswer Await(CRequestProcess& process);
 
     // The exit status of a program that such a signal ended; nothing when there was none.
     std::optional<int> StopStatus() const;
 
 private:
     static constexpr size_t SIGNALS = 4;
+
+    sigset_t OpenMask() const;
 
     sigset_t m_Mask = {};
     std::array<struct sigaction, SIGNALS> m_Actions = {};

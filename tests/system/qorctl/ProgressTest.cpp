@@ -7,7 +7,7 @@
 
 #include "QorctlFixture.h"
 #include "RaidHost.h"
-#include "host/Progress.h"
+#include "host/Worker.h"
 
 namespace {
 

@@ -29,12 +29,28 @@ std::vector<std::string> Split(const std::string& text, char end) {
     return parts;
 }
 
+std::string AnswerName() {
+    const char* path = std::getenv("QOR_STAND_IN_ANSWER");
+    return path == nullptr ? "" : path;
+}
+
+// A program may hold the plug-in in one process for each request.
+int ReadCount() {
+    int count = 0;
+    std::ifstream(AnswerName() + ".count") >> count;
+    return count;
+}
+
 // The requests for items so far.
-int s_Requests = 0;
+int s_Requests = ReadCount();
+
+void CountRequest() {
+    ++s_Requests;
+    std::ofstream(AnswerName() + ".count") << s_Requests;
+}
 
 std::ifstream OpenAnswer() {
-    const char* path = std::getenv("QOR_STAND_IN_ANSWER");
-    const std::string name = path == nullptr ? "" : path;
+    const std::string name = AnswerName();
     std::ifstream numbered(name + "." + std::to_string(s_Requests), std::ios::binary);
     return numbered ? std::move(numbered) : std::ifstream(name, std::ios::binary);
 }
@@ -102,7 +118,7 @@ unsigned char AnswerTexts(const std::string& operation, std::string* errorCode,
 unsigned char AnswerItems(const std::string& operation, std::list<CItemDisp*>* items,
                           std::string* errorCode, std::string* noticeCode,
                           std::string* errorDetail) {
-    ++s_Requests;
+    CountRequest();
     Log(operation + " " + std::to_string(items->size()) + *errorCode + *noticeCode + *errorDetail);
     if (IsAsked("wait")) {
         std::ifstream(AnswerText("wait")).get();

@@ -13,10 +13,11 @@ constexpr qorctl::CTextStyle ASCII = {.utf8 = false, .colour = false};
 
 // The messages of an answer with these texts.
 std::vector<std::string> Explain(const qorctl::CResultTexts& texts) {
-    qorctl::CAnswer answer;
-    answer.outcome = qorctl::EOutcome::ANSWERED;
-    answer.texts = texts;
-    qorctl::ExplainAnswer(answer, "");
+    qorctl::CReply reply;
+    reply.outcome = qorctl::EOutcome::ANSWERED;
+    reply.texts = texts;
+    const qorctl::CAnswer answer =
+        qorctl::MakeAnswer({}, std::move(reply), std::make_shared<CItemListOwner>());
     std::vector<std::string> explained;
     for (const qorctl::CMessage& message : answer.messages) {
         explained.push_back(qorctl::MessageText(message, ASCII));
