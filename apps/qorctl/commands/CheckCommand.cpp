@@ -261,7 +261,7 @@ void AddOptions(CLI::App* command, CCheckOptions& options) {
 }
 
 struct CCheckLine {
-    std::string plugin;
+    CPluginChoice plugin;
     CCheckOptions options;
 };
 

@@ -25,8 +25,8 @@ inline constexpr const char* PLUGIN_WHERE =
     "The report goes to standard output; error and notice codes are explained on standard error.\n"
     "\n";
 
-// Adds a sub-command with the option --plugin; `plugin` must outlive the parsing.
-CLI::App* AddCommand(CLI::App& app, std::string& plugin, const std::string& name,
+// Adds a sub-command with the options --plugin and --timeout; `plugin` must outlive the parsing.
+CLI::App* AddCommand(CLI::App& app, CPluginChoice& plugin, const std::string& name,
                      const std::string& description, const std::string& footer);
 
 // Adds an option whose value is one of `words`. `type` lists them.

@@ -70,8 +70,8 @@ struct CExamined {
 
 using CReport = std::vector<CExamined>;
 
-CReport Examine(const std::string& pluginPath) {
-    CServerFacts facts(pluginPath);
+CReport Examine(const CPluginChoice& plugin) {
+    CServerFacts facts(plugin);
     CReport report;
     for (const CCheck& check : CHECKS) {
         report.push_back({&check, check.examine(facts)});
@@ -167,7 +167,7 @@ std::string AsJson(const CReport& report) {
 }
 
 struct CDoctorOptions {
-    std::string plugin;
+    CPluginChoice plugin;
     EReportFormat format = EReportFormat::TREE;
 };
 

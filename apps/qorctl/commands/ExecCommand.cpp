@@ -60,7 +60,7 @@ int ExitStatusOf(const CToolRun& run) {
 }
 
 struct CExecOptions {
-    std::string plugin;
+    CPluginChoice plugin;
     std::vector<std::string> words;
 };
 

@@ -84,7 +84,7 @@ std::optional<EItemFormat> ReadItemFormat(const std::string& name) {
 }
 
 struct CReportOptions {
-    std::string plugin;
+    CPluginChoice plugin;
     std::string format = "tree";
     std::string output;  // empty or "-": standard output
     std::vector<std::string> address = {"", "", ""};

@@ -47,9 +47,9 @@ int ShowDecoded(const std::string& digits) {
     return WriteOut(FormatSvpForm(*form, DetectTextStyle(STDOUT_FILENO)));
 }
 
-int ShowPlugins(const std::string& pluginPath, bool decode) {
+int ShowPlugins(const CPluginChoice& plugin, bool decode) {
     const CAnswer answer =
-        Ask(pluginPath, {.operation = [](CMngSrv_QorLibIF& object, CItemList&, CReply& reply) {
+        Ask(plugin, {.operation = [](CMngSrv_QorLibIF& object, CItemList&, CReply& reply) {
                 return object.GetCtrlPDInfoBinaryString(&reply.document, &reply.texts.errorCode,
                                                         &reply.texts.noticeCode) != 0;
             }});
@@ -95,7 +95,7 @@ int ShowFile(const std::string& path) {
 }
 
 struct CSvpOptions {
-    std::string plugin;
+    CPluginChoice plugin;
     std::string form;
 };
 

@@ -47,8 +47,8 @@ CLibraryFacts FactsOfProgram() {
     return facts;
 }
 
-void AskTool(const std::string& pluginPath, CVersions& versions) {
-    const CToolRun run = RunTool(pluginPath, "krzcli -v");
+void AskTool(const CPluginChoice& plugin, CVersions& versions) {
+    const CToolRun run = RunTool(plugin, "krzcli -v");
     if (!run.problem.empty()) {
         versions.toolProblem = run.problem;
     } else if (run.result != EToolResult::DONE) {
@@ -59,17 +59,17 @@ void AskTool(const std::string& pluginPath, CVersions& versions) {
     }
 }
 
-CVersions Collect(const std::string& pluginPath) {
+CVersions Collect(const CPluginChoice& plugin) {
     CVersions versions;
     versions.program = FactsOfProgram();
-    const auto library = CPluginLibrary::Load(pluginPath, versions.pluginProblem);
+    const auto library = CPluginLibrary::Load(plugin.path, versions.pluginProblem);
     if (!library) {
         versions.toolProblem = "not asked, the plug-in could not be loaded";
         return versions;
     }
     versions.plugin = FactsOfLibraryAt(library->Symbol("CreateLibIF"));
     versions.commonLibrary = FactsOfLibraryAt(library->Symbol("GetPrivateProfileIntA"));
-    AskTool(pluginPath, versions);
+    AskTool(plugin, versions);
     return versions;
 }
 
@@ -121,7 +121,7 @@ std::string AsJson(const CVersions& versions) {
 }
 
 struct CVersionOptions {
-    std::string plugin;
+    CPluginChoice plugin;
     EReportFormat format = EReportFormat::TREE;
 };
 

@@ -67,7 +67,7 @@ std::unique_ptr<IWatchView> MakeView(int64_t interval, EWatchFormat format) {
 }
 
 struct CWatchLine {
-    std::string plugin;
+    CPluginChoice plugin;
     CWatchOptions options;
     EWatchFormat format = EWatchFormat::TEXT;
 };
@@ -76,7 +76,7 @@ struct CWatchLine {
 // lines.
 int RunWatch(const CWatchLine& line) {
     std::string problem;
-    if (!CPluginLibrary::Load(line.plugin, problem)) {
+    if (!CPluginLibrary::Load(line.plugin.path, problem)) {
         Report(problem);
         return EXIT_FAILURE;
     }

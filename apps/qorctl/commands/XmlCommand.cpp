@@ -50,7 +50,7 @@ constexpr std::array<CMeaning, 6> MEANINGS = {{
 }};
 
 struct CXmlOptions {
-    std::string plugin;
+    CPluginChoice plugin;
     std::vector<std::string> of = {"raid"};
     std::string component;
 };

@@ -21,9 +21,10 @@ std::list<DevicePCIID> Supported(const CSupportedList& list,
 
 }  // namespace
 
-CServerFacts::CServerFacts(const std::string& pluginPath)
-    : m_PluginName(CPluginLibrary::Locate(pluginPath)),
-      m_Plugin(CPluginLibrary::Load(pluginPath, m_PluginProblem)),
+CServerFacts::CServerFacts(const CPluginChoice& plugin)
+    : m_Choice(plugin),
+      m_PluginName(CPluginLibrary::Locate(plugin.path)),
+      m_Plugin(CPluginLibrary::Load(plugin.path, m_PluginProblem)),
       m_InstallPath(CFileUtility::GetInstallPath(0)),
       m_RaidList(ReadRaidList()),
       m_SsdList(ReadSsdList()) {
@@ -43,7 +44,7 @@ bool CServerFacts::IsToolInstalled() const {
 
 const CToolRun& CServerFacts::VersionRun() {
     if (!m_VersionRun) {
-        m_VersionRun = RunTool(m_PluginName, "krzcli -v");
+        m_VersionRun = RunTool(m_Choice, "krzcli -v");
     }
     return *m_VersionRun;
 }

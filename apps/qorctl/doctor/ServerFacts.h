@@ -21,8 +21,8 @@ namespace qorctl::doctor {
 
 class CServerFacts {
 public:
-    // `pluginPath` as CPluginLibrary::Load() takes it.
-    explicit CServerFacts(const std::string& pluginPath);
+    // `plugin` must outlive the object.
+    explicit CServerFacts(const CPluginChoice& plugin);
 
     // What the loader was asked for.
     const std::string& PluginName() const { return m_PluginName; }
@@ -46,6 +46,7 @@ public:
     const CToolRun& VersionRun();
 
 private:
+    const CPluginChoice& m_Choice;
     std::string m_PluginName;
     std::string m_PluginProblem;
     std::optional<CPluginLibrary> m_Plugin;

@@ -186,12 +186,12 @@ CAnswer NotAsked(std::string_view reason, const std::string& problem) {
     return answer;
 }
 
-CAnswer TimeIsOver(const CRequest& request, const std::string& command) {
+CAnswer TimeIsOver(std::chrono::seconds limit, const std::string& command) {
     CAnswer answer;
     answer.outcome = EOutcome::TIME_OVER;
     answer.command = command;
     ExplainProblem(answer, REASON_TIME_OVER,
-                   fmt::format("there was no answer within {} seconds", request.timeout->count()));
+                   fmt::format("there was no answer within {} seconds", limit.count()));
     if (!command.empty()) {
         answer.messages.push_back(CommandMessage(command, ESeverity::ERROR));
     }

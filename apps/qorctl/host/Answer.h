@@ -48,9 +48,9 @@ struct CAnswer : CReply {
 // one in the sentence.
 CAnswer NotAsked(std::string_view reason, const std::string& problem);
 
-// An answer that there is none after the request's own time limit; `command` ran then, or none that
-// is known when it is empty.
-CAnswer TimeIsOver(const CRequest& request, const std::string& command);
+// An answer that there is none within the caller's own limit; `command` ran then, or none that is
+// known when it is empty.
+CAnswer TimeIsOver(std::chrono::seconds limit, const std::string& command);
 
 // The answer that a reply to the request is: the devices of its items, and what the texts and the
 // outcome say, as reason, sentence, command and messages. Codes of the messages: "error-" or

@@ -24,9 +24,9 @@ int Sooner(int one, int other) {
 
 }  // namespace
 
-CAnswer Ask(const std::string& pluginPath, const CRequest& request, EProgress progress) {
+CAnswer Ask(const CPluginChoice& plugin, const CRequest& request, EProgress progress) {
     const CStopSignals signals;
-    CRequestProcess process(pluginPath, request);
+    CRequestProcess process(plugin, request);
     CProgressLine line;
     const bool isDrawn = progress == EProgress::SHOWN && line.CanDraw();
     while (process.Advance()) {

@@ -14,12 +14,11 @@ namespace qorctl {
 // Whether a standard error that is a terminal shows which command runs.
 enum class EProgress { HIDDEN, SHOWN };
 
-// Asks the plug-in (`pluginPath`, or where CPluginLibrary looks when it is empty) in a process of
-// its own and waits for the answer. Throws nothing.
+// Asks the plug-in in a process of its own and waits for the answer. Throws nothing.
 //
 // SIGINT, SIGTERM and SIGHUP, unless they are ignored (nohup), end the request, the tool included,
 // and then the program, with 128 and the signal's number: 130 after Ctrl-C.
-CAnswer Ask(const std::string& pluginPath, const CRequest& request,
+CAnswer Ask(const CPluginChoice& plugin, const CRequest& request,
             EProgress progress = EProgress::HIDDEN);
 
 }  // namespace qorctl

@@ -18,6 +18,12 @@ namespace qorctl {
 
 using CItemList = std::list<CItemDisp*>;
 
+// Whom to ask, and for how long.
+struct CPluginChoice {
+    std::string path;                                  // as CPluginLibrary::Load() takes it
+    std::optional<std::chrono::seconds> timeout = {};  // for the whole of a request; none: no limit
+};
+
 struct CRequest {
     // Calls operations of the object, in the process that holds the plug-in: appends items to the
     // list (empty before, freed after the request) and fills the reply's texts and what else is
@@ -25,7 +31,6 @@ struct CRequest {
     std::function<bool(CMngSrv_QorLibIF& object, CItemList& items, CReply& reply)> operation;
     std::string nothing = {};  // what an empty list means; empty for an operation without items
     CNumber controller = {};   // that the request names
-    std::optional<std::chrono::seconds> timeout = {};  // for the whole of it
 };
 
 CRequest RaidRequest();

@@ -67,8 +67,8 @@ std::string SystemProblem() {
 
 }  // namespace
 
-CRequestProcess::CRequestProcess(const std::string& pluginPath, const CRequest& request)
-    : m_Request(request) {
+CRequestProcess::CRequestProcess(const CPluginChoice& plugin, const CRequest& request)
+    : m_Plugin(plugin), m_Request(request) {
     std::array<int, 2> ends = {};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         m_Result.problem = SystemProblem();
@@ -77,7 +77,7 @@ CRequestProcess::CRequestProcess(const std::string& pluginPath, const CRequest& 
     m_Reply = util::CUniqueFd(ends[0]);
     const util::CUniqueFd in(ends[1]);
     m_Keeper = std::make_unique<CKeeper>(
-        CKeeperWork{.work = [&] { AnswerRequest(pluginPath, request, in.Get()); },
+        CKeeperWork{.work = [&] { AnswerRequest(plugin.path, request, in.Get()); },
                     .clear =
                         [&](pid_t worker, int status) {
                             RemoveResultFiles(worker);
@@ -88,8 +88,8 @@ CRequestProcess::CRequestProcess(const std::string& pluginPath, const CRequest& 
     if (!m_Keeper->IsRunning()) {
         m_Result.problem = SystemProblem();
     }
-    if (request.timeout) {
-        m_End = steady_clock::now() + *request.timeout;
+    if (plugin.timeout) {
+        m_End = steady_clock::now() + *plugin.timeout;
     }
 }
 
@@ -162,7 +162,7 @@ void CRequestProcess::End() {
 }
 
 CAnswer CRequestProcess::TakeAnswer() {
-    return m_IsTimeOver ? TimeIsOver(m_Request, m_Command)
+    return m_IsTimeOver ? TimeIsOver(*m_Plugin.timeout, m_Command)
                         : MakeAnswer(m_Request, std::move(m_Result), std::move(m_Items));
 }
 

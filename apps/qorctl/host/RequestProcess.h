@@ -19,9 +19,8 @@ namespace qorctl {
 
 class CRequestProcess {
 public:
-    // Loads the plug-in (`pluginPath`, or where CPluginLibrary looks when it is empty) there and
-    // asks.
-    CRequestProcess(const std::string& pluginPath, const CRequest& request);
+    // Loads the plug-in there and asks. Both must outlive the object.
+    CRequestProcess(const CPluginChoice& plugin, const CRequest& request);
     // Ends it.
     ~CRequestProcess() { End(); }
     CRequestProcess(const CRequestProcess&) = delete;  // one owner of the process
@@ -50,6 +49,7 @@ private:
     bool Read();
     void TakeFrame(EFrame kind, const CReplyReader::CFields& fields);
 
+    const CPluginChoice& m_Plugin;
     const CRequest& m_Request;
     util::CUniqueFd m_Reply;
     std::unique_ptr<CKeeper> m_Keeper;

@@ -48,7 +48,7 @@ std::string ReadWhole(const util::CUniqueFd& file, std::string& problem) {
 
 }  // namespace
 
-CToolRun RunTool(const std::string& pluginPath, const std::string& command) {
+CToolRun RunTool(const CPluginChoice& plugin, const std::string& command) {
     CToolRun run;
     const util::CUniqueFd file = OpenNamelessFile();
     if (!file.IsOpen()) {
@@ -56,11 +56,15 @@ CToolRun RunTool(const std::string& pluginPath, const std::string& command) {
         return run;
     }
     const CAnswer answer =
-        Ask(pluginPath, {.operation = [&command, path = PathOf(file)](CMngSrv_QorLibIF& object,
-                                                                      CItemList&, CReply& reply) {
+        Ask(plugin, {.operation = [&command, path = PathOf(file)](CMngSrv_QorLibIF& object,
+                                                                  CItemList&, CReply& reply) {
                 reply.result = object.KRZExecCli(command, &reply.status, path);
                 return true;
             }});
+    if (answer.outcome == EOutcome::TIME_OVER) {
+        run.result = EToolResult::TIME_OUT;
+        return run;
+    }
     if (!answer.IsAnswered()) {
         run.problem = answer.messages.back().text;
         return run;

@@ -16,7 +16,7 @@ enum class EToolResult : unsigned int {
     TOOL_ERROR = 1,  // the tool's status, or its first line, says so
     NOT_RUN = 2,     // it could not be run, or was killed
     NOT_INSTALLED = 3,
-    TIME_OUT = 4,  // it was killed after 150 seconds
+    TIME_OUT = 4,  // it did not end within 150 seconds, or the caller's limit
 };
 
 struct CToolRun {
@@ -28,8 +28,8 @@ struct CToolRun {
 
 // Runs `command` ("krzcli -v"), which the plug-in hands to a shell. The output goes to a file that
 // has no name in any directory, so that it vanishes however this program ends. More than 64 MiB are
-// a problem. See Ask() for `pluginPath` and for signals.
-CToolRun RunTool(const std::string& pluginPath, const std::string& command);
+// a problem. See Ask() for signals.
+CToolRun RunTool(const CPluginChoice& plugin, const std::string& command);
 
 // A result in words, without the command.
 std::string ExplainToolRun(const CToolRun& run);
