@@ -15,7 +15,6 @@
 #include "ItemText.h"
 #include "LoadedPluginFixture.h"
 #include "QorctlProcess.h"
-#include "format/SvpForm.h"
 
 namespace {
 
@@ -124,11 +123,14 @@ TEST_F(FormatExamplesTest, ItemsBecomeJson) {
 }
 
 TEST_F(FormatExamplesTest, FormIsDecoded) {
-    std::string problem;
-    const auto form = qorctl::DecodeSvpForm(Example("service-processor-form.md", "hex"), problem);
-    ASSERT_TRUE(form) << problem;
-    EXPECT_EQ(qorctl::FormatSvpForm(*form, {.utf8 = true, .colour = false}),
-              Example("service-processor-form.md", "decoded"));
+    const std::string digits = std::string(qortest::INSTALL_DIR) + "/form.txt";
+    qortest::WriteFile(digits, Example("service-processor-form.md", "hex"));
+    const qortest::CQorctlOutcome outcome =
+        qortest::RunQorctl(qortest::INSTALL_DIR, {.program = {},
+                                                  .arguments = {"svp", "--decode", digits},
+                                                  .environment = {{"LC_ALL", "C.UTF-8"}}});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, Example("service-processor-form.md", "decoded"));
 }
 
 }  // namespace

@@ -1,18 +1,13 @@
 // Every check of the doctor with its three verdicts, on a server that is healthy but for one thing.
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <nlohmann/json.hpp>
 
 #include "QorctlFixture.h"
-#include "doctor/Checks.h"
 
 namespace {
 
@@ -476,13 +471,6 @@ TEST_F(DoctorTest, ResultDirectoryOpenToOthersIsAFailure) {
               "FAIL mode 0730: others may put reports there that the plug-in takes for true");
 }
 
-TEST(DoctorOwnerTest, OwnerIsTheServersUser) {
-    EXPECT_EQ(qorctl::doctor::JudgeOwner(7, 7).verdict, qorctl::doctor::EVerdict::OK);
-    EXPECT_EQ(qorctl::doctor::JudgeOwner(0, 7).verdict, qorctl::doctor::EVerdict::WARN);
-    EXPECT_EQ(qorctl::doctor::JudgeOwner(8, 7).verdict, qorctl::doctor::EVerdict::FAIL);
-    EXPECT_EQ(qorctl::doctor::JudgeOwner(8, 0).verdict, qorctl::doctor::EVerdict::FAIL);
-}
-
 TEST_F(DoctorTest, OldResultFilesAreWarnings) {
     const fs::path file = fs::path(RESULT_DIR) / "0000000100000001_MngSrvRaid.txt";
     WriteFile(file, "");
@@ -543,26 +531,6 @@ TEST_F(DoctorTest, TraceThatIsOffIsAWarning) {
     for (const char* setting : {"none", "stderr:0"}) {
         m_Environment["QOR_TRACE"] = setting;
         EXPECT_THAT(Finding("trace", "sink"), StartsWith("WARN the trace is switched off"));
-    }
-}
-
-class DoctorSyslogTest : public qortest::CQorctlFixture {};
-
-TEST_F(DoctorSyslogTest, SyslogNeedsAListener) {
-    const std::string path = m_Folder / "log";
-    EXPECT_EQ(qorctl::doctor::JudgeSyslog(path).verdict, qorctl::doctor::EVerdict::WARN);
-    for (const int type : {SOCK_DGRAM, SOCK_STREAM}) {
-        fs::remove(path);
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        path.copy(address.sun_path, sizeof(address.sun_path) - 1);
-        const int listener = socket(AF_UNIX, type | SOCK_CLOEXEC, 0);
-        ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-        if (type == SOCK_STREAM) {
-            ASSERT_EQ(listen(listener, 1), 0);
-        }
-        EXPECT_EQ(qorctl::doctor::JudgeSyslog(path).verdict, qorctl::doctor::EVerdict::OK);
-        close(listener);
     }
 }
 

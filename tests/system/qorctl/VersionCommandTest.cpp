@@ -6,7 +6,6 @@
 
 #include "QorctlFixture.h"
 #include "StandInTool.h"
-#include "host/ToolRun.h"
 
 namespace {
 
@@ -76,27 +75,6 @@ TEST_F(VersionCommandTest, WithoutAPluginTheProgramsVersionIsShown) {
     EXPECT_THAT(outcome.err, HasSubstr("the plug-in could not be loaded"));
     EXPECT_THAT(outcome.out, StartsWith("qorctl         : " QORCTL_VERSION));
     EXPECT_THAT(outcome.out, HasSubstr("\nplug-in        : not loaded\n"));
-}
-
-struct CVersionCase {
-    const char* output;
-    const char* version;
-};
-
-TEST(ProductVersionTest, VersionIsReadAsThePluginReadsIt) {
-    constexpr CVersionCase CASES[] = {
-        {"Product Version : 4.5\r\n", "4.5"},
-        {"a\nthe Product Version : 4.5 \t\nb", "4.5"},
-        {"Product Version :4.5\n", ".5"},
-        {"Product Version\n: 4.5\n", ""},
-        {"Product Version :\n", ""},
-        {"Version : 4.5\n", ""},
-        {"", ""},
-        {"a : b\nProduct Version : 7.0", "7.0"},
-    };
-    for (const CVersionCase& one : CASES) {
-        EXPECT_EQ(qorctl::ProductVersion(one.output), one.version) << one.output;
-    }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "OtherKernel.h"
 #include "PrivateServerFixture.h"
 
 namespace qortest {
@@ -18,13 +19,6 @@ struct CEnd {
     std::string out;
     std::string err;
 };
-
-// The kernel that a program finds: one that opens files beneath a folder by itself, an older one,
-// or one whose filter of system calls does not know that call.
-enum class EKernel { whole, withoutOpenat2, forbidsOpenat2 };
-
-// Puts this process on such a kernel for good; false if that cannot be.
-bool Enter(EKernel kernel);
 
 // Runs a program and reads its output to the end, that of its descendants included.
 CEnd RunProgram(const CStrings& command, EKernel kernel = EKernel::whole);

@@ -1,10 +1,13 @@
 // What is opened beneath a folder, whatever a caller has looked at before.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <string>
+
 #include "Folder.h"
-#include "SimFixture.h"
+#include "OtherKernel.h"
+#include "PrivateServerFixture.h"
 
 namespace {
 
@@ -14,18 +17,20 @@ using qortest::EKernel;
 
 namespace fs = std::filesystem;
 
-class CFolderTest : public qortest::CSimFixture, public testing::WithParamInterface<EKernel> {
+class CFolderTest : public qortest::CPrivateServerFixture,
+                    public testing::WithParamInterface<EKernel> {
 protected:
     void SetUp() override {
-        CSimFixture::SetUp();
+        CPrivateServerFixture::SetUp();
         qortest::WriteFile(Inside() / "deep/file", "inside");
         qortest::WriteFile(Secret(), "outside");
     }
 
-    fs::path Inside() const { return Folder() / "inside"; }
-    fs::path Secret() const { return Folder() / "secret"; }
+    static fs::path Folder() { return "/opt/tarmica/folder"; }
+    static fs::path Inside() { return Folder() / "inside"; }
+    static fs::path Secret() { return Folder() / "secret"; }
 
-    bool IsRead(const std::string& name) const {
+    static bool IsRead(const std::string& name) {
         std::string error;
         return ReadBeneath(Inside(), name, error).has_value();
     }

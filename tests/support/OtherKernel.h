@@ -1,0 +1,16 @@
+// The kernels that a program may find on its user's machine.
+#ifndef QORTEST_OTHERKERNEL_H
+#define QORTEST_OTHERKERNEL_H
+
+namespace qortest {
+
+// One that opens files beneath a folder by itself, an older one, or one whose filter of system
+// calls does not know that call.
+enum class EKernel { whole, withoutOpenat2, forbidsOpenat2 };
+
+// Puts this process on such a kernel for good; false if that cannot be.
+bool Enter(EKernel kernel);
+
+}  // namespace qortest
+
+#endif  // QORTEST_OTHERKERNEL_H
