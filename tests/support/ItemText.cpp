@@ -1,13 +1,10 @@
 #include "ItemText.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
-#include "PrivateServerFixture.h"
+#include "GoldenFile.h"
 
 namespace qortest {
 namespace {
@@ -51,11 +48,7 @@ std::string ItemText(const std::list<CItemDisp*>& items) {
 }
 
 void ExpectGoldenItems(const std::string& file, const std::list<CItemDisp*>& items) {
-    const std::filesystem::path path = std::filesystem::path(QOR_TEST_DATA_DIR) / file;
-    if (std::getenv("QOR_REGENERATE_GOLDEN") != nullptr) {
-        WriteFile(path, ItemText(items));
-    }
-    EXPECT_EQ(ItemText(items), ReadFile(path)) << "items of " << file;
+    ExpectGoldenFile(std::filesystem::path(QOR_TEST_DATA_DIR) / file, ItemText(items));
 }
 
 }  // namespace qortest

@@ -24,9 +24,7 @@ public:
     std::string Text() const { return ItemText(*this); }
 };
 
-// Compares `items` with the golden file tests/FILE ("golden/ctrl/NAME.items"); a test failure where
-// they differ. With QOR_REGENERATE_GOLDEN=1 in the environment the file is written instead: read
-// the difference before you keep it.
+// Compares `items` with the golden file tests/FILE ("golden/ctrl/NAME.items").
 void ExpectGoldenItems(const std::string& file, const std::list<CItemDisp*>& items);
 
 }  // namespace qortest

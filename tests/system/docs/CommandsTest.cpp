@@ -59,8 +59,7 @@ constexpr CInstead INSTEAD[] = {
      "cmake -G Ninja -S examples -B build/example -DCMAKE_PREFIX_PATH=\"$PWD/prefix\" "
      "-DCMAKE_CXX_COMPILER=g++ >/dev/null && cmake --build build/example >/dev/null",
      "the machine's own folders are left alone"},
-    {"docs/reliability.md", "QOR_REGENERATE_GOLDEN=1 build/dev/bin/system_reliability", "",
-     "writes into the source tree"},
+    {"docs/reliability.md", "scripts/accept", "", "writes into the source tree"},
     {"docs/simulator.md",
      "qorsim run --host lifecycle -- watch -n 5 \"qorctl raid | grep -E 'Status|Progress'\"",
      "qorsim run --host lifecycle -- sh -c \"qorctl raid | grep -E 'Status|Progress' >/dev/null\"",

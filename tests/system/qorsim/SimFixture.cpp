@@ -10,6 +10,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "GoldenFile.h"
+
 namespace fs = std::filesystem;
 
 namespace qortest {
@@ -176,11 +178,7 @@ std::string JsonProblem(const std::string& text) {
 }
 
 void ExpectGolden(const std::string& name, const std::string& text) {
-    const fs::path path = fs::path(QORSIM_GOLDEN_DIR) / name;
-    if (std::getenv("QOR_UPDATE_GOLDEN") != nullptr) {
-        WriteFile(path, text);
-    }
-    EXPECT_EQ(text, ReadFile(path)) << path;
+    ExpectGoldenFile(fs::path(QORSIM_GOLDEN_DIR) / name, text);
 }
 
 }  // namespace qortest

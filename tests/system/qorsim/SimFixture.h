@@ -60,7 +60,7 @@ private:
 // differ in them.
 std::string JsonProblem(const std::string& text);
 
-// Compares with tests/golden/sim/NAME; with QOR_UPDATE_GOLDEN set in the environment, writes it.
+// Compares with the golden file tests/golden/sim/NAME.
 void ExpectGolden(const std::string& name, const std::string& text);
 
 }  // namespace qortest

@@ -2,15 +2,15 @@
 // qorctl: what comes back is what docs/reliability.md says, and nothing crashes, hangs or is left.
 //
 // What a fault brings is kept in tests/golden/reliability, a file a fault, and the page's tables
-// are made of those files. With QOR_REGENERATE_GOLDEN in the environment both are written.
+// are made of those files; scripts/accept renews both.
 #include <gmock/gmock.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <future>
 #include <regex>
 
+#include "GoldenFile.h"
 #include "Row.h"
 #include "SimFixture.h"
 
@@ -87,10 +87,6 @@ std::string TestName(const testing::TestParamInfo<CCase>& info) {
 
 fs::path GoldenRow(const std::string& fault) {
     return fs::path(RELIABILITY_GOLDEN_DIR) / (fault + ".txt");
-}
-
-bool Regenerates() {
-    return std::getenv("QOR_REGENERATE_GOLDEN") != nullptr;
 }
 
 std::string TablesOfGoldenRows() {
@@ -243,10 +239,7 @@ TEST_P(CReliabilityTest, FaultBringsWhatThePageSays) {
     for (auto& [question, answer] : answers) {
         row.emplace_back(question, answer.get());
     }
-    if (Regenerates()) {
-        WriteFile(GoldenRow(GetParam().fault), FormatRow(row));
-    }
-    EXPECT_EQ(FormatRow(row), ReadFile(GoldenRow(GetParam().fault)));
+    ExpectGoldenFile(GoldenRow(GetParam().fault), FormatRow(row));
 }
 
 INSTANTIATE_TEST_SUITE_P(Fault, CReliabilityTest, testing::ValuesIn(CASES), TestName);
@@ -258,7 +251,7 @@ class CReliabilityPageTest : public CSimFixture, public testing::WithParamInterf
 TEST_P(CReliabilityPageTest, TablesAreMadeOfTheRows) {
     const auto [before, tables, behind] = PageParts();
     const std::string made = TablesOfGoldenRows();
-    if (Regenerates()) {
+    if (AcceptsGolden()) {
         WriteFile(GetParam(), before + made + behind);
     } else {
         EXPECT_EQ(tables, made);
