@@ -117,28 +117,19 @@ int LLVMFuzzerInitialize(int* argc, char*** argv) {
     return 0;
 }
 
-// The names that the linker gives to the replacements of the two runners.
-int __wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERK11COutputFilePm(
-    const std::string& command, const COutputFile& outFile, unsigned long* exitCode);
-unsigned int
-__wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERK11COutputFileS6_Pmm(
-    const std::string& command, const COutputFile& outFile, const std::string& workDir,
-    unsigned long* exitCode, unsigned long timeoutMs);
+}  // extern "C"
 
-int __wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERK11COutputFilePm(
-    const std::string& command, const COutputFile& outFile, unsigned long* exitCode) {
+// In place of the plug-in's runners.
+int ExecForeignModule(const std::string& command, const COutputFile& outFile,
+                      unsigned long* exitCode) {
     qorfuzz::WriteText(outFile.Path().c_str(), qorfuzz::ToolAnswer(command));
     *exitCode = 0;
     return EXEC_OK;
 }
 
-unsigned int
-__wrap__Z17ExecForeignModuleRKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERK11COutputFileS6_Pmm(
-    const std::string& command, const COutputFile& outFile, const std::string&,
-    unsigned long* exitCode, unsigned long) {
+unsigned int ExecForeignModule(const std::string& command, const COutputFile& outFile,
+                               const std::string&, unsigned long* exitCode, unsigned long) {
     qorfuzz::WriteText(outFile.Path().c_str(), qorfuzz::UtilityAnswer(command));
     *exitCode = 0;
     return EXEC_OK;
 }
-
-}  // extern "C"
