@@ -7,18 +7,17 @@
 #include <string>
 #include <vector>
 
-#include "FakeComLib.h"
-#include "ItemText.h"
-#include "PrivateServerFixture.h"
+#include "GetterFixture.h"
 #include "ReportStress.h"
-#include "StandInTool.h"
 #include "TraceText.h"
 #include "base/Trace.h"
 #include "cli/CMSRAID_KRZ.h"
 #include "getters/CMSRAID_CtrlInfoGetter.h"
 
 using qortest::CItems;
+using qortest::CRead;
 using qortest::FakeComLib;
+using qortest::StreamOf;
 using qortest::TraceText;
 
 namespace {
@@ -51,86 +50,20 @@ std::string SetItem(const std::string& name, const std::string& value, const std
            "\n";
 }
 
-// A getter that rejects keys and titles that begin with "BAD", counts its roots, and whose
-// protected parts are in reach.
-class CTestGetter : public CMSRAID_CtrlInfoGetter {
+// Counts what is trimmed, too.
+class CTestGetter : public qortest::CRejectingParserOf<CMSRAID_CtrlInfoGetter> {
 public:
-    ~CTestGetter() override { DeleteItems(m_RaidList); }
-    bool ParseKeyValue(std::ifstream& stream, std::string line,
-                       std::list<CItemDisp*>& list) override {
-        return !line.starts_with("BAD") &&
-               CMSRAID_CtrlInfoGetter::ParseKeyValue(stream, line, list);
-    }
-    bool ParseTitle(std::ifstream& stream, std::string line) override {
-        return !line.starts_with("### BAD") && CMSRAID_CtrlInfoGetter::ParseTitle(stream, line);
-    }
-    void AddRootItem() override {
-        ++rootCalls;
-        CMSRAID_CtrlInfoGetter::AddRootItem();
-    }
     void Trim(std::string& text) override {
         ++trimCalls;
         CMSRAID_CtrlInfoGetter::Trim(text);
     }
-    using CMSRAID_InfoGetter::AddPlaceholder;
-    using CMSRAID_InfoGetter::NoteRunFailure;
-    std::string ItemsBuilt() const { return qortest::ItemText(m_RaidList); }
 
-    int rootCalls = 0;
     int trimCalls = 0;
 };
 
-struct CRead {
-    bool result;
-    std::string items;
-    std::string errCode;
-    std::string errDetail;
-};
-
-class CMSRAID_CtrlInfoGetterTest : public qortest::CPrivateServerFixture {
+class CMSRAID_CtrlInfoGetterTest : public qortest::COneReportFixture<CMSRAID_CtrlInfoGetter> {
 protected:
-    void SetUp() override {
-        CPrivateServerFixture::SetUp();
-        qortest::ResetFakeComLib();
-        m_Tool.emplace();
-    }
-    void TearDown() override {
-        m_Tool.reset();
-        CPrivateServerFixture::TearDown();
-    }
-
-    // One run of `getter` on controller 0; only its own traces are left.
-    CRead Read(const std::string& report, CMSRAID_CtrlInfoGetter& getter) {
-        m_Tool->Play("-ctrlinfo -a0", {.out = report});
-        qortest::ResetFakeComLib();
-        CItems items;
-        const bool result = getter.GetInfo(0, items);
-        return {result, items.Text(), getter.ErrCode(), getter.ErrDetail()};
-    }
-    CRead Read(const std::string& report) {
-        CMSRAID_CtrlInfoGetter getter;
-        return Read(report, getter);
-    }
-    // The items of a report that must be accepted.
-    std::string Items(const std::string& report) {
-        const CRead read = Read(report);
-        EXPECT_TRUE(read.result);
-        EXPECT_EQ(read.errCode, "");
-        EXPECT_EQ(read.errDetail, "");
-        EXPECT_EQ(FakeComLib().Traces(FAILURE), CTexts());
-        return read.items;
-    }
-    // A report that must be rejected: nothing in the list, and these failure traces.
-    void ExpectRejected(const std::string& report, CTexts failures) {
-        const CRead read = Read(report);
-        EXPECT_FALSE(read.result);
-        EXPECT_EQ(read.items, "");
-        EXPECT_EQ(read.errCode, "04");
-        EXPECT_EQ(read.errDetail, "");
-        failures.insert(failures.end(), {"CreateRAIDItem is FAILED (ret=00000000).",
-                                         "Failed to parse RAID Information ret=00000000."});
-        EXPECT_EQ(FakeComLib().Traces(FAILURE), failures);
-    }
+    CMSRAID_CtrlInfoGetterTest() : COneReportFixture("-ctrlinfo -a0") {}
 
     // The count after one run of the tool that must be trusted.
     int CountIn(const qortest::CToolStep& step, CMSRAID_CtrlInfoGetter& getter) {
@@ -165,12 +98,6 @@ protected:
         EXPECT_TRUE(stream.eof());
         return stream;
     }
-    static std::ifstream StreamOf(const std::string& text) {
-        qortest::WriteFile("/opt/tarmica/text", text);
-        return std::ifstream("/opt/tarmica/text");
-    }
-
-    std::optional<qortest::CStandInTool> m_Tool;
 };
 
 // --- constants and life cycle
@@ -836,7 +763,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, SpecialParsersRejectAStreamThatIsAtItsEnd) {
                                        row.name + " [END]\n");
         }
     }
-    EXPECT_EQ(getter.ItemsBuilt(), " | Controller Information |  | TRUE\n");
+    EXPECT_EQ(qortest::ItemText(getter.Items()), " | Controller Information |  | TRUE\n");
 }
 
 TEST_F(CMSRAID_CtrlInfoGetterTest, FirmwarePlaceholdersFollowTheItemThatIsLastAtItsEntry) {
@@ -845,7 +772,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, FirmwarePlaceholdersFollowTheItemThatIsLastAt
     getter.AddPlaceholder("last");
     std::ifstream stream = StreamOf("a : b\n");
     EXPECT_TRUE(getter.ParseFirmwareInfo(stream, ""));
-    EXPECT_EQ(getter.ItemsBuilt(),
+    EXPECT_EQ(qortest::ItemText(getter.Items()),
               " | Controller Information |  | TRUE\n"
               "Controller Information | last |  | FALSE\n"
               "Controller Information | Firmware Package Version |  | FALSE\n"
@@ -859,7 +786,7 @@ TEST_F(CMSRAID_CtrlInfoGetterTest, SettingsPlaceholderStandsUnderTheCurrentSecti
     getter.AddRootItem();
     std::ifstream stream = StreamOf("");
     EXPECT_TRUE(getter.ParseSettingInfo(stream, ""));
-    EXPECT_EQ(getter.ItemsBuilt(),
+    EXPECT_EQ(qortest::ItemText(getter.Items()),
               " | Controller Information |  | TRUE\n"
               "Controller Information | Reconstruction Rate |  | FALSE\n");
 }

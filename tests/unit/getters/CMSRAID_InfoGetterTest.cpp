@@ -8,9 +8,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "FakeComLib.h"
-#include "PrivateServerFixture.h"
-#include "StandInTool.h"
+#include "GetterFixture.h"
+#include "SlotOf.h"
 #include "getters/CMSRAID_InfoGetter.h"
 #include "plugin/ComLib.h"
 
@@ -110,13 +109,8 @@ CTraceLine Failure(const std::string& text) {
     return {CTraceUtility::TRACE_DBG_FAILURE, text};
 }
 
-class CMSRAID_InfoGetterTest : public CPrivateServerFixture {
+class CMSRAID_InfoGetterTest : public CGetterFixture {
 protected:
-    void SetUp() override {
-        CPrivateServerFixture::SetUp();
-        ResetFakeComLib();
-    }
-
     // Runs `getter` for controller 0 on what the tool prints.
     bool RunStep(CTestGetter& getter, const CToolStep& step) {
         CStandInTool tool;
@@ -134,11 +128,6 @@ protected:
         EXPECT_EQ(getter.ErrCode(), "");
         EXPECT_EQ(getter.ErrDetail(), "");
         return Rows(m_Items);
-    }
-    static std::ifstream Stream(const std::string& report) {
-        const std::string path = "/opt/tarmica/report.txt";
-        WriteFile(path, report);
-        return std::ifstream(path);
     }
 
     CItemListOwner m_Items;
@@ -158,14 +147,6 @@ const std::vector<CRow> SECTIONS = {
     {ROOT, SETTINGS, ""},
     {SETTINGS, "Rebuild Rate", "30 %"},
 };
-
-std::string WithCarriageReturns(const std::string& text) {
-    std::string result;
-    for (const char c : text) {
-        result += c == '\n' ? "\r\n" : std::string(1, c);
-    }
-    return result;
-}
 
 TEST(InfoGetterConstants, AreTheReportsTexts) {
     using G = CMSRAID_InfoGetter;
@@ -190,14 +171,6 @@ TEST(InfoGetterConstants, AreTheReportsTexts) {
     for (const auto& row : rows) {
         EXPECT_STREQ(row.constant, row.text);
     }
-}
-
-// A pointer to a virtual member holds the operation's place in the table of operations.
-template <typename Member>
-size_t SlotOf(Member member) {
-    std::uintptr_t place = 0;
-    std::memcpy(&place, &member, sizeof place);
-    return place / sizeof(void*);
 }
 
 TEST(InfoGetterOperations, HaveFixedPlaces) {
@@ -563,7 +536,7 @@ TEST_F(CMSRAID_InfoGetterTest, ReportCutAnywhereGivesTheBeginning) {
     const std::string report = Golden("base/sections.txt");
     for (size_t size = 0; size <= report.size(); ++size) {
         CTestGetter getter;
-        std::ifstream stream = Stream(report.substr(0, size));
+        std::ifstream stream = StreamOf(report.substr(0, size));
         ASSERT_TRUE(getter.Parse(stream, "")) << size;
         const std::vector<CRow> rows = Rows(getter.m_RaidList);
         DeleteItems(getter.m_RaidList);
@@ -584,7 +557,7 @@ TEST_F(CMSRAID_InfoGetterTest, ReportCutAnywhereGivesTheBeginning) {
 // ---- helpers of the subclasses ----
 
 TEST_F(CMSRAID_InfoGetterTest, SectionEndsAtAnEmptyLine) {
-    std::ifstream stream = Stream("  a : b \r\nc\n \t\r\nd\n");
+    std::ifstream stream = StreamOf("  a : b \r\nc\n \t\r\nd\n");
     CTestGetter getter;
     std::string line;
     EXPECT_TRUE(getter.ReadSectionLine(stream, line));
@@ -599,12 +572,12 @@ TEST_F(CMSRAID_InfoGetterTest, SectionEndsAtAnEmptyLine) {
 
 TEST_F(CMSRAID_InfoGetterTest, LineThatWasPutBackIsReadAgain) {
     for (const std::string report : {"a\nlast", "a\nlast\n", "a\r\nlast\r\n", "a\n\nlast"}) {
-        std::ifstream whole = Stream(report);
+        std::ifstream whole = StreamOf(report);
         std::vector<std::string> expected;
         for (std::string line; std::getline(whole, line);) {
             expected.push_back(line);
         }
-        std::ifstream stream = Stream(report);
+        std::ifstream stream = StreamOf(report);
         std::vector<std::string> lines;
         for (std::string line; std::getline(stream, line);) {
             CTestGetter::UngetLine(stream, line);

@@ -9,17 +9,16 @@
 #include <string>
 #include <vector>
 
-#include "FakeComLib.h"
-#include "ItemText.h"
-#include "PrivateServerFixture.h"
+#include "GetterFixture.h"
 #include "ReportStress.h"
-#include "StandInTool.h"
 #include "TraceText.h"
 #include "base/Trace.h"
 #include "getters/CMSRAID_LDInfoGetter.h"
 
 using qortest::CItems;
+using qortest::CRead;
 using qortest::FakeComLib;
+using qortest::StreamOf;
 using qortest::TraceText;
 
 namespace {
@@ -61,82 +60,11 @@ std::string LDItems(const std::string& list, const std::string& number, const st
            Item(list, "Capacity", capacity) + Item(list, "Name", name);
 }
 
-// A getter that rejects keys and titles that begin with "BAD" and counts its roots.
-class CTestGetter : public CMSRAID_LDInfoGetter {
-public:
-    ~CTestGetter() override { DeleteItems(m_RaidList); }
-    bool ParseKeyValue(std::ifstream& stream, std::string line,
-                       std::list<CItemDisp*>& list) override {
-        return !line.starts_with("BAD") && CMSRAID_LDInfoGetter::ParseKeyValue(stream, line, list);
-    }
-    bool ParseTitle(std::ifstream& stream, std::string line) override {
-        return !line.starts_with("### BAD") && CMSRAID_LDInfoGetter::ParseTitle(stream, line);
-    }
-    void AddRootItem() override {
-        ++rootCalls;
-        CMSRAID_LDInfoGetter::AddRootItem();
-    }
-    using CMSRAID_InfoGetter::AddPlaceholder;
-    std::string ItemsBuilt() const { return qortest::ItemText(m_RaidList); }
+using CTestGetter = qortest::CRejectingParserOf<CMSRAID_LDInfoGetter>;
 
-    int rootCalls = 0;
-};
-
-struct CRead {
-    bool result;
-    std::string items;
-    std::string errCode;
-    std::string errDetail;
-};
-
-class CMSRAID_LDInfoGetterTest : public qortest::CPrivateServerFixture {
+class CMSRAID_LDInfoGetterTest : public qortest::COneReportFixture<CMSRAID_LDInfoGetter> {
 protected:
-    void SetUp() override {
-        CPrivateServerFixture::SetUp();
-        qortest::ResetFakeComLib();
-        m_Tool.emplace();
-    }
-    void TearDown() override {
-        m_Tool.reset();
-        CPrivateServerFixture::TearDown();
-    }
-
-    // One run of `getter` on controller 0; only its own traces are left.
-    CRead Read(const std::string& report, CMSRAID_LDInfoGetter& getter) {
-        m_Tool->Play("-ldpdinfo -a0", {.out = report});
-        qortest::ResetFakeComLib();
-        CItems items;
-        const bool result = getter.GetInfo(0, items);
-        return {result, items.Text(), getter.ErrCode(), getter.ErrDetail()};
-    }
-    // The items of a report that must be accepted.
-    std::string Items(const std::string& report) {
-        CMSRAID_LDInfoGetter getter;
-        const CRead read = Read(report, getter);
-        EXPECT_TRUE(read.result);
-        EXPECT_EQ(read.errCode, "");
-        EXPECT_EQ(read.errDetail, "");
-        EXPECT_EQ(FakeComLib().Traces(FAILURE), CTexts());
-        return read.items;
-    }
-    // A report that must be rejected: nothing in the list, and these failure traces.
-    void ExpectRejected(const std::string& report, CTexts failures) {
-        SCOPED_TRACE(report);
-        CTestGetter getter;
-        const CRead read = Read(report, getter);
-        EXPECT_FALSE(read.result);
-        EXPECT_EQ(read.items, "");
-        EXPECT_EQ(read.errCode, "04");
-        EXPECT_EQ(read.errDetail, "");
-        failures.insert(failures.end(), {"CreateRAIDItem is FAILED (ret=00000000).",
-                                         "Failed to parse RAID Information ret=00000000."});
-        EXPECT_EQ(FakeComLib().Traces(FAILURE), failures);
-    }
-
-    static std::ifstream StreamOf(const std::string& text) {
-        qortest::WriteFile("/opt/tarmica/text", text);
-        return std::ifstream("/opt/tarmica/text");
-    }
+    CMSRAID_LDInfoGetterTest() : COneReportFixture("-ldpdinfo -a0") {}
 
     // The groups of the drives in a report that must be accepted.
     CGroups GroupsIn(const std::string& report) {
@@ -158,8 +86,6 @@ protected:
         EXPECT_EQ(getter.ErrDetail(), errCode == "03" ? "" : "krzcli -ldpdinfo -a3");
         EXPECT_EQ(qortest::TraceTextWithoutFlow(), traces);
     }
-
-    std::optional<qortest::CStandInTool> m_Tool;
 };
 
 // --- constants and life cycle
@@ -830,7 +756,7 @@ TEST_F(CMSRAID_LDInfoGetterTest, ParsersRejectAStreamThatIsAtItsEnd) {
                                        " [END]\n");
         }
     }
-    EXPECT_EQ(getter.ItemsBuilt(), ROOT);
+    EXPECT_EQ(qortest::ItemText(getter.Items()), ROOT);
 }
 
 TEST_F(CMSRAID_LDInfoGetterTest, PlaceholdersStandUnderTheCurrentSection) {
@@ -839,7 +765,7 @@ TEST_F(CMSRAID_LDInfoGetterTest, PlaceholdersStandUnderTheCurrentSection) {
     std::ifstream stream = StreamOf("\nAssociated CacheCade LD\n");
     EXPECT_TRUE(getter.ParseGeneralnfo(stream, ""));
     EXPECT_TRUE(getter.ParseGeneralnfo(stream, ""));
-    EXPECT_EQ(getter.ItemsBuilt(),
+    EXPECT_EQ(qortest::ItemText(getter.Items()),
               ROOT + "Logical Drive Information | Associated CacheCade LD |  | FALSE\n" +
                   "Logical Drive Information | Stripe Size |  | FALSE\n");
 }
@@ -866,10 +792,10 @@ TEST_F(CMSRAID_LDInfoGetterTest, RejectedListedLDLeavesItsItemsHeld) {
         getter.AddRootItem();
         std::ifstream stream = StreamOf("\n");
         EXPECT_FALSE(getter.ParseLDList(stream, row.line));
-        EXPECT_EQ(getter.ItemsBuilt(), ROOT);
+        EXPECT_EQ(qortest::ItemText(getter.Items()), ROOT);
         EXPECT_TRUE(getter.ParseGeneralnfo(stream, ""));
         EXPECT_EQ(
-            getter.ItemsBuilt(),
+            qortest::ItemText(getter.Items()),
             ROOT + row.items + "Logical Drive Information | Associated CacheCade LD |  | FALSE\n");
     }
 }
@@ -893,7 +819,7 @@ TEST_F(CMSRAID_LDInfoGetterTest, RejectedAssociatedLDLeavesItsItemsInTheList) {
         getter.AddRootItem();
         std::ifstream stream = StreamOf(row.line + "\n");
         EXPECT_FALSE(getter.ParseAssocLD(stream, "line"));
-        EXPECT_EQ(getter.ItemsBuilt(), ROOT + row.items);
+        EXPECT_EQ(qortest::ItemText(getter.Items()), ROOT + row.items);
     }
 }
 
@@ -903,9 +829,10 @@ TEST_F(CMSRAID_LDInfoGetterTest, RejectedListedPDGivesTheSectionBack) {
     std::ifstream stream = StreamOf("BAD : 1\n");
     EXPECT_FALSE(getter.ParsePDList(stream, ">>PD0 (x)"));
     getter.AddPlaceholder("next");
-    EXPECT_EQ(getter.ItemsBuilt(), ROOT + Item("Logical Drive Information", "PD List", "") +
-                                       Item("PD List", "PD No.", "PD0") +
-                                       "Logical Drive Information | next |  | FALSE\n");
+    EXPECT_EQ(qortest::ItemText(getter.Items()),
+              ROOT + Item("Logical Drive Information", "PD List", "") +
+                  Item("PD List", "PD No.", "PD0") +
+                  "Logical Drive Information | next |  | FALSE\n");
 }
 
 // --- hostile reports

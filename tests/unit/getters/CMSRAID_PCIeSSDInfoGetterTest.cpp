@@ -7,11 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "FakeComLib.h"
-#include "ItemText.h"
-#include "PrivateServerFixture.h"
+#include "GetterFixture.h"
 #include "ReportStress.h"
-#include "StandInTool.h"
 #include "getters/CMSRAID_PCIeSSDInfoGetter.h"
 
 using namespace qortest;
@@ -20,40 +17,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* COMMAND = "-pssdinfo -aAll";
-constexpr const char* REPORT_PATH = "/opt/tarmica/report.txt";
-constexpr const char* REMOVE_RESULT_FILES = "rm -f /opt/tarmica/qor/provider/tmp/MSRAID/*";
-
-// The getter's parser without the tool.
-class CParser : public CMSRAID_PCIeSSDInfoGetter {
-public:
-    ~CParser() override { DeleteItems(m_RaidList); }
-
-    std::list<CItemDisp*>& Items() { return m_RaidList; }
-
-    bool ParseText(const std::string& text) {
-        WriteFile(REPORT_PATH, text);
-        std::ifstream stream(REPORT_PATH);
-        return Parse(stream, "");
-    }
-};
-
-// A parser that rejects keys and titles that begin with "BAD" and counts its roots.
-class CRejectingParser : public CParser {
-public:
-    bool ParseKeyValue(std::ifstream& stream, std::string line,
-                       std::list<CItemDisp*>& list) override {
-        return !line.starts_with("BAD") && CParser::ParseKeyValue(stream, line, list);
-    }
-    bool ParseTitle(std::ifstream& stream, std::string line) override {
-        return !line.starts_with("### BAD") && CParser::ParseTitle(stream, line);
-    }
-    void AddRootItem() override {
-        ++rootCalls;
-        CParser::AddRootItem();
-    }
-
-    int rootCalls = 0;
-};
+using CParser = CParserOf<CMSRAID_PCIeSSDInfoGetter>;
+using CRejectingParser = CRejectingParserOf<CMSRAID_PCIeSSDInfoGetter>;
 
 const std::string ROOT = " | PCIe SSD Information |  | TRUE\n";
 
@@ -67,13 +32,8 @@ std::string Pair(const std::string& parent, const std::string& name, const std::
 
 const std::string GENERAL = "### General Information ###";
 
-class PCIeSSDInfoGetter : public CPrivateServerFixture {
+class PCIeSSDInfoGetter : public CGetterFixture {
 protected:
-    void SetUp() override {
-        CPrivateServerFixture::SetUp();
-        ResetFakeComLib();
-    }
-
     static std::string ItemsOf(const std::string& report) {
         CParser parser;
         EXPECT_TRUE(parser.ParseText(report)) << report;
@@ -119,12 +79,8 @@ TEST_F(PCIeSSDInfoGetter, ShowsEverySSDUnderARootOfItsOwn) {
 }
 
 TEST_F(PCIeSSDInfoGetter, ShowsTheSameWithCarriageReturns) {
-    std::string report = Golden("pssd/two_ssds.txt");
-    for (size_t at = 0; (at = report.find('\n', at)) != std::string::npos; at += 2) {
-        report.insert(at, 1, '\r');
-    }
     CParser parser;
-    ASSERT_TRUE(parser.ParseText(report));
+    ASSERT_TRUE(parser.ParseText(WithCarriageReturns(Golden("pssd/two_ssds.txt"))));
     ExpectGoldenItems("golden/pssd/two_ssds.items", parser.Items());
 }
 

@@ -6,11 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "FakeComLib.h"
-#include "ItemText.h"
-#include "PrivateServerFixture.h"
+#include "GetterFixture.h"
 #include "ReportStress.h"
-#include "StandInTool.h"
 #include "TraceText.h"
 #include "getters/CMSRAID_PDInfoGetter.h"
 
@@ -18,63 +15,21 @@ using namespace qortest;
 
 namespace {
 
-constexpr const char* REPORT_PATH = "/opt/tarmica/report.txt";
 constexpr const char* GROUPS = "RG No. : RG0\n>>PD3(LD0)\n";
-constexpr const char* REMOVE_RESULT_FILES = "rm -f /opt/tarmica/qor/provider/tmp/MSRAID/*";
 
-// The getter's parser without the tool.
-class CParser : public CMSRAID_PDInfoGetter {
+class CParser : public CParserOf<CMSRAID_PDInfoGetter> {
 public:
-    using CMSRAID_PDInfoGetter::CMSRAID_PDInfoGetter;
-    ~CParser() override { DeleteItems(m_RaidList); }
+    using CParserOf::CParserOf;
 
     const std::string& CommandFormat() const { return m_CommandFormat; }
     const std::string& IFType() const { return m_IFType; }
-    std::list<CItemDisp*>& Items() { return m_RaidList; }
-
-    bool ParseText(const std::string& text) {
-        std::ifstream stream = StreamOf(text);
-        return Parse(stream, "");
-    }
-    static std::ifstream StreamOf(const std::string& text) {
-        WriteFile(REPORT_PATH, text);
-        return std::ifstream(REPORT_PATH);
-    }
 };
 
-// A parser that rejects keys and titles that begin with "BAD" and counts its roots.
-class CRejectingParser : public CParser {
-public:
-    bool ParseKeyValue(std::ifstream& stream, std::string line,
-                       std::list<CItemDisp*>& list) override {
-        return !line.starts_with("BAD") && CParser::ParseKeyValue(stream, line, list);
-    }
-    bool ParseTitle(std::ifstream& stream, std::string line) override {
-        return !line.starts_with("### BAD") && CParser::ParseTitle(stream, line);
-    }
-    void AddRootItem() override {
-        ++rootCalls;
-        CParser::AddRootItem();
-    }
+using CRejectingParser = CRejectingParserOf<CMSRAID_PDInfoGetter>;
 
-    int rootCalls = 0;
-};
-
-struct CRun {
-    bool result;
-    std::string items;
-    std::string errCode;
-    std::string errDetail;
-};
-
-class PDInfoGetter : public CPrivateServerFixture {
+class PDInfoGetter : public CGetterFixture {
 protected:
-    void SetUp() override {
-        CPrivateServerFixture::SetUp();
-        ResetFakeComLib();
-    }
-
-    static CRun Run(const std::string& report, const std::string& groups = GROUPS) {
+    static CRead Run(const std::string& report, const std::string& groups = GROUPS) {
         CStandInTool tool;
         tool.Play("-ldpdinfo -a0", {.out = groups});
         tool.Play("-pdinfo -a0", {.out = report});
@@ -82,11 +37,9 @@ protected:
     }
 
     // With the steps that are already played.
-    static CRun Run() {
+    static CRead Run() {
         CMSRAID_PDInfoGetter getter;
-        CItems items;
-        const bool result = getter.GetInfo(0, items);
-        return {result, items.Text(), getter.ErrCode(), getter.ErrDetail()};
+        return ReadWith(getter);
     }
 
     // The items of one drive with this General Information section.
@@ -123,13 +76,9 @@ TEST_F(PDInfoGetter, ShowsEveryKindOfDrive) {
 }
 
 TEST_F(PDInfoGetter, ShowsTheSameWithCarriageReturns) {
-    std::string report = Golden("pd/every_kind.txt");
-    for (size_t at = 0; (at = report.find('\n', at)) != std::string::npos; at += 2) {
-        report.insert(at, 1, '\r');
-    }
     CStandInTool tool;
     tool.Play("-ldpdinfo -a0", {.out = Golden("pd/groups.txt")});
-    tool.Play("-pdinfo -a0", {.out = report});
+    tool.Play("-pdinfo -a0", {.out = WithCarriageReturns(Golden("pd/every_kind.txt"))});
     CMSRAID_PDInfoGetter getter;
     CItems items;
     ASSERT_TRUE(getter.GetInfo(0, items));
@@ -137,7 +86,7 @@ TEST_F(PDInfoGetter, ShowsTheSameWithCarriageReturns) {
 }
 
 TEST_F(PDInfoGetter, ShowsTheDocumentedBlock) {
-    const CRun run =
+    const CRead run =
         Run("PD3(LD0)\n### General Information ###\nInterface Type : SAS\nPD Status : ONLINE\n"
             "Temperature : 31C\nPower Status : Active\n\n### Slot Information ###\nBay : 7\n\n"
             "### SMART Information ###\nid : value\nPD4(GHS)\n");
@@ -306,7 +255,7 @@ TEST_F(PDInfoGetter, RunsTheCommandAsItStandsWithoutAController) {
 }
 
 TEST_F(PDInfoGetter, EmptyReportGivesNoItems) {
-    const CRun run = Run("");
+    const CRead run = Run("");
     EXPECT_TRUE(run.result);
     EXPECT_EQ(run.items, "");
 }
@@ -344,7 +293,7 @@ TEST_F(PDInfoGetter, ForgetsTheGroupsOfTheRunBefore) {
 TEST_F(PDInfoGetter, GroupLookUpThatFailsEndsTheRun) {
     CStandInTool tool;
     tool.Play("-ldpdinfo -a0", {.out = "Error - broken\n"});
-    const CRun run = Run();
+    const CRead run = Run();
     EXPECT_FALSE(run.result);
     EXPECT_EQ(run.items, "");
     EXPECT_EQ(run.errCode, "01");
@@ -359,7 +308,7 @@ TEST_F(PDInfoGetter, GroupLookUpThatFailsEndsTheRun) {
 TEST_F(PDInfoGetter, GroupReportThatIsGoneEndsTheRun) {
     CStandInTool tool;
     tool.Play("-ldpdinfo -a0", {.run = REMOVE_RESULT_FILES});
-    const CRun run = Run();
+    const CRead run = Run();
     EXPECT_FALSE(run.result);
     EXPECT_EQ(run.errCode, "03");
     EXPECT_EQ(run.errDetail, "");
@@ -388,7 +337,7 @@ TEST_F(PDInfoGetter, ToolThatKeepsFailingIsTriedThreeTimes) {
     for (int i = 0; i < 3; ++i) {
         tool.Play("-pdinfo -a0", {.status = 3});
     }
-    const CRun run = Run();
+    const CRead run = Run();
     EXPECT_FALSE(run.result);
     EXPECT_EQ(run.items, "");
     EXPECT_EQ(run.errCode, "01");
@@ -405,7 +354,7 @@ TEST_F(PDInfoGetter, ReportThatIsGoneFails) {
     CStandInTool tool;
     tool.Play("-ldpdinfo -a0", {});
     tool.Play("-pdinfo -a0", {.run = REMOVE_RESULT_FILES});
-    const CRun run = Run();
+    const CRead run = Run();
     EXPECT_FALSE(run.result);
     EXPECT_EQ(run.errCode, "03");
     EXPECT_EQ(run.errDetail, "");
@@ -417,7 +366,7 @@ TEST_F(PDInfoGetter, ReportThatIsGoneFails) {
 }
 
 TEST_F(PDInfoGetter, MissingToolFailsAtTheLookUp) {
-    const CRun run = Run();
+    const CRead run = Run();
     EXPECT_FALSE(run.result);
     EXPECT_EQ(run.errCode, "01");
     EXPECT_EQ(run.errDetail, "krzcli -ldpdinfo -a0");
@@ -439,7 +388,7 @@ TEST_F(PDInfoGetter, BadReportsAreRejectedWithTheirReason) {
     for (const auto& [name, reason] : rows) {
         std::filesystem::remove_all(TOOL_DIR);
         ResetFakeComLib();
-        const CRun run = Run(GoldenBad("pd/" + name + ".txt"), "RG No. : RG0\n>>PD0(LD0)\n");
+        const CRead run = Run(GoldenBad("pd/" + name + ".txt"), "RG No. : RG0\n>>PD0(LD0)\n");
         EXPECT_FALSE(run.result) << name;
         EXPECT_EQ(run.items, "") << name;
         EXPECT_EQ(run.errCode, "04") << name;
@@ -505,7 +454,7 @@ TEST_F(PDInfoGetter, RejectedLineRejectsTheReport) {
 TEST_F(PDInfoGetter, PlaceholdersStandUnderTheCurrentSection) {
     CParser parser;
     parser.AddRootItem();
-    std::ifstream stream = CParser::StreamOf("PD Status : x\n");
+    std::ifstream stream = StreamOf("PD Status : x\n");
     EXPECT_TRUE(parser.ParseGeneralnfo(stream, ""));
     EXPECT_EQ(ItemText(parser.Items()),
               " | Physical Drive Information |  | TRUE\n"
@@ -550,7 +499,7 @@ TEST_F(PDInfoGetter, HeaderGivesNumberGroupAndLogicalDriveInTheirOrder) {
     };
     for (const CRow& row : rows) {
         std::filesystem::remove_all(TOOL_DIR);
-        const CRun run = Run(row.header + "\n### General Information ###\nTemperature : 1C\n");
+        const CRead run = Run(row.header + "\n### General Information ###\nTemperature : 1C\n");
         std::string expected =
             " | Physical Drive Information |  | TRUE\n"
             "Physical Drive Information | ### General Information ### |  | TRUE\n";
@@ -618,7 +567,7 @@ TEST_F(PDInfoGetter, RejectedHeaderLeavesItsItemsHeld) {
     for (const auto& [header, items] : rows) {
         CParser parser;
         parser.AddRootItem();
-        std::ifstream stream = CParser::StreamOf("Temperature : 1C\n");
+        std::ifstream stream = StreamOf("Temperature : 1C\n");
         EXPECT_FALSE(parser.ParsePDLDNo(stream, header));
         EXPECT_TRUE(parser.ParseGeneralnfo(stream, ""));
         EXPECT_EQ(ItemText(parser.Items()),

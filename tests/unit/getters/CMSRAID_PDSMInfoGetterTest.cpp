@@ -9,11 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "FakeComLib.h"
-#include "ItemText.h"
-#include "PrivateServerFixture.h"
+#include "GetterFixture.h"
 #include "ReportStress.h"
-#include "StandInTool.h"
 #include "getters/CMSRAID_PDSMInfoGetter.h"
 
 using namespace qortest;
@@ -23,31 +20,8 @@ namespace {
 
 using G = CMSRAID_PDSMInfoGetter;
 
-constexpr const char* REPORT_PATH = "/opt/tarmica/report.txt";
-constexpr const char* REMOVE_RESULT_FILES = "rm -f /opt/tarmica/qor/provider/tmp/MSRAID/*";
-
-// The getter's parser without the tool.
-class CParser : public CMSRAID_PDSMInfoGetter {
-public:
-    ~CParser() override { DeleteItems(m_RaidList); }
-
-    std::list<CItemDisp*>& Items() { return m_RaidList; }
-
-    bool ParseText(const std::string& text) {
-        WriteFile(REPORT_PATH, text);
-        std::ifstream stream(REPORT_PATH);
-        return Parse(stream, "");
-    }
-};
-
-// A parser that rejects keys that begin with "BAD".
-class CRejectingParser : public CParser {
-public:
-    bool ParseKeyValue(std::ifstream& stream, std::string line,
-                       std::list<CItemDisp*>& list) override {
-        return !line.starts_with("BAD") && CParser::ParseKeyValue(stream, line, list);
-    }
-};
+using CParser = CParserOf<CMSRAID_PDSMInfoGetter>;
+using CRejectingParser = CRejectingParserOf<CMSRAID_PDSMInfoGetter>;
 
 std::string Drive(const std::string& interfaceType) {
     return "PD3(GHS)\n### General Information ###\nInterface Type : " + interfaceType +
@@ -105,13 +79,8 @@ void ExpectSoundTree(const std::list<CItemDisp*>& items) {
     }
 }
 
-class PDSMInfoGetter : public CPrivateServerFixture {
+class PDSMInfoGetter : public CGetterFixture {
 protected:
-    void SetUp() override {
-        CPrivateServerFixture::SetUp();
-        ResetFakeComLib();
-    }
-
     // The items of a drive of this type with this SMART section, those behind the SMART title.
     static std::string Smart(const std::string& interfaceType, const std::string& section) {
         CParser parser;
@@ -169,11 +138,7 @@ TEST_F(PDSMInfoGetter, ShowsASASDrive) {
 TEST_F(PDSMInfoGetter, ShowsTheSameWithCarriageReturns) {
     for (const auto& [name, slot] : {std::pair<std::string, long>("sata", 5), {"sas", 0}}) {
         fs::remove_all(TOOL_DIR);
-        std::string report = Golden("smart/" + name + ".txt");
-        for (size_t at = 0; (at = report.find('\n', at)) != std::string::npos; at += 2) {
-            report.insert(at, 1, '\r');
-        }
-        ExpectGoldenReport(name, report, slot);
+        ExpectGoldenReport(name, WithCarriageReturns(Golden("smart/" + name + ".txt")), slot);
     }
 }
 

@@ -4,42 +4,29 @@
 #include <fstream>
 #include <string>
 
-#include "FakeComLib.h"
-#include "ItemText.h"
-#include "PrivateServerFixture.h"
+#include "GetterFixture.h"
 #include "getters/CMSRAID_PDSMInfoGetter.h"
 
 using namespace qortest;
 
 namespace {
 
-constexpr const char* ROWS = "/opt/tarmica/rows.txt";
-
-class CTableParser : public CMSRAID_PDSMInfoGetter {
+class CTableParser : public CParserOf<CMSRAID_PDSMInfoGetter> {
 public:
     CTableParser() { StartRoot("T"); }
-    ~CTableParser() override { DeleteItems(m_RaidList); }
 
-    bool ParseSAS(const std::string& header) {
-        std::ifstream stream(ROWS);
+    bool ParseSAS(const std::string& header, const std::string& rows) {
+        std::ifstream stream = StreamOf(rows);
         return ParseSMARTSAS(stream, header);
     }
-    std::string Text() const { return ItemText(m_RaidList); }
 };
 
-class SMARTHeader : public CPrivateServerFixture {
-protected:
-    void SetUp() override {
-        CPrivateServerFixture::SetUp();
-        ResetFakeComLib();
-    }
-};
+class SMARTHeader : public CGetterFixture {};
 
 TEST_F(SMARTHeader, FirstSASColumnBeginsAtTheStartOfTheLineWhereverItsNameStands) {
-    WriteFile(ROWS, "---\nabcdef  12\n");
     CTableParser parser;
-    EXPECT_TRUE(parser.ParseSAS("   Name Value"));
-    EXPECT_EQ(parser.Text(),
+    EXPECT_TRUE(parser.ParseSAS("   Name Value", "---\nabcdef  12\n"));
+    EXPECT_EQ(ItemText(parser.Items()),
               " | T |  | TRUE\n"
               "T | SMART Detail(SAS) |  | TRUE\n"
               "SMART Detail(SAS) | Name | abcdef | TRUE\n"
