@@ -14,7 +14,7 @@
 
 #include "ItemText.h"
 #include "LoadedPluginFixture.h"
-#include "QorctlProcess.h"
+#include "Process.h"
 
 namespace {
 
@@ -113,11 +113,11 @@ TEST_F(FormatExamplesTest, ItemsBecomeTheForm) {
 TEST_F(FormatExamplesTest, ItemsBecomeJson) {
     CStandInTool tool;
     PlayServer(tool);
-    const qortest::CQorctlOutcome outcome = qortest::RunQorctl(
-        qortest::INSTALL_DIR,
-        {.program = {},
-         .arguments = {"raid", "--format", "json"},
-         .environment = {{"PATH", "/usr/bin:/bin"}, {"QOR_PLUGIN", QOR_PLUGIN_PATH}}});
+    const qortest::CEnd outcome =
+        qortest::RunCommand({.program = QORCTL_PROGRAM,
+                             .arguments = {"raid", "--format", "json"},
+                             .environment = qortest::CEnvironment{
+                                 {"PATH", "/usr/bin:/bin"}, {"QOR_PLUGIN", QOR_PLUGIN_PATH}}});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out, Example("qorctl-json.md", "json raid"));
 }
@@ -125,10 +125,10 @@ TEST_F(FormatExamplesTest, ItemsBecomeJson) {
 TEST_F(FormatExamplesTest, FormIsDecoded) {
     const std::string digits = std::string(qortest::INSTALL_DIR) + "/form.txt";
     qortest::WriteFile(digits, Example("service-processor-form.md", "hex"));
-    const qortest::CQorctlOutcome outcome =
-        qortest::RunQorctl(qortest::INSTALL_DIR, {.program = {},
-                                                  .arguments = {"svp", "--decode", digits},
-                                                  .environment = {{"LC_ALL", "C.UTF-8"}}});
+    const qortest::CEnd outcome =
+        qortest::RunCommand({.program = QORCTL_PROGRAM,
+                             .arguments = {"svp", "--decode", digits},
+                             .environment = qortest::CEnvironment{{"LC_ALL", "C.UTF-8"}}});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out, Example("service-processor-form.md", "decoded"));
 }

@@ -2,29 +2,27 @@
 // making.
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <fstream>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
+
+#include "Process.h"
 
 namespace {
 
 using Texts = std::vector<std::string>;
 
 Texts MachinesOfTheScript() {
-    std::FILE* const output = popen("'" SOURCE_DIR "/scripts/everywhere' --list", "r");
-    Texts machines(1);
-    for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output)) {
-        if (c == '\n') {
-            machines.emplace_back();
-        } else {
-            machines.back() += static_cast<char>(c);
-        }
+    const qortest::CEnd end = qortest::RunProgram({SOURCE_DIR "/scripts/everywhere", "--list"});
+    EXPECT_EQ(end.status, 0) << end.err;
+    Texts machines;
+    std::istringstream lines(end.out);
+    for (std::string line; std::getline(lines, line);) {
+        machines.push_back(line);
     }
-    EXPECT_EQ(pclose(output), 0);
-    EXPECT_EQ(machines.back(), "");
-    machines.pop_back();
+    EXPECT_TRUE(end.out.ends_with('\n'));
     return machines;
 }
 

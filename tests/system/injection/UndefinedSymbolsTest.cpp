@@ -5,13 +5,13 @@
 #include <link.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <map>
 #include <set>
 #include <sstream>
 #include <string>
 
 #include "Injection.h"
+#include "Process.h"
 #include "Request.h"
 
 namespace {
@@ -93,22 +93,18 @@ std::string WithoutChecks(const std::string& name) {
 // The names that the shared library leaves to others and cannot do without. `version` is how the
 // name's version begins.
 Names Undefined(const std::string& library, const std::string& version) {
-    const std::string command = "nm -D --undefined-only --with-symbol-versions '" + library + "'";
-    std::FILE* const output = popen(command.c_str(), "r");
-    std::string text;
-    for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output)) {
-        text += static_cast<char>(c);
-    }
-    EXPECT_EQ(pclose(output), 0) << command;
+    const qortest::CEnd end =
+        qortest::RunProgram({"nm", "-D", "--undefined-only", "--with-symbol-versions", library});
+    EXPECT_EQ(end.status, 0) << end.err;
     Names names;
-    std::istringstream lines(text);
+    std::istringstream lines(end.out);
     for (std::string type, name; lines >> type >> name;) {
         const size_t at = name.find('@');
         if (type == "U" && at != std::string::npos && name.substr(at + 1).starts_with(version)) {
             names.insert(WithoutChecks(name.substr(0, at)));
         }
     }
-    EXPECT_FALSE(names.empty()) << command;
+    EXPECT_FALSE(names.empty()) << library;
     return names;
 }
 

@@ -20,6 +20,7 @@
 #include "Footprint.h"
 #include "ItemText.h"
 #include "LoadedPluginFixture.h"
+#include "Process.h"
 #include "RepeatingTool.h"
 #include "ServerWithoutTool.h"
 
@@ -69,9 +70,10 @@ constexpr std::array<CLanguage, 2> LANGUAGES = {
 void MakeLocales() {
     fs::create_directories(LOCALE_DIR);
     for (const CLanguage& language : LANGUAGES) {
-        const std::string command = std::string("localedef --no-archive -f UTF-8 -i ") +
-                                    language.territory + " " + LOCALE_DIR + "/" + language.name;
-        ASSERT_EQ(std::system(command.c_str()), 0) << command;
+        const qortest::CEnd end = qortest::RunProgram(
+            {"localedef", "--no-archive", "-f", "UTF-8", "-i", language.territory,
+             LOCALE_DIR + std::string("/") + language.name});
+        ASSERT_EQ(end.status, 0) << end.err;
     }
 }
 

@@ -16,8 +16,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using qortest::CEnd;
 using qortest::CMonitoringOutput;
-using qortest::CQorctlOutcome;
 using qortest::CRecord;
 using qortest::ReadFile;
 using qortest::WriteFile;
@@ -85,7 +85,7 @@ CRecords Server(const CDriveAnswer& drive = {}, const std::string& volume = "Opt
 
 class CheckCommandTest : public qortest::CQorctlFixture {
 protected:
-    CQorctlOutcome Check(const CRecords& answer, const std::vector<std::string>& options = {}) {
+    CEnd Check(const CRecords& answer, const std::vector<std::string>& options = {}) {
         Answer(answer);
         std::vector<std::string> arguments = {"check", "--plugin", STAND_IN_PLUGIN};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -93,17 +93,17 @@ protected:
     }
 
     // The output as a monitoring server reads it.
-    static CMonitoringOutput Read(const CQorctlOutcome& outcome) {
+    static CMonitoringOutput Read(const CEnd& outcome) {
         CMonitoringOutput output = qortest::ReadMonitoringOutput(outcome.out);
         EXPECT_THAT(output.errors, IsEmpty()) << outcome.out;
         return output;
     }
 
-    CQorctlOutcome CheckState(const CDriveAnswer& drive) {
+    CEnd CheckState(const CDriveAnswer& drive) {
         return Check(Server(drive), {"--state", m_State});
     }
 
-    static nlohmann::json Json(const CQorctlOutcome& outcome) {
+    static nlohmann::json Json(const CEnd& outcome) {
         return nlohmann::json::parse(outcome.out, nullptr, false);
     }
 
@@ -127,7 +127,7 @@ TEST_F(CheckCommandTest, ExitStatusAndWordSayHowBadItIs) {
         {Server({}, "Offline"), 2, "RAID CRITICAL - controller 0 volume LD1: Offline"},
     };
     for (const auto& row : rows) {
-        const CQorctlOutcome outcome = Check(row.answer);
+        const CEnd outcome = Check(row.answer);
         EXPECT_EQ(outcome.status, row.status) << row.summary;
         EXPECT_EQ(Read(outcome).summary, row.summary);
         EXPECT_EQ(outcome.err, "");
@@ -178,7 +178,7 @@ TEST_F(CheckCommandTest, PerformanceDataHaveValuesUnitsAndThresholds) {
 }
 
 TEST_F(CheckCommandTest, ToolsTextsCannotBreakTheForm) {
-    const CQorctlOutcome outcome =
+    const CEnd outcome =
         Check(Server({.state = "bad|state=1\n'\x1b[31m\xff", .temperature = "a|b"}));
     EXPECT_EQ(outcome.status, 3);
     EXPECT_THAT(Read(outcome).summary, HasSubstr("\"bad_state=1\\n'\\x1b[31m\\xff\""));
@@ -193,7 +193,7 @@ TEST_F(CheckCommandTest, OptionsChangeTheRules) {
 }
 
 TEST_F(CheckCommandTest, MissingMeasurementIsStated) {
-    const CQorctlOutcome outcome = Check(Server({.temperature = ""}));
+    const CEnd outcome = Check(Server({.temperature = ""}));
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(Read(outcome).details,
                 ElementsAre("not reported: controller 0 drive PD3: temperature"));
@@ -202,7 +202,7 @@ TEST_F(CheckCommandTest, MissingMeasurementIsStated) {
 TEST_F(CheckCommandTest, OldToolIsNoted) {
     CRecords answer = Server();
     answer.push_back({"notice", "01"});
-    const CQorctlOutcome outcome = Check(answer);
+    const CEnd outcome = Check(answer);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(Read(outcome).details,
                 ElementsAre(StartsWith("note: the RAID tool's version is older than 4.4")));
@@ -260,10 +260,10 @@ TEST_F(CheckCommandTest, EveryReasonForNoAnswerIsTold) {
         const std::string message =
             std::string(row.message) +
             (*row.command == '\0' ? "" : " (" + std::string(row.command) + ")");
-        const CQorctlOutcome text = Check(row.answer);
+        const CEnd text = Check(row.answer);
         EXPECT_EQ(text.status, 3) << row.message;
         EXPECT_EQ(text.out, "RAID UNKNOWN - " + message + "\n");
-        const CQorctlOutcome json = Check(row.answer, {"--format", "json"});
+        const CEnd json = Check(row.answer, {"--format", "json"});
         EXPECT_EQ(json.status, 3) << row.message;
         EXPECT_EQ(Json(json)["reason"], row.reason);
         EXPECT_EQ(Json(json)["message"], message);
@@ -273,14 +273,13 @@ TEST_F(CheckCommandTest, EveryReasonForNoAnswerIsTold) {
 }
 
 TEST_F(CheckCommandTest, PluginThatCannotBeLoadedIsUnknown) {
-    const CQorctlOutcome outcome = Run({"check", "--plugin", "/nowhere/plugin.so"});
+    const CEnd outcome = Run({"check", "--plugin", "/nowhere/plugin.so"});
     EXPECT_EQ(outcome.status, 3);
     EXPECT_EQ(Read(outcome).summary,
               "RAID UNKNOWN - the plug-in could not be loaded; tried:   /nowhere/plugin.so: cannot "
               "open shared object file: No such file or directory Name the plug-in with --plugin "
               "PATH or the environment variable QOR_PLUGIN.");
-    const CQorctlOutcome json =
-        Run({"check", "--plugin", "/nowhere/plugin.so", "--format", "json"});
+    const CEnd json = Run({"check", "--plugin", "/nowhere/plugin.so", "--format", "json"});
     EXPECT_EQ(Json(json)["reason"], "plugin-not-loaded");
 }
 
@@ -315,7 +314,7 @@ TEST_F(CheckCommandTest, CommandLineThatIsNotUnderstoodIsUnknown) {
         {"--state"},
     };
     for (const auto& options : wrong) {
-        const CQorctlOutcome outcome = Check({}, options);
+        const CEnd outcome = Check({}, options);
         EXPECT_EQ(outcome.status, 3) << options.front();
         EXPECT_THAT(Read(outcome).summary,
                     StartsWith("RAID UNKNOWN - the command line was not understood: "));
@@ -324,25 +323,24 @@ TEST_F(CheckCommandTest, CommandLineThatIsNotUnderstoodIsUnknown) {
 }
 
 TEST_F(CheckCommandTest, HelpIsNoFailure) {
-    const CQorctlOutcome outcome = Run({"check", "--help"});
+    const CEnd outcome = Run({"check", "--help"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out, HasSubstr("3  UNKNOWN"));
 }
 
 TEST_F(CheckCommandTest, OutputThatCannotBeWrittenIsUnknown) {
     Answer(Server());
-    const CQorctlOutcome outcome =
-        qortest::RunQorctl(m_Folder, {.program = {},
-                                      .arguments = {"check", "--plugin", STAND_IN_PLUGIN},
-                                      .environment = m_Environment,
-                                      .outputPath = "/dev/full"});
+    const CEnd outcome = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                              .arguments = {"check", "--plugin", STAND_IN_PLUGIN},
+                                              .environment = m_Environment,
+                                              .output = "/dev/full"});
     EXPECT_EQ(outcome.status, 3);
 }
 
 // JSON
 
 TEST_F(CheckCommandTest, JsonHasStatusFindingsAndValues) {
-    const CQorctlOutcome outcome =
+    const CEnd outcome =
         Check(Server({.temperature = "", .mediaErrors = "2"}), {"--format", "json"});
     EXPECT_EQ(outcome.status, 1);
     const nlohmann::json json = Json(outcome);
@@ -378,7 +376,7 @@ TEST_F(CheckCommandTest, OnlyGrowthAlarmsWithAState) {
         Read(CheckState({.mediaErrors = "2"})).details,
         std::vector<std::string>{"note: controller 0 drive PD3: first seen with 2 media errors"});
     EXPECT_EQ(CheckState({.mediaErrors = "2"}).status, 0);
-    const CQorctlOutcome grown = CheckState({.mediaErrors = "5"});
+    const CEnd grown = CheckState({.mediaErrors = "5"});
     EXPECT_EQ(grown.status, 1);
     EXPECT_EQ(Read(grown).summary, "RAID WARNING - controller 0 drive PD3: 5 media errors, 3 more");
     EXPECT_EQ(CheckState({.mediaErrors = "5"}).status, 1);
@@ -400,7 +398,7 @@ TEST_F(CheckCommandTest, StateFileIsNobodyElsesToRead) {
 
 TEST_F(CheckCommandTest, CorruptStateIsUnknownAndLeftAsItIs) {
     WriteFile(m_State, "{\"format\":\"qorctl-health-state\",");
-    const CQorctlOutcome outcome = CheckState({.mediaErrors = "2"});
+    const CEnd outcome = CheckState({.mediaErrors = "2"});
     EXPECT_EQ(outcome.status, 3);
     EXPECT_EQ(Read(outcome).summary,
               "RAID UNKNOWN - counters not judged: " + m_State +
@@ -410,7 +408,7 @@ TEST_F(CheckCommandTest, CorruptStateIsUnknownAndLeftAsItIs) {
 
 TEST_F(CheckCommandTest, CorruptStateDoesNotHideAFailedDrive) {
     WriteFile(m_State, "");
-    const CQorctlOutcome outcome = CheckState({.state = "FAILED"});
+    const CEnd outcome = CheckState({.state = "FAILED"});
     EXPECT_EQ(outcome.status, 2);
     EXPECT_THAT(Read(outcome).details, testing::SizeIs(2));
 }
@@ -418,7 +416,7 @@ TEST_F(CheckCommandTest, CorruptStateDoesNotHideAFailedDrive) {
 TEST_F(CheckCommandTest, LockedStateIsUnknown) {
     const int lock = open((m_State + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     ASSERT_EQ(flock(lock, LOCK_EX), 0);
-    const CQorctlOutcome outcome = CheckState({});
+    const CEnd outcome = CheckState({});
     close(lock);
     EXPECT_EQ(outcome.status, 3);
     EXPECT_THAT(Read(outcome).summary, HasSubstr("another process is using it"));
@@ -443,7 +441,7 @@ TEST_F(CheckCommandTest, DirectoryThatOthersMayWriteIntoKeepsNoState) {
     fs::create_directory(m_Folder / "tmp");
     for (const int mode : {01777, 0777, 0770, 0775}) {
         fs::permissions(m_Folder / "tmp", fs::perms(mode));
-        const CQorctlOutcome outcome =
+        const CEnd outcome =
             Check(Server(), {"--state", m_Folder / "tmp/health.json", "--format", "json"});
         EXPECT_EQ(outcome.status, 3);
         EXPECT_EQ(Json(outcome)["findings"][0]["rule"], "state-not-written");
@@ -487,7 +485,7 @@ TEST_F(CheckCommandTest, StateThatCannotBeReadOrWrittenIsUnknown) {
                 {"/proc/health.json", "state-not-written"},
                 {"/opt/tarmica/ctl", "state-unreadable"}};
     for (const auto& row : rows) {
-        const CQorctlOutcome outcome = Check(Server(), {"--state", row.path, "--format", "json"});
+        const CEnd outcome = Check(Server(), {"--state", row.path, "--format", "json"});
         EXPECT_EQ(outcome.status, 3) << row.path;
         EXPECT_EQ(Json(outcome)["findings"][0]["rule"], row.rule) << row.path;
     }

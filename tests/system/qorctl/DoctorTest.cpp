@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using qortest::DEVICE_LIST;
 using qortest::INSTALL_DIR;
 using qortest::RESULT_DIR;
@@ -82,7 +82,7 @@ protected:
     json Report(const std::vector<std::string>& options = {}) const {
         std::vector<std::string> arguments = {"doctor", "--format", "json"};
         arguments.insert(arguments.end(), options.begin(), options.end());
-        const CQorctlOutcome outcome = Run(arguments);
+        const CEnd outcome = Run(arguments);
         json report = json::parse(outcome.out, nullptr, false);
         EXPECT_FALSE(report.is_discarded()) << outcome.out << outcome.err;
         EXPECT_EQ(outcome.status, report["verdict"] == "FAIL" ? 1 : 0);
@@ -121,7 +121,7 @@ TEST_F(DoctorTest, HealthyServerIsOkThroughout) {
 
 TEST_F(DoctorTest, TreeShowsEachGroupWithReasonsAndRemedies) {
     fs::permissions(RESULT_DIR, fs::perms(0755));
-    const CQorctlOutcome outcome = Run({"doctor"});
+    const CEnd outcome = Run({"doctor"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out, StartsWith("libraries\n├─ OK   plug-in: version "));
@@ -139,13 +139,13 @@ TEST_F(DoctorTest, TreeIsPlainWithoutUtf8) {
 
 TEST_F(DoctorTest, ControlCharactersOfAFileDoNotReachTheTerminal) {
     WriteFile(RAID_LIST, List("Vendor1=VEN_1000\x1b[2J\nDevice1=DEV_005D\n", 1));
-    const CQorctlOutcome outcome = Run({"doctor"});
+    const CEnd outcome = Run({"doctor"});
     EXPECT_THAT(outcome.out, HasSubstr("VEN_1000\\x1b[2J"));
     EXPECT_THAT(outcome.out, Not(HasSubstr("\x1b")));
 }
 
 TEST_F(DoctorTest, UnknownFormatIsRefused) {
-    const CQorctlOutcome outcome = Run({"doctor", "--format", "xml"});
+    const CEnd outcome = Run({"doctor", "--format", "xml"});
     EXPECT_GT(outcome.status, 100);
     EXPECT_THAT(outcome.err, HasSubstr("--format"));
 }

@@ -6,13 +6,13 @@
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using testing::HasSubstr;
 
 class DriveCommandTest : public qortest::CQorctlFixture {
 protected:
-    CQorctlOutcome RunDrive(const std::vector<std::string>& address,
-                            const std::vector<qortest::CRecord>& answer) const {
+    CEnd RunDrive(const std::vector<std::string>& address,
+                  const std::vector<qortest::CRecord>& answer) const {
         Answer(answer);
         std::vector<std::string> arguments = {"drive", "--plugin", STAND_IN_PLUGIN};
         arguments.insert(arguments.end(), address.begin(), address.end());
@@ -21,7 +21,7 @@ protected:
 };
 
 TEST_F(DriveCommandTest, DriveAtTheAddressIsShownAsATree) {
-    const CQorctlOutcome outcome =
+    const CEnd outcome =
         RunDrive({"1", "252", "03"},
                  {{"item", "", "Physical Drive Information", "", "TRUE"},
                   {"item", "Physical Drive Information", "### SMART Information ###", "", "TRUE"},
@@ -37,7 +37,7 @@ TEST_F(DriveCommandTest, DriveAtTheAddressIsShownAsATree) {
 }
 
 TEST_F(DriveCommandTest, NothingToReportNamesTheDrive) {
-    const CQorctlOutcome outcome = RunDrive({"1", "252", "3"}, {});
+    const CEnd outcome = RunDrive({"1", "252", "3"}, {});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err,
               "qorctl: nothing to report: the RAID tool described no drive at [252:3] of "
@@ -45,13 +45,13 @@ TEST_F(DriveCommandTest, NothingToReportNamesTheDrive) {
 }
 
 TEST_F(DriveCommandTest, FailedRequestIsExplained) {
-    const CQorctlOutcome outcome = RunDrive({"0", "0", "3"}, {{"result", "0"}, {"error", "02"}});
+    const CEnd outcome = RunDrive({"0", "0", "3"}, {{"result", "0"}, {"error", "02"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, HasSubstr("error code 02: the RAID tool is not installed"));
 }
 
 TEST_F(DriveCommandTest, MalformedSmartTableIsAnExceptionThatIsReported) {
-    const CQorctlOutcome outcome = RunDrive(
+    const CEnd outcome = RunDrive(
         {"0", "0", "3"}, {{"item", "", "A", "", "TRUE"}, {"throw", "GetPDInfo", "out_of_range"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
@@ -71,7 +71,7 @@ TEST_F(DriveCommandTest, AddressThatIsNoneIsAUsageError) {
                                                          {"0x1", "1", "2"},
                                                          {"0", "1", "2147483648"}};
     for (const std::vector<std::string>& address : wrong) {
-        const CQorctlOutcome outcome = RunDrive(address, {});
+        const CEnd outcome = RunDrive(address, {});
         EXPECT_GT(outcome.status, 1);
         EXPECT_EQ(outcome.out, "");
         EXPECT_NE(outcome.err, "");

@@ -8,7 +8,7 @@
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using testing::HasSubstr;
 
 class ExecCommandTest : public qortest::CQorctlFixture {
@@ -20,7 +20,7 @@ protected:
         m_Environment["QOR_PLUGIN"] = REAL_PLUGIN;
     }
 
-    CQorctlOutcome Exec(std::vector<std::string> words) const {
+    CEnd Exec(std::vector<std::string> words) const {
         words.insert(words.begin(), {"exec", "--"});
         return Run(words);
     }
@@ -29,7 +29,7 @@ protected:
 TEST_F(ExecCommandTest, OutputAndErrorsOfTheToolAreShownByteForByte) {
     qortest::CStandInTool tool;
     tool.Play("-ctrlinfo -aAll", {.out = "a\tb\x1b[1m\xff\r\n", .err = "to standard error\n"});
-    const CQorctlOutcome outcome = Exec({"krzcli", "-ctrlinfo", "-aAll"});
+    const CEnd outcome = Exec({"krzcli", "-ctrlinfo", "-aAll"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "a\tb\x1b[1m\xff\r\nto standard error\n");
     EXPECT_EQ(outcome.err, "");
@@ -38,11 +38,10 @@ TEST_F(ExecCommandTest, OutputAndErrorsOfTheToolAreShownByteForByte) {
 TEST_F(ExecCommandTest, OutputIsMadeVisibleOnATerminal) {
     m_Environment["QOR_PLUGIN"] = STAND_IN_PLUGIN;
     Answer({{"exec", "0", "0", "a\tb\r\n\x1b[1m\rc\x7f\u009B1m\u202E\uFEFF\xff\u00B0\n"}});
-    const CQorctlOutcome outcome =
-        qortest::RunQorctl(m_Folder, {.program = {},
-                                      .arguments = {"exec", "--", "krzcli", "-v"},
-                                      .environment = m_Environment,
-                                      .terminal = true});
+    const CEnd outcome = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                              .arguments = {"exec", "--", "krzcli", "-v"},
+                                              .environment = m_Environment,
+                                              .terminal = true});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out,
               "a\tb\r\n\\x1b[1m\\rc\\x7f\\xc2\\x9b1m\\xe2\\x80\\xae\\xef\\xbb\\xbf\\xff\u00B0\n");
@@ -58,7 +57,7 @@ TEST_F(ExecCommandTest, LargeOutputIsWhole) {
 TEST_F(ExecCommandTest, ToolsOwnStatusIsTheProgramsStatus) {
     qortest::CStandInTool tool;
     tool.Play("-x", {.out = "Error - Invalid input at or near token -x\n", .status = 42});
-    const CQorctlOutcome outcome = Exec({"krzcli", "-x"});
+    const CEnd outcome = Exec({"krzcli", "-x"});
     EXPECT_EQ(outcome.status, 42);
     EXPECT_EQ(outcome.out, "Error - Invalid input at or near token -x\n");
     EXPECT_EQ(outcome.err, "qorctl: the RAID tool failed, exit status 42\n");
@@ -67,14 +66,14 @@ TEST_F(ExecCommandTest, ToolsOwnStatusIsTheProgramsStatus) {
 TEST_F(ExecCommandTest, ErrorWithStatusZeroIsStated) {
     qortest::CStandInTool tool;
     tool.Play("-ctrlinfo -aAll", {.out = "Error - No RAID controller is found.\n"});
-    const CQorctlOutcome outcome = Exec({"krzcli", "-ctrlinfo", "-aAll"});
+    const CEnd outcome = Exec({"krzcli", "-ctrlinfo", "-aAll"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "Error - No RAID controller is found.\n");
     EXPECT_EQ(outcome.err, "qorctl: the RAID tool reported an error, with exit status 0\n");
 }
 
 TEST_F(ExecCommandTest, MissingToolIs127) {
-    const CQorctlOutcome outcome = Exec({"krzcli", "-v"});
+    const CEnd outcome = Exec({"krzcli", "-v"});
     EXPECT_EQ(outcome.status, 127);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err,
@@ -84,7 +83,7 @@ TEST_F(ExecCommandTest, MissingToolIs127) {
 TEST_F(ExecCommandTest, WordsAreJoinedAndTheShellReadsThem) {
     qortest::CStandInTool tool;
     tool.Play("one two", {.out = "tool\n"});
-    const CQorctlOutcome outcome = Exec({"krzcli one", "two; echo shell"});
+    const CEnd outcome = Exec({"krzcli one", "two; echo shell"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "tool\nshell\n");
     EXPECT_THAT(Run({"exec", "--help"}).out, HasSubstr("NOTHING IS QUOTED"));
@@ -95,7 +94,7 @@ TEST_F(ExecCommandTest, OutputBeyondTheLimitIsNotTaken) {
     tool.Play("-v", {.run = "head -c 67108864 /dev/zero"});
     EXPECT_EQ(Exec({"krzcli", "-v"}).out.size(), 67108864U);
     tool.Play("-v", {.run = "head -c 67108865 /dev/zero"});
-    const CQorctlOutcome outcome = Exec({"krzcli", "-v"});
+    const CEnd outcome = Exec({"krzcli", "-v"});
     EXPECT_EQ(outcome.status, 125);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, "qorctl: the RAID tool printed more than 64 MiB\n");
@@ -146,7 +145,7 @@ TEST_F(ExecCommandTest, EachResultHasItsStatusAndMessage) {
     m_Environment["QOR_PLUGIN"] = STAND_IN_PLUGIN;
     for (const CResultCase& one : CASES) {
         Answer({{"exec", one.result, one.status, "output\n"}});
-        const CQorctlOutcome outcome = Exec({"krzcli", "-v"});
+        const CEnd outcome = Exec({"krzcli", "-v"});
         EXPECT_EQ(outcome.status, one.expected) << one.result;
         EXPECT_EQ(outcome.out, "output\n");
         EXPECT_EQ(outcome.err, one.message);
@@ -157,7 +156,7 @@ TEST_F(ExecCommandTest, EachResultHasItsStatusAndMessage) {
 TEST_F(ExecCommandTest, ExceptionOfThePluginIs125) {
     m_Environment["QOR_PLUGIN"] = STAND_IN_PLUGIN;
     Answer({{"throw", "KRZExecCli", "out_of_range"}});
-    const CQorctlOutcome outcome = Exec({"krzcli", "-v"});
+    const CEnd outcome = Exec({"krzcli", "-v"});
     EXPECT_EQ(outcome.status, 125);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, HasSubstr("ended with an exception"));
@@ -171,11 +170,10 @@ TEST_F(ExecCommandTest, PluginThatCannotBeLoadedIs125) {
 TEST_F(ExecCommandTest, OutputThatCannotBeWrittenIs125) {
     qortest::CStandInTool tool;
     tool.Play("-v", {.out = "text\n"});
-    const CQorctlOutcome outcome =
-        qortest::RunQorctl(m_Folder, {.program = {},
-                                      .arguments = {"exec", "--", "krzcli", "-v"},
-                                      .environment = m_Environment,
-                                      .outputPath = "/dev/full"});
+    const CEnd outcome = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                              .arguments = {"exec", "--", "krzcli", "-v"},
+                                              .environment = m_Environment,
+                                              .output = "/dev/full"});
     EXPECT_EQ(outcome.status, 125);
     EXPECT_THAT(outcome.err, HasSubstr("No space left on device"));
 }

@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using qortest::CRecord;
 using testing::AllOf;
 using testing::EndsWith;
@@ -54,10 +54,10 @@ constexpr const char* SENTENCE =
 // The document, after the shipped schema has accepted it. Uses `folder`.
 CJson Valid(const fs::path& folder, const std::string& document) {
     qortest::WriteFile(folder / "document.json", document);
-    const CQorctlOutcome check = qortest::RunQorctl(
-        folder, {.program = PYTHON,
-                 .arguments = {VALIDATE_JSON, JSON_SCHEMA, folder / "document.json"},
-                 .environment = {{"LC_ALL", "C.UTF-8"}}});
+    const CEnd check =
+        qortest::RunCommand({.program = PYTHON,
+                             .arguments = {VALIDATE_JSON, JSON_SCHEMA, folder / "document.json"},
+                             .environment = qortest::CEnvironment{{"LC_ALL", "C.UTF-8"}}});
     EXPECT_EQ(check.status, 0) << check.out << check.err;
     return CJson::parse(document);
 }
@@ -83,43 +83,42 @@ std::string Obeyed(const std::string& text, const std::string& locale = "C.UTF-8
 
 class FormatsTest : public qortest::CQorctlFixture {
 protected:
-    CQorctlOutcome RunRaid(const std::vector<CRecord>& answer,
-                           std::vector<std::string> arguments) const {
+    CEnd RunRaid(const std::vector<CRecord>& answer, std::vector<std::string> arguments) const {
         Answer(answer);
         arguments.insert(arguments.begin(), {"raid", "--plugin", STAND_IN_PLUGIN});
         return Run(arguments);
     }
 
-    CQorctlOutcome RunOnTerminal(std::vector<std::string> arguments) const {
+    CEnd RunOnTerminal(std::vector<std::string> arguments) const {
         arguments.insert(arguments.begin(), {"raid", "--plugin", STAND_IN_PLUGIN});
-        return qortest::RunQorctl(m_Folder, {.program = {},
-                                             .arguments = arguments,
-                                             .environment = m_Environment,
-                                             .terminal = true});
+        return qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                    .arguments = arguments,
+                                    .environment = m_Environment,
+                                    .terminal = true});
     }
 
-    CQorctlOutcome RunRaidOnTerminal(const std::string& format, unsigned short width) const {
+    CEnd RunRaidOnTerminal(const std::string& format, unsigned short width) const {
         Answer(FAILED_DRIVE);
-        return qortest::RunQorctl(
-            m_Folder, {.program = {},
-                       .arguments = {"raid", "--plugin", STAND_IN_PLUGIN, "--format", format},
-                       .environment = m_Environment,
-                       .terminal = true,
-                       .terminalWidth = width});
+        return qortest::RunCommand(
+            {.program = QORCTL_PROGRAM,
+             .arguments = {"raid", "--plugin", STAND_IN_PLUGIN, "--format", format},
+             .environment = m_Environment,
+             .terminal = true,
+             .terminalWidth = width});
     }
 };
 
 // Trees and tables
 
 TEST_F(FormatsTest, TreeRepeatsProblemsInSentences) {
-    const CQorctlOutcome outcome = RunRaid(FAILED_DRIVE, {});
+    const CEnd outcome = RunRaid(FAILED_DRIVE, {});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out, AllOf(StartsWith("Controller Information\n"), EndsWith(SENTENCE)));
     EXPECT_EQ(outcome.err, "");
 }
 
 TEST_F(FormatsTest, TableHasALineADeviceAndMarksProblems) {
-    const CQorctlOutcome outcome = RunRaid(FAILED_DRIVE, {"--format", "table"});
+    const CEnd outcome = RunRaid(FAILED_DRIVE, {"--format", "table"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, std::string("CTRL  PRODUCT\n"
                                        "   0  X\\x1b[1m\n"
@@ -130,7 +129,7 @@ TEST_F(FormatsTest, TableHasALineADeviceAndMarksProblems) {
 }
 
 TEST_F(FormatsTest, TableIsColouredAndFitOnATerminal) {
-    const CQorctlOutcome outcome = RunRaidOnTerminal("table", 25);
+    const CEnd outcome = RunRaidOnTerminal("table", 25);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out, HasSubstr("\x1b[31m!!     0   3  FAILED\x1b[0m\n"));
     EXPECT_THAT(outcome.out,
@@ -153,7 +152,7 @@ TEST_F(FormatsTest, TerminalThatDoesNotSayItsWidthIsAsWideAsColumns) {
 // JSON
 
 TEST_F(FormatsTest, JsonIsTheDocumentAndNothingElse) {
-    const CQorctlOutcome outcome = RunRaid(FAILED_DRIVE, {"--format", "json"});
+    const CEnd outcome = RunRaid(FAILED_DRIVE, {"--format", "json"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     const CJson json = Valid(m_Folder, outcome.out);
@@ -169,7 +168,7 @@ TEST_F(FormatsTest, JsonOnATerminalHasNoDecoration) {
 }
 
 TEST_F(FormatsTest, FailedRequestIsJsonToo) {
-    const CQorctlOutcome outcome = RunRaid(
+    const CEnd outcome = RunRaid(
         {{"result", "0"}, {"error", "05"}, {"notice", "01"}, {"detail", "krzcli -ctrlinfo -a0"}},
         {"--format", "json"});
     EXPECT_EQ(outcome.status, 1);
@@ -186,17 +185,16 @@ TEST_F(FormatsTest, FailedRequestIsJsonToo) {
 }
 
 TEST_F(FormatsTest, MissingPluginAndExceptionsAreJsonToo) {
-    const CQorctlOutcome missing = Run({"raid", "--plugin", "/none.so", "--format", "json"});
+    const CEnd missing = Run({"raid", "--plugin", "/none.so", "--format", "json"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(Valid(m_Folder, missing.out)["messages"][0]["code"], "plugin-not-loaded");
-    const CQorctlOutcome thrown =
-        RunRaid({{"throw", "GetRAIDInfo", "out_of_range"}}, {"--format", "json"});
+    const CEnd thrown = RunRaid({{"throw", "GetRAIDInfo", "out_of_range"}}, {"--format", "json"});
     EXPECT_EQ(thrown.status, 1);
     EXPECT_EQ(Valid(m_Folder, thrown.out)["messages"][0]["code"], "plugin-failed");
 }
 
 TEST_F(FormatsTest, NothingToReportIsAJsonSuccess) {
-    const CQorctlOutcome outcome =
+    const CEnd outcome =
         RunRaid({{"error", "02"}, {"notice", "02"}, {"detail", "none"}}, {"--format", "json"});
     EXPECT_EQ(outcome.status, 0);
     const CJson json = Valid(m_Folder, outcome.out);
@@ -208,15 +206,15 @@ TEST_F(FormatsTest, NothingToReportIsAJsonSuccess) {
 }
 
 TEST_F(FormatsTest, BytesThatAreNotUtf8GiveValidJson) {
-    const CQorctlOutcome outcome = RunRaid(
-        {{"item", "", "Odd \xff", "\xc3\x28", "TRUE"}, {"notice", "\xfe"}}, {"--format", "json"});
+    const CEnd outcome = RunRaid({{"item", "", "Odd \xff", "\xc3\x28", "TRUE"}, {"notice", "\xfe"}},
+                                 {"--format", "json"});
     EXPECT_EQ(Valid(m_Folder, outcome.out)["others"][0]["name"], "Odd \uFFFD");
 }
 
 // CSV and XML
 
 TEST_F(FormatsTest, CsvHasAHeaderAndARowADrive) {
-    const CQorctlOutcome outcome = RunRaid(FAILED_DRIVE, {"--format", "csv"});
+    const CEnd outcome = RunRaid(FAILED_DRIVE, {"--format", "csv"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out, StartsWith("kind,controller,number,"));
     EXPECT_THAT(outcome.out, HasSubstr("\r\nphysical_drive,0,3,,,,,member,1,ERROR,FAILED,"));
@@ -226,7 +224,7 @@ TEST_F(FormatsTest, CsvHasAHeaderAndARowADrive) {
 TEST_F(FormatsTest, XmlIsThePluginsDocument) {
     std::vector<CRecord> answer = FAILED_DRIVE;
     answer.push_back({"document", "<a>\xff</a>"});
-    const CQorctlOutcome outcome = RunRaid(answer, {"--format", "xml"});
+    const CEnd outcome = RunRaid(answer, {"--format", "xml"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "<a>\xff</a>\n");
     EXPECT_THAT(Log(), HasSubstr("XmlSerialize 0 '' 11\n"));
@@ -235,7 +233,7 @@ TEST_F(FormatsTest, XmlIsThePluginsDocument) {
 TEST_F(FormatsTest, RefusedXmlIsAFailure) {
     std::vector<CRecord> answer = FAILED_DRIVE;
     answer.push_back({"xml-result", "03200002"});
-    const CQorctlOutcome outcome = RunRaid(answer, {"--format", "xml"});
+    const CEnd outcome = RunRaid(answer, {"--format", "xml"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err,
@@ -244,10 +242,10 @@ TEST_F(FormatsTest, RefusedXmlIsAFailure) {
 
 TEST_F(FormatsTest, FailureAndNothingToReportInTheOtherForms) {
     for (const char* format : {"tree", "table", "csv", "xml"}) {
-        const CQorctlOutcome failed = RunRaid({{"result", "0"}}, {"--format", format});
+        const CEnd failed = RunRaid({{"result", "0"}}, {"--format", format});
         EXPECT_EQ(failed.status, 1);
         EXPECT_EQ(failed.out, "") << format;
-        const CQorctlOutcome nothing = RunRaid({}, {"--format", format});
+        const CEnd nothing = RunRaid({}, {"--format", format});
         EXPECT_EQ(nothing.status, 0);
         EXPECT_THAT(nothing.err, StartsWith("qorctl: nothing to report: "));
         if (std::string(format) == "csv") {
@@ -259,7 +257,7 @@ TEST_F(FormatsTest, FailureAndNothingToReportInTheOtherForms) {
 }
 
 TEST_F(FormatsTest, UnknownFormatIsNotUnderstood) {
-    const CQorctlOutcome outcome = RunRaid(FAILED_DRIVE, {"--format", "yaml"});
+    const CEnd outcome = RunRaid(FAILED_DRIVE, {"--format", "yaml"});
     EXPECT_GT(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, HasSubstr("not tree, table, json, csv or xml: yaml"));
@@ -309,11 +307,10 @@ TEST_F(FormatsTest, FilesHoldNoControlCharactersButTheXmlDocumentDoes) {
 
 TEST_F(FormatsTest, MessagesOnATerminalAreShownSafely) {
     Answer({{"result", "0"}, {"error", ODD}, {"notice", ODD}, {"detail", ODD}});
-    const CQorctlOutcome outcome =
-        qortest::RunQorctl(m_Folder, {.program = {},
-                                      .arguments = {"raid", "--plugin", STAND_IN_PLUGIN},
-                                      .environment = m_Environment,
-                                      .errorTerminal = true});
+    const CEnd outcome = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                              .arguments = {"raid", "--plugin", STAND_IN_PLUGIN},
+                                              .environment = m_Environment,
+                                              .errorTerminal = true});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.terminal, HasSubstr("a\\x1b[1m"));
     EXPECT_EQ(Obeyed(outcome.terminal), "");
@@ -323,11 +320,11 @@ TEST_F(FormatsTest, WatchShowsTheToolsTextsSafely) {
     Answer({{"result", "0"}, {"error", ODD}});
     for (const char* format : {"text", "json"}) {
         const auto watch = [&] {
-            return qortest::RunQorctl(m_Folder, {.program = {},
-                                                 .arguments = {"watch", "--plugin", STAND_IN_PLUGIN,
-                                                               "--count", "1", "--format", format},
-                                                 .environment = m_Environment,
-                                                 .terminal = true})
+            return qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                        .arguments = {"watch", "--plugin", STAND_IN_PLUGIN,
+                                                      "--count", "1", "--format", format},
+                                        .environment = m_Environment,
+                                        .terminal = true})
                 .out;
         };
         m_Environment["TERM"] = "dumb";
@@ -342,11 +339,10 @@ TEST_F(FormatsTest, WatchShowsTheToolsTextsSafely) {
 }
 
 TEST_F(FormatsTest, CommandLineThatIsNotUnderstoodIsShownSafely) {
-    const CQorctlOutcome outcome =
-        qortest::RunQorctl(m_Folder, {.program = {},
-                                      .arguments = {"raid", "--format", ODD},
-                                      .environment = m_Environment,
-                                      .errorTerminal = true});
+    const CEnd outcome = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                              .arguments = {"raid", "--format", ODD},
+                                              .environment = m_Environment,
+                                              .errorTerminal = true});
     EXPECT_THAT(outcome.terminal, HasSubstr("not tree, table, json, csv or xml: a\\x1b[1m"));
     EXPECT_EQ(Obeyed(outcome.terminal), "");
 }
@@ -370,7 +366,7 @@ TEST_F(FormatsTest, FileThatAnotherUserPreparedLendsNoRights) {
 TEST_F(FormatsTest, PipeThatNobodyReadsIsNotWaitedFor) {
     const std::string pipe = m_Folder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const CQorctlOutcome outcome = RunRaid(FAILED_DRIVE, {"--output", pipe});
+    const CEnd outcome = RunRaid(FAILED_DRIVE, {"--output", pipe});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err,
               "qorctl: " + pipe + " could not be written: No such device or address\n");
@@ -399,7 +395,7 @@ TEST_F(FormatsTest, OutputServesWithoutProc) {
 TEST_F(FormatsTest, OutputFileHoldsWhatStandardOutputWould) {
     for (const char* format : {"tree", "table", "json", "csv"}) {
         const std::string expected = RunRaid(FAILED_DRIVE, {"--format", format}).out;
-        const CQorctlOutcome outcome =
+        const CEnd outcome =
             RunRaid(FAILED_DRIVE, {"--format", format, "--output", m_Folder / "report"});
         EXPECT_EQ(outcome.status, 0);
         EXPECT_EQ(outcome.out, "");
@@ -409,7 +405,7 @@ TEST_F(FormatsTest, OutputFileHoldsWhatStandardOutputWould) {
 }
 
 TEST_F(FormatsTest, OutputFileThatCannotBeWrittenIsAFailure) {
-    const CQorctlOutcome outcome = RunRaid(FAILED_DRIVE, {"--output", "/none/report"});
+    const CEnd outcome = RunRaid(FAILED_DRIVE, {"--output", "/none/report"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err,
               "qorctl: /none/report could not be written: No such file or directory\n");
@@ -429,7 +425,7 @@ TEST_F(FormatsTest, FailedRequestLeavesTheOutputFileUnlessItIsJson) {
 using RealFormatsTest = qortest::CRealPluginFixture;
 
 TEST_F(RealFormatsTest, WholeControllerIsValidJsonWithTheToolsVersion) {
-    const CQorctlOutcome outcome = RunOnWholeController({"raid", "--format", "json"});
+    const CEnd outcome = RunOnWholeController({"raid", "--format", "json"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     const CJson json = Valid(m_Folder, outcome.out);
@@ -477,13 +473,13 @@ TEST_F(RealFormatsTest, DriveTableShowsItsSmartTable) {
     qortest::CStandInTool tool;
     tool.Play("-ldpdinfo -a0", {.out = qortest::Golden("smart/groups.txt")});
     tool.Play("-pdinfo -pd[252:5] -a0", {.out = qortest::Golden("smart/sas.txt")});
-    const CQorctlOutcome outcome = Run({"drive", "0", "252", "5", "--format", "table"});
+    const CEnd outcome = Run({"drive", "0", "252", "5", "--format", "table"});
     EXPECT_THAT(outcome.out, HasSubstr("\nATTRIBUTE                      VALUE  THRESHOLD\n"
                                        "Grown Defects                      0\n"));
 }
 
 TEST_F(RealFormatsTest, XmlIsThatOfTheXmlCommand) {
-    const CQorctlOutcome xml = RunOnWholeController({"xml"});
+    const CEnd xml = RunOnWholeController({"xml"});
     EXPECT_EQ(RunOnWholeController({"raid", "--format", "xml"}).out, xml.out);
 }
 
@@ -494,7 +490,7 @@ TEST_F(FormatsTest, TenThousandDrivesAreShown) {
         (answer.end() - 5)->at(3) = "PD" + std::to_string(number);
     }
     for (const char* format : {"table", "json"}) {
-        const CQorctlOutcome outcome = RunRaid(answer, {"--format", format});
+        const CEnd outcome = RunRaid(answer, {"--format", format});
         EXPECT_EQ(outcome.status, 0);
         EXPECT_THAT(outcome.out, HasSubstr("9999")) << format;
     }

@@ -10,7 +10,7 @@
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using qortest::CRecord;
 using testing::HasSubstr;
 using CRecords = std::vector<CRecord>;
@@ -88,16 +88,16 @@ CRecords Long() {
 
 class HostileReportTest : public qortest::CQorctlFixture {
 protected:
-    CQorctlOutcome RunSmall(std::vector<std::string> arguments, bool terminal = false) const {
+    CEnd RunSmall(std::vector<std::string> arguments, bool terminal = false) const {
         arguments.insert(arguments.begin() + 1, {"--plugin", STAND_IN_PLUGIN});
         std::vector<std::string> words = {"-c", "ulimit -s 512; exec \"$0\" \"$@\"",
                                           QORCTL_PROGRAM};
         words.insert(words.end(), arguments.begin(), arguments.end());
-        return qortest::RunQorctl(m_Folder, {.program = "/bin/sh",
-                                             .arguments = words,
-                                             .environment = m_Environment,
-                                             .terminal = terminal,
-                                             .terminalWidth = 80});
+        return qortest::RunCommand({.program = "/bin/sh",
+                                    .arguments = words,
+                                    .environment = m_Environment,
+                                    .terminal = terminal,
+                                    .terminalWidth = 80});
     }
 
     // An answer's bytes.
@@ -106,7 +106,7 @@ protected:
     void RunAll(const CRecords& answer) const {
         Answer(answer);
         for (const std::vector<std::string>& arguments : OUTPUTS) {
-            const CQorctlOutcome outcome = RunSmall(arguments);
+            const CEnd outcome = RunSmall(arguments);
             const std::string what = testing::PrintToString(arguments);
             EXPECT_LE(outcome.status, 3) << what << outcome.err;
             EXPECT_LE(outcome.out.size(), 10 * Size()) << what;
@@ -149,7 +149,7 @@ TEST_F(HostileReportTest, LongCellDoesNotWidenEveryRow) {
         AddKey(records, "Product ID", "x");
     }
     Answer(records);
-    const CQorctlOutcome outcome = RunSmall({"raid", "--format", "table"});
+    const CEnd outcome = RunSmall({"raid", "--format", "table"});
     EXPECT_THAT(outcome.out, HasSubstr("499"));
     EXPECT_THAT(outcome.out, HasSubstr("xxx…"));
     EXPECT_LE(outcome.out.size(), 300'000U);
@@ -164,7 +164,7 @@ TEST_F(HostileReportTest, FirstLineOfACheckIsShort) {
         AddKey(records, key, odd);
     }
     Answer(records);
-    const CQorctlOutcome outcome = RunSmall({"check"});
+    const CEnd outcome = RunSmall({"check"});
     EXPECT_EQ(outcome.status, 3);
     const std::string first = outcome.out.substr(0, outcome.out.find('|'));
     EXPECT_LE(first.size(), 1024U);
@@ -177,7 +177,7 @@ TEST_F(HostileReportTest, FirstLineOfACheckIsShort) {
 TEST_F(HostileReportTest, FailureThatIsLongIsCutInTheFirstLine) {
     Answer(
         {{"result", "0"}, {"error", std::string(LONG, 'e')}, {"detail", std::string(LONG, 'd')}});
-    const CQorctlOutcome outcome = RunSmall({"check"});
+    const CEnd outcome = RunSmall({"check"});
     EXPECT_EQ(outcome.status, 3);
     EXPECT_LE(outcome.out.size(), 1100U);
     EXPECT_THAT(outcome.out, HasSubstr("the request failed with the unknown code eee"));
@@ -198,7 +198,7 @@ TEST_F(HostileReportTest, PerformanceDataEndWhereTheyWouldBeTooLong) {
         (records.end() - 4)->at(3) = "31C";
     }
     Answer(records);
-    const CQorctlOutcome outcome = RunSmall({"check"});
+    const CEnd outcome = RunSmall({"check"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_LE(outcome.out.find('\n'), 257U * 1024);
     EXPECT_THAT(outcome.out, HasSubstr("note: too long, performance data left out: "));
@@ -209,10 +209,10 @@ TEST_F(HostileReportTest, PerformanceDataEndWhereTheyWouldBeTooLong) {
 
 TEST_F(HostileReportTest, LongFormIsRefused) {
     qortest::WriteFile(m_Folder / "form", std::string(LONG, '0'));
-    const CQorctlOutcome outcome = Run({"svp", "--decode", (m_Folder / "form").string()});
+    const CEnd outcome = Run({"svp", "--decode", (m_Folder / "form").string()});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_LE(outcome.err.size(), 1000U);
-    const CQorctlOutcome endless = Run({"svp", "--decode", "/dev/zero"});
+    const CEnd endless = Run({"svp", "--decode", "/dev/zero"});
     EXPECT_EQ(endless.status, 1);
     EXPECT_EQ(endless.err, "qorctl: /dev/zero could not be read: File too large\n");
 }

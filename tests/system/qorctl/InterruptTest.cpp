@@ -39,8 +39,8 @@ protected:
         CRealPluginFixture::TearDown();
     }
 
-    qortest::CQorctlOutcome RunInterrupted(const std::string& signal,
-                                           const std::vector<std::string>& arguments) const {
+    qortest::CEnd RunInterrupted(const std::string& signal,
+                                 const std::vector<std::string>& arguments) const {
         qortest::CStandInTool tool;
         const std::string script = Replaced(INTERRUPT_AND_HANG, "SIGNAL", signal);
         tool.Play("-ldpdinfo -a0", {.run = Replaced(script, "PIPE", m_Pipe)});
@@ -63,7 +63,7 @@ TEST_F(InterruptTest, SignalEndsTheToolAndLeavesNoResultFile) {
         int status;
     } rows[] = {{"INT", 130}, {"TERM", 143}, {"HUP", 129}};
     for (const auto& row : rows) {
-        const qortest::CQorctlOutcome outcome =
+        const qortest::CEnd outcome =
             RunInterrupted(row.signal, {"drive", "0", "252", "5", "--format", "json"});
         EXPECT_EQ(outcome.status, row.status) << row.signal;
         EXPECT_EQ(outcome.out, "");

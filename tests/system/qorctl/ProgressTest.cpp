@@ -36,17 +36,17 @@ TEST_F(ProgressTest, TerminalShowsTheCommandThatRunsAndIsCleared) {
               {.out = qortest::Golden("smart/groups.txt"), .run = "read line < " + gate});
     tool.Play("-pdinfo -pd[252:5] -a0", {.out = qortest::Golden("smart/sata.txt")});
     bool isOpen = false;
-    const qortest::CQorctlOutcome outcome = qortest::RunQorctl(
-        m_Folder, {.program = {},
-                   .arguments = {"drive", "0", "252", "5", "--format", "json"},
-                   .environment = m_Environment,
-                   .errorTerminal = true,
-                   .terminalWidth = 60,
-                   .onTerminal = [&](const std::string& text) {
-                       if (!isOpen && text.find("krzcli -ldpdinfo -a0") != std::string::npos) {
-                           isOpen = write(fd, "\n", 1) == 1;
-                       }
-                   }});
+    const qortest::CEnd outcome = qortest::RunCommand(
+        {.program = QORCTL_PROGRAM,
+         .arguments = {"drive", "0", "252", "5", "--format", "json"},
+         .environment = m_Environment,
+         .errorTerminal = true,
+         .terminalWidth = 60,
+         .onTerminal = [&](const std::string& text) {
+             if (!isOpen && text.find("krzcli -ldpdinfo -a0") != std::string::npos) {
+                 isOpen = write(fd, "\n", 1) == 1;
+             }
+         }});
     close(fd);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.terminal,

@@ -3,19 +3,18 @@
 #define QORTEST_QORCTLFIXTURE_H
 
 #include <filesystem>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "PrivateServerFixture.h"
-#include "QorctlProcess.h"
+#include "Process.h"
 #include "StandInAnswer.h"
 
 namespace qortest {
 
 using CRecord = std::vector<std::string>;
 
-// The program's outputs lie in m_Folder, where a test may put files of its own.
+// A test may put files of its own into m_Folder.
 class CQorctlFixture : public CPrivateServerFixture {
 protected:
     void SetUp() override {
@@ -39,16 +38,16 @@ protected:
         WriteFile(m_Folder / "answer", text);
     }
 
-    CQorctlOutcome Run(const std::vector<std::string>& arguments) const {
-        return RunQorctl(m_Folder,
-                         {.program = {}, .arguments = arguments, .environment = m_Environment});
+    CEnd Run(const std::vector<std::string>& arguments) const {
+        return RunCommand(
+            {.program = QORCTL_PROGRAM, .arguments = arguments, .environment = m_Environment});
     }
 
     // The calls that the stand-in plug-in got.
     std::string Log() const { return ReadFile(m_Folder / "log"); }
 
     const std::filesystem::path m_Folder = "/opt/tarmica/ctl";
-    std::map<std::string, std::string> m_Environment;
+    CEnvironment m_Environment;
 };
 
 }  // namespace qortest

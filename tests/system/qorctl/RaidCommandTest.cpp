@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using qortest::WriteFile;
 using testing::AllOf;
 using testing::EndsWith;
@@ -35,26 +35,26 @@ const std::vector<CRecord> CONTROLLER = {
 
 class RaidCommandTest : public qortest::CQorctlFixture {
 protected:
-    CQorctlOutcome RunRaid(const std::vector<CRecord>& answer) const {
+    CEnd RunRaid(const std::vector<CRecord>& answer) const {
         Answer(answer);
         return Run({"raid", "--plugin", STAND_IN_PLUGIN});
     }
 
-    CQorctlOutcome RunRaidOnTerminal() const {
+    CEnd RunRaidOnTerminal() const {
         Answer(CONTROLLER);
-        return qortest::RunQorctl(m_Folder, {.program = {},
-                                             .arguments = {"raid", "--plugin", STAND_IN_PLUGIN},
-                                             .environment = m_Environment,
-                                             .terminal = true});
+        return qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                    .arguments = {"raid", "--plugin", STAND_IN_PLUGIN},
+                                    .environment = m_Environment,
+                                    .terminal = true});
     }
 
     // A copy of the program in a folder "bin", so that what lies beside it is the test's choice.
-    CQorctlOutcome RunCopy() const {
+    CEnd RunCopy() const {
         const fs::path program = m_Folder / "prefix/bin/qorctl";
         fs::create_directories(program.parent_path());
         fs::copy_file(QORCTL_PROGRAM, program);
-        return qortest::RunQorctl(
-            m_Folder, {.program = program, .arguments = {"raid"}, .environment = m_Environment});
+        return qortest::RunCommand(
+            {.program = program, .arguments = {"raid"}, .environment = m_Environment});
     }
 
     void PutPlugin(const fs::path& directory, const char* plugin = STAND_IN_PLUGIN) const {
@@ -66,7 +66,7 @@ protected:
 // What is shown
 
 TEST_F(RaidCommandTest, ItemsAreShownAsATreeOnStandardOutputOnly) {
-    const CQorctlOutcome outcome = RunRaid(CONTROLLER);
+    const CEnd outcome = RunRaid(CONTROLLER);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out,
               "Controller Information\n"
@@ -91,7 +91,7 @@ TEST_F(RaidCommandTest, LocaleThatIsNotInstalledGivesPlainAscii) {
 }
 
 TEST_F(RaidCommandTest, TerminalGetsColour) {
-    const CQorctlOutcome outcome = RunRaidOnTerminal();
+    const CEnd outcome = RunRaidOnTerminal();
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out,
               "\x1b[1mController Information\x1b[0m\n"
@@ -111,10 +111,10 @@ TEST_F(RaidCommandTest, NoColorAndDumbTerminalsGetNoColour) {
 }
 
 TEST_F(RaidCommandTest, ControlCharactersOfThePluginNeverReachTheTerminalRaw) {
-    const CQorctlOutcome outcome = RunRaid({{"error", "\x1b[1m"},
-                                            {"notice", "\r\n"},
-                                            {"detail", "krzcli \x9b\x07"},
-                                            {"item", "", "\x1b]0;title\x07", "\xff", "TRUE"}});
+    const CEnd outcome = RunRaid({{"error", "\x1b[1m"},
+                                  {"notice", "\r\n"},
+                                  {"detail", "krzcli \x9b\x07"},
+                                  {"item", "", "\x1b]0;title\x07", "\xff", "TRUE"}});
     EXPECT_EQ(outcome.out, "\\x1b]0;title\\x07 : \\xff\n");
     EXPECT_EQ(outcome.err,
               "qorctl: error code \\x1b[1m: no meaning is known for this code\n"
@@ -130,7 +130,7 @@ TEST_F(RaidCommandTest, HundredThousandItemsAreShown) {
         const int parent = i < 50'000 ? i - 1 : i % 7;
         answer.push_back({"item", std::to_string(parent), std::to_string(i), "v", "TRUE"});
     }
-    const CQorctlOutcome outcome = RunRaid(answer);
+    const CEnd outcome = RunRaid(answer);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_GE(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 100'000);
     EXPECT_THAT(Log(), HasSubstr("FreeItemList 100000\n"));
@@ -140,7 +140,7 @@ TEST_F(RaidCommandTest, HundredThousandItemsAreShown) {
 
 TEST_F(RaidCommandTest, FailedRequestExplainsItsCodeAndCommandAndEndsWithOne) {
     for (const char* code : {"01", "02", "03", "04", "05"}) {
-        const CQorctlOutcome outcome =
+        const CEnd outcome =
             RunRaid({{"result", "0"}, {"error", code}, {"detail", "krzcli -ctrlinfo -a0"}});
         EXPECT_EQ(outcome.status, 1);
         EXPECT_EQ(outcome.out, "");
@@ -152,7 +152,7 @@ TEST_F(RaidCommandTest, FailedRequestExplainsItsCodeAndCommandAndEndsWithOne) {
 }
 
 TEST_F(RaidCommandTest, FailureWithoutACodeSaysSo) {
-    const CQorctlOutcome outcome = RunRaid({{"result", "0"}, {"detail", "none"}});
+    const CEnd outcome = RunRaid({{"result", "0"}, {"detail", "none"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "qorctl: the request failed\n");
 }
@@ -160,7 +160,7 @@ TEST_F(RaidCommandTest, FailureWithoutACodeSaysSo) {
 TEST_F(RaidCommandTest, ItemsOfAFailedRequestAreFreedAndNotShown) {
     std::vector<CRecord> answer = CONTROLLER;
     answer.push_back({"result", "0"});
-    const CQorctlOutcome outcome = RunRaid(answer);
+    const CEnd outcome = RunRaid(answer);
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(Log(), HasSubstr("FreeItemList 4\ndelete\nunload\n"));
@@ -169,7 +169,7 @@ TEST_F(RaidCommandTest, ItemsOfAFailedRequestAreFreedAndNotShown) {
 TEST_F(RaidCommandTest, NoticeStandsBesideTheItems) {
     std::vector<CRecord> answer = CONTROLLER;
     answer.push_back({"notice", "01"});
-    const CQorctlOutcome outcome = RunRaid(answer);
+    const CEnd outcome = RunRaid(answer);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out, StartsWith("Controller Information\n"));
     EXPECT_EQ(outcome.err,
@@ -179,14 +179,14 @@ TEST_F(RaidCommandTest, NoticeStandsBesideTheItems) {
 }
 
 TEST_F(RaidCommandTest, NothingToReportIsASuccessThatSaysSo) {
-    const CQorctlOutcome outcome = RunRaid({{"detail", "none"}});
+    const CEnd outcome = RunRaid({{"detail", "none"}});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err, NOTHING_TO_REPORT);
 }
 
 TEST_F(RaidCommandTest, MissingToolWithoutDrivesIsASuccessWithBothCodes) {
-    const CQorctlOutcome outcome = RunRaid({{"error", "02"}, {"notice", "02"}, {"detail", "none"}});
+    const CEnd outcome = RunRaid({{"error", "02"}, {"notice", "02"}, {"detail", "none"}});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.err,
                 AllOf(StartsWith("qorctl: error code 02: "),
@@ -203,7 +203,7 @@ TEST_F(RaidCommandTest, ObjectIsDeletedAndTheLibraryUnloaded) {
 TEST_F(RaidCommandTest, ExceptionOfTheRequestIsReportedAndEverythingIsFreed) {
     std::vector<CRecord> answer = CONTROLLER;
     answer.push_back({"throw", "GetRAIDInfo", "out_of_range"});
-    const CQorctlOutcome outcome = RunRaid(answer);
+    const CEnd outcome = RunRaid(answer);
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err,
@@ -213,27 +213,27 @@ TEST_F(RaidCommandTest, ExceptionOfTheRequestIsReportedAndEverythingIsFreed) {
 }
 
 TEST_F(RaidCommandTest, ExceptionWhoseCodeIsInThePluginIsReportedBeforeItIsUnloaded) {
-    const CQorctlOutcome outcome = RunRaid({{"throw", "GetRAIDInfo", "private"}});
+    const CEnd outcome = RunRaid({{"throw", "GetRAIDInfo", "private"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "qorctl: the request ended with an exception: private to the plug-in\n");
     EXPECT_EQ(Log(), WHOLE_LIFE);
 }
 
 TEST_F(RaidCommandTest, ExceptionOfAnUnknownTypeIsReported) {
-    const CQorctlOutcome outcome = RunRaid({{"throw", "GetRAIDInfo", "int"}});
+    const CEnd outcome = RunRaid({{"throw", "GetRAIDInfo", "int"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "qorctl: the request ended with an exception of an unknown type\n");
 }
 
 TEST_F(RaidCommandTest, ExceptionOfTheFactoryIsReported) {
-    const CQorctlOutcome outcome = RunRaid({{"throw", "CreateLibIF", "out_of_range"}});
+    const CEnd outcome = RunRaid({{"throw", "CreateLibIF", "out_of_range"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, StartsWith("qorctl: the request ended with an exception: position 9"));
     EXPECT_EQ(Log(), "create\nunload\n");
 }
 
 TEST_F(RaidCommandTest, ExceptionsOfTheRequestAndOfTheReleaseDoNotEndTheProcess) {
-    const CQorctlOutcome outcome = RunRaid(
+    const CEnd outcome = RunRaid(
         {{"throw", "GetRAIDInfo", "out_of_range"}, {"throw", "FreeItemList", "out_of_range"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err,
@@ -243,7 +243,7 @@ TEST_F(RaidCommandTest, ExceptionsOfTheRequestAndOfTheReleaseDoNotEndTheProcess)
 }
 
 TEST_F(RaidCommandTest, FactoryThatMakesNoObjectIsReported) {
-    const CQorctlOutcome outcome = RunRaid({{"no-object"}});
+    const CEnd outcome = RunRaid({{"no-object"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "qorctl: the plug-in made no plug-in object\n");
     EXPECT_EQ(Log(), "create\nunload\n");
@@ -251,11 +251,10 @@ TEST_F(RaidCommandTest, FactoryThatMakesNoObjectIsReported) {
 
 TEST_F(RaidCommandTest, FullDiskIsAFailure) {
     Answer(CONTROLLER);
-    const CQorctlOutcome outcome =
-        qortest::RunQorctl(m_Folder, {.program = {},
-                                      .arguments = {"raid", "--plugin", STAND_IN_PLUGIN},
-                                      .environment = m_Environment,
-                                      .outputPath = "/dev/full"});
+    const CEnd outcome = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                              .arguments = {"raid", "--plugin", STAND_IN_PLUGIN},
+                                              .environment = m_Environment,
+                                              .output = "/dev/full"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err,
               "qorctl: standard output could not be written: No space left on device\n");
@@ -265,7 +264,7 @@ TEST_F(RaidCommandTest, FullDiskIsAFailure) {
 // Where the plug-in is found
 
 TEST_F(RaidCommandTest, MissingPluginIsNamedWithTheReason) {
-    const CQorctlOutcome outcome = Run({"raid", "--plugin", "/nowhere/plugin.so"});
+    const CEnd outcome = Run({"raid", "--plugin", "/nowhere/plugin.so"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err,
@@ -276,13 +275,13 @@ TEST_F(RaidCommandTest, MissingPluginIsNamedWithTheReason) {
 
 TEST_F(RaidCommandTest, FileThatIsNoLibraryIsNamedWithTheReason) {
     WriteFile(m_Folder / "text.so", "This is a text, and it is long enough not to be cut short.");
-    const CQorctlOutcome outcome = Run({"raid", "--plugin", m_Folder / "text.so"});
+    const CEnd outcome = Run({"raid", "--plugin", m_Folder / "text.so"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, HasSubstr("\n  /opt/tarmica/ctl/text.so: "));
 }
 
 TEST_F(RaidCommandTest, LibraryThatLacksAnExportIsUnfit) {
-    const CQorctlOutcome outcome = Run({"raid", "--plugin", UNFIT_PLUGIN});
+    const CEnd outcome = Run({"raid", "--plugin", UNFIT_PLUGIN});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err,
                 HasSubstr(UNFIT_PLUGIN ": not the plug-in, it does not export DeleteItemDisp\n"));
@@ -306,7 +305,7 @@ TEST_F(RaidCommandTest, PluginIsFoundInEachPlaceBesideTheProgram) {
         fs::remove_all(m_Folder);
         Answer({});
         PutPlugin(m_Folder / "prefix" / place);
-        const CQorctlOutcome outcome = RunCopy();
+        const CEnd outcome = RunCopy();
         EXPECT_EQ(outcome.status, 0) << place << ": " << outcome.err;
         EXPECT_EQ(Log(), WHOLE_LIFE) << place;
     }
@@ -315,7 +314,7 @@ TEST_F(RaidCommandTest, PluginIsFoundInEachPlaceBesideTheProgram) {
 TEST_F(RaidCommandTest, UnfitPluginBesideTheProgramEndsTheSearch) {
     PutPlugin(m_Folder / "prefix/lib", UNFIT_PLUGIN);
     PutPlugin(m_Folder / "prefix/bin");
-    const CQorctlOutcome outcome = RunCopy();
+    const CEnd outcome = RunCopy();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, HasSubstr("does not export DeleteItemDisp"));
 }
@@ -329,7 +328,7 @@ TEST_F(RaidCommandTest, LoaderSearchesLast) {
 }
 
 TEST_F(RaidCommandTest, EveryPlaceThatWasTriedIsNamed) {
-    const CQorctlOutcome outcome = RunCopy();
+    const CEnd outcome = RunCopy();
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(
         outcome.err,
@@ -345,21 +344,21 @@ TEST_F(RaidCommandTest, EveryPlaceThatWasTriedIsNamed) {
 // The command line
 
 TEST_F(RaidCommandTest, VersionIsShown) {
-    const CQorctlOutcome outcome = Run({"--version"});
+    const CEnd outcome = Run({"--version"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "qorctl " QORCTL_VERSION "\n");
 }
 
 TEST_F(RaidCommandTest, VersionThatCannotBeWrittenIsAFailure) {
-    const CQorctlOutcome outcome = qortest::RunQorctl(m_Folder, {.program = {},
-                                                                 .arguments = {"--version"},
-                                                                 .environment = m_Environment,
-                                                                 .outputPath = "/dev/full"});
+    const CEnd outcome = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                              .arguments = {"--version"},
+                                              .environment = m_Environment,
+                                              .output = "/dev/full"});
     EXPECT_EQ(outcome.status, 1);
 }
 
 TEST_F(RaidCommandTest, HelpStatesTheExitStatusAndAnExample) {
-    const CQorctlOutcome outcome = Run({"--help"});
+    const CEnd outcome = Run({"--help"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out, AllOf(HasSubstr("Exit status:"), HasSubstr("Example:"),
                                    HasSubstr("QOR_PLUGIN"), HasSubstr("NO_COLOR")));
@@ -370,7 +369,7 @@ TEST_F(RaidCommandTest, UsageErrorsLoadNothingAndAreNoFailedRequest) {
     const std::vector<std::vector<std::string>> wrong = {
         {}, {"disks"}, {"raid", "--plugin"}, {"raid", "--unknown"}, {"raid", "more"}};
     for (const std::vector<std::string>& arguments : wrong) {
-        const CQorctlOutcome outcome = Run(arguments);
+        const CEnd outcome = Run(arguments);
         EXPECT_GT(outcome.status, 1);
         EXPECT_LT(outcome.status, 128);
         EXPECT_EQ(outcome.out, "");

@@ -20,7 +20,7 @@ protected:
                          {"QOR_PLUGIN", REAL_PLUGIN}};
     }
 
-    CQorctlOutcome RunOnWholeController(const std::vector<std::string>& arguments) const {
+    CEnd RunOnWholeController(const std::vector<std::string>& arguments) const {
         PutRaidCard();
         CStandInTool tool;
         tool.Play("-v", {.out = VersionReport("7.0")});

@@ -10,7 +10,7 @@
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -18,7 +18,7 @@ using testing::StartsWith;
 // An ordinary user who runs the tests has none of those rights, and may not give any up either.
 class RealPluginTest : public qortest::CRealPluginFixture {
 protected:
-    CQorctlOutcome RunWithoutRootsRights(const std::vector<std::string>& arguments) const {
+    CEnd RunWithoutRootsRights(const std::vector<std::string>& arguments) const {
         if (geteuid() != 0) {
             return Run(arguments);
         }
@@ -26,14 +26,13 @@ protected:
                                           "--inh-caps", "-dac_override,-dac_read_search",
                                           QORCTL_PROGRAM};
         words.insert(words.end(), arguments.begin(), arguments.end());
-        return qortest::RunQorctl(
-            m_Folder,
+        return qortest::RunCommand(
             {.program = "/usr/bin/setpriv", .arguments = words, .environment = m_Environment});
     }
 };
 
 TEST_F(RealPluginTest, StorageIsShown) {
-    const CQorctlOutcome outcome = RunOnWholeController({"storage"});
+    const CEnd outcome = RunOnWholeController({"storage"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out, StartsWith("Controller Information\n├─ [General Information]\n"));
@@ -42,7 +41,7 @@ TEST_F(RealPluginTest, StorageIsShown) {
 TEST_F(RealPluginTest, UserWhoMayNotReadTheDeviceListIsToldSo) {
     qortest::PutRaidCard();
     std::filesystem::permissions(qortest::DEVICE_LIST, std::filesystem::perms::none);
-    const CQorctlOutcome outcome = RunWithoutRootsRights({"raid"});
+    const CEnd outcome = RunWithoutRootsRights({"raid"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.err, HasSubstr("nothing to report: "));
     EXPECT_THAT(outcome.err, EndsWith("; but this user may not read " +
@@ -50,7 +49,7 @@ TEST_F(RealPluginTest, UserWhoMayNotReadTheDeviceListIsToldSo) {
 }
 
 TEST_F(RealPluginTest, DocumentHasTheComponentAndEveryDrive) {
-    const CQorctlOutcome outcome = RunOnWholeController({"xml", "--component", "disks"});
+    const CEnd outcome = RunOnWholeController({"xml", "--component", "disks"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out, StartsWith("<dispdata><component>disks</component><item>"
@@ -60,11 +59,11 @@ TEST_F(RealPluginTest, DocumentHasTheComponentAndEveryDrive) {
 }
 
 TEST_F(RealPluginTest, FormIsDecodedWithoutNotes) {
-    const CQorctlOutcome digits = RunOnWholeController({"svp"});
+    const CEnd digits = RunOnWholeController({"svp"});
     EXPECT_EQ(digits.status, 0);
     EXPECT_EQ(digits.err, "");
     qortest::WriteFile(m_Folder / "form", digits.out);
-    const CQorctlOutcome form = Run({"svp", "--decode", m_Folder / "form"});
+    const CEnd form = Run({"svp", "--decode", m_Folder / "form"});
     EXPECT_EQ(form.status, 0);
     EXPECT_EQ(form.err, "");
     EXPECT_THAT(form.out, HasSubstr("      13    number of drives           : 9\n"));
@@ -76,7 +75,7 @@ TEST_F(RealPluginTest, DriveIsShownWithItsSmartTable) {
     qortest::CStandInTool tool;
     tool.Play("-ldpdinfo -a0", {.out = qortest::Golden("smart/groups.txt")});
     tool.Play("-pdinfo -pd[252:5] -a0", {.out = qortest::Golden("smart/sata.txt")});
-    const CQorctlOutcome outcome = Run({"drive", "0", "252", "5"});
+    const CEnd outcome = Run({"drive", "0", "252", "5"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out, HasSubstr("SMART Detail(SATA)\n"));
@@ -87,24 +86,24 @@ TEST_F(RealPluginTest, MalformedSmartTableIsAnExceptionThatIsReported) {
     tool.Play("-ldpdinfo -a0", {.out = qortest::Golden("smart/groups.txt")});
     tool.Play("-pdinfo -pd[252:5] -a0",
               {.out = qortest::GoldenBad("smart/sata_row_ends_in_name.txt")});
-    const CQorctlOutcome outcome = Run({"drive", "0", "252", "5"});
+    const CEnd outcome = Run({"drive", "0", "252", "5"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, StartsWith("qorctl: the request ended with an exception: "));
 }
 
 TEST_F(RealPluginTest, ServerWithoutACardHasNoDocumentAndAnEmptyForm) {
-    const CQorctlOutcome document = Run({"xml", "--of", "storage"});
+    const CEnd document = Run({"xml", "--of", "storage"});
     EXPECT_EQ(document.status, 0);
     EXPECT_EQ(document.out, "");
     EXPECT_THAT(document.err, StartsWith("qorctl: nothing to report: "));
-    const CQorctlOutcome form = Run({"svp"});
+    const CEnd form = Run({"svp"});
     EXPECT_EQ(form.status, 0);
     EXPECT_EQ(form.out, "00000000000000001000000000000000\n");
 }
 
 TEST_F(RealPluginTest, DriveWithoutTheToolIsAFailure) {
-    const CQorctlOutcome outcome = Run({"drive", "0", "252", "5"});
+    const CEnd outcome = Run({"drive", "0", "252", "5"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, StartsWith("qorctl: error code 02: the RAID tool is not installed"));
 }

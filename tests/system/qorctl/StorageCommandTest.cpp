@@ -6,18 +6,18 @@
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 
 class StorageCommandTest : public qortest::CQorctlFixture {
 protected:
-    CQorctlOutcome RunStorage(const std::vector<qortest::CRecord>& answer) const {
+    CEnd RunStorage(const std::vector<qortest::CRecord>& answer) const {
         Answer(answer);
         return Run({"storage", "--plugin", STAND_IN_PLUGIN});
     }
 };
 
 TEST_F(StorageCommandTest, ItemsAreShownAsATree) {
-    const CQorctlOutcome outcome =
+    const CEnd outcome =
         RunStorage({{"item", "", "PCIe SSD Information", "", "TRUE"},
                     {"item", "PCIe SSD Information", "### General Information ###", "", "TRUE"},
                     {"item", "### General Information ###", "Bus No.", "178", "TRUE"}});
@@ -33,7 +33,7 @@ TEST_F(StorageCommandTest, ItemsAreShownAsATree) {
 }
 
 TEST_F(StorageCommandTest, NothingToReportIsASuccessThatSaysSo) {
-    const CQorctlOutcome outcome = RunStorage({});
+    const CEnd outcome = RunStorage({});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err,
@@ -42,7 +42,7 @@ TEST_F(StorageCommandTest, NothingToReportIsASuccessThatSaysSo) {
 }
 
 TEST_F(StorageCommandTest, FailedRequestIsExplained) {
-    const CQorctlOutcome outcome =
+    const CEnd outcome =
         RunStorage({{"result", "0"}, {"error", "05"}, {"detail", "krzcli -pssdinfo -aAll"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");

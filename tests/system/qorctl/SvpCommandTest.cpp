@@ -6,7 +6,7 @@
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using qortest::CRecord;
 using qortest::WriteFile;
 using testing::HasSubstr;
@@ -26,25 +26,25 @@ constexpr const char* DECODED =
 
 class SvpCommandTest : public qortest::CQorctlFixture {
 protected:
-    CQorctlOutcome RunSvp(const std::vector<CRecord>& answer,
-                          const std::vector<std::string>& options = {}) const {
+    CEnd RunSvp(const std::vector<CRecord>& answer,
+                const std::vector<std::string>& options = {}) const {
         Answer(answer);
         std::vector<std::string> arguments = {"svp", "--plugin", STAND_IN_PLUGIN};
         arguments.insert(arguments.end(), options.begin(), options.end());
         return Run(arguments);
     }
 
-    CQorctlOutcome DecodeInput(const std::string& digits) const {
+    CEnd DecodeInput(const std::string& digits) const {
         WriteFile(m_Folder / "input", digits);
-        return qortest::RunQorctl(m_Folder, {.program = {},
-                                             .arguments = {"svp", "--decode", "-"},
-                                             .environment = m_Environment,
-                                             .inputPath = m_Folder / "input"});
+        return qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                    .arguments = {"svp", "--decode", "-"},
+                                    .environment = m_Environment,
+                                    .input = m_Folder / "input"});
     }
 };
 
 TEST_F(SvpCommandTest, DigitsAreWrittenAsTheyAreAndALineFeed) {
-    const CQorctlOutcome outcome = RunSvp({{"digits", "not a form, 0g"}});
+    const CEnd outcome = RunSvp({{"digits", "not a form, 0g"}});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "not a form, 0g\n");
     EXPECT_EQ(outcome.err, "");
@@ -52,8 +52,7 @@ TEST_F(SvpCommandTest, DigitsAreWrittenAsTheyAreAndALineFeed) {
 }
 
 TEST_F(SvpCommandTest, FailedRequestWritesNoDigits) {
-    const CQorctlOutcome outcome =
-        RunSvp({{"digits", EMPTY_FORM}, {"result", "0"}, {"error", "01"}});
+    const CEnd outcome = RunSvp({{"digits", EMPTY_FORM}, {"result", "0"}, {"error", "01"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, testing::AllOf(testing::StartsWith("qorctl: error code 01: "),
@@ -61,20 +60,20 @@ TEST_F(SvpCommandTest, FailedRequestWritesNoDigits) {
 }
 
 TEST_F(SvpCommandTest, NoticeStandsBesideTheDigits) {
-    const CQorctlOutcome outcome = RunSvp({{"digits", EMPTY_FORM}, {"notice", "01"}});
+    const CEnd outcome = RunSvp({{"digits", EMPTY_FORM}, {"notice", "01"}});
     EXPECT_EQ(outcome.out, std::string(EMPTY_FORM) + "\n");
     EXPECT_THAT(outcome.err, HasSubstr("notice code 01"));
 }
 
 TEST_F(SvpCommandTest, ExceptionIsReported) {
-    const CQorctlOutcome outcome = RunSvp({{"throw", "GetCtrlPDInfoBinaryString", "private"}});
+    const CEnd outcome = RunSvp({{"throw", "GetCtrlPDInfoBinaryString", "private"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "qorctl: the request ended with an exception: private to the plug-in\n");
     EXPECT_EQ(Log(), WHOLE_LIFE);
 }
 
 TEST_F(SvpCommandTest, DecodeWithoutAFileAsksThePlugin) {
-    const CQorctlOutcome outcome = RunSvp({{"digits", EMPTY_FORM}}, {"--decode"});
+    const CEnd outcome = RunSvp({{"digits", EMPTY_FORM}}, {"--decode"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, DECODED);
     EXPECT_EQ(Log(), WHOLE_LIFE);
@@ -83,20 +82,20 @@ TEST_F(SvpCommandTest, DecodeWithoutAFileAsksThePlugin) {
 TEST_F(SvpCommandTest, DecodeReadsAFileAndLoadsNoPlugin) {
     WriteFile(m_Folder / "form", " 0000000000000000\n1000000000000000\n");
     m_Environment["QOR_PLUGIN"] = "/nowhere/plugin.so";
-    const CQorctlOutcome outcome = Run({"svp", "--decode", m_Folder / "form"});
+    const CEnd outcome = Run({"svp", "--decode", m_Folder / "form"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, DECODED);
     EXPECT_EQ(outcome.err, "");
 }
 
 TEST_F(SvpCommandTest, DecodeReadsStandardInput) {
-    const CQorctlOutcome outcome = DecodeInput(EMPTY_FORM);
+    const CEnd outcome = DecodeInput(EMPTY_FORM);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, DECODED);
 }
 
 TEST_F(SvpCommandTest, MalformedFormIsRejectedWithTheReasonOnly) {
-    const CQorctlOutcome outcome = DecodeInput("0000\x1b");
+    const CEnd outcome = DecodeInput("0000\x1b");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err,
@@ -111,17 +110,16 @@ TEST_F(SvpCommandTest, MalformedFormIsRejectedWithTheReasonOnly) {
 }
 
 TEST_F(SvpCommandTest, FileThatCannotBeReadIsNamed) {
-    const CQorctlOutcome missing = Run({"svp", "--decode", "/nowhere/form"});
+    const CEnd missing = Run({"svp", "--decode", "/nowhere/form"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(missing.err, "qorctl: /nowhere/form could not be read: No such file or directory\n");
-    const CQorctlOutcome directory = Run({"svp", "--decode", m_Folder});
+    const CEnd directory = Run({"svp", "--decode", m_Folder});
     EXPECT_EQ(directory.status, 1);
     EXPECT_EQ(directory.err, "qorctl: /opt/tarmica/ctl could not be read: Is a directory\n");
-    const CQorctlOutcome input =
-        qortest::RunQorctl(m_Folder, {.program = {},
-                                      .arguments = {"svp", "--decode", "-"},
-                                      .environment = m_Environment,
-                                      .inputPath = m_Folder});
+    const CEnd input = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                            .arguments = {"svp", "--decode", "-"},
+                                            .environment = m_Environment,
+                                            .input = m_Folder});
     EXPECT_EQ(input.status, 1);
     EXPECT_EQ(input.err, "qorctl: standard input could not be read: Is a directory\n");
 }

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "QorctlProcess.h"
+#include "Process.h"
 #include "ServerFixture.h"
 
 namespace fs = std::filesystem;

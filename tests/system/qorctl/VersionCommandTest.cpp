@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -30,7 +30,7 @@ protected:
 TEST_F(VersionCommandTest, EachPartIsShownWithItsVersion) {
     qortest::CStandInTool tool;
     tool.Play("-v", {.out = "RAID tool\nProduct Version : 7.0\r\n"});
-    const CQorctlOutcome outcome = Run({"version"});
+    const CEnd outcome = Run({"version"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out, StartsWith("qorctl         : " QORCTL_VERSION "  " QORCTL_PROGRAM));
@@ -55,7 +55,7 @@ TEST_F(VersionCommandTest, JsonHoldsTheSame) {
 }
 
 TEST_F(VersionCommandTest, MissingToolIsStated) {
-    const CQorctlOutcome outcome = Run({"version"});
+    const CEnd outcome = Run({"version"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out,
                 HasSubstr("\nRAID tool      : unknown (the RAID tool is not installed "));
@@ -70,7 +70,7 @@ TEST_F(VersionCommandTest, ForeignPluginIsOfUnknownVersion) {
 
 TEST_F(VersionCommandTest, WithoutAPluginTheProgramsVersionIsShown) {
     m_Environment["QOR_PLUGIN"] = "/opt/tarmica/nothing.so";
-    const CQorctlOutcome outcome = Run({"version"});
+    const CEnd outcome = Run({"version"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, HasSubstr("the plug-in could not be loaded"));
     EXPECT_THAT(outcome.out, StartsWith("qorctl         : " QORCTL_VERSION));

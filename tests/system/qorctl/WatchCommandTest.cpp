@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using qortest::CRecord;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -98,14 +98,14 @@ public:
         EXPECT_EQ(ioctl(m_Terminal, TIOCSWINSZ, &size), 0);
     }
 
-    // The exit status, 128 + n for a signal, after reading everything.
-    int End() {
+    // After reading everything.
+    CEnd End() {
         while (ReadSome()) {
         }
         int status = 0;
         EXPECT_EQ(waitpid(m_Child, &status, 0), m_Child);
         m_Child = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+        return qortest::EndOf(status);
     }
 
     const std::string& Output() const { return m_Output; }
@@ -146,7 +146,7 @@ TEST_F(WatchCommandTest, ChangesAreLinesWithoutATerminal) {
     AnswerTo(1, Drive("ONLINE"));
     AnswerTo(2, {{"result", "0"}, {"error", "05"}, {"detail", "krzcli -ctrlinfo -a0"}});
     AnswerTo(3, Drive("FAILED"));
-    const CQorctlOutcome outcome = Run(Watch({"--interval", "1", "--count", "3"}));
+    const CEnd outcome = Run(Watch({"--interval", "1", "--count", "3"}));
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out,
@@ -163,7 +163,7 @@ TEST_F(WatchCommandTest, ChangesAreLinesWithoutATerminal) {
 TEST_F(WatchCommandTest, JsonIsLinesEvenOnATerminal) {
     Answer(Drive("ONLINE"));
     CSession session(Watch({"--count", "1", "--format", "json"}), m_Environment);
-    EXPECT_EQ(session.End(), 0);
+    EXPECT_EQ(session.End().status, 0);
     EXPECT_THAT(session.Output(), StartsWith("{\"schema_version\":1,\"command\":\"watch\","));
 }
 
@@ -171,14 +171,14 @@ TEST_F(WatchCommandTest, DumbTerminalGetsLines) {
     Answer(Drive("ONLINE"));
     m_Environment["TERM"] = "dumb";
     CSession session(Watch({"--count", "1"}), m_Environment);
-    EXPECT_EQ(session.End(), 0);
+    EXPECT_EQ(session.End().status, 0);
     EXPECT_THAT(session.Output(), Not(HasSubstr("\x1b")));
 }
 
 TEST_F(WatchCommandTest, ScreenIsDrawnAndComesBackAtTheEnd) {
     Answer(Drive("ONLINE"));
     CSession session(Watch({"--count", "1"}), m_Environment);
-    EXPECT_EQ(session.End(), 0);
+    EXPECT_EQ(session.End().status, 0);
     EXPECT_THAT(session.Output(), StartsWith(ENTER));
     EXPECT_THAT(session.Output(), HasSubstr(" 3  ONLINE\x1b[K"));
     EXPECT_THAT(session.Output(), EndsWith(LEAVE));
@@ -190,7 +190,7 @@ TEST_F(WatchCommandTest, ScreenComesBackAfterEverySignalThatWantsAnEnd) {
         CSession session(Watch({"--interval", "3600"}), m_Environment);
         ASSERT_TRUE(session.WaitFor(" 3  ONLINE"));
         session.Signal(signal);
-        EXPECT_EQ(session.End(), 128 + signal);
+        EXPECT_EQ(session.End().status, 128 + signal);
         EXPECT_THAT(session.Output(), EndsWith(LEAVE));
     }
 }
@@ -200,7 +200,7 @@ TEST_F(WatchCommandTest, CtrlCIsUnderstood) {
     CSession session(Watch({"--interval", "3600"}), m_Environment);
     ASSERT_TRUE(session.WaitFor(" 3  ONLINE"));
     session.Type('\x03');
-    EXPECT_EQ(session.End(), 130);
+    EXPECT_EQ(session.End().status, 130);
     EXPECT_THAT(session.Output(), HasSubstr(LEAVE));
 }
 
@@ -210,7 +210,7 @@ TEST_F(WatchCommandTest, SignalDuringARequestEndsItAtOnce) {
     CSession session(Watch({"--interval", "3600"}), m_Environment);
     ASSERT_TRUE(session.WaitFor(ENTER));
     session.Signal(SIGTERM);
-    EXPECT_EQ(session.End(), 128 + SIGTERM);
+    EXPECT_EQ(session.End().status, 128 + SIGTERM);
     EXPECT_THAT(session.Output(), EndsWith(LEAVE));
 }
 
@@ -223,11 +223,11 @@ TEST_F(WatchCommandTest, ResizedTerminalIsRedrawnToItsSize) {
     session.Resize(24, 80);
     EXPECT_TRUE(session.WaitFor(" 3  ONLINE"));
     session.Signal(SIGINT);
-    EXPECT_EQ(session.End(), 130);
+    EXPECT_EQ(session.End().status, 130);
 }
 
 TEST_F(WatchCommandTest, PluginThatCannotBeLoadedIsAFailureBeforeTheScreen) {
-    const CQorctlOutcome outcome = Run({"watch", "--plugin", "/nowhere/plugin.so"});
+    const CEnd outcome = Run({"watch", "--plugin", "/nowhere/plugin.so"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, StartsWith("qorctl: the plug-in could not be loaded; tried:\n"));
@@ -235,10 +235,10 @@ TEST_F(WatchCommandTest, PluginThatCannotBeLoadedIsAFailureBeforeTheScreen) {
 
 TEST_F(WatchCommandTest, FullDiskEndsIt) {
     Answer(Drive("ONLINE"));
-    const CQorctlOutcome outcome = qortest::RunQorctl(m_Folder, {.program = {},
-                                                                 .arguments = Watch({}),
-                                                                 .environment = m_Environment,
-                                                                 .outputPath = "/dev/full"});
+    const CEnd outcome = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                              .arguments = Watch({}),
+                                              .environment = m_Environment,
+                                              .output = "/dev/full"});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, HasSubstr("No space left on device"));
 }
@@ -246,7 +246,7 @@ TEST_F(WatchCommandTest, FullDiskEndsIt) {
 TEST_F(WatchCommandTest, UsageErrorsLoadNothing) {
     for (const auto& options : std::vector<std::vector<std::string>>{
              {"--interval", "0"}, {"--interval", "x"}, {"--count", "-1"}, {"--format", "xml"}}) {
-        const CQorctlOutcome outcome = Run(Watch(options));
+        const CEnd outcome = Run(Watch(options));
         EXPECT_GT(outcome.status, 3);
         EXPECT_EQ(outcome.out, "");
     }

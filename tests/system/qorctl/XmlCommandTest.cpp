@@ -6,7 +6,7 @@
 
 namespace {
 
-using qortest::CQorctlOutcome;
+using qortest::CEnd;
 using qortest::CRecord;
 using testing::HasSubstr;
 
@@ -14,8 +14,7 @@ const CRecord ITEM = {"item", "", "A", "", "TRUE"};
 
 class XmlCommandTest : public qortest::CQorctlFixture {
 protected:
-    CQorctlOutcome RunXml(const std::vector<std::string>& options,
-                          const std::vector<CRecord>& answer) const {
+    CEnd RunXml(const std::vector<std::string>& options, const std::vector<CRecord>& answer) const {
         Answer(answer);
         std::vector<std::string> arguments = {"xml", "--plugin", STAND_IN_PLUGIN};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -25,7 +24,7 @@ protected:
 
 TEST_F(XmlCommandTest, DocumentIsWrittenByteForByteAndALineFeed) {
     const std::string document = "<\x1b[1m>\r\n\xff&\t";
-    const CQorctlOutcome outcome = RunXml({}, {ITEM, {"document", document}});
+    const CEnd outcome = RunXml({}, {ITEM, {"document", document}});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, document + "\n");
     EXPECT_EQ(outcome.err, "");
@@ -52,7 +51,7 @@ TEST_F(XmlCommandTest, ComponentIsHandedOver) {
 }
 
 TEST_F(XmlCommandTest, NothingToReportIsASuccessWithoutADocument) {
-    const CQorctlOutcome outcome = RunXml({}, {});
+    const CEnd outcome = RunXml({}, {});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, testing::StartsWith("qorctl: nothing to report: "));
@@ -60,7 +59,7 @@ TEST_F(XmlCommandTest, NothingToReportIsASuccessWithoutADocument) {
 }
 
 TEST_F(XmlCommandTest, FailedRequestMakesNoDocument) {
-    const CQorctlOutcome outcome = RunXml({}, {ITEM, {"result", "0"}, {"error", "04"}});
+    const CEnd outcome = RunXml({}, {ITEM, {"result", "0"}, {"error", "04"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.err, HasSubstr("error code 04"));
@@ -68,7 +67,7 @@ TEST_F(XmlCommandTest, FailedRequestMakesNoDocument) {
 }
 
 TEST_F(XmlCommandTest, RefusedListIsExplained) {
-    const CQorctlOutcome outcome = RunXml({}, {ITEM, {"xml-result", "03300001"}});
+    const CEnd outcome = RunXml({}, {ITEM, {"xml-result", "03300001"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err,
@@ -77,13 +76,13 @@ TEST_F(XmlCommandTest, RefusedListIsExplained) {
 }
 
 TEST_F(XmlCommandTest, SuccessWithoutADocumentIsAFailure) {
-    const CQorctlOutcome outcome = RunXml({}, {ITEM});
+    const CEnd outcome = RunXml({}, {ITEM});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "qorctl: the plug-in reported success but handed out no XML document\n");
 }
 
 TEST_F(XmlCommandTest, ExceptionIsReported) {
-    const CQorctlOutcome outcome = RunXml({}, {ITEM, {"throw", "XmlSerialize", "private"}});
+    const CEnd outcome = RunXml({}, {ITEM, {"throw", "XmlSerialize", "private"}});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.err, "qorctl: the request ended with an exception: private to the plug-in\n");
     EXPECT_THAT(Log(), testing::EndsWith("\nFreeItemList 1\ndelete\nunload\n"));
@@ -101,7 +100,7 @@ TEST_F(XmlCommandTest, RequestThatIsNoneIsAUsageError) {
                                                          {"raid"},
                                                          {"--component"}};
     for (const std::vector<std::string>& options : wrong) {
-        const CQorctlOutcome outcome = RunXml(options, {ITEM});
+        const CEnd outcome = RunXml(options, {ITEM});
         EXPECT_GT(outcome.status, 1);
         EXPECT_EQ(outcome.out, "");
         EXPECT_NE(outcome.err, "");

@@ -1,11 +1,8 @@
 #include "SimFixture.h"
 
-#include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -17,66 +14,12 @@ namespace fs = std::filesystem;
 namespace qortest {
 namespace {
 
-constexpr int SIGNALLED = 1000;
-
-[[noreturn]] void Execute(const CStrings& command, int out, const std::string& errFile,
-                          EKernel kernel) {
-    if (!Enter(kernel)) {
-        _exit(126);
-    }
-    const int err = open(errFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    const int in = open("/dev/null", O_RDONLY);
-    dup2(in, STDIN_FILENO);
-    dup2(out, STDOUT_FILENO);
-    dup2(err, STDERR_FILENO);
-    std::vector<char*> arguments;
-    for (const std::string& argument : command) {
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    }
-    arguments.push_back(nullptr);
-    execvp(arguments.front(), arguments.data());
-    _exit(127);
-}
-
-std::string ReadToEnd(int fd) {
-    std::string text;
-    std::array<char, 4096> buffer = {};
-    for (ssize_t count = 0; (count = read(fd, buffer.data(), buffer.size())) > 0;) {
-        text.append(buffer.data(), static_cast<size_t>(count));
-    }
-    close(fd);
-    return text;
-}
-
 fs::path NewFolder() {
     std::string name = (fs::temp_directory_path() / "system_qorsim.XXXXXX").string();
     return mkdtemp(name.data()) != nullptr ? fs::path(name) : fs::path();
 }
 
 }  // namespace
-
-CEnd RunProgram(const CStrings& command, EKernel kernel) {
-    const fs::path folder = NewFolder();
-    const std::string errFile = folder / "err";
-    std::array<int, 2> pipe = {};
-    if (pipe2(pipe.data(), O_CLOEXEC) != 0) {
-        ADD_FAILURE() << "no pipe";
-        return {};
-    }
-    const pid_t child = fork();
-    if (child == 0) {
-        Execute(command, pipe[1], errFile, kernel);
-    }
-    close(pipe[1]);
-    CEnd end;
-    end.out = ReadToEnd(pipe[0]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    end.status = WIFSIGNALED(status) ? SIGNALLED + WTERMSIG(status) : WEXITSTATUS(status);
-    end.err = ReadFile(errFile);
-    fs::remove_all(folder);
-    return end;
-}
 
 CStrings Lines(const std::string& text) {
     CStrings lines;

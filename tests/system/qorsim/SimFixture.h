@@ -7,21 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "OtherKernel.h"
 #include "PrivateServerFixture.h"
+#include "Process.h"
 
 namespace qortest {
-
-using CStrings = std::vector<std::string>;
-
-struct CEnd {
-    int status = 0;  // exit status, or 1000 + the number of the signal that ended it
-    std::string out;
-    std::string err;
-};
-
-// Runs a program and reads its output to the end, that of its descendants included.
-CEnd RunProgram(const CStrings& command, EKernel kernel = EKernel::whole);
 
 CStrings Lines(const std::string& text);
 std::string Joined(const CStrings& texts, const std::string& separator);

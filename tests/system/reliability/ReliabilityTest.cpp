@@ -24,7 +24,6 @@ using testing::Not;
 constexpr const char* NO_FAULT = "none";
 constexpr const char* BEGIN = "<!-- begin of what the test writes -->\n";
 constexpr const char* END = "<!-- end of what the test writes -->\n";
-constexpr int SIGNALLED = 1000;
 
 struct CCase {
     const char* fault;
@@ -207,7 +206,7 @@ private:
         whole.insert(whole.end(), command.begin(), command.end());
         WriteFile(Trace(question), "");
         const CEnd end = RunProgram(whole);
-        EXPECT_LT(end.status, SIGNALLED) << question;
+        EXPECT_EQ(end.signal, 0) << question;
         const std::string left = ReadFile(facts);
         EXPECT_TRUE(left.empty() || left == GetParam().left) << question << ": " << left;
         EXPECT_THAT(end.err, Not(HasSubstr("Sanitizer"))) << question;

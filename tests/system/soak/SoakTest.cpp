@@ -26,6 +26,7 @@
 #include <string>
 
 #include "PrivateServerFixture.h"
+#include "Process.h"
 #include "plugin/MngSrv_QorLibIF.h"
 
 // The plug-in's pause between two attempts costs nothing here: it finds this one first.
@@ -140,9 +141,10 @@ void Soak::SetUp() {
     fs::remove_all(SERVER + std::string("/qor"));
     fs::create_directories(SERVER + std::string("/hosts"));
     for (const CHost& host : HOSTS) {
-        const std::string command = std::string(QORSIM_PROGRAM) + " install " + SERVER + "/hosts/" +
-                                    host.name + " --host " + host.name;
-        ASSERT_EQ(std::system(command.c_str()), 0) << command;
+        const qortest::CEnd end =
+            qortest::RunProgram({QORSIM_PROGRAM, "install",
+                                 SERVER + std::string("/hosts/") + host.name, "--host", host.name});
+        ASSERT_EQ(end.status, 0) << end.err;
     }
     qortest::WriteFile("/etc/opt/tarmica/qor/comlib.ini", "[Trace]\nSink=none\n");
 }

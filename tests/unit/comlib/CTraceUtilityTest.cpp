@@ -1,7 +1,6 @@
 // The shipped library in a host process of its own (comlib_caller), from configuration to sink.
 #include <fcntl.h>
 #include <sched.h>
-#include <spawn.h>
 #include <sys/mount.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -12,17 +11,22 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <future>
 #include <regex>
 
 #include "ComLibFixture.h"
+#include "Process.h"
 #include "plugin/ComLib.h"
 #include "util/UniqueFd.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using qortest::CEnd;
+using qortest::CEnvironment;
 using qortest::Lines;
 using qortest::ReadFile;
+using qortest::RunCommand;
 using qortest::WriteFile;
 using util::CUniqueFd;
 using Texts = std::vector<std::string>;
@@ -47,35 +51,22 @@ std::string Message(const std::string& line) {
 class CTraceUtilityTest : public qortest::CComLibFixture {
 protected:
     fs::path Trace() const { return Scratch() / "trace.log"; }
-    std::string StandardError() const { return ReadFile(Scratch() / "stderr"); }
+    // What the calls so far have written there.
+    const std::string& StandardError() const { return m_StandardError; }
 
-    // Starts the caller with QOR_TRACE set to `trace`, standard error into a file.
-    pid_t Start(const std::string& trace, Texts arguments) const {
-        arguments.insert(arguments.begin(), CALLER);
-        Texts environment;
+    // The caller with QOR_TRACE set to `trace`.
+    static CEnd Run(const std::string& trace, const Texts& arguments) {
+        CEnvironment environment;
         if (trace != NO_ENVIRONMENT) {
-            environment.push_back("QOR_TRACE=" + trace);
+            environment["QOR_TRACE"] = trace;
         }
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (Scratch() / "stderr").c_str(),
-                                         O_WRONLY | O_CREAT | O_APPEND, 0600);
-        pid_t child = -1;
-        EXPECT_EQ(posix_spawn(&child, CALLER, &actions, nullptr, Pointers(arguments).data(),
-                              Pointers(environment).data()),
-                  0);
-        posix_spawn_file_actions_destroy(&actions);
-        return child;
+        return RunCommand({.program = CALLER, .arguments = arguments, .environment = environment});
     }
 
-    static void ExpectSuccess(pid_t child) {
-        int status = -1;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_EQ(status, 0);
-    }
-
-    void Call(const std::string& trace, const Texts& arguments) const {
-        ExpectSuccess(Start(trace, arguments));
+    void Call(const std::string& trace, const Texts& arguments) {
+        const CEnd end = Run(trace, arguments);
+        EXPECT_EQ(end.status, 0);
+        m_StandardError += end.err;
     }
 
     Texts TracedMessages() const {
@@ -85,6 +76,8 @@ protected:
         }
         return messages;
     }
+
+    std::string m_StandardError;
 };
 
 TEST_F(CTraceUtilityTest, FileGetsTheLine) {
@@ -107,7 +100,7 @@ TEST_F(CTraceUtilityTest, NoneGetsNothing) {
 TEST_F(CTraceUtilityTest, LevelIsOnIfItsBitIsSet) {
     for (const int mask : {0, 1, 2, 3, 16, 31}) {
         for (const int level : {1, 2, 4, 8, 16}) {
-            fs::remove(Scratch() / "stderr");
+            m_StandardError.clear();
             Call("stderr:" + std::to_string(mask), {std::to_string(level), "x"});
             EXPECT_EQ(StandardError().empty(), (mask & level) == 0) << mask << ' ' << level;
         }
@@ -151,10 +144,12 @@ TEST_F(CTraceUtilityTest, LinesOfTwoProcessesDoNotMix) {
     constexpr size_t LENGTH = 9000;
     constexpr size_t LINES = 300;
     const std::string trace = "file:" + Trace().string() + ":31";
-    const pid_t first = Start(trace, {"1", "a", std::to_string(LINES), std::to_string(LENGTH)});
-    const pid_t second = Start(trace, {"1", "b", std::to_string(LINES), std::to_string(LENGTH)});
-    ExpectSuccess(first);
-    ExpectSuccess(second);
+    const auto run = [&](const char* text) {
+        return Run(trace, {"1", text, std::to_string(LINES), std::to_string(LENGTH)}).status;
+    };
+    std::future<int> first = std::async(std::launch::async, run, "a");
+    EXPECT_EQ(run("b"), 0);
+    EXPECT_EQ(first.get(), 0);
     const std::regex whole("Caller RESULT [ab][0-9]+ x+");
     const Texts messages = TracedMessages();
     EXPECT_EQ(messages.size(), 2 * LINES);
@@ -191,7 +186,7 @@ TEST_F(CTraceUtilityTest, ForkDuringTheFirstLineLeavesAChildThatTraces) {
         configuration += "Key" + std::to_string(key) + "=value\n";
     }
     WriteFile(qortest::CONFIGURATION_FILE, configuration);
-    ExpectSuccess(Start("", {"fork"}));
+    Call(NO_ENVIRONMENT, {"fork"});
 }
 
 // A set-group-id program is as privileged to the C library as a set-user-id one, and as root it can
@@ -250,16 +245,19 @@ TEST_F(CTraceUtilityTest, ForkWhileThreadsTraceLeavesChildrenThatTrace) {
 
 TEST_F(CTraceUtilityTest, SystemLogGetsTheMessageAtItsPriority) {
     const CUniqueFd log(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    InChild([&log] {
+    const fs::path input = Scratch() / "input";
+    WriteFile(input, "");
+    InChild([&] {
         if (!BecomeSystemLog(log.Get())) {
             _exit(1);
         }
         for (const int level : {1, 2, 4, 16}) {
             CTraceUtility::WriteDebug("x", CTraceUtility::TRACE_DBG_FLOW, "to the file");
-            const std::string command = std::string(CALLER) + " " + std::to_string(level) +
-                                        " '100%s\n' # syslog keeps a descriptor: status 2";
-            setenv("QOR_TRACE", "syslog:31", 1);
-            if (WEXITSTATUS(std::system(command.c_str())) != 2) {
+            const CEnd end = RunCommand({.program = CALLER,
+                                         .arguments = {std::to_string(level), "100%s\n"},
+                                         .environment = CEnvironment{{"QOR_TRACE", "syslog:31"}},
+                                         .input = input});
+            if (end.status != 2) {  // syslog keeps a descriptor
                 _exit(2);
             }
         }

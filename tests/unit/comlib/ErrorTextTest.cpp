@@ -10,6 +10,7 @@
 #include <string>
 
 #include "ComLibFixture.h"
+#include "Process.h"
 #include "comlib/ErrorText.h"
 
 namespace {
@@ -76,9 +77,10 @@ class ErrorTextTest : public qortest::CComLibFixture {
 protected:
     void SetUp() override {
         CComLibFixture::SetUp();
-        const std::string command = "localedef --no-archive " + std::string(BYTE_ORDER_OPTION) +
-                                    " -f UTF-8 -i de_DE " + (Scratch() / "de_DE.UTF-8").string();
-        ASSERT_EQ(std::system(command.c_str()), 0) << command;
+        const qortest::CEnd end =
+            qortest::RunProgram({"localedef", "--no-archive", BYTE_ORDER_OPTION, "-f", "UTF-8",
+                                 "-i", "de_DE", Scratch() / "de_DE.UTF-8"});
+        ASSERT_EQ(end.status, 0) << end.err;
         setenv("LOCPATH", Scratch().c_str(), 1);
         setenv("LANGUAGE", "de", 1);
         ASSERT_STREQ(setlocale(LC_ALL, "de_DE.UTF-8"), "de_DE.UTF-8");
