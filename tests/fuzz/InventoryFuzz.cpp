@@ -80,8 +80,8 @@ void DemandReport(const CJson& json, const CItemReading& reading) {
         std::vector<CJson> more = SectionValues(json[name]);
         std::move(more.begin(), more.end(), std::back_inserter(values));
     }
-    Demand(json["logical_drives"].size() == reading.volumes.size(),
-           "every volume is in the document");
+    Demand(json["logical_drives"].size() == reading.logicalDrives.size(),
+           "every logical drive is in the document");
     std::vector<CJson> more = SectionValues(json["logical_drives"]);
     std::move(more.begin(), more.end(), std::back_inserter(values));
     Demand(values.size() == reading.values.size(), "every item is in the document",
@@ -162,7 +162,7 @@ size_t FilledLines(const std::string& text) {
 void DemandTable(const std::string& text, const CItemReading& reading) {
     Demand(IsPrintable(text), "a table is printable", text);
     size_t expected = 0;
-    for (const size_t rows : {reading.Count(ERoot::CONTROLLER), reading.volumes.size(),
+    for (const size_t rows : {reading.Count(ERoot::CONTROLLER), reading.logicalDrives.size(),
                               reading.Count(ERoot::DRIVE), reading.Count(ERoot::SSD)}) {
         // Titles, rows, and the empty line before.
         expected += rows > 0 ? rows + (expected > 0 ? 2 : 1) : 0;
@@ -184,7 +184,7 @@ void DemandStatus(qorctl::EHealth status,
     Demand(!reading.isShort || status == reading.Worst(), "the status is that of the worst device",
            qorctl::HealthName(status));
     for (const auto& [label, count] : {std::pair("controllers", reading.Count(ERoot::CONTROLLER)),
-                                       std::pair("volumes", reading.volumes.size()),
+                                       std::pair("logical_drives", reading.logicalDrives.size()),
                                        std::pair("drives", reading.Count(ERoot::DRIVE)),
                                        std::pair("pcie_ssds", reading.Count(ERoot::SSD))}) {
         const auto value = values.find(label);

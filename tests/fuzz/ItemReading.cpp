@@ -211,7 +211,7 @@ EHealth BatteryHealth(const CDevice& controller) {
     return status || isPresent ? StateHealth(status, STATES) : EHealth::OK;
 }
 
-EHealth VolumeHealth(const CValue& state) {
+EHealth LogicalDriveHealth(const CValue& state) {
     static const CStates STATES = {{"Optimal", EHealth::OK},
                                    {"Partially Degraded", EHealth::WARNING},
                                    {"Degraded", EHealth::CRITICAL},
@@ -250,9 +250,9 @@ private:
     void JudgeCounts();
 
     CNumber m_Controller;
-    std::map<CNumber, long long> m_Volumes;  // by controller
+    std::map<CNumber, long long> m_LogicalDrives;  // by controller
     std::map<CNumber, long long> m_Drives;
-    std::vector<std::pair<CNumber, CNumber>> m_StatedVolumes;  // controller and number
+    std::vector<std::pair<CNumber, CNumber>> m_StatedLogicalDrives;  // controller and number
     std::vector<std::pair<CNumber, CNumber>> m_StatedDrives;
 };
 
@@ -262,7 +262,7 @@ CNumber CountOf(const CValue& text) {
 
 void CReader::ReadController(const CDevice& device) {
     m_Controller = CountOf(Find(device, GENERAL, "Controller No."));
-    m_StatedVolumes.emplace_back(m_Controller, CountOf(Find(device, GENERAL, "# of LD")));
+    m_StatedLogicalDrives.emplace_back(m_Controller, CountOf(Find(device, GENERAL, "# of LD")));
     m_StatedDrives.emplace_back(m_Controller, CountOf(Find(device, GENERAL, "# of PD")));
     Judge(BatteryHealth(device));
 }
@@ -270,9 +270,9 @@ void CReader::ReadController(const CDevice& device) {
 void CReader::ReadGroup(const CDevice& device) {
     for (const CLine& line : device) {
         if (line.isGroup && line.name == "LD List") {
-            m_Reading.volumes.push_back(FindKey(line, "State"));
-            ++m_Volumes[m_Controller];
-            Judge(VolumeHealth(m_Reading.volumes.back()));
+            m_Reading.logicalDrives.push_back(FindKey(line, "State"));
+            ++m_LogicalDrives[m_Controller];
+            Judge(LogicalDriveHealth(m_Reading.logicalDrives.back()));
         }
     }
 }
@@ -321,8 +321,8 @@ void CReader::ReadRoot(const CItemDisp& root, const CDevice& device) {
 }
 
 void CReader::JudgeCounts() {
-    for (const auto& [stated, found] :
-         {std::pair(&m_StatedVolumes, &m_Volumes), std::pair(&m_StatedDrives, &m_Drives)}) {
+    for (const auto& [stated, found] : {std::pair(&m_StatedLogicalDrives, &m_LogicalDrives),
+                                        std::pair(&m_StatedDrives, &m_Drives)}) {
         for (const auto& [controller, number] : *stated) {
             Judge(number.value_or(0) > (*found)[controller] ? EHealth::UNKNOWN : EHealth::OK);
         }

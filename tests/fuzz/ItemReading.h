@@ -18,10 +18,10 @@ enum class ERoot { CONTROLLER, GROUP, DRIVE, SSD, OTHER };
 
 struct CItemReading {
     size_t items = 0;
-    std::array<size_t, 5> roots = {};                 // by ERoot
-    std::vector<std::optional<std::string>> values;   // of all that stands below a root
-    std::vector<std::optional<std::string>> volumes;  // their states
-    std::vector<qorctl::EHealth> states;              // of all that is judged
+    std::array<size_t, 5> roots = {};                       // by ERoot
+    std::vector<std::optional<std::string>> values;         // of all that stands below a root
+    std::vector<std::optional<std::string>> logicalDrives;  // their states
+    std::vector<qorctl::EHealth> states;                    // of all that is judged
     size_t smartRows = 0;
     bool isAscii = true;  // all texts
     bool isShort = true;  // no value is so long that it may be cut before it is judged

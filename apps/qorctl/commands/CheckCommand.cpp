@@ -242,7 +242,7 @@ void AddOptions(CLI::App* command, CCheckOptions& options) {
                   "What a server without RAID hardware is; unknown when not given", HEALTHS,
                   "ok|warning|critical|unknown");
     AddWordOption(command, "--degraded", options.health.degraded,
-                  "What a degraded volume is; critical when not given", DEGRADED,
+                  "What a degraded logical drive is; critical when not given", DEGRADED,
                   "warning|critical");
     AddThresholds(command, "temperature", options.health.driveTemperature,
                   "A drive's temperature in degrees Celsius");

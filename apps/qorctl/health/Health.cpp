@@ -49,11 +49,11 @@ constexpr CState DRIVE_STATES[] = {
     {"FAILED", EHealth::CRITICAL, "drive-failed", "failed"},
 };
 
-constexpr CState VOLUME_STATES[] = {
-    {"Optimal", EHealth::OK, "volume-state", "optimal"},
-    {"Partially Degraded", EHealth::WARNING, "volume-degraded", "degraded"},
-    {"Degraded", EHealth::CRITICAL, "volume-degraded", "degraded"},
-    {"Offline", EHealth::CRITICAL, "volume-offline", "offline"},
+constexpr CState LOGICAL_DRIVE_STATES[] = {
+    {"Optimal", EHealth::OK, "logical-drive-state", "optimal"},
+    {"Partially Degraded", EHealth::WARNING, "logical-drive-degraded", "degraded"},
+    {"Degraded", EHealth::CRITICAL, "logical-drive-degraded", "degraded"},
+    {"Offline", EHealth::CRITICAL, "logical-drive-offline", "offline"},
 };
 
 constexpr CState BATTERY_STATES[] = {
@@ -84,7 +84,7 @@ struct CStateKey {
 
 constexpr CStateKey STATE_KEYS[] = {
     {"PD Status(Detail)", DRIVE_STATES},
-    {"State", VOLUME_STATES},
+    {"State", LOGICAL_DRIVE_STATES},
     {"BBU Status", BATTERY_STATES},
     {"Status", SSD_STATES},
 };
@@ -206,10 +206,10 @@ void CJudge::Judge(const CController& controller) {
 
 void CJudge::Judge(const CLogicalDrive& drive) {
     if (drive.state == "Degraded") {
-        Add(m_Options.degraded, "volume-degraded", ObjectName(drive), *drive.state);
+        Add(m_Options.degraded, "logical-drive-degraded", ObjectName(drive), *drive.state);
         return;
     }
-    JudgeState(drive.state, VOLUME_STATES, ObjectName(drive));
+    JudgeState(drive.state, LOGICAL_DRIVE_STATES, ObjectName(drive));
 }
 
 void CJudge::Judge(const CPhysicalDrive& drive) {
@@ -370,11 +370,11 @@ EHealth JudgeState(std::string_view key, const std::string& value) {
 
 CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) {
     CJudge judge(options);
-    const std::map<CNumber, long long> volumes = CountByController(inventory.logicalDrives);
+    const std::map<CNumber, long long> logicalDrives = CountByController(inventory.logicalDrives);
     const std::map<CNumber, long long> drives = CountByController(inventory.physicalDrives);
     for (const CController& controller : inventory.controllers) {
         judge.Judge(controller);
-        judge.JudgeCount(controller, controller.logicalDriveCount, volumes, "volumes");
+        judge.JudgeCount(controller, controller.logicalDriveCount, logicalDrives, "logical drives");
         judge.JudgeCount(controller, controller.physicalDriveCount, drives, "drives");
     }
     for (const CLogicalDrive& drive : inventory.logicalDrives) {
@@ -422,11 +422,11 @@ std::vector<CPerformanceValue> MeasureInventory(const CInventory& inventory,
                                                 const CHealthOptions& options) {
     CValues values;
     AddCount(values, "controllers", inventory.controllers.size());
-    AddCount(values, "volumes", inventory.logicalDrives.size());
+    AddCount(values, "logical_drives", inventory.logicalDrives.size());
     AddCount(values, "drives", inventory.physicalDrives.size());
     AddCount(values, "pcie_ssds", inventory.pcieSsds.size());
-    AddStateCounts(values, "volumes", inventory.logicalDrives, &CLogicalDrive::state,
-                   VOLUME_STATES);
+    AddStateCounts(values, "logical_drives", inventory.logicalDrives, &CLogicalDrive::state,
+                   LOGICAL_DRIVE_STATES);
     AddStateCounts(values, "drives", inventory.physicalDrives, &CPhysicalDrive::statusDetail,
                    DRIVE_STATES);
     for (const CPhysicalDrive& drive : inventory.physicalDrives) {

@@ -30,7 +30,7 @@ struct CThresholds {
 };
 
 struct CHealthOptions {
-    EHealth degraded = EHealth::CRITICAL;     // of a degraded volume
+    EHealth degraded = EHealth::CRITICAL;     // of a degraded logical drive
     CThresholds driveTemperature = {50, 60};  // Celsius
     CThresholds ssdTemperature = {70, 80};    // Celsius
     CThresholds ssdWear = {80, 100};          // per cent

@@ -158,7 +158,7 @@ std::optional<std::string> ValueOf(const CNode& node) {
     return node.item->ItemValue();
 }
 
-// Names are repeated: below a title for each of its volumes, in numbered ones, in tables.
+// Names are repeated: below a title for each of its logical drives, in numbered ones, in tables.
 std::string NameText(std::string_view name) {
     return CutText(name, MAX_NAME);
 }

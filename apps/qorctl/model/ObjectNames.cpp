@@ -23,7 +23,7 @@ std::string ObjectName(const CController& controller) {
 }
 
 std::string ObjectName(const CLogicalDrive& drive) {
-    return fmt::format("controller {} volume LD{}", NumberText(drive.controller),
+    return fmt::format("controller {} logical drive LD{}", NumberText(drive.controller),
                        NumberText(drive.number));
 }
 
@@ -38,7 +38,7 @@ std::string ObjectName(const CPcieSsd& ssd) {
 
 std::string DescribeCounts(const CInventory& inventory) {
     return Counted(inventory.controllers.size(), "controller") + ", " +
-           Counted(inventory.logicalDrives.size(), "volume") + ", " +
+           Counted(inventory.logicalDrives.size(), "logical drive") + ", " +
            Counted(inventory.physicalDrives.size(), "drive") + ", " +
            Counted(inventory.pcieSsds.size(), "PCIe SSD");
 }

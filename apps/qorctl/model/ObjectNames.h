@@ -11,13 +11,13 @@ namespace qorctl {
 // "?" for a number that the tool did not say.
 std::string NumberText(const CNumber& number);
 
-// "controller 0", "controller 0 volume LD1", "controller 0 drive PD3", "PCIe SSD 177"
+// "controller 0", "controller 0 logical drive LD1", "controller 0 drive PD3", "PCIe SSD 177"
 std::string ObjectName(const CController& controller);
 std::string ObjectName(const CLogicalDrive& drive);
 std::string ObjectName(const CPhysicalDrive& drive);
 std::string ObjectName(const CPcieSsd& ssd);
 
-// "1 controller, 3 volumes, 9 drives, 0 PCIe SSDs"
+// "1 controller, 3 logical drives, 9 drives, 0 PCIe SSDs"
 std::string DescribeCounts(const CInventory& inventory);
 
 }  // namespace qorctl

@@ -25,7 +25,7 @@ CJson StartEvent(const CTick& tick) {
     CJson json = Event(tick, "start");
     json["status"] = HealthName(tick.status);
     json["controllers"] = inventory.controllers.size();
-    json["volumes"] = inventory.logicalDrives.size();
+    json["logical_drives"] = inventory.logicalDrives.size();
     json["drives"] = inventory.physicalDrives.size();
     json["pcie_ssds"] = inventory.pcieSsds.size();
     return json;

@@ -53,7 +53,7 @@ CRecords Controller() {
     return records;
 }
 
-void AddVolume(CRecords& records, const std::string& state) {
+void AddLogicalDrive(CRecords& records, const std::string& state) {
     records.push_back({"item", "", "Logical Drive Information", "", "TRUE"});
     records.push_back({"item", "Logical Drive Information", GENERAL, "", "TRUE"});
     AddKey(records, "RG No.", "RG0");
@@ -76,9 +76,9 @@ void AddDrive(CRecords& records, const CDriveAnswer& drive) {
     AddKey(records, "Temperature", drive.temperature);
 }
 
-CRecords Server(const CDriveAnswer& drive = {}, const std::string& volume = "Optimal") {
+CRecords Server(const CDriveAnswer& drive = {}, const std::string& logicalDrive = "Optimal") {
     CRecords records = Controller();
-    AddVolume(records, volume);
+    AddLogicalDrive(records, logicalDrive);
     AddDrive(records, drive);
     return records;
 }
@@ -116,7 +116,7 @@ TEST_F(CheckCommandTest, ExitStatusAndWordSayHowBadItIs) {
         int status;
         const char* summary;
     } rows[] = {
-        {Server(), 0, "RAID OK - 1 controller, 1 volume, 1 drive, 0 PCIe SSDs"},
+        {Server(), 0, "RAID OK - 1 controller, 1 logical drive, 1 drive, 0 PCIe SSDs"},
         {Server({.state = "REBUILD"}), 1, "RAID WARNING - controller 0 drive PD3: REBUILD"},
         {Server({.state = "FAILED"}), 2, "RAID CRITICAL - controller 0 drive PD3: FAILED"},
         {Server({.state = "odd"}), 3,
@@ -124,7 +124,7 @@ TEST_F(CheckCommandTest, ExitStatusAndWordSayHowBadItIs) {
         {Server({.mediaErrors = "2"}), 1, "RAID WARNING - controller 0 drive PD3: 2 media errors"},
         {Server({.temperature = "55C"}), 1,
          "RAID WARNING - controller 0 drive PD3: temperature 55C, above 50"},
-        {Server({}, "Offline"), 2, "RAID CRITICAL - controller 0 volume LD1: Offline"},
+        {Server({}, "Offline"), 2, "RAID CRITICAL - controller 0 logical drive LD1: Offline"},
     };
     for (const auto& row : rows) {
         const CEnd outcome = Check(row.answer);
@@ -139,11 +139,12 @@ TEST_F(CheckCommandTest, WorstComesFirstAndTheDetailsNameEverything) {
     AddDrive(answer, {.number = "PD4", .state = "odd", .serial = "SERIAL4"});
     AddDrive(answer, {.number = "PD5", .state = "FAILED", .serial = "SERIAL5"});
     const CMonitoringOutput output = Read(Check(answer));
-    EXPECT_EQ(output.summary,
-              "RAID CRITICAL - controller 0 volume LD1: Degraded; controller 0 drive PD5: FAILED; "
-              "controller 0 drive PD4: unknown state \"odd\"; and 1 more");
+    EXPECT_EQ(
+        output.summary,
+        "RAID CRITICAL - controller 0 logical drive LD1: Degraded; controller 0 drive PD5: FAILED; "
+        "controller 0 drive PD4: unknown state \"odd\"; and 1 more");
     EXPECT_THAT(output.details,
-                ElementsAre("CRITICAL: controller 0 volume LD1: Degraded",
+                ElementsAre("CRITICAL: controller 0 logical drive LD1: Degraded",
                             "CRITICAL: controller 0 drive PD5: FAILED",
                             "UNKNOWN: controller 0 drive PD4: unknown state \"odd\"",
                             "WARNING: controller 0 drive PD3: REBUILD"));
@@ -173,7 +174,7 @@ TEST_F(CheckCommandTest, PerformanceDataHaveValuesUnitsAndThresholds) {
     EXPECT_EQ(output.values.at("ssd177_wear").value, 12);
     EXPECT_EQ(output.values.at("ssd177_wear").unit, "%");
     EXPECT_EQ(output.values.at("drives_online").value, 1);
-    EXPECT_EQ(output.values.at("volumes_optimal").value, 1);
+    EXPECT_EQ(output.values.at("logical_drives_optimal").value, 1);
     EXPECT_EQ(output.values.at("pcie_ssds").value, 1);
 }
 

@@ -150,7 +150,7 @@ TEST_F(WatchCommandTest, ChangesAreLinesWithoutATerminal) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out,
-                MatchesRegex("[-0-9T:]+Z watching 0 controllers, 0 volumes, 1 drive, 0 PCIe "
+                MatchesRegex("[-0-9T:]+Z watching 0 controllers, 0 logical drives, 1 drive, 0 PCIe "
                              "SSDs: OK\n"
                              "[-0-9T:]+Z no answer: the RAID tool did not answer in time .krzcli "
                              "-ctrlinfo -a0.\n"

@@ -47,7 +47,7 @@ CInventory With(const CPhysicalDrive& drive) {
     return inventory;
 }
 
-CInventory WithVolume(const CText& state) {
+CInventory WithLogicalDrive(const CText& state) {
     CInventory inventory;
     qorctl::CLogicalDrive drive;
     drive.controller = 0;
@@ -146,35 +146,36 @@ TEST(HealthTest, MissingStatesAreUnknown) {
     const char* const none = "the tool reports no state";
     ExpectFinding(JudgeHealth(With(drive), {}), EHealth::UNKNOWN, "drive-state",
                   "controller 0 drive PD3", none);
-    ExpectFinding(JudgeHealth(WithVolume(std::nullopt), {}), EHealth::UNKNOWN, "volume-state",
-                  "controller 0 volume LD1", none);
+    ExpectFinding(JudgeHealth(WithLogicalDrive(std::nullopt), {}), EHealth::UNKNOWN,
+                  "logical-drive-state", "controller 0 logical drive LD1", none);
     ExpectFinding(JudgeHealth(WithSsd(std::nullopt, Measure(40), Measure(1)), {}), EHealth::UNKNOWN,
                   "ssd-status", "PCIe SSD 177", none);
 }
 
-TEST(HealthTest, VolumeStatesHaveTheirSeverity) {
+TEST(HealthTest, LogicalDriveStatesHaveTheirSeverity) {
     const struct {
         const char* state;
         EHealth severity;
         const char* rule;
     } rows[] = {
-        {"Partially Degraded", EHealth::WARNING, "volume-degraded"},
-        {"Degraded", EHealth::CRITICAL, "volume-degraded"},
-        {"Offline", EHealth::CRITICAL, "volume-offline"},
+        {"Partially Degraded", EHealth::WARNING, "logical-drive-degraded"},
+        {"Degraded", EHealth::CRITICAL, "logical-drive-degraded"},
+        {"Offline", EHealth::CRITICAL, "logical-drive-offline"},
     };
-    EXPECT_THAT(JudgeHealth(WithVolume("Optimal"), {}).findings, IsEmpty());
+    EXPECT_THAT(JudgeHealth(WithLogicalDrive("Optimal"), {}).findings, IsEmpty());
     for (const auto& row : rows) {
-        ExpectFinding(JudgeHealth(WithVolume(row.state), {}), row.severity, row.rule,
-                      "controller 0 volume LD1", row.state);
+        ExpectFinding(JudgeHealth(WithLogicalDrive(row.state), {}), row.severity, row.rule,
+                      "controller 0 logical drive LD1", row.state);
     }
-    ExpectFinding(JudgeHealth(WithVolume("optimal"), {}), EHealth::UNKNOWN, "volume-state",
-                  "controller 0 volume LD1", "unknown state \"optimal\"");
+    ExpectFinding(JudgeHealth(WithLogicalDrive("optimal"), {}), EHealth::UNKNOWN,
+                  "logical-drive-state", "controller 0 logical drive LD1",
+                  "unknown state \"optimal\"");
 }
 
-TEST(HealthTest, DegradedVolumeIsWhatTheOptionSays) {
+TEST(HealthTest, DegradedLogicalDriveIsWhatTheOptionSays) {
     const qorctl::CHealthOptions options = {.degraded = EHealth::WARNING};
-    EXPECT_EQ(JudgeHealth(WithVolume("Degraded"), options).Overall(), EHealth::WARNING);
-    EXPECT_EQ(JudgeHealth(WithVolume("Offline"), options).Overall(), EHealth::CRITICAL);
+    EXPECT_EQ(JudgeHealth(WithLogicalDrive("Degraded"), options).Overall(), EHealth::WARNING);
+    EXPECT_EQ(JudgeHealth(WithLogicalDrive("Offline"), options).Overall(), EHealth::CRITICAL);
 }
 
 TEST(HealthTest, BatteryStatesHaveTheirSeverity) {
@@ -197,7 +198,7 @@ TEST(HealthTest, ControllerWithoutABatteryIsNotJudged) {
     EXPECT_THAT(JudgeHealth(WithBattery(std::nullopt, std::nullopt), {}).findings, IsEmpty());
 }
 
-TEST(HealthTest, DriveOrVolumeThatTheReportLeavesOutIsUnknown) {
+TEST(HealthTest, DriveOrLogicalDriveThatTheReportLeavesOutIsUnknown) {
     CInventory inventory = WithBattery("Absent", {});
     inventory.controllers[0].logicalDriveCount = Measure(1);
     inventory.controllers[0].physicalDriveCount = Measure(2);
@@ -206,7 +207,7 @@ TEST(HealthTest, DriveOrVolumeThatTheReportLeavesOutIsUnknown) {
     inventory.physicalDrives.push_back(GoodDrive());  // another controller's
     const CHealth health = qorctl::JudgeHealth(inventory, {});
     ASSERT_THAT(health.findings, SizeIs(2));
-    EXPECT_EQ(health.findings[0].message, "states 1 volumes, 0 reported");
+    EXPECT_EQ(health.findings[0].message, "states 1 logical drives, 0 reported");
     EXPECT_EQ(health.findings[1].health, EHealth::UNKNOWN);
     EXPECT_EQ(health.findings[1].rule, "report-incomplete");
     EXPECT_EQ(health.findings[1].object, "controller 2");
@@ -361,7 +362,7 @@ TEST(HealthTest, SeveritiesHaveNames) {
 
 TEST(HealthTest, NumbersThatTheToolDidNotSayAreNamedSo) {
     EXPECT_EQ(ObjectName(CPhysicalDrive()), "controller ? drive PD?");
-    EXPECT_EQ(ObjectName(qorctl::CLogicalDrive()), "controller ? volume LD?");
+    EXPECT_EQ(ObjectName(qorctl::CLogicalDrive()), "controller ? logical drive LD?");
     EXPECT_EQ(ObjectName(qorctl::CController()), "controller ?");
     EXPECT_EQ(ObjectName(qorctl::CPcieSsd()), "PCIe SSD ?");
 }
@@ -473,17 +474,17 @@ TEST(HealthTest, DrivesAreCountedByState) {
     EXPECT_EQ(ValueOf(values, "drives"), 12);
 }
 
-TEST(HealthTest, VolumesAreCountedByState) {
+TEST(HealthTest, LogicalDrivesAreCountedByState) {
     CInventory inventory;
     for (const char* state : {"Optimal", "Degraded", "Partially Degraded", "Offline", "odd"}) {
-        inventory.logicalDrives.push_back(WithVolume(state).logicalDrives.front());
+        inventory.logicalDrives.push_back(WithLogicalDrive(state).logicalDrives.front());
     }
     const auto values = MeasureInventory(inventory, {});
-    EXPECT_EQ(ValueOf(values, "volumes"), 5);
-    EXPECT_EQ(ValueOf(values, "volumes_optimal"), 1);
-    EXPECT_EQ(ValueOf(values, "volumes_degraded"), 2);
-    EXPECT_EQ(ValueOf(values, "volumes_offline"), 1);
-    EXPECT_EQ(ValueOf(values, "volumes_unknown"), 1);
+    EXPECT_EQ(ValueOf(values, "logical_drives"), 5);
+    EXPECT_EQ(ValueOf(values, "logical_drives_optimal"), 1);
+    EXPECT_EQ(ValueOf(values, "logical_drives_degraded"), 2);
+    EXPECT_EQ(ValueOf(values, "logical_drives_offline"), 1);
+    EXPECT_EQ(ValueOf(values, "logical_drives_unknown"), 1);
 }
 
 TEST(HealthTest, ValuesThatAreNotReportedHaveNoPerformanceData) {

@@ -21,9 +21,9 @@ TEST(ProblemsTest, MeasurementIsASentence) {
 }
 
 TEST(ProblemsTest, UnknownStateSaysSo) {
-    EXPECT_EQ(qorctl::ProblemSentence({EHealth::UNKNOWN, "volume-state", "controller 0 volume LD1",
-                                       "unknown state \"Odd\""}),
-              "Controller 0 volume LD1: unknown state \"Odd\".");
+    EXPECT_EQ(qorctl::ProblemSentence({EHealth::UNKNOWN, "logical-drive-state",
+                                       "controller 0 logical drive LD1", "unknown state \"Odd\""}),
+              "Controller 0 logical drive LD1: unknown state \"Odd\".");
 }
 
 TEST(ProblemsTest, SentencesAreVisibleAndColouredWhereThereIsColour) {

@@ -17,11 +17,11 @@ CInventory Server() {
     controller.number = 0;
     controller.batteryStatus = "Normal";
     inventory.controllers.push_back(controller);
-    qorctl::CLogicalDrive volume;
-    volume.controller = 0;
-    volume.number = 1;
-    volume.state = "Optimal";
-    inventory.logicalDrives.push_back(volume);
+    qorctl::CLogicalDrive logicalDrive;
+    logicalDrive.controller = 0;
+    logicalDrive.number = 1;
+    logicalDrive.state = "Optimal";
+    inventory.logicalDrives.push_back(logicalDrive);
     CPhysicalDrive drive;
     drive.controller = 0;
     drive.number = 3;
@@ -64,7 +64,7 @@ TEST(InventoryDiffTest, ChangesOfEachKindOfObjectAreTold) {
     after.pcieSsds[0].status = "Warning";
     EXPECT_THAT(Changes(Server(), after),
                 ElementsAre("controller 0: battery Normal -> Failed",
-                            "controller 0 volume LD1: Optimal -> Degraded",
+                            "controller 0 logical drive LD1: Optimal -> Degraded",
                             "controller 0 drive PD3: ONLINE -> FAILED",
                             "controller 0 drive PD3: use LD1 of RG0 -> None",
                             "controller 0 drive PD3: serial number A -> B",
@@ -104,7 +104,7 @@ TEST(InventoryDiffTest, ObjectsThatAppearAndGoAreToldWithTheirState) {
     EXPECT_THAT(Changes(Server(), after), ElementsAre("controller 0 drive PD4: appeared, ONLINE",
                                                       "controller 0 drive PD3: gone, ONLINE"));
     EXPECT_THAT(Changes(Server(), {}),
-                ElementsAre("controller 0: gone", "controller 0 volume LD1: gone, Optimal",
+                ElementsAre("controller 0: gone", "controller 0 logical drive LD1: gone, Optimal",
                             "controller 0 drive PD3: gone, ONLINE", "PCIe SSD 177: gone, Healthy"));
 }
 

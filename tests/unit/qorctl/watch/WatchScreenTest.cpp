@@ -17,14 +17,14 @@ CTick Answer() {
     tick.wallTime = NOVEMBER;
     tick.status = qorctl::EHealth::CRITICAL;
     tick.answer.outcome = qorctl::EOutcome::ANSWERED;
-    qorctl::CLogicalDrive volume;
-    volume.controller = 0;
-    volume.number = 1;
-    volume.state = "Degraded";
-    volume.name = "Däta";
-    volume.raidLevel = "RAID 5";
-    volume.capacity = qorctl::CQuantity{"4.000TB", std::nullopt};
-    tick.answer.inventory.logicalDrives.push_back(volume);
+    qorctl::CLogicalDrive logicalDrive;
+    logicalDrive.controller = 0;
+    logicalDrive.number = 1;
+    logicalDrive.state = "Degraded";
+    logicalDrive.name = "Däta";
+    logicalDrive.raidLevel = "RAID 5";
+    logicalDrive.capacity = qorctl::CQuantity{"4.000TB", std::nullopt};
+    tick.answer.inventory.logicalDrives.push_back(logicalDrive);
     qorctl::CPhysicalDrive drive;
     drive.controller = 0;
     drive.number = 3;
@@ -34,25 +34,26 @@ CTick Answer() {
     drive.temperature = qorctl::CQuantity{"31C", 31};
     drive.progress = qorctl::CQuantity{"42%", 42};
     tick.answer.inventory.physicalDrives.push_back(drive);
-    tick.health.findings.push_back(
-        {qorctl::EHealth::CRITICAL, "volume-degraded", "controller 0 volume LD1", "Degraded"});
-    tick.changes.push_back(
-        {qorctl::EChange::CHANGED, "controller 0 volume LD1", "state", "Optimal", "Degraded"});
+    tick.health.findings.push_back({qorctl::EHealth::CRITICAL, "logical-drive-degraded",
+                                    "controller 0 logical drive LD1", "Degraded"});
+    tick.changes.push_back({qorctl::EChange::CHANGED, "controller 0 logical drive LD1", "state",
+                            "Optimal", "Degraded"});
     return tick;
 }
 
 TEST(WatchScreenTest, StatusFindingsChangesAndObjectsAreShown) {
     qorctl::CWatchScreen screen(10);
     screen.Take(Answer());
-    EXPECT_THAT(screen.Lines(LARGE, UTF8),
-                ElementsAre("CRITICAL  qorctl watch, every 10 s: 2026-11-20T10:00:00Z",
-                            "0 controllers, 1 volume, 1 drive, 0 PCIe SSDs",
-                            "CRITICAL: controller 0 volume LD1: Degraded", "", "Latest changes",
-                            "10:00:00Z controller 0 volume LD1: Optimal -> Degraded", "",
-                            "    CTRL  LD  NAME  STATE     CAPACITY  LEVEL",
-                            "!!     0   1  Däta  Degraded   4.000TB  RAID 5", "",
-                            "CTRL  PD  STATUS   PROGRESS  GROUP  ROLE  TEMP",
-                            "   0   3  REBUILD       42%  RG0    LD1    31C"));
+    EXPECT_THAT(
+        screen.Lines(LARGE, UTF8),
+        ElementsAre("CRITICAL  qorctl watch, every 10 s: 2026-11-20T10:00:00Z",
+                    "0 controllers, 1 logical drive, 1 drive, 0 PCIe SSDs",
+                    "CRITICAL: controller 0 logical drive LD1: Degraded", "", "Latest changes",
+                    "10:00:00Z controller 0 logical drive LD1: Optimal -> Degraded", "",
+                    "    CTRL  LD  NAME  STATE     CAPACITY  LEVEL",
+                    "!!     0   1  Däta  Degraded   4.000TB  RAID 5", "",
+                    "CTRL  PD  STATUS   PROGRESS  GROUP  ROLE  TEMP",
+                    "   0   3  REBUILD       42%  RG0    LD1    31C"));
 }
 
 TEST(WatchScreenTest, FailedRequestStandsAboveTheLastAnswer) {
@@ -101,7 +102,7 @@ TEST(WatchScreenTest, ProblemsHaveColoursWhereTheStyleHasThem) {
     qorctl::CWatchScreen screen(10);
     screen.Take(Answer());
     const std::vector<std::string> lines = screen.Lines(LARGE, {.utf8 = true, .colour = true});
-    EXPECT_EQ(lines[2], "\x1b[31mCRITICAL: controller 0 volume LD1: Degraded\x1b[0m");
+    EXPECT_EQ(lines[2], "\x1b[31mCRITICAL: controller 0 logical drive LD1: Degraded\x1b[0m");
     EXPECT_EQ(lines[8], "\x1b[31m!!     0   1  Däta  Degraded   4.000TB  RAID 5\x1b[0m");
 }
 

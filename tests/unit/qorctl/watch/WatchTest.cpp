@@ -119,10 +119,11 @@ TEST_F(WatchTest, RequestThatEndsAtATimeWaitsForTheNextOne) {
 
 TEST_F(WatchTest, ChangesAreLinesWithTheTime) {
     EXPECT_EQ(Watch({Answer("ONLINE"), Answer("ONLINE"), Answer("FAILED")}), 0);
-    EXPECT_EQ(m_View.m_Text,
-              "2026-11-20T10:00:00Z watching 0 controllers, 0 volumes, 1 drive, 0 PCIe SSDs: OK\n"
-              "2026-11-20T10:02:00Z controller 0 drive PD3: ONLINE -> FAILED\n"
-              "2026-11-20T10:02:00Z server: OK -> CRITICAL\n");
+    EXPECT_EQ(
+        m_View.m_Text,
+        "2026-11-20T10:00:00Z watching 0 controllers, 0 logical drives, 1 drive, 0 PCIe SSDs: OK\n"
+        "2026-11-20T10:02:00Z controller 0 drive PD3: ONLINE -> FAILED\n"
+        "2026-11-20T10:02:00Z server: OK -> CRITICAL\n");
 }
 
 TEST_F(WatchTest, StatusThatATemperatureChangesIsALine) {
@@ -132,15 +133,16 @@ TEST_F(WatchTest, StatusThatATemperatureChangesIsALine) {
 
 TEST_F(WatchTest, FailedRequestIsShownAndComparedOver) {
     EXPECT_EQ(Watch({Answer("ONLINE"), NoAnswer(), NoAnswer(), Answer("REBUILD")}), 0);
-    EXPECT_EQ(m_View.m_Text,
-              "2026-11-20T10:00:00Z watching 0 controllers, 0 volumes, 1 drive, 0 PCIe SSDs: OK\n"
-              "2026-11-20T10:01:00Z no answer: the RAID tool did not answer in time "
-              "(krzcli -pdinfo -a0)\n"
-              "2026-11-20T10:02:00Z no answer: the RAID tool did not answer in time "
-              "(krzcli -pdinfo -a0)\n"
-              "2026-11-20T10:03:00Z answers again\n"
-              "2026-11-20T10:03:00Z controller 0 drive PD3: ONLINE -> REBUILD\n"
-              "2026-11-20T10:03:00Z server: OK -> WARNING\n");
+    EXPECT_EQ(
+        m_View.m_Text,
+        "2026-11-20T10:00:00Z watching 0 controllers, 0 logical drives, 1 drive, 0 PCIe SSDs: OK\n"
+        "2026-11-20T10:01:00Z no answer: the RAID tool did not answer in time "
+        "(krzcli -pdinfo -a0)\n"
+        "2026-11-20T10:02:00Z no answer: the RAID tool did not answer in time "
+        "(krzcli -pdinfo -a0)\n"
+        "2026-11-20T10:03:00Z answers again\n"
+        "2026-11-20T10:03:00Z controller 0 drive PD3: ONLINE -> REBUILD\n"
+        "2026-11-20T10:03:00Z server: OK -> WARNING\n");
 }
 
 TEST_F(WatchTest, LastRequestWithoutAnAnswerIsAFailure) {
@@ -178,7 +180,7 @@ TEST_F(WatchTest, EventsAreJsonLines) {
         "failed_command":"krzcli -pdinfo -a0"})"));
     EXPECT_EQ(events[1], parsed(R"({"time":"2026-11-20T10:01:00Z","event":"answers-again"})"));
     EXPECT_EQ(events[2], parsed(R"({"time":"2026-11-20T10:01:00Z","event":"start",
-        "status":"OK","controllers":0,"volumes":0,"drives":1,"pcie_ssds":0})"));
+        "status":"OK","controllers":0,"logical_drives":0,"drives":1,"pcie_ssds":0})"));
     EXPECT_EQ(events[3], parsed(R"({"time":"2026-11-20T10:02:00Z","event":"change",
         "object":"controller 0 drive PD3","what":"state","before":"ONLINE","after":"\ufffd"})"));
     EXPECT_EQ(events[4], parsed(R"({"time":"2026-11-20T10:02:00Z","event":"appeared",
