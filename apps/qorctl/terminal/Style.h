@@ -39,8 +39,8 @@ inline constexpr std::string_view DIM = "\x1b[2m";
 std::string Coloured(std::string_view text, std::string_view colour, const CTextStyle& style);
 
 inline constexpr std::string_view CLEAR_LINE = "\r\x1b[K";
-// The alternate screen, without a cursor and without lines that go on in the next one, as those of
-// characters of two columns would: they would push the first line out. And back.
+// The alternate screen, without a cursor and without lines that go on in the next one, where a
+// terminal takes a character for wider than we do: they would push the first line out. And back.
 inline constexpr std::string_view ENTER_SCREEN = "\x1b[?1049h\x1b[?25l\x1b[?7l";
 inline constexpr std::string_view LEAVE_SCREEN = "\x1b[?7h\x1b[?25h\x1b[?1049l";
 inline constexpr std::string_view HOME = "\x1b[H";

@@ -1,11 +1,12 @@
 #include "terminal/TerminalText.h"
 
 #include <fmt/format.h>
+#include <utf8proc.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 
 #include "util/Printable.h"
 
@@ -17,50 +18,51 @@ constexpr size_t SMALLEST_ROOM = 8;
 
 constexpr size_t MAX_LENGTH = 4;  // of a character, in bytes
 
+bool IsInsideCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
 struct CCharacter {
     uint32_t code = 0;
     size_t length = 0;  // 0: the bytes are no character
 };
 
-struct CLeadByte {
-    unsigned char mask;
-    unsigned char bits;
-    size_t length;
-    uint32_t smallest;  // a smaller code in this length is an overlong, invalid form
-};
-
-constexpr std::array<CLeadByte, 4> LEAD_BYTES = {{
-    {0x80, 0x00, 1, 0x0},
-    {0xE0, 0xC0, 2, 0x80},
-    {0xF0, 0xE0, 3, 0x800},
-    {0xF8, 0xF0, 4, 0x10000},
-}};
-
-unsigned char ByteAt(std::string_view text, size_t position) {
-    return static_cast<unsigned char>(text[position]);
-}
-
-bool IsContinuation(unsigned char byte) {
-    return (byte & 0xC0) == 0x80;
-}
-
 // The UTF-8 character at the front of `text`, which is not empty.
 CCharacter FirstCharacter(std::string_view text) {
-    const unsigned char lead = ByteAt(text, 0);
-    const auto* form = std::find_if(LEAD_BYTES.begin(), LEAD_BYTES.end(), [lead](const auto& row) {
-        return (lead & row.mask) == row.bits;
-    });
-    if (form == LEAD_BYTES.end() || text.size() < form->length) {
-        return {};
-    }
-    uint32_t code = lead & static_cast<unsigned char>(~form->mask);
-    for (size_t i = 1; i < form->length; ++i) {
-        if (!IsContinuation(ByteAt(text, i))) {
-            return {};
+    utf8proc_int32_t code = 0;
+    const utf8proc_ssize_t length =
+        utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                         static_cast<utf8proc_ssize_t>(text.size()), &code);
+    return length > 0 ? CCharacter{static_cast<uint32_t>(code), static_cast<size_t>(length)}
+                      : CCharacter{};
+}
+
+size_t ColumnsOf(uint32_t code) {
+    const auto known = static_cast<utf8proc_int32_t>(code);
+    // The second and third letters of a Korean syllable stand in the columns of the first.
+    const unsigned place = utf8proc_get_property(known)->boundclass;
+    return place == UTF8PROC_BOUNDCLASS_V || place == UTF8PROC_BOUNDCLASS_T
+               ? 0
+               : static_cast<size_t>(utf8proc_charwidth(known));
+}
+
+struct CReach {
+    size_t bytes = 0;
+    size_t columns = 0;
+};
+
+// How far whole characters go in at most `most` columns, with the marks over the last one.
+CReach Reach(std::string_view visibleText, size_t most) {
+    CReach reach;
+    while (reach.bytes < visibleText.size()) {
+        const CCharacter character = FirstCharacter(visibleText.substr(reach.bytes));
+        const size_t columns = reach.columns + ColumnsOf(character.code);
+        if (columns > most) {
+            break;
         }
-        code = (code << 6) | (ByteAt(text, i) & 0x3FU);
+        reach = {reach.bytes + std::max<size_t>(character.length, 1), columns};
     }
-    return code < form->smallest ? CCharacter{} : CCharacter{code, form->length};
+    return reach;
 }
 
 bool IsPrintable(uint32_t code, const CTextStyle& style) {
@@ -197,28 +199,18 @@ std::string CutText(std::string_view text, size_t most) {
     }
     const std::string mark = fmt::format("... ({} bytes)", text.size());
     size_t end = most - mark.size();
-    for (size_t i = 1; i < MAX_LENGTH && end > 0 && IsContinuation(ByteAt(text, end)); ++i) {
+    for (size_t i = 1; i < MAX_LENGTH && end > 0 && IsInsideCharacter(text[end]); ++i) {
         --end;
     }
     return std::string(text.substr(0, end)) + mark;
 }
 
 size_t CountColumns(std::string_view visibleText) {
-    return static_cast<size_t>(std::count_if(
-        visibleText.begin(), visibleText.end(),
-        [](char character) { return !IsContinuation(static_cast<unsigned char>(character)); }));
+    return Reach(visibleText, std::numeric_limits<size_t>::max()).columns;
 }
 
 std::string_view FirstColumns(std::string_view visibleText, size_t count) {
-    size_t end = 0;
-    for (; end < visibleText.size(); ++end) {
-        const bool begins = !IsContinuation(ByteAt(visibleText, end));
-        if (begins && count == 0) {
-            break;
-        }
-        count -= begins ? 1 : 0;
-    }
-    return visibleText.substr(0, end);
+    return visibleText.substr(0, Reach(visibleText, count).bytes);
 }
 
 std::string WrapText(std::string_view visibleText, size_t width, size_t used,

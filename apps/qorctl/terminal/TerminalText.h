@@ -33,10 +33,11 @@ std::string MakeJsonVisible(std::string_view json, const CTextStyle& style);
 // bytes)", in `most` bytes at most. No UTF-8 character is cut in two. `most` is 40 or more.
 std::string CutText(std::string_view text, size_t most);
 
-// The number of characters of a text that MakeVisible() returned, each taken as one column wide.
+// The columns of a text that MakeVisible() returned: two of a wide character, none of a mark over a
+// letter.
 size_t CountColumns(std::string_view visibleText);
 
-// The first `count` characters of such a text, or all when it has fewer.
+// The first whole characters of such a text that fit into `count` columns.
 std::string_view FirstColumns(std::string_view visibleText, size_t count);
 
 // Such a text in lines of at most `width` columns, if that is not ANY_WIDTH; without an end of the

@@ -30,7 +30,7 @@ public:
 
     void Take(const CTick& tick);
 
-    // At most `size.rows` lines of at most `size.columns` characters. When there is more, the last
+    // At most `size.rows` lines of at most `size.columns` columns. When there is more, the last
     // line says how many lines are missing. Coloured where the style has colour; its width does not
     // count.
     std::vector<std::string> Lines(const CScreenSize& size, CTextStyle style) const;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "../terminal/Columns.h"
 #include "format/Tree.h"
 
 namespace {
@@ -168,6 +169,29 @@ TEST(TreeViewTest, TextsFromTheToolCannotDriveTheTerminal) {
 TEST(TreeViewTest, ColonsAlignByCharacters) {
     EXPECT_EQ(Format({{"", "R"}, {"R", "\u00B0", "1"}, {"R", "ab", "2"}}, UTF8),
               "R\n├─ \u00B0  : 1\n└─ ab : 2\n");
+}
+
+TEST(TreeViewTest, ColonsOfKeysInAllScriptsLineUp) {
+    std::vector<CRow> rows = {{"", "R"}};
+    for (const qortest::CWideName& name : qortest::WIDE_NAMES) {
+        rows.push_back({"R", name.text, "1"});
+    }
+    const std::string tree = qortest::Flat(Format(rows, UTF8));
+    size_t keys = 0;
+    for (size_t end = tree.find(" : 1\n"); end != std::string::npos;
+         end = tree.find(" : 1\n", end + 1)) {
+        EXPECT_EQ(end - tree.rfind('\n', end), 10U) << tree.substr(0, end);
+        ++keys;
+    }
+    EXPECT_EQ(keys, std::size(qortest::WIDE_NAMES));
+}
+
+TEST(TreeViewTest, ValueOfWideCharactersFitsTheWidth) {
+    EXPECT_EQ(Format({{"", "R"}, {"R", "\u540D", "\u6570\u636E\u5E93\u6570\u636E\u5E93"}},
+                     {.utf8 = true, .colour = false, .width = 17}),
+              "R\n"
+              "└─ \u540D : \u6570\u636E\u5E93\u6570\n"
+              "        \u636E\u5E93\n");
 }
 
 TEST(TreeViewTest, OverlongKeyDoesNotPushTheOthersAway) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Columns.h"
 #include "terminal/TerminalText.h"
 
 namespace {
@@ -94,10 +95,35 @@ TEST(TerminalTextTest, LongTextsAreCutAndSayHowLongTheyWere) {
     EXPECT_EQ(qorctl::CutText(std::string(90, '\x80'), 40).size(), 37U);
 }
 
-TEST(TerminalTextTest, ColumnsAreCharactersNotBytes) {
+TEST(TerminalTextTest, ColumnsAreNeitherBytesNorCharacters) {
     EXPECT_EQ(CountColumns(""), 0U);
     EXPECT_EQ(CountColumns("abc"), 3U);
-    EXPECT_EQ(CountColumns("\u00B0\u20AC\U0001F600"), 3U);
+    EXPECT_EQ(CountColumns("\u00B0\u20AC\U0001F600"), 4U);
+}
+
+TEST(TerminalTextTest, EachScriptHasItsOwnWidth) {
+    for (const qortest::CWideName& name : qortest::WIDE_NAMES) {
+        EXPECT_EQ(MakeVisible(name.text, UTF8), name.text) << name.what;
+        EXPECT_EQ(CountColumns(name.text), name.columns) << name.what;
+        EXPECT_EQ(CountColumns("a" + name.text + "\u00B0"), name.columns + 2) << name.what;
+    }
+}
+
+TEST(TerminalTextTest, FirstColumnsEndAtAWholeCharacterWithItsMarks) {
+    EXPECT_EQ(qorctl::FirstColumns("\u6570\u636E", 4), "\u6570\u636E");
+    EXPECT_EQ(qorctl::FirstColumns("\u6570\u636E", 3), "\u6570");
+    EXPECT_EQ(qorctl::FirstColumns("\u6570\u636E", 1), "");
+    EXPECT_EQ(qorctl::FirstColumns("e\u0301\u0302a", 1), "e\u0301\u0302");
+    EXPECT_EQ(qorctl::FirstColumns("\u05E9\u05B8\u05DC", 1), "\u05E9\u05B8");
+    EXPECT_EQ(qorctl::FirstColumns("\u1112\u1161\u11AB.", 2), "\u1112\u1161\u11AB");
+    EXPECT_EQ(qorctl::FirstColumns("ab", 0), "");
+}
+
+TEST(TerminalTextTest, WideCharactersAreWrappedByTheirColumns) {
+    EXPECT_EQ(qorctl::WrapText("\u6570\u636E\u5E93\u6570\u636E", 9, 0, ""),
+              "\u6570\u636E\u5E93\u6570\n\u636E");
+    EXPECT_EQ(qorctl::WrapText("\u6570\u636E \u5E93\u6570\u636E", 8, 0, ""),
+              "\u6570\u636E\n\u5E93\u6570\u636E");
 }
 
 TEST(TerminalTextTest, LinesEndAtABlankThatFits) {

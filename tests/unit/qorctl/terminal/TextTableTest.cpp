@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Columns.h"
 #include "terminal/TextTable.h"
 
 namespace {
@@ -67,6 +68,34 @@ TEST(TextTableTest, CharactersCountNotBytes) {
     EXPECT_EQ(Format(rows, 16, UTF8),
               "NO  NAME   EXTRA\n"
               " 1  ääää…  x\n");
+}
+
+TEST(TextTableTest, RowsOfAllScriptsLineUp) {
+    std::vector<CTableRow> rows;
+    for (const qortest::CWideName& name : qortest::WIDE_NAMES) {
+        rows.push_back({{"1", name.text, "end"}, ""});
+    }
+    const std::string table = qortest::Flat(Format(rows, ANY_WIDTH, UTF8));
+    size_t lines = 0;
+    for (size_t begin = 0, end; (end = table.find('\n', begin)) != std::string::npos;
+         begin = end + 1) {
+        const std::string line = table.substr(begin, end - begin);
+        EXPECT_EQ(line.find(lines == 0 ? "EXTRA" : "end"), 12U) << line;
+        ++lines;
+    }
+    EXPECT_EQ(lines, rows.size() + 1);
+}
+
+TEST(TextTableTest, WideCharacterThatDoesNotFitLeavesABlank) {
+    const std::vector<CTableRow> rows = {{{"1", "\u6570\u636E\u5E93", "x"}, ""},
+                                         {{"2", "De\u0301mo\u0302ab", "y"}, ""},
+                                         {{"3", "\u05E9\u05B8\u05DC\u05D5\u05B9\u05DD!", "z"}, ""}};
+    EXPECT_EQ(Format(rows, 15, UTF8),
+              "NO  NAME  EXTRA\n"
+              " 1  \u6570\u2026   x\n"
+              " 2  De\u0301m\u2026  y\n"
+              " 3  \u05E9\u05B8\u05DC\u05D5\u05B9\u2026  z\n");
+    EXPECT_NE(Format(rows, 16, UTF8).find("\n 1  \u6570\u636E\u2026  x\n"), std::string::npos);
 }
 
 TEST(TextTableTest, ColumnWithoutTextIsLeftOut) {

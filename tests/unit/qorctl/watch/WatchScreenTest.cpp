@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "../terminal/Columns.h"
 #include "watch/WatchScreen.h"
 
 namespace {
@@ -96,6 +97,33 @@ TEST(WatchScreenTest, CharactersOfSeveralBytesAreCutWhole) {
     screen.Take(failed);
     EXPECT_EQ(screen.Lines({.rows = 50, .columns = 13}, UTF8)[1], "no answer: Dä");
     EXPECT_EQ(screen.Lines(LARGE, {})[1], "no answer: D\\xc3\\xa4ta");
+}
+
+TEST(WatchScreenTest, LogicalDrivesNamedInAllScriptsLineUp) {
+    CTick tick = Answer();
+    std::vector<qorctl::CLogicalDrive>& drives = tick.answer.inventory.logicalDrives;
+    const qorctl::CLogicalDrive pattern = drives.front();
+    drives.clear();
+    for (const qortest::CWideName& name : qortest::WIDE_NAMES) {
+        drives.push_back(pattern);
+        drives.back().name = name.text;
+    }
+    qorctl::CWatchScreen screen(10);
+    screen.Take(tick);
+    const std::vector<std::string> lines = screen.Lines(LARGE, UTF8);
+    EXPECT_EQ(lines[7].find("STATE"), 22U);
+    for (size_t i = 0; i < drives.size(); ++i) {
+        EXPECT_EQ(qortest::Flat(lines[8 + i]).find("Degraded"), 22U) << lines[8 + i];
+    }
+}
+
+TEST(WatchScreenTest, WideCharactersAreCutAtTheEdgeOfTheScreen) {
+    qorctl::CWatchScreen screen(10);
+    CTick failed;
+    failed.answer.sentence = "\u6570\u636E";
+    screen.Take(failed);
+    EXPECT_EQ(screen.Lines({.rows = 50, .columns = 14}, UTF8)[1], "no answer: \u6570");
+    EXPECT_EQ(screen.Lines({.rows = 50, .columns = 15}, UTF8)[1], "no answer: \u6570\u636E");
 }
 
 TEST(WatchScreenTest, ProblemsHaveColoursWhereTheStyleHasThem) {
