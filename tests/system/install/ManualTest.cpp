@@ -81,6 +81,20 @@ TEST_F(ManualTest, EachSubcommandHasItsSection) {
     }
 }
 
+TEST_F(ManualTest, PagesSayWhatTheProgramsSayOfTheirCommands) {
+    const fs::path sources = INSTALL_SOURCE_DIR "/packaging/man";
+    for (const char* page : {"qorctl.1.in", "qorsim.1.in"}) {
+        fs::copy(sources / page, Folder());
+    }
+    const CEnd end = Shell("'" + (sources / "renew-pages").string() + "' '" + Bin().string() +
+                           "' '" + Folder().string() + "'");
+    EXPECT_EQ(end.status, 0) << end.err;
+    for (const char* page : {"qorctl.1.in", "qorsim.1.in"}) {
+        EXPECT_EQ(qortest::ReadFile(Folder() / page), qortest::ReadFile(sources / page))
+            << "packaging/man/renew-pages writes it";
+    }
+}
+
 TEST_F(ManualTest, HelpStandsInThePageWithHyphensThatCanBeCopied) {
     EXPECT_THAT(Page("qorctl.1"), HasSubstr("\\-\\-plugin PATH"));
     EXPECT_THAT(Page("qorctl.1"), HasSubstr("Usage: qorctl exec [OPTIONS] COMMAND..."));
