@@ -85,7 +85,7 @@ CJson RawValue(const std::optional<std::string>& value) {
     return value ? CJson(*value) : CJson(nullptr);
 }
 
-CJson GroupObject(const CEntry& group) {
+CJson KeysObject(const CEntry& group) {
     CObject object;
     CUniqueNames names;
     for (const CKeyValue& key : group.keys) {
@@ -108,7 +108,7 @@ CJson SectionObject(const CSection& section) {
         if (isNew) {
             Put(object, names.Make(entry.name), CJson::array());
         }
-        std::next(object.begin(), array->second)->second.push_back(GroupObject(entry));
+        std::next(object.begin(), array->second)->second.push_back(KeysObject(entry));
     }
     return object;
 }
@@ -188,7 +188,7 @@ CJson MemberObject(const CGroupMember& member) {
     return object;
 }
 
-CJson GroupRecord(const CRaidGroup& group) {
+CJson RaidGroupObject(const CRaidGroup& group) {
     CObject object;
     Put(object, "controller", group.controller);
     Put(object, "name", group.name);
@@ -332,7 +332,7 @@ std::string FormatJson(const CAnswer& answer, const std::string& command) {
     auto& document = json.get_ref<CObject&>();
     PutResult(document, answer);
     Put(document, "controllers", Array(inventory.controllers, ControllerObject));
-    Put(document, "raid_groups", Array(inventory.raidGroups, GroupRecord));
+    Put(document, "raid_groups", Array(inventory.raidGroups, RaidGroupObject));
     Put(document, "logical_drives", Array(inventory.logicalDrives, LogicalDriveObject));
     Put(document, "physical_drives", Array(inventory.physicalDrives, PhysicalDriveObject));
     Put(document, "pcie_ssds", Array(inventory.pcieSsds, SsdObject));

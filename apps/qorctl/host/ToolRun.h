@@ -1,6 +1,4 @@
 // One command of the RAID tool, run through the plug-in's pass-through.
-//
-// Thread rule: one thread at a time.
 #ifndef QORCTL_HOST_TOOLRUN_H
 #define QORCTL_HOST_TOOLRUN_H
 

@@ -17,7 +17,6 @@
 //     }
 //
 // Owner: the model holds copies and outlives the items and the plug-in.
-// Thread rule: plain data; read-only use from several threads is fine.
 #ifndef QORCTL_MODEL_INVENTORY_H
 #define QORCTL_MODEL_INVENTORY_H
 

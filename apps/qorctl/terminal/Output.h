@@ -1,7 +1,5 @@
 // The ways out of the program: the report on standard output, everything else on standard error.
 // Nothing that a terminal obeys reaches one.
-//
-// Thread rule: plain functions; one thread at a time.
 #ifndef QORCTL_TERMINAL_OUTPUT_H
 #define QORCTL_TERMINAL_OUTPUT_H
 
@@ -24,7 +22,8 @@ int WriteOut(const std::string& text);
 // on a terminal.
 int WriteBytes(const std::string& bytes);
 
-// The same for JSON (see JsonText.h): plain ASCII on a terminal that does not know UTF-8.
+// The same for JSON (see format/JsonDocument.h): plain ASCII on a terminal that does not know
+// UTF-8.
 int WriteJson(const std::string& json);
 
 }  // namespace qorctl
