@@ -191,7 +191,7 @@ CAnswer TimeIsOver(std::chrono::seconds limit, const std::string& command) {
     answer.outcome = EOutcome::TIME_OVER;
     answer.command = command;
     ExplainProblem(answer, REASON_TIME_OVER,
-                   fmt::format("there was no answer within {} seconds", limit.count()));
+                   fmt::format("there was no answer within {} s", limit.count()));
     if (!command.empty()) {
         answer.messages.push_back(CommandMessage(command, ESeverity::ERROR));
     }

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -26,8 +27,9 @@ namespace {
 constexpr const char* KEEPER_NAME = "qorctl-keeper";
 constexpr const char* WORKER_NAME = "qorctl-worker";
 constexpr pid_t LARGEST_PROCESS_ID = 4194304;
-constexpr int PAUSE = 10;        // milliseconds
-constexpr int MAX_PAUSES = 500;  // five seconds: the kernel cannot end what hangs in a driver
+constexpr int PAUSE = 10;  // milliseconds
+// What the kernel cannot end, it hangs in a driver, is given up.
+constexpr std::chrono::seconds END_LIMIT(5);
 
 struct CPipe {
     util::CUniqueFd out;
@@ -156,7 +158,8 @@ bool CKeeping::WaitForWorker() const {
 // What is killed leaves children that may have a session of their own: they become the keeper's,
 // which kills them in their turn.
 void CKeeping::EndAll() {
-    for (int pauses = 0; pauses < MAX_PAUSES; ++pauses) {
+    const auto deadline = std::chrono::steady_clock::now() + END_LIMIT;
+    while (std::chrono::steady_clock::now() < deadline) {
         std::vector<pid_t> left = OthersOfSession();
         const std::vector<pid_t> children = ChildrenOfThisProcess();
         left.insert(left.end(), children.begin(), children.end());

@@ -55,6 +55,11 @@ int64_t Milliseconds(const timespec& time) {
     return static_cast<int64_t>(time.tv_sec) * MILLISECONDS + time.tv_nsec / NANOSECONDS;
 }
 
+timespec TimeOf(int64_t milliseconds) {
+    return {.tv_sec = milliseconds / MILLISECONDS,
+            .tv_nsec = milliseconds % MILLISECONDS * NANOSECONDS};
+}
+
 CScreenSize TerminalSize() {
     winsize size = {};
     if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0) {
@@ -115,8 +120,7 @@ EWake CSignalClock::WaitUntil(int64_t time) {
         if (left <= 0) {
             return EWake::TIME;
         }
-        const timespec wait = {.tv_sec = left / MILLISECONDS,
-                               .tv_nsec = left % MILLISECONDS * NANOSECONDS};
+        const timespec wait = TimeOf(left);
         ppoll(nullptr, 0, &wait, &open);
     }
     if (g_StopSignal != 0) {
@@ -130,7 +134,9 @@ CAnswer CSignalClock::Await(CRequestProcess& process) {
     const sigset_t open = OpenMask();
     while (process.Advance()) {
         pollfd entry = {process.Descriptor(), POLLIN, 0};
-        ppoll(&entry, 1, nullptr, &open);
+        const int64_t patience = process.Patience();
+        const timespec wait = TimeOf(patience);
+        ppoll(&entry, 1, patience < 0 ? nullptr : &wait, &open);
         if (g_StopSignal != 0) {
             process.End();
             LeaveScreen();

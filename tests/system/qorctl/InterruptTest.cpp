@@ -1,10 +1,16 @@
-// Ctrl-C and its like while the RAID tool runs.
+// However a request ends, nothing of it stays: no process, no result file.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <random>
+#include <thread>
 
 #include "RealPluginFixture.h"
 
@@ -40,10 +46,11 @@ protected:
     }
 
     qortest::CEnd RunInterrupted(const std::string& signal,
-                                 const std::vector<std::string>& arguments) const {
+                                 const std::vector<std::string>& arguments,
+                                 const std::string& command = "-ldpdinfo -a0") const {
         qortest::CStandInTool tool;
         const std::string script = Replaced(INTERRUPT_AND_HANG, "SIGNAL", signal);
-        tool.Play("-ldpdinfo -a0", {.run = Replaced(script, "PIPE", m_Pipe)});
+        tool.Play(command, {.run = Replaced(script, "PIPE", m_Pipe)});
         return Run(arguments);
     }
 
@@ -73,6 +80,18 @@ TEST_F(InterruptTest, SignalEndsTheToolAndLeavesNoResultFile) {
     }
 }
 
+TEST_F(InterruptTest, CommandsForSupportEndTheSameWay) {
+    qortest::PutRaidCard();
+    const std::vector<std::string> rows[] = {
+        {"exec", "--", "krzcli", "-v"}, {"version"}, {"doctor"}};
+    for (const std::vector<std::string>& arguments : rows) {
+        const qortest::CEnd end = RunInterrupted("INT", arguments, "-v");
+        EXPECT_EQ(end.status, 130) << arguments[0];
+        EXPECT_EQ(end.out, "") << arguments[0];
+        EXPECT_TRUE(EverythingIsGone()) << arguments[0];
+    }
+}
+
 TEST_F(InterruptTest, OutputFileStaysAsItWas) {
     qortest::WriteFile(m_Folder / "report", "old");
     const auto outcome =
@@ -87,5 +106,128 @@ TEST_F(InterruptTest, XmlAndFormEndTheSameWay) {
     EXPECT_EQ(outcome.status, 130);
     EXPECT_TRUE(EverythingIsGone());
 }
+
+// The RAID tool as a script of the test's. Whatever the program starts is known by a variable of
+// its environment.
+class RequestEndTest : public qortest::CRealPluginFixture {
+protected:
+    void SetUp() override {
+        CRealPluginFixture::SetUp();
+        qortest::PutRaidCard();
+        m_Environment[MARK] = std::to_string(getpid());
+    }
+
+    static void PutTool(const std::string& script) {
+        qortest::WriteFile(TOOL, "#!/bin/sh\n" + script);
+        fs::permissions(TOOL, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                                  fs::perms::others_read | fs::perms::others_exec);
+    }
+
+    static int CountProcesses() {
+        const std::string mark = std::string(MARK) + "=" + std::to_string(getpid());
+        int count = 0;
+        for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
+            std::ifstream file(entry.path() / "environ", std::ios::binary);
+            for (std::string variable; std::getline(file, variable, '\0');) {
+                count += variable == mark ? 1 : 0;
+            }
+        }
+        return count;
+    }
+
+    // What was killed takes a moment to be gone.
+    static bool NothingIsLeft() {
+        for (int i = 0; i < 1000; ++i) {
+            if (CountProcesses() == 0) {
+                return !fs::exists(qortest::RESULT_DIR) || fs::is_empty(qortest::RESULT_DIR);
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+
+    static constexpr const char* MARK = "QORTEST_OF_THE_REQUEST";
+    static constexpr const char* TOOL = "/opt/tarmica/krz/cli/krzcli";
+    static constexpr const char* HANG = "sleep 1000\n";
+    static constexpr const char* HANG_LATER =
+        "[ \"$1\" = -v ] || exec sleep 1000\n"
+        "echo 'Product Version : 7.0'\n";
+};
+
+TEST_F(RequestEndTest, TimeLimitEndsTheToolWhateverIsAsked) {
+    PutTool(HANG);
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        std::string says;
+    } rows[] = {
+        {{"raid"}, 1, "qorctl: there was no answer within 1 s\n"},
+        {{"storage"}, 1, "qorctl: there was no answer within 1 s\n"},
+        {{"drive", "0", "252", "3"}, 1, "the command that failed: krzcli -ldpdinfo -a0\n"},
+        {{"xml"}, 1, "qorctl: there was no answer within 1 s\n"},
+        {{"svp"}, 1, "qorctl: there was no answer within 1 s\n"},
+        {{"check"}, 3, "RAID UNKNOWN - there was no answer within 1 s (krzcli -v)\n"},
+        {{"exec", "--", "krzcli", "-v"}, 124, "the RAID tool did not end in time and was killed"},
+        {{"version"}, 0, "unknown (the RAID tool did not end in time and was killed)\n"},
+        {{"doctor"}, 1, "krzcli -v: the RAID tool did not end in time and was killed\n"},
+        {{"watch", "--count", "1"}, 1, "no answer: there was no answer within 1 s"},
+    };
+    for (const auto& row : rows) {
+        std::vector<std::string> arguments = row.arguments;
+        arguments.insert(arguments.begin() + 1, {"--timeout", "1"});
+        const qortest::CEnd end = Run(arguments);
+        EXPECT_EQ(end.status, row.status) << row.arguments[0];
+        EXPECT_THAT(end.out + end.err, testing::HasSubstr(row.says)) << row.arguments[0];
+        EXPECT_TRUE(NothingIsLeft()) << row.arguments[0];
+    }
+}
+
+TEST_F(RequestEndTest, KilledAtAnyMomentItLeavesNothing) {
+    PutTool(HANG_LATER);
+    std::mt19937 random(20261122);
+    for (int i = 0; i < 50; ++i) {
+        const std::string moment = std::to_string(random() % 80);
+        const bool group = i % 2 == 0;
+        const qortest::CEnd end = qortest::RunCommand(
+            {.program = "sh",
+             .arguments = {"-c",
+                           "setsid \"$0\" raid > /dev/null 2>&1 & p=$!; sleep 0.0\"$1\"; "
+                           "kill -9 \"$2$p\"; wait $p; true",
+                           QORCTL_PROGRAM, moment.size() == 1 ? "0" + moment : moment,
+                           group ? "-" : ""},
+             .environment = m_Environment});
+        ASSERT_TRUE(NothingIsLeft()) << i << ", killed after 0.0" << moment << " s: " << end.err;
+    }
+}
+
+TEST_F(RequestEndTest, PluginThatDiesIsTold) {
+    PutTool(
+        "worker=$PPID\n"
+        "while [ \"$(cat /proc/$worker/comm)\" != qorctl-worker ]; do\n"
+        "    worker=$(sed -n 's/^PPid:[^0-9]*//p' /proc/$worker/status)\n"
+        "done\n"
+        "kill -SEGV $worker\n"
+        "sleep 1000\n");
+    const qortest::CEnd end = Run({"raid"});
+    EXPECT_EQ(end.status, 1);
+    EXPECT_EQ(end.err, "qorctl: the plug-in ended the process that held it: Segmentation fault\n");
+    EXPECT_TRUE(NothingIsLeft());
+}
+
+#if !QORTEST_NEEDS_PROC
+TEST_F(RequestEndTest, SignalIsHeardWithoutProc) {
+    PutTool(HANG);
+    ASSERT_EQ(mount("none", "/proc", "tmpfs", 0, nullptr), 0);
+    const qortest::CEnd interrupted = qortest::RunCommand(
+        {.program = "sh",
+         .arguments = {"-c", "\"$0\" raid & sleep 1; kill -TERM $!; wait $!", QORCTL_PROGRAM},
+         .environment = m_Environment});
+    const qortest::CEnd late = Run({"raid", "--timeout", "1"});
+    ASSERT_EQ(umount2("/proc", MNT_DETACH), 0);
+    EXPECT_EQ(interrupted.status, 143);
+    EXPECT_EQ(late.status, 1);
+    EXPECT_TRUE(NothingIsLeft());
+}
+#endif
 
 }  // namespace
