@@ -7,11 +7,11 @@
 
 namespace qorbench {
 
-enum class EReport { Controllers, LogicalDrives, PhysicalDrives, Smart, PcieSsds };
+enum class EReport { CONTROLLERS, LOGICAL_DRIVES, PHYSICAL_DRIVES, SMART, PCIE_SSDS };
 
-inline constexpr EReport ALL_REPORTS[] = {EReport::Controllers, EReport::LogicalDrives,
-                                          EReport::PhysicalDrives, EReport::Smart,
-                                          EReport::PcieSsds};
+inline constexpr EReport ALL_REPORTS[] = {EReport::CONTROLLERS, EReport::LOGICAL_DRIVES,
+                                          EReport::PHYSICAL_DRIVES, EReport::SMART,
+                                          EReport::PCIE_SSDS};
 
 // "ctrl", "ld", "pd", "smart", "pssd".
 const char* NameOf(EReport kind);

@@ -28,10 +28,10 @@ void LayOutReports(unsigned controllers) {
         headers += "RAID Controller : " + std::to_string(i) + "\n";
         const std::string which = " -a" + std::to_string(i);
         using qorbench::EReport;
-        write("-ctrlinfo" + which, qorbench::MakeReport(EReport::Controllers, REPORT_SIZE));
-        write("-ldpdinfo" + which, qorbench::MakeReport(EReport::LogicalDrives, REPORT_SIZE));
+        write("-ctrlinfo" + which, qorbench::MakeReport(EReport::CONTROLLERS, REPORT_SIZE));
+        write("-ldpdinfo" + which, qorbench::MakeReport(EReport::LOGICAL_DRIVES, REPORT_SIZE));
         write("-pdinfo -nosmart" + which,
-              qorbench::MakeReport(EReport::PhysicalDrives, REPORT_SIZE));
+              qorbench::MakeReport(EReport::PHYSICAL_DRIVES, REPORT_SIZE));
     }
     write("-ctrlinfo -aAll", headers);
 }

@@ -76,10 +76,11 @@ pid_t ParentOf(const std::string& pid) {
     std::string error;
     const std::string stat = ReadFile("/proc/" + pid + "/stat", error).value_or("");
     const size_t bracket = stat.rfind(')');
-    constexpr size_t stateLength = 4;
-    return bracket == std::string::npos || bracket + stateLength > stat.size()
+    constexpr size_t STATE_LENGTH = 4;
+    return bracket == std::string::npos || bracket + STATE_LENGTH > stat.size()
                ? 0
-               : static_cast<pid_t>(std::strtol(stat.c_str() + bracket + stateLength, nullptr, 10));
+               : static_cast<pid_t>(
+                     std::strtol(stat.c_str() + bracket + STATE_LENGTH, nullptr, 10));
 }
 
 // Returns whether there is a child that dies of it.

@@ -47,7 +47,7 @@ void ReportDrive(const CDrive& drive, const CToolGeneration& generation, ESmart 
     report.Line(fmt::format("PD{}({})", drive.number, drive.use));
     ReportGeneral(drive, generation, report);
     ReportPlace(drive, generation, report);
-    if (smart == ESmart::with) {
+    if (smart == ESmart::WITH) {
         ReportSmart(drive, report);
     }
 }

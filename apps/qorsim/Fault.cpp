@@ -11,10 +11,10 @@
 namespace qorsim {
 namespace {
 
-enum class EValue { none, number, size, text };
+enum class EValue { NONE, NUMBER, SIZE, TEXT };
 
 // What can stand behind a kind: a command and a count, the name of a tool, or nothing.
-enum class EReach { runs, tool, server };
+enum class EReach { RUNS, TOOL, SERVER };
 
 struct CFaultRow {
     const char* name;
@@ -32,53 +32,53 @@ constexpr unsigned long ANY = std::numeric_limits<int>::max();
 constexpr unsigned long MOST_BYTES = 1'000'000'000;  // it stands in memory
 
 constexpr CFaultRow ROWS[] = {
-    {"hang", EFault::hang, EReach::runs, EValue::none, "", "", 0, 0,
+    {"hang", EFault::HANG, EReach::RUNS, EValue::NONE, "", "", 0, 0,
      "writes its report, then never ends"},
-    {"hang-term", EFault::hangTerm, EReach::runs, EValue::none, "", "", 0, 0,
+    {"hang-term", EFault::HANG_TERM, EReach::RUNS, EValue::NONE, "", "", 0, 0,
      "the same, and ignores HUP, INT and TERM"},
-    {"hang-child", EFault::hangChild, EReach::runs, EValue::none, "", "", 0, 0,
+    {"hang-child", EFault::HANG_CHILD, EReach::RUNS, EValue::NONE, "", "", 0, 0,
      "ends, but leaves a child that holds its output open and never ends"},
-    {"delay", EFault::delay, EReach::runs, EValue::number, "[=MS]", "1000", 0, ANY,
+    {"delay", EFault::DELAY, EReach::RUNS, EValue::NUMBER, "[=MS]", "1000", 0, ANY,
      "waits before its report, 1000 milliseconds"},
-    {"drip", EFault::drip, EReach::runs, EValue::number, "[=MS]", "1", 0, ANY,
+    {"drip", EFault::DRIP, EReach::RUNS, EValue::NUMBER, "[=MS]", "1", 0, ANY,
      "writes byte by byte, with a pause of 1 millisecond behind each"},
-    {"exit", EFault::exit, EReach::runs, EValue::number, "[=STATUS]", "1", 0, 255,
+    {"exit", EFault::EXIT, EReach::RUNS, EValue::NUMBER, "[=STATUS]", "1", 0, 255,
      "ends with exit status 1"},
-    {"kill", EFault::kill, EReach::runs, EValue::number, "[=SIGNAL]", "9", 1, 64,
+    {"kill", EFault::KILL, EReach::RUNS, EValue::NUMBER, "[=SIGNAL]", "9", 1, 64,
      "writes its report, then dies of signal 9"},
-    {"stop", EFault::stop, EReach::runs, EValue::none, "", "", 0, 0,
+    {"stop", EFault::STOP, EReach::RUNS, EValue::NONE, "", "", 0, 0,
      "writes its report, then stops itself (SIGSTOP); ends when it is continued"},
-    {"error", EFault::error, EReach::runs, EValue::text, "[=TEXT]", "Simulated fault.", 0, 0,
+    {"error", EFault::ERROR, EReach::RUNS, EValue::TEXT, "[=TEXT]", "Simulated fault.", 0, 0,
      "reports only \"Error - TEXT\""},
-    {"bad-token", EFault::badToken, EReach::runs, EValue::none, "", "", 0, 0,
+    {"bad-token", EFault::BAD_TOKEN, EReach::RUNS, EValue::NONE, "", "", 0, 0,
      "refuses its last argument: \"Error - Invalid input at or near token ...\", status 1"},
-    {"empty", EFault::empty, EReach::runs, EValue::none, "", "", 0, 0, "reports nothing"},
-    {"truncate", EFault::truncate, EReach::runs, EValue::size, "=BYTES", nullptr, 0, MOST_BYTES,
+    {"empty", EFault::EMPTY, EReach::RUNS, EValue::NONE, "", "", 0, 0, "reports nothing"},
+    {"truncate", EFault::TRUNCATE, EReach::RUNS, EValue::SIZE, "=BYTES", nullptr, 0, MOST_BYTES,
      "reports only the first bytes"},
-    {"no-newline", EFault::noNewline, EReach::runs, EValue::none, "", "", 0, 0,
+    {"no-newline", EFault::NO_NEWLINE, EReach::RUNS, EValue::NONE, "", "", 0, 0,
      "leaves out the line feeds at the report's end"},
-    {"crlf", EFault::crlf, EReach::runs, EValue::none, "", "", 0, 0,
+    {"crlf", EFault::CRLF, EReach::RUNS, EValue::NONE, "", "", 0, 0,
      "ends lines with carriage return and line feed"},
-    {"tabs", EFault::tabs, EReach::runs, EValue::none, "", "", 0, 0, "writes tabs for blanks"},
-    {"nul", EFault::nul, EReach::runs, EValue::number, "[=N]", "16", 1, ANY,
+    {"tabs", EFault::TABS, EReach::RUNS, EValue::NONE, "", "", 0, 0, "writes tabs for blanks"},
+    {"nul", EFault::NUL, EReach::RUNS, EValue::NUMBER, "[=N]", "16", 1, ANY,
      "writes a NUL in place of every 16th byte"},
-    {"mutate", EFault::mutate, EReach::runs, EValue::number, "[=SEED]", "1", 0, ANY,
+    {"mutate", EFault::MUTATE, EReach::RUNS, EValue::NUMBER, "[=SEED]", "1", 0, ANY,
      "damages the report at random; the same seed does the same damage"},
-    {"size", EFault::size, EReach::runs, EValue::size, "[=BYTES]", "100M", 0, MOST_BYTES,
+    {"size", EFault::SIZE, EReach::RUNS, EValue::SIZE, "[=BYTES]", "100M", 0, MOST_BYTES,
      "repeats the report until it has 100 MB"},
-    {"stderr", EFault::standardError, EReach::runs, EValue::none, "", "", 0, 0,
+    {"stderr", EFault::STANDARD_ERROR, EReach::RUNS, EValue::NONE, "", "", 0, 0,
      "writes its report on standard error"},
-    {"vanish", EFault::vanish, EReach::runs, EValue::none, "", "", 0, 0,
+    {"vanish", EFault::VANISH, EReach::RUNS, EValue::NONE, "", "", 0, 0,
      "removes itself from the server when it has run"},
-    {"not-executable", EFault::notExecutable, EReach::tool, EValue::none, "", "", 0, 0,
+    {"not-executable", EFault::NOT_EXECUTABLE, EReach::TOOL, EValue::NONE, "", "", 0, 0,
      "the tool's file cannot be executed; @MegaCli and @storcli name another tool"},
-    {"result-dir-unwritable", EFault::resultDirUnwritable, EReach::server, EValue::none, "", "", 0,
-     0, "no result file can be created"},
-    {"result-dir-full", EFault::resultDirFull, EReach::server, EValue::none, "", "", 0, 0,
+    {"result-dir-unwritable", EFault::RESULT_DIR_UNWRITABLE, EReach::SERVER, EValue::NONE, "", "",
+     0, 0, "no result file can be created"},
+    {"result-dir-full", EFault::RESULT_DIR_FULL, EReach::SERVER, EValue::NONE, "", "", 0, 0,
      "result files can be created, but nothing can be written into them"},
-    {"no-device-list", EFault::noDeviceList, EReach::server, EValue::none, "", "", 0, 0,
+    {"no-device-list", EFault::NO_DEVICE_LIST, EReach::SERVER, EValue::NONE, "", "", 0, 0,
      "the list of PCI devices is missing"},
-    {"unreadable-device-list", EFault::unreadableDeviceList, EReach::server, EValue::none, "", "",
+    {"unreadable-device-list", EFault::UNREADABLE_DEVICE_LIST, EReach::SERVER, EValue::NONE, "", "",
      0, 0, "the list of PCI devices is there, but cannot be read"},
 };
 
@@ -148,7 +148,7 @@ std::optional<unsigned long> ReadSize(std::string text) {
 
 bool ReadValue(const CFaultRow& row, const std::optional<std::string>& given, CFault& fault,
                std::string& error) {
-    if (row.value == EValue::none) {
+    if (row.value == EValue::NONE) {
         if (given) {
             error = fmt::format("{} takes no value, but has \"{}\"", row.name, *given);
         }
@@ -159,15 +159,15 @@ bool ReadValue(const CFaultRow& row, const std::optional<std::string>& given, CF
         return false;
     }
     fault.text = given ? *given : row.defaultValue;
-    if (row.value == EValue::text) {
+    if (row.value == EValue::TEXT) {
         return true;
     }
     const std::optional<unsigned long> number =
-        row.value == EValue::size ? ReadSize(fault.text) : ReadNumber(fault.text);
+        row.value == EValue::SIZE ? ReadSize(fault.text) : ReadNumber(fault.text);
     if (!number || *number < row.least || *number > row.most) {
         error = fmt::format("the value \"{}\" of {} is no number from {} to {}{}", fault.text,
                             row.name, row.least, row.most,
-                            row.value == EValue::size ? " (k and M behind it are units)" : "");
+                            row.value == EValue::SIZE ? " (k and M behind it are units)" : "");
         return false;
     }
     fault.number = *number;
@@ -180,7 +180,7 @@ bool ReadCommand(const CFaultRow& row, const std::optional<std::string>& given, 
         return true;
     }
     fault.command = *given;
-    if (row.reach == EReach::server) {
+    if (row.reach == EReach::SERVER) {
         error = fmt::format("{} is a fault of the server, not of runs: \"@{}\" has no place there",
                             row.name, *given);
         return false;
@@ -189,7 +189,7 @@ bool ReadCommand(const CFaultRow& row, const std::optional<std::string>& given, 
         error = "there is nothing behind \"@\": a tool's name or a part of its arguments is due";
         return false;
     }
-    if (row.reach == EReach::tool &&
+    if (row.reach == EReach::TOOL &&
         std::find(std::begin(TOOLS), std::end(TOOLS), *given) == std::end(TOOLS)) {
         error = fmt::format("{} is a fault of a whole tool: there is no tool \"{}\", but {}",
                             row.name, *given, fmt::join(TOOLS, ", "));
@@ -203,7 +203,7 @@ bool ReadWhen(const CFaultRow& row, const std::optional<std::string>& given, CFa
     if (!given) {
         return true;
     }
-    if (row.reach != EReach::runs) {
+    if (row.reach != EReach::RUNS) {
         error =
             fmt::format("{} is there from the start: \"#{}\" has no place there", row.name, *given);
         return false;

@@ -18,35 +18,35 @@
 namespace qorsim {
 
 enum class EFault {
-    hang,
-    hangTerm,
-    hangChild,
-    delay,
-    drip,
-    exit,
-    kill,
-    stop,
-    error,
-    badToken,
-    empty,
-    truncate,
-    noNewline,
-    crlf,
-    tabs,
-    nul,
-    mutate,
-    size,
-    standardError,
-    vanish,
-    notExecutable,
-    resultDirUnwritable,
-    resultDirFull,
-    noDeviceList,
-    unreadableDeviceList,
+    HANG,
+    HANG_TERM,
+    HANG_CHILD,
+    DELAY,
+    DRIP,
+    EXIT,
+    KILL,
+    STOP,
+    ERROR,
+    BAD_TOKEN,
+    EMPTY,
+    TRUNCATE,
+    NO_NEWLINE,
+    CRLF,
+    TABS,
+    NUL,
+    MUTATE,
+    SIZE,
+    STANDARD_ERROR,
+    VANISH,
+    NOT_EXECUTABLE,
+    RESULT_DIR_UNWRITABLE,
+    RESULT_DIR_FULL,
+    NO_DEVICE_LIST,
+    UNREADABLE_DEVICE_LIST,
 };
 
 struct CFault {
-    EFault kind = EFault::hang;
+    EFault kind = EFault::HANG;
     unsigned long number = 0;  // the value of a kind that takes a number
     std::string text;          // the value of a kind that takes a text
     std::string command;       // "" is every run of krzcli

@@ -43,25 +43,25 @@ void ReportOnly(CPlay& play, const CToolAnswer& answer) {
 
 void ApplyToText(const CFault& fault, const std::string& lastArgument, CPlay& play) {
     switch (fault.kind) {
-        case EFault::error:
+        case EFault::ERROR:
             return ReportOnly(play, {"Error - " + fault.text + "\n"});
-        case EFault::badToken:
+        case EFault::BAD_TOKEN:
             return ReportOnly(play, RefuseToken(lastArgument));
-        case EFault::empty:
+        case EFault::EMPTY:
             return play.text.clear();
-        case EFault::truncate:
+        case EFault::TRUNCATE:
             return play.text.resize(std::min<size_t>(play.text.size(), fault.number));
-        case EFault::noNewline:
+        case EFault::NO_NEWLINE:
             return RemoveLastNewlines(play.text);
-        case EFault::crlf:
+        case EFault::CRLF:
             return UseCarriageReturns(play.text);
-        case EFault::tabs:
+        case EFault::TABS:
             return std::replace(play.text.begin(), play.text.end(), ' ', '\t');
-        case EFault::nul:
+        case EFault::NUL:
             return PlaceNuls(play.text, fault.number);
-        case EFault::mutate:
+        case EFault::MUTATE:
             return Mutate(play.text, fault.number);
-        case EFault::size:
+        case EFault::SIZE:
             return GrowTo(play.text, fault.number);
         default:
             return;
@@ -70,34 +70,34 @@ void ApplyToText(const CFault& fault, const std::string& lastArgument, CPlay& pl
 
 void ApplyToConduct(const CFault& fault, CPlay& play) {
     switch (fault.kind) {
-        case EFault::hangTerm:
+        case EFault::HANG_TERM:
             play.ignoresTerm = true;
             [[fallthrough]];
-        case EFault::hang:
+        case EFault::HANG:
             play.hangs = true;
             return;
-        case EFault::hangChild:
+        case EFault::HANG_CHILD:
             play.leavesChild = true;
             return;
-        case EFault::delay:
+        case EFault::DELAY:
             play.delay = milliseconds(fault.number);
             return;
-        case EFault::drip:
+        case EFault::DRIP:
             play.drip = milliseconds(fault.number);
             return;
-        case EFault::exit:
+        case EFault::EXIT:
             play.status = static_cast<int>(fault.number);
             return;
-        case EFault::kill:
+        case EFault::KILL:
             play.signal = static_cast<int>(fault.number);
             return;
-        case EFault::stop:
+        case EFault::STOP:
             play.stops = true;
             return;
-        case EFault::standardError:
+        case EFault::STANDARD_ERROR:
             play.channel = STDERR_FILENO;
             return;
-        case EFault::vanish:
+        case EFault::VANISH:
             play.vanishes = true;
             return;
         default:

@@ -91,16 +91,16 @@ bool MakeNotExecutable(const std::string& path, std::string& error) {
 
 bool ChangeServer(const CFault& fault, std::string& error) {
     switch (fault.kind) {
-        case EFault::notExecutable:
+        case EFault::NOT_EXECUTABLE:
             return MakeNotExecutable(ToolPath(fault.command.empty() ? "krzcli" : fault.command),
                                      error);
-        case EFault::resultDirUnwritable:
+        case EFault::RESULT_DIR_UNWRITABLE:
             return MakeResultDirUnwritable(error);
-        case EFault::resultDirFull:
+        case EFault::RESULT_DIR_FULL:
             return MakeResultDirFull(error);
-        case EFault::noDeviceList:
+        case EFault::NO_DEVICE_LIST:
             return RemoveDeviceList(error);
-        case EFault::unreadableDeviceList:
+        case EFault::UNREADABLE_DEVICE_LIST:
             return MakeDeviceListUnreadable(error);
         default:
             return true;  // the tools do it when they run

@@ -80,10 +80,10 @@ constexpr std::array<CSsdProduct, 3> SSDS = {
     {{"Cobalt CB2-1205", "1205GB"}, {"Cobalt CB2-2410", "2410GB"}, {"Cobalt CB3-3200", "3200GB"}}};
 
 std::string SizeText(std::int64_t megabytes) {
-    constexpr std::int64_t gigabyte = 1024;
-    constexpr std::int64_t terabyte = 1024 * gigabyte;
-    const bool large = megabytes >= terabyte;
-    const std::int64_t thousandths = megabytes * 1000 / (large ? terabyte : gigabyte);
+    constexpr std::int64_t GIGABYTE = 1024;
+    constexpr std::int64_t TERABYTE = 1024 * GIGABYTE;
+    const bool large = megabytes >= TERABYTE;
+    const std::int64_t thousandths = megabytes * 1000 / (large ? TERABYTE : GIGABYTE);
     return fmt::format("{}.{:03}{}", thousandths / 1000, thousandths % 1000, large ? "TB" : "GB");
 }
 
@@ -256,10 +256,10 @@ void CGenerator::AddStock(CJson& controller) {
         AddDrive(controller, "GHS", "HOT SPARE", model);
         return;
     }
-    constexpr std::array<const char*, 8> statuses = {
+    constexpr std::array<const char*, 8> STATUSES = {
         "Unconfig GOOD", "Unconfig GOOD", "Unconfig GOOD", "Unconfig GOOD",
         "Unconfig GOOD", "Unconfig GOOD", "Unconfig BAD",  "Foreign"};
-    AddDrive(controller, "Unassigned", PickFrom(statuses), model);
+    AddDrive(controller, "Unassigned", PickFrom(STATUSES), model);
 }
 
 CJson& CGenerator::AddDrive(CJson& controller, const std::string& use, const char* status,

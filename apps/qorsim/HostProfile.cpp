@@ -288,13 +288,13 @@ CFirmware ReadFirmware(const CProfileReader& place) {
 CRates ReadRates(const CProfileReader& place) {
     place.DemandKeys({"rebuild", "backgroundInitialization", "consistencyCheck", "patrolRead",
                       "reconstruction"});
-    constexpr long usual = 30;
+    constexpr long USUAL = 30;
     CRates rates;
-    rates.rebuild = place.NumberOf("rebuild", 0, 100, usual);
-    rates.backgroundInitialization = place.NumberOf("backgroundInitialization", 0, 100, usual);
-    rates.consistencyCheck = place.NumberOf("consistencyCheck", 0, 100, usual);
-    rates.patrolRead = place.NumberOf("patrolRead", 0, 100, usual);
-    rates.reconstruction = place.NumberOf("reconstruction", 0, 100, usual);
+    rates.rebuild = place.NumberOf("rebuild", 0, 100, USUAL);
+    rates.backgroundInitialization = place.NumberOf("backgroundInitialization", 0, 100, USUAL);
+    rates.consistencyCheck = place.NumberOf("consistencyCheck", 0, 100, USUAL);
+    rates.patrolRead = place.NumberOf("patrolRead", 0, 100, USUAL);
+    rates.reconstruction = place.NumberOf("reconstruction", 0, 100, USUAL);
     return rates;
 }
 

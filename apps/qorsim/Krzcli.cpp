@@ -141,7 +141,7 @@ CToolAnswer AnswerOneDrive(const CHost& host, CCommandLine& line, const CToolGen
     }
     CReport report(host, PD_INFO);
     ReportControllerHeader(selection.begin, report);
-    ReportDrive(*drive, generation, ESmart::with, report);
+    ReportDrive(*drive, generation, ESmart::WITH, report);
     return {report.Text()};
 }
 
@@ -151,7 +151,7 @@ CToolAnswer AnswerPdInfo(const CHost& host, CCommandLine& line, const CToolGener
         return AnswerOneDrive(host, line, generation, address);
     }
     const bool withoutSmart = generation.knowsNoSmart && !line.Take("-nosmart").empty();
-    return AnswerDrives(host, line, generation, withoutSmart ? ESmart::without : ESmart::with);
+    return AnswerDrives(host, line, generation, withoutSmart ? ESmart::WITHOUT : ESmart::WITH);
 }
 
 CToolAnswer AnswerPcieSsds(const CHost& host, CCommandLine& line) {

@@ -30,11 +30,11 @@ std::string DeviceList(const CHost& host) {
 
 // The tools share one copy of the program: it is large, and may stand in memory.
 bool PlaceTools(const CHost& host, const std::string& root, std::string& error) {
-    constexpr std::pair<const char*, const char*> tools[] = {
+    constexpr std::pair<const char*, const char*> TOOLS[] = {
         {"krzcli", KRZ_CLI_DIR}, {"MegaCli", UTILITY_DIR}, {"storcli", UTILITY_DIR}};
     const std::string simulator = root + SIMULATOR;
     bool placed = CopySelf(simulator, error);
-    for (const auto& [name, directory] : tools) {
+    for (const auto& [name, directory] : TOOLS) {
         placed = placed && MakeDirectory(root + directory, error) &&
                  (host.tool.missing.count(name) != 0 ||
                   LinkFile(simulator, root + directory + "/" + name, error));

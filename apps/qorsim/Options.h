@@ -10,12 +10,12 @@ namespace qorsim {
 
 // How long the simulated server has been running when the command begins, in seconds.
 inline CLI::Option* AddStartAtOption(CLI::App& command, long& seconds) {
-    constexpr long most = 4294967295;
+    constexpr long MOST = 4294967295;
     return command
         .add_option("--start-at", seconds,
                     "Begin SECONDS after the server's start, for the events of its profile")
         ->type_name("SECONDS")
-        ->check(qorapps::NumberFromTo(0, most));
+        ->check(qorapps::NumberFromTo(0, MOST));
 }
 
 }  // namespace qorsim

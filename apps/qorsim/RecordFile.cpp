@@ -66,9 +66,9 @@ bool IsWithin(const json& object, const char* key, long most) {
 
 // A call cannot have ended by a signal that is ignored at first, or that stops or continues.
 bool IsDeadly(long signal) {
-    constexpr std::array<long, 9> harmless = {0,       SIGCHLD, SIGCONT, SIGSTOP, SIGTSTP,
+    constexpr std::array<long, 9> HARMLESS = {0,       SIGCHLD, SIGCONT, SIGSTOP, SIGTSTP,
                                               SIGTTIN, SIGTTOU, SIGURG,  SIGWINCH};
-    return std::find(harmless.begin(), harmless.end(), signal) == harmless.end();
+    return std::find(HARMLESS.begin(), HARMLESS.end(), signal) == HARMLESS.end();
 }
 
 bool HasNumbersOfACall(const json& object) {

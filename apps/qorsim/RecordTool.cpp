@@ -73,11 +73,11 @@ bool PlaceReplayingTool(const std::string& tool, std::string& error) {
 
 // The kernel puts the script's path between what stands in its first line and its arguments.
 std::optional<int> PlayScriptedTool(const std::vector<std::string>& arguments) {
-    constexpr size_t first = 3;
-    if (arguments.size() < first || arguments[0] != INTERPRETER) {
+    constexpr size_t FIRST = 3;
+    if (arguments.size() < FIRST || arguments[0] != INTERPRETER) {
         return std::nullopt;
     }
-    const std::vector<std::string> rest(arguments.begin() + first, arguments.end());
+    const std::vector<std::string> rest(arguments.begin() + FIRST, arguments.end());
     if (arguments[1] == RECORD_CALL) {
         return RecordCall(arguments[2], rest);
     }

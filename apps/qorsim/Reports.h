@@ -11,7 +11,7 @@
 
 namespace qorsim {
 
-enum class ESmart { without, with };
+enum class ESmart { WITHOUT, WITH };
 
 void ReportVersion(const CHost& host, CReport& report);
 void ReportController(size_t number, const CController& controller,

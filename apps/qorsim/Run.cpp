@@ -72,9 +72,9 @@ int RunInServer(const std::vector<std::string>& command) {
 }
 
 int FailToSimulate(const std::string& error) {
-    constexpr int failed = 125;  // a command seldom ends with it
+    constexpr int FAILED = 125;  // a command seldom ends with it
     Complain("qorsim", error);
-    return failed;
+    return FAILED;
 }
 
 void AddRunCommand(CLI::App& app, int& status) {

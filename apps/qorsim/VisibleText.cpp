@@ -30,8 +30,8 @@ size_t LengthBy(unsigned char lead) {
 }
 
 bool IsPrintable(uint32_t code, size_t length) {
-    constexpr std::array<uint32_t, 5> smallest = {0, 0, 0x80, 0x800, 0x10000};
-    return code >= smallest[length] && util::IsPrintable(code);
+    constexpr std::array<uint32_t, 5> SMALLEST = {0, 0, 0x80, 0x800, 0x10000};
+    return code >= SMALLEST[length] && util::IsPrintable(code);
 }
 
 // The length of the printable character at the front of `text`, which is not empty; 0 for none.

@@ -17,7 +17,7 @@ ItemPosition InsertItem(ItemList& items, ItemPosition position, const std::strin
                         const std::string& itemName, const std::string& itemValue, EItemFlag flag) {
     std::unique_ptr<CItemDisp, CItemDeleter> item(
         CreateItemDisp(parentName.c_str(), itemName.c_str(), itemValue.c_str(),
-                       flag == EItemFlag::Shown ? ENABLE_TRUE : ENABLE_FALSE));
+                       flag == EItemFlag::SHOWN ? ENABLE_TRUE : ENABLE_FALSE));
     const ItemPosition inserted = items.insert(position, item.get());
     static_cast<void>(item.release());
     return inserted;

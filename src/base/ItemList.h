@@ -11,17 +11,17 @@ using ItemList = std::list<CItemDisp*>;
 using ItemPosition = ItemList::iterator;
 
 // Whether an item shows what the tool printed, or stands in for what it did not print.
-enum class EItemFlag { Shown, Placeholder };
+enum class EItemFlag { SHOWN, PLACEHOLDER };
 
 // Makes an item and puts it before `position`; returns its position. Nothing leaks if memory runs
 // out. Texts are cut at an embedded NUL.
 ItemPosition InsertItem(ItemList& items, ItemPosition position, const std::string& parentName,
                         const std::string& itemName, const std::string& itemValue,
-                        EItemFlag flag = EItemFlag::Shown);
+                        EItemFlag flag = EItemFlag::SHOWN);
 
 // The same at the end of the list.
 ItemPosition AddItem(ItemList& items, const std::string& parentName, const std::string& itemName,
-                     const std::string& itemValue, EItemFlag flag = EItemFlag::Shown);
+                     const std::string& itemValue, EItemFlag flag = EItemFlag::SHOWN);
 
 // Destroys every item with DeleteItemDisp() and empties the list.
 void DeleteItems(ItemList& items);

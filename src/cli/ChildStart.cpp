@@ -42,7 +42,7 @@ constexpr size_t STACK_SIZE = size_t{64} * 1024;
 struct CChild {
     const CChildSetup& setup;
     char* const* arguments;
-    EChildStep failed = EChildStep::None;
+    EChildStep failed = EChildStep::NONE;
     int error = 0;
 };
 
@@ -80,7 +80,7 @@ bool Move(int from, int to) {
 // Never waits; what is written to the file waits as usual.
 int OpenOutput(const char* path, EFileOpening opening) {
     int how = O_TRUNC;
-    if (opening == EFileOpening::Anew) {
+    if (opening == EFileOpening::ANEW) {
         unlink(path);
         how = O_EXCL | O_NOFOLLOW;
     }
@@ -163,7 +163,7 @@ bool CloseOtherDescriptors() {
 }
 
 bool ArrangeErrors(EErrorOutput errors) {
-    if (errors == EErrorOutput::WithOutput) {
+    if (errors == EErrorOutput::WITH_OUTPUT) {
         return dup2(STDOUT_FILENO, STDERR_FILENO) >= 0;
     }
     const int device = OpenNullDevice(O_WRONLY);
@@ -191,22 +191,22 @@ EChildStep DoSteps(const CChild& child) {
     TakeDefaultSignals();
     DropPendingSignals();
     if (setup.directory != nullptr && chdir(setup.directory) != 0) {
-        return EChildStep::Directory;
+        return EChildStep::DIRECTORY;
     }
     const int output = setup.output != nullptr ? OpenOutput(setup.output, setup.opening)
                                                : OpenNullDevice(O_WRONLY);
     if (output < 0) {
-        return EChildStep::Output;
+        return EChildStep::OUTPUT;
     }
     if (!Move(output, STDOUT_FILENO) || !ArrangeErrors(setup.errors)) {
-        return EChildStep::Streams;
+        return EChildStep::STREAMS;
     }
     if (!Seclude()) {
-        return EChildStep::Seclusion;
+        return EChildStep::SECLUSION;
     }
     UnblockSignals();
     execvpe(child.arguments[0], child.arguments, setup.environment);
-    return EChildStep::Command;
+    return EChildStep::COMMAND;
 }
 
 int RunChild(void* argument) {
@@ -288,9 +288,9 @@ CChildStart StartChild(const std::string& command, const CChildSetup& setup) {
     CChild child = {setup, arguments.data()};
     const pid_t process = Clone(child);
     if (process < 0) {
-        return {-1, EChildStep::Process, errno};
+        return {-1, EChildStep::PROCESS, errno};
     }
-    if (child.failed != EChildStep::None) {
+    if (child.failed != EChildStep::NONE) {
         Reap(process);
         return {-1, child.failed, child.error};
     }

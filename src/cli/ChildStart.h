@@ -16,11 +16,11 @@
 
 #include <string>
 
-enum class EErrorOutput { WithOutput, Dropped };
+enum class EErrorOutput { WITH_OUTPUT, DROPPED };
 
 enum class EFileOpening {
-    AsItStands,  // whatever stands there: created, or emptied
-    Anew         // made anew: what stands there is removed, no link is followed
+    AS_IT_STANDS,  // whatever stands there: created, or emptied
+    ANEW           // made anew: what stands there is removed, no link is followed
 };
 
 // How one child is to be set up. The texts and the environment stay the caller's; they are read
@@ -30,27 +30,27 @@ struct CChildSetup {
     // The file for standard output, seen from that directory; null: dropped. An open that would
     // wait (for the reader of a named pipe, say) fails.
     const char* output = nullptr;
-    EFileOpening opening = EFileOpening::AsItStands;
-    EErrorOutput errors = EErrorOutput::Dropped;
+    EFileOpening opening = EFileOpening::AS_IT_STANDS;
+    EErrorOutput errors = EErrorOutput::DROPPED;
     char* const* environment = nullptr;  // ended by a null pointer
 };
 
 // In the order in which they are done.
 enum class EChildStep {
-    None,
-    Process,    // the process itself
-    Directory,  // to the directory
-    Output,     // opening the output file
-    Streams,    // standard output and error
-    Seclusion,  // standard input, and closing what is not the child's
-    Command     // becoming `sh -c command`
+    NONE,
+    PROCESS,    // the process itself
+    DIRECTORY,  // to the directory
+    OUTPUT,     // opening the output file
+    STREAMS,    // standard output and error
+    SECLUSION,  // standard input, and closing what is not the child's
+    COMMAND     // becoming `sh -c command`
 };
 
 // A child; or the step that failed and its error number, and no child. A kernel that gives the
 // child a memory of its own (an emulator's) shows a failed step as a child that ends with status 1.
 struct CChildStart {
     pid_t child = -1;
-    EChildStep failed = EChildStep::None;
+    EChildStep failed = EChildStep::NONE;
     int error = 0;
 };
 

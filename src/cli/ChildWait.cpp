@@ -53,11 +53,11 @@ EChildWait WaitForChild(pid_t child, milliseconds limit, int& status) {
     for (;;) {
         const pid_t changed = LookAtChild(child, status);
         if (changed != 0) {
-            return changed == child ? EChildWait::Changed : EChildWait::Failed;
+            return changed == child ? EChildWait::CHANGED : EChildWait::FAILED;
         }
         const auto remaining = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
         if (remaining <= milliseconds::zero()) {
-            return EChildWait::TimedOut;
+            return EChildWait::TIMED_OUT;
         }
         Pause(process, std::min(remaining, STOP_CHECK_INTERVAL));
     }

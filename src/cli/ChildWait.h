@@ -9,9 +9,9 @@
 #include <chrono>
 
 enum class EChildWait {
-    Changed,   // the child ended, was stopped or went on; `status` is as waitpid gives it
-    TimedOut,  // the limit passed; the child runs on
-    Failed     // there is no such child: somebody else took its end
+    CHANGED,    // the child ended, was stopped or went on; `status` is as waitpid gives it
+    TIMED_OUT,  // the limit passed; the child runs on
+    FAILED      // there is no such child: somebody else took its end
 };
 
 // Long enough to be no limit.

@@ -62,10 +62,10 @@ void TraceFailedStep(const CChildStart& start) {
     errno = start.error;
     const auto code = static_cast<unsigned int>(GetLastError());
     switch (start.failed) {
-        case EChildStep::Output:
+        case EChildStep::OUTPUT:
             QOR_TRACE(FAILURE, "ExecForeignModule open Error %08x.", code);
             break;
-        case EChildStep::Streams:
+        case EChildStep::STREAMS:
             QOR_TRACE(FAILURE, "ExecForeignModule dup2 Error %08x.", code);
             break;
         default:
@@ -78,13 +78,13 @@ void TraceFailedStep(const CChildStart& start) {
 CChildStart StartIfSafe(const std::string& command, const COutputFile& file,
                         const CChildSetup& setup) {
     if (file.IsOwn() && !IsOutOfOthersReach(file.Path())) {
-        return {-1, EChildStep::Output, EACCES};
+        return {-1, EChildStep::OUTPUT, EACCES};
     }
     return StartChild(command, setup);
 }
 
 EFileOpening OpeningOf(const COutputFile& file) {
-    return file.IsOwn() ? EFileOpening::Anew : EFileOpening::AsItStands;
+    return file.IsOwn() ? EFileOpening::ANEW : EFileOpening::AS_IT_STANDS;
 }
 
 CChildStart StartTool(const std::string& command, const COutputFile& outFile) {
@@ -92,18 +92,18 @@ CChildStart StartTool(const std::string& command, const COutputFile& outFile) {
     return StartIfSafe(command, outFile,
                        {.output = outFile.Path().c_str(),
                         .opening = OpeningOf(outFile),
-                        .errors = EErrorOutput::WithOutput,
+                        .errors = EErrorOutput::WITH_OUTPUT,
                         .environment = environment.Entries()});
 }
 
 int WaitForTool(pid_t child, unsigned long* exitCode, milliseconds limit) {
     int status = 0;
     const EChildWait wait = WaitForChild(child, limit, status);
-    if (wait == EChildWait::TimedOut) {
+    if (wait == EChildWait::TIMED_OUT) {
         KillChild(child);
         return EXEC_TIMEOUT;
     }
-    if (wait == EChildWait::Failed) {
+    if (wait == EChildWait::FAILED) {
         QOR_TRACE(FAILURE, "ExecForeignModule waitpid Error.");
         return EXEC_FAILED;
     }
@@ -129,7 +129,7 @@ CChildStart StartUtility(const std::string& command, const COutputFile& outFile,
                        {.directory = workDir.empty() ? nullptr : workDir.c_str(),
                         .output = path.empty() ? nullptr : path.c_str(),
                         .opening = OpeningOf(outFile),
-                        .errors = EErrorOutput::Dropped,
+                        .errors = EErrorOutput::DROPPED,
                         .environment = environ});
 }
 
@@ -138,11 +138,11 @@ EChildWait WaitBySeconds(pid_t child, unsigned long timeoutMs, int& status) {
     for (unsigned long seconds = timeoutMs / 1000;; --seconds) {
         const pid_t changed = LookAtChild(child, status);
         if (changed != 0) {
-            return changed == child ? EChildWait::Changed : EChildWait::Failed;
+            return changed == child ? EChildWait::CHANGED : EChildWait::FAILED;
         }
         if (seconds == 0) {
             Sleep(timeoutMs % 1000);
-            return EChildWait::TimedOut;
+            return EChildWait::TIMED_OUT;
         }
         Sleep(1000);
     }
@@ -153,10 +153,10 @@ unsigned int WaitForUtility(pid_t child, unsigned long* exitCode, unsigned long 
     const EChildWait wait = timeoutMs == EXEC_NO_TIMEOUT
                                 ? WaitForChild(child, NO_TIME_LIMIT, status)
                                 : WaitBySeconds(child, timeoutMs, status);
-    if (wait == EChildWait::TimedOut) {
+    if (wait == EChildWait::TIMED_OUT) {
         return EXEC_LSI_TIMEOUT;
     }
-    if (wait == EChildWait::Failed) {
+    if (wait == EChildWait::FAILED) {
         return EXEC_FAILED;
     }
     if (!WIFEXITED(status)) {
@@ -181,10 +181,10 @@ int ExecForeignModuleWithLimit(const std::string& command, const COutputFile& ou
     }
     *exitCode = EXIT_CODE_UNKNOWN;
     const CChildStart start = StartTool(command, outFile);
-    if (start.failed == EChildStep::Process) {
+    if (start.failed == EChildStep::PROCESS) {
         return EXEC_FAILED;
     }
-    if (start.failed != EChildStep::None) {
+    if (start.failed != EChildStep::NONE) {
         TraceFailedStep(start);
         *exitCode = EXIT_CODE_NOT_STARTED;
         return EXEC_OK;
@@ -203,10 +203,10 @@ unsigned int ExecForeignModule(const std::string& command, const COutputFile& ou
         return EXEC_FAILED;
     }
     const CChildStart start = StartUtility(command, outFile, workDir);
-    if (start.failed == EChildStep::Process) {
+    if (start.failed == EChildStep::PROCESS) {
         return EXEC_FAILED;
     }
-    if (start.failed != EChildStep::None) {
+    if (start.failed != EChildStep::NONE) {
         *exitCode = EXIT_CODE_NOT_STARTED;
         return EXEC_OK;
     }

@@ -146,7 +146,7 @@ bool CMSRAID_CtrlInfoGetter::ParseSettingInfo(std::ifstream& stream, std::string
             ++placeholderPosition;
         }
         InsertItem(m_RaidList, placeholderPosition, CurTitleName(), CTRL_RECON_RATE_NAME, "",
-                   EItemFlag::Placeholder);
+                   EItemFlag::PLACEHOLDER);
     }
     return true;
 }
@@ -172,7 +172,7 @@ bool CMSRAID_CtrlInfoGetter::ParseFirmwareInfo(std::ifstream& stream, std::strin
     }
     const ItemPosition first = std::next(title);
     const auto addPlaceholder = [&](const char* name) {
-        InsertItem(m_RaidList, first, CurTitleName(), name, "", EItemFlag::Placeholder);
+        InsertItem(m_RaidList, first, CurTitleName(), name, "", EItemFlag::PLACEHOLDER);
     };
     if (!packageSeen) {
         addPlaceholder(CTRL_FIRM_PACK_VER_NAME);

@@ -213,7 +213,7 @@ void CMSRAID_InfoGetter::StartRoot(const char* rootName) {
 }
 
 void CMSRAID_InfoGetter::AddPlaceholder(const char* name) {
-    AddItem(m_RaidList, CurTitleName(), name, "", EItemFlag::Placeholder);
+    AddItem(m_RaidList, CurTitleName(), name, "", EItemFlag::PLACEHOLDER);
 }
 
 bool CMSRAID_InfoGetter::ParseHeaderNumber(std::ifstream& stream, const std::string& line,

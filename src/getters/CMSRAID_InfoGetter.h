@@ -113,10 +113,10 @@ protected:
     // where the items of the request's reports would take more than ITEM_MEMORY.
     ItemPosition InsertItem(std::list<CItemDisp*>& list, ItemPosition position,
                             const std::string& parentName, const std::string& itemName,
-                            const std::string& itemValue, EItemFlag flag = EItemFlag::Shown);
+                            const std::string& itemValue, EItemFlag flag = EItemFlag::SHOWN);
     ItemPosition AddItem(std::list<CItemDisp*>& list, const std::string& parentName,
                          const std::string& itemName, const std::string& itemValue,
-                         EItemFlag flag = EItemFlag::Shown);
+                         EItemFlag flag = EItemFlag::SHOWN);
     // Counts what is made of a report besides items. Throws likewise.
     void TakeMemory(size_t bytes);
     // Takes note of a report that made too much of itself; false.

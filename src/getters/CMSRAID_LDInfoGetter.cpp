@@ -286,9 +286,9 @@ bool CMSRAID_LDInfoGetter::ParseAssocBlock(std::ifstream& stream, const std::str
         return false;
     }
     InsertItem(m_RaidList, pdNumber, CurTitleName(), LD_STRIPE_SIZE_NAME, "",
-               EItemFlag::Placeholder);
+               EItemFlag::PLACEHOLDER);
     AddItem(m_LDSetItemList, LD_SET_INFO_TITLE_NAME, LD_ACCESS_POLICY_NAME, "",
-            EItemFlag::Placeholder);
+            EItemFlag::PLACEHOLDER);
     return true;
 }
 

@@ -225,7 +225,7 @@ bool CMSRAID_PDInfoGetter::ParseGeneralnfo(std::ifstream& stream, std::string) {
     }
     if (!temperatureSeen) {
         InsertItem(m_RaidList, powerStatus, CurTitleName(), PD_TEMPERATURE_NAME, "",
-                   EItemFlag::Placeholder);
+                   EItemFlag::PLACEHOLDER);
     }
     return true;
 }

@@ -85,14 +85,14 @@ std::vector<std::pair<std::string, std::string>> LinesOfForm(
     bool inHeader = true;
     size_t fields = 0;
     for (const qorctl::CSvpEntry& entry : entries) {
-        if (entry.kind == qorctl::CSvpEntry::EKind::Heading) {
+        if (entry.kind == qorctl::CSvpEntry::EKind::HEADING) {
             inHeader = entry.name == "header";
             fields = entry.name.starts_with("controller") ? 3 : 1;
         }
-        if (inHeader || entry.kind == qorctl::CSvpEntry::EKind::Note) {
+        if (inHeader || entry.kind == qorctl::CSvpEntry::EKind::NOTE) {
             continue;
         }
-        if (entry.kind == qorctl::CSvpEntry::EKind::Field && fields > 0) {
+        if (entry.kind == qorctl::CSvpEntry::EKind::FIELD && fields > 0) {
             Demand(std::find(std::begin(COUNTS), std::end(COUNTS), entry.name) != std::end(COUNTS),
                    "a section begins with its counts and sizes", entry.name);
             --fields;

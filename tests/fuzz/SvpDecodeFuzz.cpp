@@ -30,7 +30,7 @@ std::string OtherForm(const std::string& text) {
 void DemandOrder(const CEntries& entries, size_t digits) {
     size_t previous = 0;
     for (const qorctl::CSvpEntry& entry : entries) {
-        if (entry.kind == qorctl::CSvpEntry::EKind::Note) {
+        if (entry.kind == qorctl::CSvpEntry::EKind::NOTE) {
             continue;
         }
         Demand(entry.offset >= previous, "the fields are in the order of their bytes", entry.name);

@@ -12,10 +12,10 @@
 namespace qortest {
 
 bool Enter(EKernel kernel) {
-    if (kernel == EKernel::whole) {
+    if (kernel == EKernel::WHOLE) {
         return true;
     }
-    const unsigned int error = kernel == EKernel::withoutOpenat2 ? ENOSYS : EPERM;
+    const unsigned int error = kernel == EKernel::WITHOUT_OPENAT2 ? ENOSYS : EPERM;
     std::array<sock_filter, 4> program = {{
         BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
         BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_openat2, 0, 1),

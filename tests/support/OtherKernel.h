@@ -6,7 +6,7 @@ namespace qortest {
 
 // One that opens files beneath a folder by itself, an older one, or one whose filter of system
 // calls does not know that call.
-enum class EKernel { whole, withoutOpenat2, forbidsOpenat2 };
+enum class EKernel { WHOLE, WITHOUT_OPENAT2, FORBIDS_OPENAT2 };
 
 // Puts this process on such a kernel for good; false if that cannot be.
 bool Enter(EKernel kernel);

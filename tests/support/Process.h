@@ -39,7 +39,7 @@ struct CProgramRun {
     unsigned short terminalWidth = 0;   // columns; 0: the terminal does not say
     // Told all that came from the terminal so far, each time something came.
     std::function<void(const std::string& text)> onTerminal = {};
-    EKernel kernel = EKernel::whole;
+    EKernel kernel = EKernel::WHOLE;
     std::chrono::milliseconds limit = RUN_LIMIT;
 };
 
@@ -56,7 +56,7 @@ struct CEnd {
 // Reads standard output to its end, that of the program's descendants included; standard error
 // until the program ends. A terminal's line ends come back as "\n".
 CEnd RunCommand(const CProgramRun& run);
-CEnd RunProgram(const CStrings& words, EKernel kernel = EKernel::whole);
+CEnd RunProgram(const CStrings& words, EKernel kernel = EKernel::WHOLE);
 
 // What waitpid() said of a child that ended, without outputs.
 CEnd EndOf(int waitStatus);

@@ -313,14 +313,14 @@ bool CSvpDecoder::CheckEnd() {
 }
 
 void CSvpDecoder::AddHeading(size_t offset, size_t depth, std::string name) {
-    m_Entries.push_back({.kind = CSvpEntry::EKind::Heading,
+    m_Entries.push_back({.kind = CSvpEntry::EKind::HEADING,
                          .offset = offset,
                          .depth = depth,
                          .name = std::move(name)});
 }
 
 void CSvpDecoder::AddField(size_t offset, size_t depth, std::string name, std::string value) {
-    m_Entries.push_back({.kind = CSvpEntry::EKind::Field,
+    m_Entries.push_back({.kind = CSvpEntry::EKind::FIELD,
                          .offset = offset,
                          .depth = depth,
                          .name = std::move(name),
@@ -328,7 +328,7 @@ void CSvpDecoder::AddField(size_t offset, size_t depth, std::string name, std::s
 }
 
 void CSvpDecoder::AddNote(size_t depth, std::string text) {
-    m_Entries.push_back({.kind = CSvpEntry::EKind::Note, .depth = depth, .name = std::move(text)});
+    m_Entries.push_back({.kind = CSvpEntry::EKind::NOTE, .depth = depth, .name = std::move(text)});
 }
 
 void CSvpDecoder::NoteMissing(size_t depth, const char* what, uint64_t missing) {
@@ -370,12 +370,12 @@ std::string FormatSvpForm(const std::vector<CSvpEntry>& form, const CTextStyle& 
     for (const CSvpEntry& entry : form) {
         const std::string indent(2 * entry.depth, ' ');
         const std::string name = MakeVisible(entry.name, style);
-        if (entry.kind == CSvpEntry::EKind::Note) {
+        if (entry.kind == CSvpEntry::EKind::NOTE) {
             text += fmt::format("{:8}  {}note: {}\n", "", indent, name);
             continue;
         }
         text += fmt::format("{:>8}  {}{}", entry.offset, indent, name);
-        if (entry.kind == CSvpEntry::EKind::Field) {
+        if (entry.kind == CSvpEntry::EKind::FIELD) {
             const size_t width = indent.size() + CountColumns(name);
             text.append(NAME_COLUMNS - std::min(width, NAME_COLUMNS), ' ');
             text += " :";

@@ -33,9 +33,9 @@ namespace qorctl {
 
 // One line of the decoded form.
 struct CSvpEntry {
-    enum class EKind { Heading, Field, Note };
+    enum class EKind { HEADING, FIELD, NOTE };
 
-    EKind kind = EKind::Heading;
+    EKind kind = EKind::HEADING;
     size_t offset = 0;  // of the first byte, from 0; without meaning for a note
     size_t depth = 0;
     std::string name = {};   // of the section or the field, a label; the text of a note

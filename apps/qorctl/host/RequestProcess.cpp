@@ -145,7 +145,7 @@ void CRequestProcess::TakeFrame(EFrame kind, const CReplyReader::CFields& fields
         case EFrame::ITEM:
             AddItem(*m_Items, std::string(fields[0]), std::string(fields[1]),
                     std::string(fields[2]),
-                    fields[3] == "FALSE" ? EItemFlag::Placeholder : EItemFlag::Shown);
+                    fields[3] == "FALSE" ? EItemFlag::PLACEHOLDER : EItemFlag::SHOWN);
             break;
         case EFrame::REPLY:
             m_Result = ReadReply(fields).value_or(CReply());

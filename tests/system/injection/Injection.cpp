@@ -55,7 +55,7 @@ public:
             --m_Successes;
             return false;
         }
-        if (m_Strikes > 0 && m_Duration == EDuration::Once) {
+        if (m_Strikes > 0 && m_Duration == EDuration::ONCE) {
             return false;
         }
         ++m_Strikes;
@@ -65,7 +65,7 @@ public:
 private:
     CFailure m_Failure;
     long m_Successes = 0;
-    EDuration m_Duration = EDuration::Once;
+    EDuration m_Duration = EDuration::ONCE;
     long m_Strikes = 0;
 };
 

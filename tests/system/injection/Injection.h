@@ -34,7 +34,7 @@ inline constexpr int ONE_BYTE = -1;
 // as a killed one is for a moment.
 inline constexpr int STOPPED = -2;
 
-enum class EDuration { Once, Lasting };
+enum class EDuration { ONCE, LASTING };
 
 struct CFailure {
     const char* function = nullptr;
@@ -45,7 +45,7 @@ struct CInjection {
     const char* function;
     int error;
     long successes = 0;  // calls that still succeed
-    EDuration duration = EDuration::Once;
+    EDuration duration = EDuration::ONCE;
     // Fails as well, from its first call on and as long: the function is called only then.
     CFailure cause = {};
 };

@@ -287,10 +287,10 @@ void ExpectThrown(const CRequest& request, const CTrial& trial, const CInjection
     if (!trial.isAsked) {
         return;
     }
-    if (request.texts == ETexts::Codes) {
+    if (request.texts == ETexts::CODES) {
         EXPECT_TRUE(HoldsCodesOfAnAnswer(request, trial.outcome))
             << trial.outcome.errorCode << "/" << trial.outcome.noticeCode;
-    } else if (request.texts == ETexts::CodesAndDetail) {
+    } else if (request.texts == ETexts::CODES_AND_DETAIL) {
         EXPECT_EQ(trial.outcome.errorCode, "");
         EXPECT_EQ(trial.outcome.noticeCode, "");
         EXPECT_EQ(trial.outcome.errorDetail, NO_DETAIL);
@@ -366,7 +366,7 @@ void CInjectionFixture::ExpectAnswer(const CTrial& trial) const {
         EXPECT_TRUE(Holds(m_Request->successes, trial.verdict)) << trial.verdict;
         ExpectSuccess(trial);
     }
-    if (m_Request->texts == ETexts::CodesAndDetail) {
+    if (m_Request->texts == ETexts::CODES_AND_DETAIL) {
         ExpectDetail(trial);
     }
     if (trial.outcome.errorCode == "02") {
@@ -376,9 +376,9 @@ void CInjectionFixture::ExpectAnswer(const CTrial& trial) const {
 
 void CInjectionFixture::ExpectFailure(const CTrial& trial) const {
     EXPECT_TRUE(trial.outcome.items.empty());
-    if (m_Request->texts == ETexts::Codes) {
+    if (m_Request->texts == ETexts::CODES) {
         EXPECT_EQ(trial.content, m_Nothing.second) << "no form of no controller";
-    } else if (m_Request->texts == ETexts::CodesAndDetail) {
+    } else if (m_Request->texts == ETexts::CODES_AND_DETAIL) {
         EXPECT_EQ(trial.content, "");
     }
 }
@@ -473,7 +473,7 @@ void CInjectionFixture::TryCalls(const CFailingFunction& function) {
         for (size_t i = first; left && i < end; ++i) {
             const int error = function.errors[i];
             // Interruptions do not last; whoever is interrupted tries again.
-            const EDuration duration = error == EINTR ? EDuration::Once : m_Duration;
+            const EDuration duration = error == EINTR ? EDuration::ONCE : m_Duration;
             left = Try({function.name, error, call, duration, function.cause});
         }
     }
@@ -485,7 +485,7 @@ void CInjectionFixture::TryCalls(const CFailingFunction& function) {
 std::string ParameterName(const testing::TestParamInfo<CInjectionFixture::ParamType>& parameter) {
     const auto& [request, duration] = parameter.param;
     return std::string(Requests()[request].name) +
-           (duration == EDuration::Lasting ? "Lasting" : "Once");
+           (duration == EDuration::LASTING ? "Lasting" : "Once");
 }
 
 }  // namespace qortest

@@ -56,7 +56,7 @@ private:
     void ExpectDetail(const CTrial& trial) const;
 
     const CRequest* m_Request = nullptr;
-    EDuration m_Duration = EDuration::Once;
+    EDuration m_Duration = EDuration::ONCE;
     long m_Struck = 0;
     Answer m_Whole;
     std::string m_WholeFile;  // of KRZExecCli
@@ -74,7 +74,7 @@ std::string ParameterName(const testing::TestParamInfo<CInjectionFixture::ParamT
 // One failure, and failure of all calls from one on, in the first `count` requests.
 inline auto InRequests(size_t count) {
     return testing::Combine(testing::Range(size_t{0}, count),
-                            testing::Values(EDuration::Once, EDuration::Lasting));
+                            testing::Values(EDuration::ONCE, EDuration::LASTING));
 }
 
 }  // namespace qortest

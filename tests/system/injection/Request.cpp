@@ -117,7 +117,7 @@ std::string Content(const COutcome& outcome) {
 
 std::string Verdict(const CRequest& request, const COutcome& outcome) {
     const std::string result = std::to_string(outcome.result);
-    return request.texts == ETexts::None
+    return request.texts == ETexts::NONE
                ? result
                : result + "/" + outcome.errorCode + "/" + outcome.noticeCode;
 }
@@ -146,7 +146,7 @@ void HideVersion() {
 const std::vector<CRequest>& Requests() {
     static const std::vector<CRequest> requests = {
         {"GetStorageInfo",
-         ETexts::CodesAndDetail,
+         ETexts::CODES_AND_DETAIL,
          Nothing,
          AskStorage,
          "1//",
@@ -156,7 +156,7 @@ const std::vector<CRequest>& Requests() {
          {"1//", "1//01", "1/02/02"},
          7},
         {"GetPDInfo",
-         ETexts::CodesAndDetail,
+         ETexts::CODES_AND_DETAIL,
          Nothing,
          AskDrive,
          "1//",
@@ -166,7 +166,7 @@ const std::vector<CRequest>& Requests() {
          {"1//"},
          3},
         {"GetCtrlPDInfoBinaryString",
-         ETexts::Codes,
+         ETexts::CODES,
          Nothing,
          AskForm,
          "1//",
@@ -176,7 +176,7 @@ const std::vector<CRequest>& Requests() {
          {"1//", "1//01", "1/02/02"},
          7},
         {"KRZExecCli",
-         ETexts::None,
+         ETexts::NONE,
          Nothing,
          AskExec,
          "0",
@@ -186,7 +186,7 @@ const std::vector<CRequest>& Requests() {
          {"0"},
          1},
         {"GetRAIDInfoWithoutToolAndDeviceList",
-         ETexts::CodesAndDetail,
+         ETexts::CODES_AND_DETAIL,
          RemoveToolAndDeviceList,
          AskRaid,
          "0/02/",
@@ -196,7 +196,7 @@ const std::vector<CRequest>& Requests() {
          {"1//", "1/02/02"},
          1},
         {"GetRAIDInfoOfFailingController",
-         ETexts::CodesAndDetail,
+         ETexts::CODES_AND_DETAIL,
          LetControllerFail,
          AskRaid,
          "0/01/",
@@ -205,7 +205,7 @@ const std::vector<CRequest>& Requests() {
          {"0/01/", "0/01/01", "0/02/", "0/02/01", "0/03/", "0/03/01"},
          {"1//", "1/02/02"},
          1},
-        {"XmlSerialize", ETexts::None, Nothing, AskXml, "0", 1, "", {}, {"0"}, 1},
+        {"XmlSerialize", ETexts::NONE, Nothing, AskXml, "0", 1, "", {}, {"0"}, 1},
     };
     return requests;
 }

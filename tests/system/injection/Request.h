@@ -25,7 +25,7 @@ struct COutcome {
 };
 
 // The result texts that a request fills.
-enum class ETexts { None, Codes, CodesAndDetail };
+enum class ETexts { NONE, CODES, CODES_AND_DETAIL };
 
 // The items and the text, readable.
 std::string Content(const COutcome& outcome);

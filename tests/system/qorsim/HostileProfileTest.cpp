@@ -51,9 +51,9 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Kernels, CHostileProfileTest,
-                         testing::Values(EKernel::whole, EKernel::withoutOpenat2),
+                         testing::Values(EKernel::WHOLE, EKernel::WITHOUT_OPENAT2),
                          [](const auto& row) {
-                             return row.param == EKernel::whole ? "Whole" : "WithoutOpenat2";
+                             return row.param == EKernel::WHOLE ? "Whole" : "WithoutOpenat2";
                          });
 
 TEST_P(CHostileProfileTest, WhatIsNoFileIsRefusedAtOnce) {

@@ -72,13 +72,13 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Kernels, CHostileRecordingTest,
-                         testing::Values(EKernel::whole, EKernel::withoutOpenat2,
-                                         EKernel::forbidsOpenat2),
+                         testing::Values(EKernel::WHOLE, EKernel::WITHOUT_OPENAT2,
+                                         EKernel::FORBIDS_OPENAT2),
                          [](const auto& row) {
                              switch (row.param) {
-                                 case EKernel::whole:
+                                 case EKernel::WHOLE:
                                      return "Whole";
-                                 case EKernel::withoutOpenat2:
+                                 case EKernel::WITHOUT_OPENAT2:
                                      return "WithoutOpenat2";
                                  default:
                                      return "ForbidsOpenat2";

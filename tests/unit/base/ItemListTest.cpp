@@ -32,8 +32,8 @@ TEST(ItemList, InsertedItemStandsBeforeThePosition) {
 
 TEST(ItemList, PlaceholderIsNotShown) {
     CItemListOwner items;
-    EXPECT_EQ((*AddItem(items, "p", "n", "", EItemFlag::Placeholder))->Enable(), "FALSE");
-    EXPECT_EQ((*InsertItem(items, items.end(), "p", "n", "", EItemFlag::Placeholder))->Enable(),
+    EXPECT_EQ((*AddItem(items, "p", "n", "", EItemFlag::PLACEHOLDER))->Enable(), "FALSE");
+    EXPECT_EQ((*InsertItem(items, items.end(), "p", "n", "", EItemFlag::PLACEHOLDER))->Enable(),
               "FALSE");
 }
 

@@ -53,7 +53,7 @@ protected:
     // Status of the ended child.
     static int Run(const std::string& command, const CChildSetup& setup) {
         const CChildStart start = StartChild(command, setup);
-        EXPECT_EQ(start.failed, EChildStep::None);
+        EXPECT_EQ(start.failed, EChildStep::NONE);
         int status = -1;
         while (waitpid(start.child, &status, 0) < 0 && errno == EINTR) {
         }
@@ -75,8 +75,8 @@ TEST_F(CChildStartTest, OutputThatCannotBeMadeAnewIsNotWrittenTo) {
     WriteFile(OUT, "");
     ASSERT_EQ(mount(victim.c_str(), OUT.c_str(), nullptr, MS_BIND, nullptr), 0);
     const CChildStart start = StartChild(
-        "echo out", {.output = OUT.c_str(), .opening = EFileOpening::Anew, .environment = environ});
-    EXPECT_EQ(start.failed, EChildStep::Output);
+        "echo out", {.output = OUT.c_str(), .opening = EFileOpening::ANEW, .environment = environ});
+    EXPECT_EQ(start.failed, EChildStep::OUTPUT);
     EXPECT_EQ(start.error, EEXIST);
     ASSERT_EQ(umount(OUT.c_str()), 0);
     EXPECT_EQ(ReadFile(victim), "text");
@@ -85,7 +85,7 @@ TEST_F(CChildStartTest, OutputThatCannotBeMadeAnewIsNotWrittenTo) {
 TEST_F(CChildStartTest, ErrorsFollowTheOutputWhereTheyAreToldTo) {
     EXPECT_EQ(
         Run("echo out; echo err >&2",
-            {.output = OUT.c_str(), .errors = EErrorOutput::WithOutput, .environment = environ}),
+            {.output = OUT.c_str(), .errors = EErrorOutput::WITH_OUTPUT, .environment = environ}),
         0);
     EXPECT_EQ(ReadFile(OUT), "out\nerr\n");
 }
@@ -108,10 +108,10 @@ TEST_F(CChildStartTest, FailedStepIsToldAndLeavesNoChild) {
         EChildStep step;
         int error;
     } const rows[] = {
-        {{.directory = missing.c_str()}, nullptr, EChildStep::Directory, ENOENT},
-        {{.output = below.c_str()}, nullptr, EChildStep::Output, ENOENT},
-        {{.output = DIR.c_str()}, nullptr, EChildStep::Output, EISDIR},
-        {{}, "/opt/tarmica/run/empty", EChildStep::Command, ENOENT},
+        {{.directory = missing.c_str()}, nullptr, EChildStep::DIRECTORY, ENOENT},
+        {{.output = below.c_str()}, nullptr, EChildStep::OUTPUT, ENOENT},
+        {{.output = DIR.c_str()}, nullptr, EChildStep::OUTPUT, EISDIR},
+        {{}, "/opt/tarmica/run/empty", EChildStep::COMMAND, ENOENT},
     };
     for (const auto& row : rows) {
         const CVariable path("PATH", row.path != nullptr ? row.path : getenv("PATH"));
@@ -131,8 +131,8 @@ TEST_F(CChildStartTest, MissingNullDeviceIsAFailedStepWhereItIsTheOutput) {
                   const CChildStart dropped = StartChild("true", {.environment = environ});
                   const CChildStart errors =
                       StartChild("true", {.output = OUT.c_str(), .environment = environ});
-                  return dropped.failed == EChildStep::Output &&
-                                 errors.failed == EChildStep::Streams && errors.error == ENOENT
+                  return dropped.failed == EChildStep::OUTPUT &&
+                                 errors.failed == EChildStep::STREAMS && errors.error == ENOENT
                              ? 0
                              : 1;
               }),
@@ -224,7 +224,7 @@ TEST_F(CChildStartTest, CancellationOfTheHostsThreadWaits) {
     void* result = nullptr;
     pthread_join(thread, &result);
     EXPECT_EQ(result, PTHREAD_CANCELED) << "afterwards";
-    EXPECT_EQ(start.failed, EChildStep::None);
+    EXPECT_EQ(start.failed, EChildStep::NONE);
     EXPECT_EQ(waitpid(start.child, nullptr, 0), start.child);
     EXPECT_EQ(ReadFile(OUT), "ran\n");
 }
@@ -251,7 +251,7 @@ TEST_F(CChildStartTest, HostWithoutMemoryForTheStackGetsNoChild) {
                   const rlimit none = {0, 0};
                   setrlimit(RLIMIT_AS, &none);
                   const CChildStart start = StartChild("true", {.environment = environ});
-                  return start.failed == EChildStep::Process && start.error == ENOMEM &&
+                  return start.failed == EChildStep::PROCESS && start.error == ENOMEM &&
                                  start.child == -1
                              ? 0
                              : 1;
@@ -265,7 +265,7 @@ TEST_F(CChildStartTest, ProcessThatCannotBeMadeIsTold) {
                       return 2;
                   }
                   const CChildStart start = StartChild("true", {.environment = environ});
-                  return start.failed == EChildStep::Process && start.error == EPERM ? 0 : 1;
+                  return start.failed == EChildStep::PROCESS && start.error == EPERM ? 0 : 1;
               }),
               0);
 }
@@ -277,7 +277,7 @@ TEST_F(CChildStartTest, DescriptorsThatCannotBeListedToTheEndKeepTheCommandFromB
                       return 2;
                   }
                   const CChildStart start = StartChild("true", {.environment = environ});
-                  return start.failed == EChildStep::Seclusion ? 0 : 1;
+                  return start.failed == EChildStep::SECLUSION ? 0 : 1;
               }),
               0);
 }

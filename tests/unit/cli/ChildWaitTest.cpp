@@ -39,7 +39,7 @@ protected:
 TEST_F(CChildWaitTest, StopIsSeen) {
     const pid_t child = Start("kill -STOP $$");
     int status = 0;
-    EXPECT_EQ(WaitForChild(child, NO_TIME_LIMIT, status), EChildWait::Changed);
+    EXPECT_EQ(WaitForChild(child, NO_TIME_LIMIT, status), EChildWait::CHANGED);
     EXPECT_TRUE(WIFSTOPPED(status));
     KillChild(child);
 }
@@ -51,7 +51,7 @@ TEST_F(CChildWaitTest, ContinuationIsSeenWhereTheStopWasMissed) {
     kill(child, SIGCONT);
     ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &info, WCONTINUED | WNOWAIT), 0);
     int status = 0;
-    EXPECT_EQ(WaitForChild(child, NO_TIME_LIMIT, status), EChildWait::Changed);
+    EXPECT_EQ(WaitForChild(child, NO_TIME_LIMIT, status), EChildWait::CHANGED);
     EXPECT_TRUE(WIFCONTINUED(status));
     KillChild(child);
 }
@@ -59,7 +59,7 @@ TEST_F(CChildWaitTest, ContinuationIsSeenWhereTheStopWasMissed) {
 TEST_F(CChildWaitTest, ChildBeyondTheLimitRunsOn) {
     const pid_t child = Start("exec sleep 600");
     int status = 0;
-    EXPECT_EQ(WaitForChild(child, milliseconds(20), status), EChildWait::TimedOut);
+    EXPECT_EQ(WaitForChild(child, milliseconds(20), status), EChildWait::TIMED_OUT);
     EXPECT_EQ(waitpid(child, &status, WNOHANG), 0);
     KillChild(child);
     EXPECT_EQ(waitpid(child, &status, WNOHANG), -1);
@@ -70,13 +70,13 @@ TEST_F(CChildWaitTest, LimitOfZeroStillTakesAnEndThatHappened) {
     siginfo_t info = {};
     ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT), 0);
     int status = 0;
-    EXPECT_EQ(WaitForChild(child, milliseconds(0), status), EChildWait::Changed);
+    EXPECT_EQ(WaitForChild(child, milliseconds(0), status), EChildWait::CHANGED);
     EXPECT_EQ(WEXITSTATUS(status), 5);
 }
 
 TEST_F(CChildWaitTest, WaitForSomebodyElsesProcessFails) {
     int status = 0;
-    EXPECT_EQ(WaitForChild(getppid(), NO_TIME_LIMIT, status), EChildWait::Failed);
+    EXPECT_EQ(WaitForChild(getppid(), NO_TIME_LIMIT, status), EChildWait::FAILED);
 }
 
 TEST_F(CChildWaitTest, KillReachesTheWholeGroup) {
@@ -84,7 +84,7 @@ TEST_F(CChildWaitTest, KillReachesTheWholeGroup) {
     const pid_t child =
         Start("exec 9>" + DIR + "/witness; (trap '' TERM; sleep 600; true) & kill -STOP $$");
     int status = 0;
-    ASSERT_EQ(WaitForChild(child, NO_TIME_LIMIT, status), EChildWait::Changed);
+    ASSERT_EQ(WaitForChild(child, NO_TIME_LIMIT, status), EChildWait::CHANGED);
     KillChild(child);
     EXPECT_EQ(witness.TextWhenAllAreGone(), "");
 }
@@ -116,7 +116,7 @@ TEST_F(CChildWaitTest, EndIsSeenWithoutAProcessDescriptor) {
                       }
                       int status = 0;
                       const pid_t child = Start("sleep 0.01; exit 5");
-                      return WaitForChild(child, NO_TIME_LIMIT, status) == EChildWait::Changed &&
+                      return WaitForChild(child, NO_TIME_LIMIT, status) == EChildWait::CHANGED &&
                                      WEXITSTATUS(status) == 5
                                  ? 0
                                  : 1;
@@ -135,7 +135,7 @@ TEST_F(CChildWaitTest, LimitHoldsWithoutAProcessDescriptor) {
                   int status = 0;
                   const EChildWait wait = WaitForChild(child, milliseconds(30), status);
                   KillChild(child);
-                  return wait == EChildWait::TimedOut ? 0 : 1;
+                  return wait == EChildWait::TIMED_OUT ? 0 : 1;
               }),
               0);
 }

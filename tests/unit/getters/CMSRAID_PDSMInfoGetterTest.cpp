@@ -658,16 +658,16 @@ TEST_F(PDSMInfoGetter, GroupItemsStandUnderTheCurrentSection) {
 
 // --- robustness ---
 
-enum class EOutcome { Read, Rejected, OutOfRange };
+enum class EOutcome { READ, REJECTED, OUT_OF_RANGE };
 
 EOutcome ParseDamaged(const std::string& report) {
     CParser parser;
     try {
         const bool result = parser.ParseText(report);
         ExpectSoundTree(parser.Items());
-        return result ? EOutcome::Read : EOutcome::Rejected;
+        return result ? EOutcome::READ : EOutcome::REJECTED;
     } catch (const std::out_of_range&) {
-        return EOutcome::OutOfRange;
+        return EOutcome::OUT_OF_RANGE;
     }
 }
 
@@ -681,9 +681,9 @@ TEST_F(PDSMInfoGetter, ReportCutAnywhereIsReadOrRejected) {
         for (size_t size = 0; size <= report.size(); ++size) {
             const bool mayHurt = (size > driveHeader && size < driveHeaderEnd) || size > table;
             const EOutcome outcome = ParseDamaged(report.substr(0, size));
-            EXPECT_TRUE(outcome == EOutcome::Read || mayHurt) << name << " cut at " << size;
+            EXPECT_TRUE(outcome == EOutcome::READ || mayHurt) << name << " cut at " << size;
         }
-        EXPECT_EQ(ParseDamaged(report), EOutcome::Read);
+        EXPECT_EQ(ParseDamaged(report), EOutcome::READ);
     }
 }
 

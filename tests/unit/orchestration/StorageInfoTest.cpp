@@ -48,10 +48,10 @@ struct CRequest {
     int result = -1;
 };
 
-enum class ECard { Absent, Present };
-enum class ESSD { Absent, Present };
+enum class ECard { ABSENT, PRESENT };
+enum class ESSD { ABSENT, PRESENT };
 // What stands for the RAID tool: nothing, on a host with disks or without; or the tool.
-enum class ETool { MissingWithDisks, MissingWithoutDisks, Installed };
+enum class ETool { MISSING_WITH_DISKS, MISSING_WITHOUT_DISKS, INSTALLED };
 
 struct CRow {
     ECard card;
@@ -80,8 +80,8 @@ protected:
         WriteFile(SSD_INI,
                   "[SuportDevice]\nSuportDeviceNum=1\nVendor1=VEN_8086\nDevice1=DEV_0A54\n");
         WriteFile(DEVICE_LIST, std::string("00:00.0_8086:7190_0000_00\n") +
-                                   (card == ECard::Present ? "02:00.0_1000:005d_0000_02\n" : "") +
-                                   (ssd == ESSD::Present ? "03:00.0_8086:0a54_0000_00\n" : ""));
+                                   (card == ECard::PRESENT ? "02:00.0_1000:005d_0000_02\n" : "") +
+                                   (ssd == ESSD::PRESENT ? "03:00.0_8086:0a54_0000_00\n" : ""));
     }
 
     static void PlayVersion(CStandInTool& tool, const std::string& version) {
@@ -97,7 +97,7 @@ protected:
 
     // A host with both kinds of devices up to the SSDs' report, which `step` answers.
     static void ExpectSSDFailure(const CToolStep& step, const std::string& answer) {
-        PutDevices(ECard::Present, ESSD::Present);
+        PutDevices(ECard::PRESENT, ESSD::PRESENT);
         CStandInTool tool;
         PlayRAID(tool);
         PlayVersion(tool, "7.2");
@@ -124,26 +124,27 @@ void ExpectRow(const CRow& row) {
 
 TEST_F(StorageInfo, HostWithoutTheToolIsAnswered) {
     const std::vector<CRow> rows = {
-        {ECard::Absent, ESSD::Absent, ETool::MissingWithDisks, "", "1 '' '' 'none'", false, false},
-        {ECard::Absent, ESSD::Present, ETool::MissingWithDisks, "", "0 '02' '' 'none'", false,
+        {ECard::ABSENT, ESSD::ABSENT, ETool::MISSING_WITH_DISKS, "", "1 '' '' 'none'", false,
          false},
-        {ECard::Present, ESSD::Absent, ETool::MissingWithDisks, "", "0 '02' '' 'none'", false,
+        {ECard::ABSENT, ESSD::PRESENT, ETool::MISSING_WITH_DISKS, "", "0 '02' '' 'none'", false,
          false},
-        {ECard::Present, ESSD::Present, ETool::MissingWithDisks, "", "0 '02' '' 'none'", false,
+        {ECard::PRESENT, ESSD::ABSENT, ETool::MISSING_WITH_DISKS, "", "0 '02' '' 'none'", false,
          false},
-        {ECard::Present, ESSD::Absent, ETool::MissingWithoutDisks, "", "1 '02' '02' 'none'", false,
+        {ECard::PRESENT, ESSD::PRESENT, ETool::MISSING_WITH_DISKS, "", "0 '02' '' 'none'", false,
          false},
-        {ECard::Present, ESSD::Present, ETool::MissingWithoutDisks, "", "0 '02' '02' 'none'", false,
-         false},
+        {ECard::PRESENT, ESSD::ABSENT, ETool::MISSING_WITHOUT_DISKS, "", "1 '02' '02' 'none'",
+         false, false},
+        {ECard::PRESENT, ESSD::PRESENT, ETool::MISSING_WITHOUT_DISKS, "", "0 '02' '02' 'none'",
+         false, false},
     };
     for (const CRow& row : rows) {
         fs::remove_all(fs::path(STORCLI).parent_path());
         PutDevices(row.card, row.ssd);
         CStandInTool utility(STORCLI);
-        if (row.card == ECard::Present) {
+        if (row.card == ECard::PRESENT) {
             utility.Play("/call show",
-                         {.out = row.tool == ETool::MissingWithDisks ? "Physical Drives = 4\n"
-                                                                     : "Physical Drives = 0\n"});
+                         {.out = row.tool == ETool::MISSING_WITH_DISKS ? "Physical Drives = 4\n"
+                                                                       : "Physical Drives = 0\n"});
         }
         ExpectRow(row);
     }
@@ -156,13 +157,13 @@ TEST_F(StorageInfo, HostWithoutACardShowsItsSSDsByTheVersion) {
         const std::string text = version;
         const bool shown = text == "7.0" || text == "7.2" || text == "12.5" || text == "7.";
         fs::remove_all(TOOL_DIR);
-        PutDevices(ECard::Absent, ESSD::Present);
+        PutDevices(ECard::ABSENT, ESSD::PRESENT);
         CStandInTool tool;
         PlayVersion(tool, version);
         if (shown) {
             tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
         }
-        ExpectRow({ECard::Absent, ESSD::Present, ETool::Installed, text, answer, false, shown});
+        ExpectRow({ECard::ABSENT, ESSD::PRESENT, ETool::INSTALLED, text, answer, false, shown});
     }
 }
 
@@ -179,29 +180,29 @@ TEST_F(StorageInfo, HostWithACardShowsWhatTheVersionKnows) {
         {"7.0", "-pdinfo -nosmart", "", true},  {"7.02.00", "-pdinfo", "01", false},
         {"", "-pdinfo", "01", false},
     };
-    for (const ESSD ssd : {ESSD::Absent, ESSD::Present}) {
+    for (const ESSD ssd : {ESSD::ABSENT, ESSD::PRESENT}) {
         for (const CVersionRow& row : versions) {
             fs::remove_all(TOOL_DIR);
-            PutDevices(ECard::Present, ssd);
+            PutDevices(ECard::PRESENT, ssd);
             CStandInTool tool;
             PlayRAID(tool, row.version, row.driveCommand);
-            const bool shown = row.ssdShown && ssd == ESSD::Present;
-            if (ssd == ESSD::Present) {
+            const bool shown = row.ssdShown && ssd == ESSD::PRESENT;
+            if (ssd == ESSD::PRESENT) {
                 PlayVersion(tool, row.version);
             }
             if (shown) {
                 tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
             }
-            ExpectRow({ECard::Present, ssd, ETool::Installed, row.version,
+            ExpectRow({ECard::PRESENT, ssd, ETool::INSTALLED, row.version,
                        std::string("1 '' '") + row.notice + "' 'none'", true, shown});
         }
     }
 }
 
 TEST_F(StorageInfo, HostWithNeitherRunsNothing) {
-    PutDevices(ECard::Absent, ESSD::Absent);
+    PutDevices(ECard::ABSENT, ESSD::ABSENT);
     const CStandInTool toolThatIsNotAsked;
-    ExpectRow({ECard::Absent, ESSD::Absent, ETool::Installed, "", "1 '' '' 'none'", false, false});
+    ExpectRow({ECard::ABSENT, ESSD::ABSENT, ETool::INSTALLED, "", "1 '' '' 'none'", false, false});
     EXPECT_EQ(FakeComLib().traces,
               (std::vector<CTraceLine>{{4, "CMSRAID_InterFace::CMSRAID_InterFace [START]"},
                                        {4, "CMSRAID_InterFace::CMSRAID_InterFace [END]"},
@@ -236,7 +237,7 @@ TEST_F(StorageInfo, BuiltInSSDNeedsNoIniFile) {
 // --- order ---
 
 TEST_F(StorageInfo, SSDsFollowTheRAIDInformation) {
-    PutDevices(ECard::Present, ESSD::Present);
+    PutDevices(ECard::PRESENT, ESSD::PRESENT);
     CItems raid;
     std::string errCode;
     std::string notice;
@@ -272,7 +273,7 @@ TEST_F(StorageInfo, SSDsFollowTheRAIDInformation) {
 }
 
 TEST_F(StorageInfo, ItemsAreAppendedBehindTheCallers) {
-    PutDevices(ECard::Absent, ESSD::Present);
+    PutDevices(ECard::ABSENT, ESSD::PRESENT);
     CStandInTool tool;
     PlayVersion(tool, "7.0");
     tool.Play(SSD_COMMAND, {.out = SSD_REPORT});
@@ -316,7 +317,7 @@ TEST_F(StorageInfo, RAIDInformationComesThroughTheTable) {
 }
 
 TEST_F(StorageInfo, ResultOfTheSSDsReplacesTheOneOfTheRAIDInformation) {
-    PutDevices(ECard::Absent, ESSD::Present);
+    PutDevices(ECard::ABSENT, ESSD::PRESENT);
     CStandInTool tool;
     PlayVersion(tool, "7.02.00");
     PlayVersion(tool, "6.8");
@@ -333,7 +334,7 @@ TEST_F(StorageInfo, ResultOfTheSSDsReplacesTheOneOfTheRAIDInformation) {
 }
 
 TEST_F(StorageInfo, CodeOfTheSSDsIsPutBeforeTheOneOfTheRAIDInformation) {
-    PutDevices(ECard::Absent, ESSD::Present);
+    PutDevices(ECard::ABSENT, ESSD::PRESENT);
     CStandInTool tool;
     PlayVersion(tool, "7.0");
     tool.Play(SSD_COMMAND, {.out = "Error - broken\n"});
@@ -350,7 +351,7 @@ TEST_F(StorageInfo, CodeOfTheSSDsIsPutBeforeTheOneOfTheRAIDInformation) {
 }
 
 TEST_F(StorageInfo, MissingToolForAnSSDReplacesWhateverCodeThereIs) {
-    PutDevices(ECard::Absent, ESSD::Present);
+    PutDevices(ECard::ABSENT, ESSD::PRESENT);
     CRAIDInfoDouble interFace(1);
     CItems items;
     std::string errCode;
@@ -364,7 +365,7 @@ TEST_F(StorageInfo, MissingToolForAnSSDReplacesWhateverCodeThereIs) {
 // --- skipping the SSDs ---
 
 TEST_F(StorageInfo, OldToolIsTracedAndSkipsTheSSDs) {
-    PutDevices(ECard::Absent, ESSD::Present);
+    PutDevices(ECard::ABSENT, ESSD::PRESENT);
     CStandInTool tool;
     PlayVersion(tool, "6.8");
     const CRequest request;
@@ -375,7 +376,7 @@ TEST_F(StorageInfo, OldToolIsTracedAndSkipsTheSSDs) {
 }
 
 TEST_F(StorageInfo, UnreadableVersionSkipsTheSSDsWithoutAWord) {
-    PutDevices(ECard::Absent, ESSD::Present);
+    PutDevices(ECard::ABSENT, ESSD::PRESENT);
     CStandInTool tool;
     PlayVersion(tool, "7.02.00");
     const CRequest request;
@@ -390,7 +391,7 @@ TEST_F(StorageInfo, UnreadableVersionSkipsTheSSDsWithoutAWord) {
 TEST_F(StorageInfo, GetterIsMadeBehindTheVersionWhateverItIs) {
     for (const char* version : {"7.02.00", "6.8"}) {
         fs::remove_all(TOOL_DIR);
-        PutDevices(ECard::Absent, ESSD::Present);
+        PutDevices(ECard::ABSENT, ESSD::PRESENT);
         CStandInTool tool;
         PlayVersion(tool, version);
         ResetFakeComLib();
@@ -413,7 +414,7 @@ TEST_F(StorageInfo, GetterIsMadeBehindTheVersionWhateverItIs) {
 }
 
 TEST_F(StorageInfo, VersionThatCannotBeAskedSkipsTheSSDs) {
-    PutDevices(ECard::Absent, ESSD::Present);
+    PutDevices(ECard::ABSENT, ESSD::PRESENT);
     CStandInTool tool;
     for (int i = 0; i < 3; ++i) {
         tool.Play("-v", {.out = VersionReport("7.2"), .status = 1});
@@ -426,7 +427,7 @@ TEST_F(StorageInfo, VersionThatCannotBeAskedSkipsTheSSDs) {
 // --- failures ---
 
 TEST_F(StorageInfo, MissingToolForAnSSDReplacesTheErrorCode) {
-    PutDevices(ECard::Present, ESSD::Present);
+    PutDevices(ECard::PRESENT, ESSD::PRESENT);
     const CRequest request;
     EXPECT_EQ(request.Answer(), "0 '02' '02' 'none'")
         << "assigned, not put before the other \"02\"";
@@ -441,7 +442,7 @@ TEST_F(StorageInfo, MissingToolForAnSSDReplacesTheErrorCode) {
 }
 
 TEST_F(StorageInfo, RAIDFailureEndsTheRequest) {
-    PutDevices(ECard::Present, ESSD::Present);
+    PutDevices(ECard::PRESENT, ESSD::PRESENT);
     CStandInTool tool;
     PlayVersion(tool, "7.2");
     tool.Play("-ctrlinfo -aAll", {.out = "Error - broken\n"});
@@ -463,7 +464,7 @@ TEST_F(StorageInfo, SSDReportThatIsNotUnderstoodFailsTheRequest) {
 }
 
 TEST_F(StorageInfo, SSDFailureTracesInOrder) {
-    PutDevices(ECard::Absent, ESSD::Present);
+    PutDevices(ECard::ABSENT, ESSD::PRESENT);
     CStandInTool tool;
     PlayVersion(tool, "7.0");
     tool.Play(SSD_COMMAND, {.out = "Error - broken\n"});
@@ -480,7 +481,7 @@ TEST_F(StorageInfo, SSDFailureTracesInOrder) {
 }
 
 TEST_F(StorageInfo, SSDFailureStandsBesideTheNoticeOfTheVersion) {
-    PutDevices(ECard::Present, ESSD::Present);
+    PutDevices(ECard::PRESENT, ESSD::PRESENT);
     CStandInTool tool;
     PlayRAID(tool, "4.3");
     PlayVersion(tool, "7.0");  // replaced while the request ran
@@ -511,7 +512,7 @@ TEST_F(StorageInfo, FailureFreesItsOwnListAndThenTheCallers) {
 }
 
 TEST_F(StorageInfo, FailureEmptiesTheCallersOwnItemsToo) {
-    PutDevices(ECard::Absent, ESSD::Present);
+    PutDevices(ECard::ABSENT, ESSD::PRESENT);
     CMSRAID_InterFace interFace;
     CItems items;
     AddItem(items, "", "before", "");
@@ -523,11 +524,11 @@ TEST_F(StorageInfo, FailureEmptiesTheCallersOwnItemsToo) {
 }
 
 TEST_F(StorageInfo, VersionLineThatEndsAtItsColonThrowsAndLeavesNothing) {
-    for (const ECard card : {ECard::Absent, ECard::Present}) {
+    for (const ECard card : {ECard::ABSENT, ECard::PRESENT}) {
         fs::remove_all(TOOL_DIR);
-        PutDevices(card, ESSD::Present);
+        PutDevices(card, ESSD::PRESENT);
         CStandInTool tool;
-        if (card == ECard::Present) {
+        if (card == ECard::PRESENT) {
             PlayRAID(tool);
         }
         tool.Play("-v", {.out = "Product Version :\n"});

@@ -37,8 +37,8 @@ protected:
 };
 
 INSTANTIATE_TEST_SUITE_P(Kernels, CFolderTest,
-                         testing::Values(EKernel::whole, EKernel::withoutOpenat2,
-                                         EKernel::forbidsOpenat2));
+                         testing::Values(EKernel::WHOLE, EKernel::WITHOUT_OPENAT2,
+                                         EKernel::FORBIDS_OPENAT2));
 
 // In a process of its own that stays on that kernel.
 TEST_P(CFolderTest, NothingOutsideIsRead) {

@@ -323,7 +323,7 @@ TEST(SvpFormTest, EveryItemComesBackFromTheOffsetWhereItStands) {
     ASSERT_TRUE(form) << problem;
     size_t found = 0;
     for (const CSvpEntry& entry : *form) {
-        if (found < pairs.size() && entry.kind == CSvpEntry::EKind::Field &&
+        if (found < pairs.size() && entry.kind == CSvpEntry::EKind::FIELD &&
             entry.name == pairs[found].first && entry.value == pairs[found].second) {
             const std::string item = Item(entry.name, entry.value).digits;
             EXPECT_EQ(digits.substr(2 * entry.offset, item.size()), item);
