@@ -20,18 +20,19 @@ constexpr int LOCK_TRIES = 3;  // others may make it anew at the same time
 constexpr int LOCK_FLAGS = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 constexpr int READ_FLAGS = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
-bool ReadRegular(int fd, std::string& text, std::string& problem) {
+// Returns the problem.
+std::string ReadRegular(int fd, std::string& text) {
     struct stat status = {};
     if (fstat(fd, &status) != 0) {
-        problem = std::strerror(errno);
-    } else if (!S_ISREG(status.st_mode)) {
-        problem = "not a regular file";
-    } else if (!util::IsTrustedOwner(status.st_uid)) {
-        problem = "it belongs to another user";
-    } else if (!util::ReadAll(fd, CStateFile::MAX_SIZE, text)) {
-        problem = std::strerror(errno);
+        return std::strerror(errno);
     }
-    return problem.empty();
+    if (!S_ISREG(status.st_mode)) {
+        return "not a regular file";
+    }
+    if (!util::IsTrustedOwner(status.st_uid)) {
+        return "it belongs to another user";
+    }
+    return util::ReadAll(fd, CStateFile::MAX_SIZE, text) ? "" : std::strerror(errno);
 }
 
 // Whether nobody but the caller and root can hold the lock: whoever may open a file may lock it.
@@ -124,7 +125,8 @@ CStateFile::ERead CStateFile::Read(std::string& text) {
         return missing ? ERead::MISSING : ERead::FAILED;
     }
     text.clear();
-    if (ReadRegular(fd.Get(), text, problem)) {
+    problem = ReadRegular(fd.Get(), text);
+    if (problem.empty()) {
         return ERead::DONE;
     }
     Fail(m_Path, problem);

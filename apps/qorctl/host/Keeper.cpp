@@ -20,6 +20,8 @@
 #include <utility>
 #include <vector>
 
+#include "model/Quantity.h"
+
 namespace qorctl {
 namespace {
 
@@ -65,8 +67,8 @@ std::vector<pid_t> AllProcesses() {
     std::vector<pid_t> processes;
     const std::unique_ptr<DIR, int (*)(DIR*)> list(opendir("/proc"), closedir);
     while (const dirent* entry = list ? readdir(list.get()) : nullptr) {
-        if (const int process = std::atoi(entry->d_name); process > 0) {
-            processes.push_back(process);
+        if (const auto process = ReadCount(entry->d_name); process && *process > 0) {
+            processes.push_back(static_cast<pid_t>(*process));
         }
     }
     if (processes.empty()) {
