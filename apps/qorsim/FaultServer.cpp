@@ -48,9 +48,10 @@ bool MakeResultDirUnwritable(std::string& error) {
     return MountOnResultDir(MS_RDONLY, "mode=0755", error);
 }
 
-// The smallest file system has one page, which is filled.
+// The smallest file system has one page, which is filled. Its inodes are as many on every machine.
 bool MakeResultDirFull(std::string& error) {
-    return MountOnResultDir(0, fmt::format("mode=0755,size={}", sysconf(_SC_PAGESIZE)), error) &&
+    return MountOnResultDir(
+               0, fmt::format("mode=0755,nr_inodes=1000,size={}", sysconf(_SC_PAGESIZE)), error) &&
            WriteFile(FILLER, std::string(static_cast<size_t>(sysconf(_SC_PAGESIZE)), '\0'), error);
 }
 

@@ -24,6 +24,12 @@ inline void PutRaidCard() {
     WriteFile(DEVICE_LIST, "02:00.0_1000:005d_0000_02\n");
 }
 
+// No card of the list.
+inline void PutNoCard() {
+    PutRaidCard();
+    WriteFile(DEVICE_LIST, "05:00.0_8086:1521_0000_01\n");
+}
+
 inline std::string VersionReport(const std::string& version) {
     return "RAID tool\nProduct Version : " + version + "\n";
 }

@@ -292,6 +292,7 @@ CCheckResult JudgeAnswer(CAnswer answer, const CCheckOptions& options, int64_t n
     }
     CHealth judged = JudgeHealth(answer.inventory, options.health);
     judged.notes = std::move(result.health.notes);
+    JudgeGap(answer.gap, judged);
     if (options.statePath.empty()) {
         JudgeCounters(answer.inventory, judged);
     } else {

@@ -29,8 +29,9 @@ using doctor::EVerdict;
 using doctor::VerdictName;
 
 constexpr const char* DOCTOR_FOOTER =
-    "Each check says OK, WARN or FAIL, what was found, and what can be done. Nothing is changed;\n"
-    "the RAID tool is asked for its version. Run it as the user that the server runs as.\n"
+    "Each check says OK, WARN or FAIL, what was found, and what can be done. Nothing is changed:\n"
+    "the RAID tool is asked for its version, and a file is written where result files are, read\n"
+    "back and removed. Run it as the user that the server runs as.\n"
     "\n"
     "Exit status:\n"
     "  0      no check failed; there may be warnings\n"
@@ -41,7 +42,7 @@ constexpr const char* DOCTOR_FOOTER =
     "  qorctl doctor\n"
     "  qorctl doctor --format json > doctor.json";
 
-constexpr std::array<CCheck, 19> CHECKS = {{
+constexpr std::array<CCheck, 20> CHECKS = {{
     {"libraries", "plug-in", doctor::ExaminePlugin},
     {"libraries", "exports", doctor::ExamineExports},
     {"libraries", "common library", doctor::ExamineCommonLibrary},
@@ -56,6 +57,7 @@ constexpr std::array<CCheck, 19> CHECKS = {{
     {"RAID tool", "version for PCIe SSDs", doctor::ExamineToolForSsds},
     {"RAID tool", "LSI utility", doctor::ExamineLsiUtility},
     {"result files", "directory", doctor::ExamineResultDirectory},
+    {"result files", "space", doctor::ExamineResultSpace},
     {"result files", "mode", doctor::ExamineResultMode},
     {"result files", "owner", doctor::ExamineResultOwner},
     {"result files", "leftovers", doctor::ExamineLeftovers},

@@ -131,7 +131,7 @@ int CItemReport::Run(const CRequest& request) {
         return EXIT_FAILURE;
     }
     const int delivered = Deliver(Document(answer));
-    return answer.IsAnswered() ? delivered : EXIT_FAILURE;
+    return answer.IsWhole() ? delivered : EXIT_FAILURE;
 }
 
 std::string CItemReport::Document(const CAnswer& answer) const {

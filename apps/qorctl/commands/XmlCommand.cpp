@@ -86,7 +86,8 @@ int RunXml(const CXmlOptions& options) {
     if (!answer.IsAnswered() || !problem.empty()) {
         return EXIT_FAILURE;
     }
-    return answer.document.empty() ? EXIT_SUCCESS : WriteBytes(answer.document + '\n');
+    const int written = answer.document.empty() ? EXIT_SUCCESS : WriteBytes(answer.document + '\n');
+    return answer.IsWhole() ? written : EXIT_FAILURE;
 }
 
 }  // namespace

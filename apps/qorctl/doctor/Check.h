@@ -29,7 +29,8 @@ struct CFinding {
     std::string remedy;  // what can be done; empty when all is well
 };
 
-// A check looks, and changes nothing (the tool's version is asked for, which runs the tool).
+// A check looks, and leaves everything as it was. (The tool's version is asked for, which runs the
+// tool; a file is written and removed.)
 struct CCheck {
     std::string_view group;
     std::string_view name;

@@ -33,6 +33,7 @@ CFinding ExamineLsiUtility(CServerFacts& facts);
 
 // ResultChecks.cpp
 CFinding ExamineResultDirectory(CServerFacts& facts);
+CFinding ExamineResultSpace(CServerFacts& facts);
 CFinding ExamineResultMode(CServerFacts& facts);
 CFinding ExamineResultOwner(CServerFacts& facts);
 CFinding ExamineLeftovers(CServerFacts& facts);

@@ -1,14 +1,20 @@
 // The directory of the result files, which are read back as trusted input.
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <optional>
 
 #include "doctor/Checks.h"
 #include "doctor/ServerFacts.h"
+#include "util/FileIo.h"
+#include "util/UniqueFd.h"
 
 namespace fs = std::filesystem;
 
@@ -17,6 +23,9 @@ namespace {
 
 constexpr const char* RESULT_FILE_END = "MngSrvRaid.txt";
 constexpr mode_t OWNER_ONLY = 0700;
+constexpr size_t TRIAL_SIZE = 65536;
+constexpr unsigned long long LARGEST_REPORT = 16ULL << 20U;
+constexpr unsigned long long FEW_FILES = 16;
 // Longer than all attempts of a command that runs into its time limit.
 constexpr std::chrono::minutes LONGEST_RUN(10);
 
@@ -54,6 +63,60 @@ bool IsResultFile(const fs::directory_entry& entry) {
            entry.path().filename().string().ends_with(RESULT_FILE_END);
 }
 
+// What is left of a file system.
+struct CSpace {
+    std::optional<unsigned long long> bytes;
+    std::optional<unsigned long long> files;  // nothing where there is no limit
+};
+
+CSpace SpaceAt(const std::string& path) {
+    struct statvfs status = {};
+    if (statvfs(path.c_str(), &status) != 0) {
+        return {};
+    }
+    CSpace space = {.bytes = 1ULL * status.f_bavail * status.f_frsize, .files = std::nullopt};
+    if (status.f_files != 0) {
+        space.files = status.f_favail;
+    }
+    return space;
+}
+
+std::string SpaceText(const CSpace& space) {
+    if (!space.bytes) {
+        return "free space is not known";
+    }
+    return fmt::format("{} KiB free", *space.bytes >> 10U) +
+           (space.files ? fmt::format(", {} inodes", *space.files) : "");
+}
+
+bool IsScarce(const CSpace& space) {
+    return (space.bytes && *space.bytes < LARGEST_REPORT) ||
+           (space.files && *space.files < FEW_FILES);
+}
+
+// Writes as much as a report of a few drives has, and reads it back. Empty when that went well.
+std::string ProblemOfWriting(int file) {
+    const std::string text(TRIAL_SIZE, 'q');
+    std::string back;
+    if (!util::WriteAll(file, text) || fsync(file) != 0) {
+        return fmt::format("a file of {} KiB cannot be written: {}", TRIAL_SIZE >> 10U,
+                           std::strerror(errno));
+    }
+    const bool isRead = lseek(file, 0, SEEK_SET) == 0 && util::ReadAll(file, TRIAL_SIZE, back);
+    return isRead && back == text ? "" : "a file cannot be read back as it was written";
+}
+
+std::string TryFile(const std::string& path) {
+    const util::CUniqueFd file(
+        open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (!file.IsOpen()) {
+        return fmt::format("no file can be made: {}", std::strerror(errno));
+    }
+    const std::string problem = ProblemOfWriting(file.Get());
+    unlink(path.c_str());
+    return problem;
+}
+
 }  // namespace
 
 CFinding ExamineResultDirectory(CServerFacts& facts) {
@@ -72,6 +135,25 @@ CFinding ExamineResultDirectory(CServerFacts& facts) {
                     "run as the server's user");
     }
     return Warn(path + " is missing", "nothing: the next request makes it");
+}
+
+CFinding ExamineResultSpace(CServerFacts& facts) {
+    const std::string path = facts.ResultDirectory();
+    if (ExamineResultDirectory(facts).verdict != EVerdict::OK) {
+        return NotExamined("there is no result directory that can be written into");
+    }
+    const std::string problem =
+        TryFile(fmt::format("{}/doctor-{}_{}", path, getpid(), RESULT_FILE_END));
+    const CSpace space = SpaceAt(path);
+    const std::string remedy =
+        fmt::format("free some of the file system of {}: see df and df -i", path);
+    if (!problem.empty()) {
+        return Fail(
+            fmt::format("{}; {}: reports come back short or empty", problem, SpaceText(space)),
+            remedy);
+    }
+    const std::string text = "written and read back; " + SpaceText(space);
+    return IsScarce(space) ? Warn(text + ": less than a large report needs", remedy) : Ok(text);
 }
 
 CFinding ExamineResultMode(CServerFacts& facts) {

@@ -4,23 +4,6 @@
 #include "plugin/ComLib.h"
 
 namespace qorctl::doctor {
-namespace {
-
-std::list<DevicePCIID> Supported(const CSupportedList& list,
-                                 const std::vector<CDeviceWord>& words) {
-    std::list<DevicePCIID> found;
-    for (const CDeviceWord& word : words) {
-        for (const DevicePCIID& device : list.devices) {
-            if (Matches(word.identifier, device)) {
-                found.push_back(device);
-            }
-        }
-    }
-    return found;
-}
-
-}  // namespace
-
 CServerFacts::CServerFacts(const CPluginChoice& plugin)
     : m_Choice(plugin),
       m_PluginName(CPluginLibrary::Locate(plugin.path)),
@@ -33,8 +16,8 @@ CServerFacts::CServerFacts(const CPluginChoice& plugin)
         words = ReadLiveBus();
     }
     if (words) {
-        m_RaidDevices = Supported(m_RaidList, *words);
-        m_SsdDevices = Supported(m_SsdList, *words);
+        m_RaidDevices = SupportedOf(m_RaidList.devices, *words);
+        m_SsdDevices = SupportedOf(m_SsdList.devices, *words);
     }
 }
 

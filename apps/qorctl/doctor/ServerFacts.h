@@ -12,8 +12,8 @@
 #include <optional>
 #include <string>
 
-#include "doctor/DeviceWords.h"
 #include "doctor/SupportedList.h"
+#include "host/DeviceWords.h"
 #include "host/PluginLibrary.h"
 #include "host/ToolRun.h"
 

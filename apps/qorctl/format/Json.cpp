@@ -312,7 +312,7 @@ CJson OtherObject(const COtherBranch& branch) {
 
 void PutResult(CObject& object, const CAnswer& answer) {
     const CResultTexts& texts = answer.texts;
-    Put(object, "result", CJson(answer.IsAnswered() ? "success" : "failure"));
+    Put(object, "result", CJson(answer.IsWhole() ? "success" : "failure"));
     for (const auto& [name, text] :
          {std::pair("error_code", &texts.errorCode), std::pair("notice_code", &texts.noticeCode),
           std::pair("error_detail", &texts.detail)}) {

@@ -389,6 +389,12 @@ CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) 
     return std::move(judge.m_Health);
 }
 
+void JudgeGap(const std::string& gap, CHealth& health) {
+    if (!gap.empty()) {
+        health.findings.push_back({EHealth::UNKNOWN, "no-controller", "", gap});
+    }
+}
+
 void JudgeCounters(const CInventory& inventory, CHealth& health) {
     ForEachCounter(inventory, health,
                    [&](const CPhysicalDrive& drive, const CCounterRule& row, long long value) {

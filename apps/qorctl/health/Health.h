@@ -65,6 +65,9 @@ EHealth JudgeState(std::string_view key, const std::string& value);
 // Everything but the counters.
 CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options);
 
+// What an answer is known to leave out; nothing for an empty text.
+void JudgeGap(const std::string& gap, CHealth& health);
+
 // The counters by themselves: any other than 0 alarms.
 void JudgeCounters(const CInventory& inventory, CHealth& health);
 

@@ -1,15 +1,13 @@
 #include "host/Answer.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstddef>
 #include <utility>
 
-#include "base/ServerPaths.h"
+#include "host/Presence.h"
 
 namespace qorctl {
 namespace {
@@ -49,6 +47,12 @@ constexpr std::string_view REQUEST_FAILED = "request-failed";
 constexpr std::string_view PLUGIN_FAILED = "plugin-failed";
 constexpr std::string_view THE_REQUEST_FAILED = "the request failed";
 constexpr std::string_view NO_HARDWARE = "no RAID controller or PCIe SSD was found";
+constexpr std::string_view NO_CONTROLLER =
+    "a supported RAID card is in this server, but the RAID tool reported no controller";
+constexpr std::string_view NO_CONTROLLER_REMEDY =
+    "Run \"qorctl doctor\": is the disk of the result files full? Then ask the tool by hand:\n"
+    "LD_LIBRARY_PATH=/opt/tarmica/krz/lib /opt/tarmica/krz/cli/krzcli -ctrlinfo -aAll";
+constexpr std::string_view NOT_KNOWN = "it is not known whether a RAID card is in this server";
 constexpr std::string_view NO_DRIVES =
     "the RAID tool is not installed, and no drive is attached to the RAID controller";
 
@@ -161,20 +165,64 @@ void ExplainProblem(CAnswer& answer, std::string_view reason, const std::string&
     AddMessage(answer, ESeverity::ERROR, reason, problem);
 }
 
-// A user who may not read the device list has no device at all, and is told so.
-std::string NothingToReport(const CRequest& request) {
-    std::string text = "nothing to report: " + request.nothing;
-    if (access(DEVICE_LIST_PATH, R_OK) != 0 && errno == EACCES) {
-        text += fmt::format("; but this user may not read {}, run as root", DEVICE_LIST_PATH);
+// What an answer without a controller does not tell: the server has a card, or may have one.
+struct CDoubt {
+    std::string_view reason;
+    std::string sentence;
+    std::string remedy;
+};
+
+std::optional<CDoubt> DoubtAbout(const CRequest& request, const CAnswer& answer) {
+    const bool isTold = request.subject != ESubject::SERVER || !answer.texts.errorCode.empty() ||
+                        !answer.inventory.controllers.empty();
+    const CPresence presence = isTold ? CPresence() : LookForRaidCard();
+    switch (presence.card) {
+        case EPresence::ABSENT:
+            return std::nullopt;
+        case EPresence::PRESENT:
+            return CDoubt{REASON_NO_CONTROLLER, std::string(NO_CONTROLLER),
+                          std::string(NO_CONTROLLER_REMEDY)};
+        case EPresence::NOT_KNOWN:
+            break;
     }
-    return text;
+    return CDoubt{REASON_PRESENCE_NOT_KNOWN, fmt::format("{}: {}", NOT_KNOWN, presence.reason),
+                  presence.remedy};
+}
+
+// Without any device there is no answer to show.
+void ExplainDoubt(CAnswer& answer, bool hasItems, const CDoubt& doubt) {
+    answer.messages.push_back({.severity = ESeverity::ERROR,
+                               .code = std::string(doubt.reason),
+                               .text = doubt.sentence,
+                               .remedy = doubt.remedy});
+    if (hasItems) {
+        answer.gap = doubt.sentence;
+        return;
+    }
+    answer.outcome = EOutcome::FAILED;
+    answer.reason = doubt.reason;
+    answer.sentence = doubt.sentence;
 }
 
 void ExplainEmptiness(CAnswer& answer, const CRequest& request) {
     const bool isWithoutHardware = answer.texts.errorCode.empty();
     answer.reason = isWithoutHardware ? REASON_NO_HARDWARE : REASON_NO_DRIVES;
     answer.sentence = isWithoutHardware ? NO_HARDWARE : NO_DRIVES;
-    AddMessage(answer, ESeverity::INFO, "nothing-to-report", NothingToReport(request));
+    AddMessage(answer, ESeverity::INFO, "nothing-to-report",
+               "nothing to report: " + request.nothing);
+}
+
+void ExplainAnswer(CAnswer& answer, const CRequest& request,
+                   std::shared_ptr<CItemListOwner> items) {
+    answer.inventory = BuildInventory(CItemTree(*items), request.controller);
+    if (const std::optional<CDoubt> doubt = DoubtAbout(request, answer)) {
+        ExplainDoubt(answer, !items->empty(), *doubt);
+    } else if (items->empty() && !request.nothing.empty()) {
+        ExplainEmptiness(answer, request);
+    }
+    if (answer.IsAnswered()) {
+        answer.items = std::move(items);
+    }
 }
 
 }  // namespace
@@ -204,11 +252,7 @@ CAnswer MakeAnswer(const CRequest& request, CReply reply, std::shared_ptr<CItemL
     ExplainTexts(answer);
     switch (answer.outcome) {
         case EOutcome::ANSWERED:
-            answer.inventory = BuildInventory(CItemTree(*items), request.controller);
-            if (items->empty() && !request.nothing.empty()) {
-                ExplainEmptiness(answer, request);
-            }
-            answer.items = std::move(items);
+            ExplainAnswer(answer, request, std::move(items));
             break;
         case EOutcome::FAILED:
             ExplainFailure(answer);

@@ -23,12 +23,16 @@ namespace qorctl {
 inline constexpr std::string_view REASON_JUDGED = "judged";
 inline constexpr std::string_view REASON_NO_HARDWARE = "no-hardware";
 inline constexpr std::string_view REASON_NO_DRIVES = "no-drives";
+inline constexpr std::string_view REASON_NO_CONTROLLER = "no-controller";
+inline constexpr std::string_view REASON_PRESENCE_NOT_KNOWN = "presence-not-known";
 inline constexpr std::string_view REASON_PLUGIN_NOT_LOADED = "plugin-not-loaded";
 inline constexpr std::string_view REASON_USAGE = "usage";
 inline constexpr std::string_view REASON_TIME_OVER = "time-over";
 
 struct CAnswer : CReply {
     bool IsAnswered() const { return outcome == EOutcome::ANSWERED; }
+    // Answered, and nothing is known to be left out.
+    bool IsWhole() const { return IsAnswered() && gap.empty(); }
     // The tool's version is old, or could not be read.
     bool IsFromOldTool() const { return IsAnswered() && texts.noticeCode == "01"; }
 
@@ -40,6 +44,7 @@ struct CAnswer : CReply {
     std::string_view reason = REASON_JUDGED;
     std::string sentence;  // the reason in words, one line; empty when there are devices
     std::string command;   // the tool's command that failed; empty: none to name
+    std::string gap;       // what is left out of the devices that there are, one line; or empty
 
     CInventory inventory;  // empty unless the plug-in answered
 };
@@ -55,8 +60,11 @@ CAnswer TimeIsOver(std::chrono::seconds limit, const std::string& command);
 // The answer that a reply to the request is: the devices of its items, and what the texts and the
 // outcome say, as reason, sentence, command and messages. Codes of the messages: "error-" or
 // "notice-" and the plug-in's code, "failed-command"; then "request-failed", or "plugin-failed"
-// with the problem; "nothing-to-report". The error code of a request that was answered is a
-// warning. A code without a known meaning is stated as it is.
+// with the problem; "nothing-to-report"; "no-controller" and "presence-not-known". The error code
+// of a request that was answered is a warning. A code without a known meaning is stated as it is.
+//
+// An answer without a controller, from a server that has a supported card or may have one, is a
+// failure; with other devices, PCIe SSDs for instance, it is one with a gap.
 CAnswer MakeAnswer(const CRequest& request, CReply reply, std::shared_ptr<CItemListOwner> items);
 
 // "no answer: the RAID tool did not answer in time (krzcli -ctrlinfo -a0)"

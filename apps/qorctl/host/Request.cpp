@@ -1,11 +1,6 @@
 #include "host/Request.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
-
-#include <cerrno>
-
-#include "base/ServerPaths.h"
 
 namespace qorctl {
 
@@ -15,6 +10,7 @@ CRequest RaidRequest() {
                     return object.GetRAIDInfo(&items, &reply.texts.errorCode,
                                               &reply.texts.noticeCode, &reply.texts.detail) != 0;
                 },
+            .subject = ESubject::SERVER,
             .nothing = "no RAID controller with something to show was found on this server"};
 }
 
@@ -24,6 +20,7 @@ CRequest StorageRequest() {
                     return object.GetStorageInfo(&items, &reply.texts.errorCode,
                                                  &reply.texts.noticeCode, &reply.texts.detail) != 0;
                 },
+            .subject = ESubject::SERVER,
             .nothing =
                 "no RAID controller or PCIe SSD with something to show was found on this server"};
 }
@@ -35,6 +32,7 @@ CRequest DriveRequest(const CDriveAddress& address) {
                                             &items, &reply.texts.errorCode, &reply.texts.noticeCode,
                                             &reply.texts.detail) != 0;
                 },
+            .subject = ESubject::DRIVE,
             .nothing = fmt::format("the RAID tool described no drive at [{}:{}] of controller {}",
                                    address.enclosure, address.slot, address.controller),
             .controller = address.controller};

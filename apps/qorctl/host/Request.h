@@ -24,11 +24,19 @@ struct CPluginChoice {
     std::optional<std::chrono::seconds> timeout = {};  // for the whole of a request; none: no limit
 };
 
+// What an answer without items is about, and so what it means.
+enum class ESubject {
+    SERVER,   // no hardware; none of a controller while the server has a card is no answer
+    DRIVE,    // no such drive
+    NOTHING,  // an operation without items
+};
+
 struct CRequest {
     // Calls operations of the object, in the process that holds the plug-in: appends items to the
     // list (empty before, freed after the request) and fills the reply's texts and what else is
     // returned. True on success. What it captures, it cannot change.
     std::function<bool(CMngSrv_QorLibIF& object, CItemList& items, CReply& reply)> operation;
+    ESubject subject = ESubject::NOTHING;
     std::string nothing = {};  // what an empty list means; empty for an operation without items
     CNumber controller = {};   // that the request names
 };

@@ -102,6 +102,7 @@ bool CWatch::Ask() {
 void CWatch::Judge(CTick& tick) {
     if (tick.answer.reason == REASON_JUDGED) {
         tick.health = JudgeHealth(tick.answer.inventory, {});
+        JudgeGap(tick.answer.gap, tick.health);
         JudgeCounters(tick.answer.inventory, tick.health);
         tick.status = tick.health.Overall();
     }

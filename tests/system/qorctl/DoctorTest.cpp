@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 
 #include <chrono>
 #include <nlohmann/json.hpp>
@@ -105,6 +106,11 @@ protected:
         EXPECT_EQ(check["remedy"] == "", check["verdict"] == "OK");
         return check["verdict"].get<std::string>() + " " + check["reason"].get<std::string>();
     }
+    static unsigned long FreeFiles() {
+        struct statvfs status = {};
+        EXPECT_EQ(statvfs(RESULT_DIR, &status), 0);
+        return status.f_favail;
+    }
     std::string Finding(const std::string& group, const std::string& name) const {
         return FindingIn(Report(), group, name);
     }
@@ -113,7 +119,7 @@ protected:
 TEST_F(DoctorTest, HealthyServerIsOkThroughout) {
     const json report = Report();
     EXPECT_EQ(report["verdict"], "OK");
-    EXPECT_EQ(report["checks"].size(), 19U);
+    EXPECT_EQ(report["checks"].size(), 20U);
     for (const json& check : report["checks"]) {
         EXPECT_EQ(check["verdict"], "OK") << check;
     }
@@ -125,10 +131,11 @@ TEST_F(DoctorTest, TreeShowsEachGroupWithReasonsAndRemedies) {
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     EXPECT_THAT(outcome.out, StartsWith("libraries\n├─ OK   plug-in: version "));
+    EXPECT_THAT(outcome.out, HasSubstr("\nresult files\n"
+                                       "├─ OK   directory: /opt/tarmica/qor/provider/tmp/MSRAID\n"
+                                       "├─ OK   space: written and read back; "));
     EXPECT_THAT(outcome.out,
-                HasSubstr("\nresult files\n"
-                          "├─ OK   directory: /opt/tarmica/qor/provider/tmp/MSRAID\n"
-                          "├─ WARN mode: mode 0755: others may read along\n"
+                HasSubstr("├─ WARN mode: mode 0755: others may read along\n"
                           "│       remedy: chmod 0700 /opt/tarmica/qor/provider/tmp/MSRAID\n"));
 }
 
@@ -461,6 +468,29 @@ TEST_F(DoctorTest, ResultDirectoryThatIsALinkIsAFailure) {
               std::string("FAIL ") + RESULT_DIR + " is no directory that this user may write into");
     fs::remove(RESULT_DIR);
     fs::rename(target, RESULT_DIR);
+}
+
+TEST_F(DoctorTest, FullDiskOfTheResultFilesIsAFailure) {
+    ASSERT_EQ(mount("none", RESULT_DIR, "tmpfs", 0, "size=16k,mode=0700"), 0);
+    EXPECT_EQ(Finding("result files", "space"),
+              "FAIL a file of 64 KiB cannot be written: No space left on device; 16 KiB free, " +
+                  std::to_string(FreeFiles()) + " inodes: reports come back short or empty");
+    EXPECT_TRUE(fs::is_empty(RESULT_DIR));
+    umount2(RESULT_DIR, MNT_DETACH);
+}
+
+TEST_F(DoctorTest, LittleSpaceForResultFilesIsAWarning) {
+    ASSERT_EQ(mount("none", RESULT_DIR, "tmpfs", 0, "size=1m,nr_inodes=20,mode=0700"), 0);
+    EXPECT_EQ(Finding("result files", "space"),
+              "WARN written and read back; 1024 KiB free, 19 inodes: less than a large report "
+              "needs");
+    EXPECT_TRUE(fs::is_empty(RESULT_DIR));
+    umount2(RESULT_DIR, MNT_DETACH);
+    ASSERT_EQ(mount("none", RESULT_DIR, "tmpfs", 0, "size=100m,nr_inodes=1,mode=0700"), 0);
+    EXPECT_THAT(Finding("result files", "space"),
+                StartsWith("FAIL no file can be made: No space left on device; 102400 KiB free, 0 "
+                           "inodes"));
+    umount2(RESULT_DIR, MNT_DETACH);
 }
 
 TEST_F(DoctorTest, ResultDirectoryOpenToOthersIsAFailure) {

@@ -8,6 +8,7 @@
 
 #include "PrivateServerFixture.h"
 #include "Process.h"
+#include "RaidHost.h"
 #include "StandInAnswer.h"
 
 namespace qortest {
@@ -20,6 +21,7 @@ protected:
     void SetUp() override {
         CPrivateServerFixture::SetUp();
         std::filesystem::create_directories(m_Folder);
+        PutNoCard();
         m_Environment = {{"LC_ALL", "C.UTF-8"},
                          {"TERM", "xterm"},
                          {"QOR_STAND_IN_ANSWER", m_Folder / "answer"},

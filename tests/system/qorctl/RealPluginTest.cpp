@@ -42,10 +42,36 @@ TEST_F(RealPluginTest, UserWhoMayNotReadTheDeviceListIsToldSo) {
     qortest::PutRaidCard();
     std::filesystem::permissions(qortest::DEVICE_LIST, std::filesystem::perms::none);
     const CEnd outcome = RunWithoutRootsRights({"raid"});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_THAT(outcome.err, HasSubstr("nothing to report: "));
-    EXPECT_THAT(outcome.err, EndsWith("; but this user may not read " +
-                                      std::string(qortest::DEVICE_LIST) + ", run as root\n"));
+    const std::string sentence = "it is not known whether a RAID card is in this server: " +
+                                 std::string(qortest::DEVICE_LIST) +
+                                 " may not be read by this user";
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err,
+              "qorctl: " + sentence + "\n  Run it as root, or as the user of the server.\n");
+    const CEnd check = RunWithoutRootsRights({"check", "--no-hardware", "ok"});
+    EXPECT_EQ(check.status, 3);
+    EXPECT_EQ(check.out, "RAID UNKNOWN - " + sentence + "\n");
+}
+
+TEST_F(RealPluginTest, FolderThatMayNotBeSearchedIsNamed) {
+    qortest::PutRaidCard();
+    std::filesystem::permissions("/opt/tarmica/qor/kam", std::filesystem::perms::none);
+    const CEnd outcome = RunWithoutRootsRights({"check", "--no-hardware", "ok"});
+    std::filesystem::permissions("/opt/tarmica/qor/kam", std::filesystem::perms::owner_all);
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_THAT(outcome.out, EndsWith(std::string(qortest::DEVICE_LIST) +
+                                      " is out of reach: this user may not search "
+                                      "/opt/tarmica/qor/kam\n"));
+}
+
+TEST_F(RealPluginTest, ListOfSupportedCardsThatIsMissingIsNoServerWithoutHardware) {
+    qortest::PutRaidCard();
+    std::filesystem::remove(qortest::RAID_INI);
+    const CEnd outcome = Run({"check", "--no-hardware", "ok"});
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_EQ(outcome.out,
+              "RAID UNKNOWN - it is not known whether a RAID card is in this server: " +
+                  std::string(qortest::RAID_INI) + " is missing\n");
 }
 
 TEST_F(RealPluginTest, DocumentHasTheComponentAndEveryDrive) {

@@ -96,6 +96,61 @@ TEST_F(SimulatedServerTest, MissingToolWithAnSsdAndNoDrivesIsAFailureInEveryForm
     EXPECT_EQ(document["error_code"], "02");
 }
 
+// A tool that says nothing looks like a server without hardware.
+TEST_F(SimulatedServerTest, CardWithoutAControllerInTheAnswerIsNeverWell) {
+    for (const std::string fault : {"result-dir-full", "empty@-ctrlinfo"}) {
+        const auto run = [&fault](const qortest::CStrings& words) {
+            qortest::CStrings all = {"run", "--host", "failed-drive", "--fault",
+                                     fault, "--",     QORCTL_PROGRAM};
+            all.insert(all.end(), words.begin(), words.end());
+            return Qorsim(all);
+        };
+        const std::string sentence =
+            "a supported RAID card is in this server, but the RAID tool reported no controller";
+        const CEnd check = run({"check", "--no-hardware", "ok"});
+        EXPECT_EQ(check.status, 3) << fault;
+        EXPECT_EQ(check.out, "RAID UNKNOWN - " + sentence + "\n") << fault;
+        EXPECT_EQ(Valid(run({"check", "--format", "json"}).out)["reason"], "no-controller");
+        for (const std::string verb : {"raid", "storage", "xml"}) {
+            const CEnd end = run({verb});
+            EXPECT_EQ(end.status, 1) << fault << verb;
+            EXPECT_EQ(end.out, "") << fault << verb;
+            EXPECT_THAT(end.err, HasSubstr("qorctl: " + sentence + "\n")) << fault << verb;
+        }
+        const json document = Valid(run({"storage", "--format", "json"}).out);
+        EXPECT_EQ(document["result"], "failure");
+        EXPECT_EQ(document["messages"].back()["code"], "no-controller");
+        EXPECT_EQ(document["messages"].back()["severity"], "error");
+        const CEnd watch = run({"watch", "--count", "1"});
+        EXPECT_EQ(watch.status, 1) << fault;
+        EXPECT_THAT(watch.out, HasSubstr("no answer: " + sentence)) << fault;
+    }
+}
+
+// What is there is shown and judged.
+TEST_F(SimulatedServerTest, SsdsBesideACardWithoutAControllerAreShown) {
+    const auto run = [](const qortest::CStrings& words) {
+        qortest::CStrings all = {
+            "run", "--host", RELIABILITY_HOST, "--fault", "empty@-ctrlinfo", "--", QORCTL_PROGRAM};
+        all.insert(all.end(), words.begin(), words.end());
+        return Qorsim(all);
+    };
+    const CEnd check = run({"check", "--no-hardware", "ok"});
+    EXPECT_EQ(check.status, 3);
+    EXPECT_THAT(check.out, StartsWith("RAID UNKNOWN - a supported RAID card is in this server, but "
+                                      "the RAID tool reported no controller|controllers=0"));
+    EXPECT_THAT(check.out, HasSubstr("pcie_ssds=1"));
+    const CEnd storage = run({"storage"});
+    EXPECT_EQ(storage.status, 1);
+    EXPECT_THAT(storage.out, HasSubstr("PCIe SSD Information"));
+    EXPECT_THAT(storage.err, HasSubstr("but the RAID tool reported no controller"));
+    const json document = Valid(run({"storage", "--format", "json"}).out);
+    EXPECT_EQ(document["result"], "failure");
+    EXPECT_EQ(document["pcie_ssds"].size(), 1U);
+    const CEnd watch = run({"watch", "--count", "1"});
+    EXPECT_THAT(watch.out, HasSubstr("1 PCIe SSD: UNKNOWN"));
+}
+
 // Some schedulers start what they run with SIGCHLD ignored, and the kernel then forgets how a child
 // ended.
 TEST_F(SimulatedServerTest, IgnoredChildSignalOfTheCallerDoesNoHarm) {

@@ -53,11 +53,13 @@ TEST_F(CFaultPluginTest, FailuresOfTheToolAreToldWithTheirCommand) {
     }
 }
 
-TEST_F(CFaultPluginTest, UnreadableDeviceListGivesNothingToReport) {
+TEST_F(CFaultPluginTest, UnreadableDeviceListIsAFailure) {
     const CEnd end = Raid({"unreadable-device-list"});
-    EXPECT_EQ(end.status, 0);
+    EXPECT_EQ(end.status, 1);
     EXPECT_EQ(end.out, "");
-    EXPECT_THAT(end.err, testing::StartsWith("qorctl: nothing to report: "));
+    EXPECT_THAT(end.err, testing::StartsWith(
+                             "qorctl: it is not known whether a RAID card is in this server: "
+                             "/opt/tarmica/qor/kam/work/devices.tmp is no regular file\n"));
 }
 
 TEST_F(CFaultPluginTest, UnreadableVersionGivesANotice) {

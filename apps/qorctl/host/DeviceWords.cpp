@@ -1,15 +1,17 @@
-#include "doctor/DeviceWords.h"
+#include "host/DeviceWords.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <sstream>
 
 #include "base/ServerPaths.h"
+#include "cli/ResultFile.h"
 #include "comlib/PciDevices.h"
 #include "plugin/ComLib.h"
-#include "presence/CMSRAID_PCICard.h"
 
-namespace qorctl::doctor {
+namespace qorctl {
 namespace {
 
 constexpr std::string_view PLACE_FORM = "BB:DD.F_VVVV:DDDD";
@@ -28,8 +30,10 @@ std::vector<CDeviceWord> ReadWords(std::istream& list) {
 
 std::optional<std::vector<CDeviceWord>> ReadDeviceList() {
     std::error_code error;
-    if (!std::filesystem::is_regular_file(DEVICE_LIST_PATH, error)) {
-        return std::nullopt;  // a pipe would be waited for
+    // A pipe would be waited for.
+    if (!std::filesystem::is_regular_file(DEVICE_LIST_PATH, error) ||
+        std::filesystem::file_size(DEVICE_LIST_PATH, error) > size_t{FILE_SIZE_LIMIT}) {
+        return std::nullopt;
     }
     std::ifstream file(DEVICE_LIST_PATH, std::ios::binary);
     std::vector<CDeviceWord> words = ReadWords(file);
@@ -45,4 +49,15 @@ std::optional<std::vector<CDeviceWord>> ReadLiveBus() {
     return ReadWords(list);
 }
 
-}  // namespace qorctl::doctor
+std::list<DevicePCIID> SupportedOf(const std::list<DevicePCIID>& supported,
+                                   const std::vector<CDeviceWord>& words) {
+    std::list<DevicePCIID> found;
+    for (const CDeviceWord& word : words) {
+        std::copy_if(
+            supported.begin(), supported.end(), std::back_inserter(found),
+            [&word](const DevicePCIID& device) { return Matches(word.identifier, device); });
+    }
+    return found;
+}
+
+}  // namespace qorctl

@@ -1,0 +1,81 @@
+#include "host/Presence.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <list>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "base/ServerPaths.h"
+#include "host/DeviceWords.h"
+#include "host/PathTrouble.h"
+#include "plugin/ComLib.h"
+
+namespace qorctl {
+namespace {
+
+using CDeviceWords = std::vector<CDeviceWord>;
+
+CPresence NotKnown(std::string reason, std::string remedy) {
+    return {EPresence::NOT_KNOWN, std::move(reason), std::move(remedy)};
+}
+
+// "run it as root" is "Run it as root."
+std::string Sentence(std::string text) {
+    if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') {
+        text.front() = static_cast<char>(text.front() - 'a' + 'A');
+    }
+    return text + '.';
+}
+
+// What hides the list of supported cards: without it the plug-in finds none.
+std::optional<CPresence> ListTrouble() {
+    const CPathTrouble trouble =
+        ExaminePath(CFileUtility::GetInstallPath(0) + "/" + RAID_INI_NAME, EPathKind::FILE, R_OK);
+    if (trouble.trouble == ETrouble::NONE) {
+        return std::nullopt;
+    }
+    return NotKnown(trouble.reason,
+                    trouble.trouble == ETrouble::MISSING
+                        ? "Copy the RaidVCFac.ini that is shipped into the install directory."
+                        : Sentence(trouble.remedy));
+}
+
+CPresence WithoutDevices(const CPathTrouble& trouble) {
+    switch (trouble.trouble) {
+        case ETrouble::NONE:
+            return NotKnown(
+                fmt::format("{} cannot be read, or is larger than 16 MiB", DEVICE_LIST_PATH),
+                fmt::format("Delete {}: the next request makes it again.", DEVICE_LIST_PATH));
+        case ETrouble::MISSING:
+            return NotKnown(trouble.reason + ", and the bus cannot be read either",
+                            "Mount sysfs: the list is made of /sys/bus/pci/devices.");
+        case ETrouble::UNREACHABLE:
+        case ETrouble::FORBIDDEN:
+        case ETrouble::WRONG_KIND:
+            break;
+    }
+    return NotKnown(trouble.reason, Sentence(trouble.remedy));
+}
+
+}  // namespace
+
+CPresence LookForRaidCard() {
+    if (std::optional<CPresence> trouble = ListTrouble()) {
+        return *std::move(trouble);
+    }
+    const CPathTrouble trouble = ExaminePath(DEVICE_LIST_PATH, EPathKind::FILE, R_OK);
+    const std::optional<CDeviceWords> words =
+        trouble.trouble == ETrouble::MISSING ? ReadLiveBus() : ReadDeviceList();
+    if (!words) {
+        return WithoutDevices(trouble);
+    }
+    std::list<DevicePCIID> supported;
+    CMSRAID_PCICard::GetSupportRAIDList(&supported);
+    return {SupportedOf(supported, *words).empty() ? EPresence::ABSENT : EPresence::PRESENT, "",
+            ""};
+}
+
+}  // namespace qorctl
