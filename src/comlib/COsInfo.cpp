@@ -21,10 +21,15 @@ bool Fail(const char* action, const std::string& path) {
     return false;
 }
 
+// The folder of the list is its owner's only. Those above it hold what others need, too.
+constexpr mode_t LIST_FOLDER = 0700;
+constexpr mode_t FOLDER_ABOVE = 0755;
+
 bool MakeDirectories(const std::string& path) {
     for (size_t end = path.find('/', 1); true; end = path.find('/', end + 1)) {
         const std::string level = path.substr(0, end);
-        if (mkdir(level.c_str(), 0700) != 0 && errno != EEXIST) {
+        const mode_t mode = end == std::string::npos ? LIST_FOLDER : FOLDER_ABOVE;
+        if (mkdir(level.c_str(), mode) != 0 && errno != EEXIST) {
             return Fail("create directory", level);
         }
         if (end == std::string::npos) {

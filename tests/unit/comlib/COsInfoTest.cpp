@@ -100,14 +100,52 @@ TEST_F(COsInfoTest, ListIsTheServersOwn) {
     EXPECT_EQ(ModeOf(DEVICE_LIST), 0600U);
 }
 
-TEST_F(COsInfoTest, MissingDirectoriesAreMadeForTheirOwnerOnly) {
+// The process's umask while the object lives.
+class CUmask {
+public:
+    explicit CUmask(mode_t mask) : m_Before(umask(mask)) {}
+    ~CUmask() { umask(m_Before); }
+    CUmask(const CUmask&) = delete;
+    CUmask& operator=(const CUmask&) = delete;
+
+private:
+    mode_t m_Before;
+};
+
+// What else is below /opt/tarmica is not locked away with the list.
+TEST_F(COsInfoTest, FoldersAboveTheListsAreOpenToAll) {
+    const CUmask usual(022);
     fs::remove_all("/opt/tarmica/qor");
     EXPECT_TRUE(Make());
     EXPECT_EQ(ReadFile(DEVICE_LIST), "");
-    for (const char* directory :
-         {"/opt/tarmica/qor", "/opt/tarmica/qor/kam", "/opt/tarmica/qor/kam/work"}) {
-        EXPECT_EQ(ModeOf(directory), 0700U);
-    }
+    EXPECT_EQ(ModeOf("/opt/tarmica/qor"), 0755U);
+    EXPECT_EQ(ModeOf("/opt/tarmica/qor/kam"), 0755U);
+    EXPECT_EQ(ModeOf("/opt/tarmica/qor/kam/work"), 0700U);
+}
+
+TEST_F(COsInfoTest, UmaskAppliesToNewFolders) {
+    const CUmask strict(027);
+    fs::remove_all("/opt/tarmica/qor");
+    EXPECT_TRUE(Make());
+    EXPECT_EQ(ModeOf("/opt/tarmica/qor/kam"), 0750U);
+    EXPECT_EQ(ModeOf("/opt/tarmica/qor/kam/work"), 0700U);
+}
+
+TEST_F(COsInfoTest, NobodyElseWritesIntoNewFoldersWhateverTheUmask) {
+    const CUmask none(0);
+    fs::remove_all("/opt/tarmica/qor");
+    EXPECT_TRUE(Make());
+    EXPECT_EQ(ModeOf("/opt/tarmica/qor/kam"), 0755U);
+    EXPECT_EQ(ModeOf("/opt/tarmica/qor/kam/work"), 0700U);
+    EXPECT_EQ(ModeOf(DEVICE_LIST), 0600U);
+}
+
+TEST_F(COsInfoTest, ModesOfFoldersThatAreThereStay) {
+    fs::permissions("/opt/tarmica/qor/kam", fs::perms(0711));
+    fs::permissions(LIST_DIRECTORY, fs::perms(0750));
+    EXPECT_TRUE(Make());
+    EXPECT_EQ(ModeOf("/opt/tarmica/qor/kam"), 0711U);
+    EXPECT_EQ(ModeOf(LIST_DIRECTORY), 0750U);
 }
 
 TEST_F(COsInfoTest, HostWithoutPciBusFails) {
