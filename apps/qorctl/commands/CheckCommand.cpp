@@ -67,7 +67,8 @@ constexpr size_t MAX_SUMMARY = 1000;
 constexpr size_t MAX_SUMMARY_FINDING = 300;
 
 constexpr const char* OLD_TOOL =
-    "the RAID tool's version is older than 4.4, or could not be read: it may not tell everything";
+    "the RAID tool's version is older than 4.4, or could not be read: it may not tell everything, "
+    "and PCIe SSDs are left out";
 
 void AddStateFinding(CHealth& health, std::string_view rule, const std::string& problem) {
     health.findings.push_back({EHealth::UNKNOWN, rule, "", "counters not judged: " + problem});

@@ -15,6 +15,11 @@ namespace {
 
 constexpr const char* INSTALL_TOOL = "install the RAID tool";
 constexpr const char* UPDATE_TOOL = "update the RAID tool";
+constexpr const char* UPDATE_EITHER =
+    "update the RAID tool, or the plug-in if the tool is the newer one";
+constexpr const char* NO_VERSION =
+    "run krzcli -v by hand: a tool that says nothing has to be installed again; if it tells a "
+    "version there, free the file system of /var/tmp";
 
 // The version, or the finding that it cannot be had.
 struct CToolVersion {
@@ -45,7 +50,8 @@ CFinding ExamineVersion(CServerFacts& facts, bool (CKRZVersion::*isOld)() const,
     }
     const std::optional<CKRZVersion> version = CKRZVersion::Parse(tool.text);
     if (!version) {
-        return Warn(fmt::format("\"{}\" is not of the form major.minor", tool.text), UPDATE_TOOL);
+        return Warn(fmt::format("\"{}\" is not of the form major.minor", tool.text),
+                    tool.text.empty() ? NO_VERSION : UPDATE_EITHER);
     }
     return ((*version).*isOld)() ? Warn(tool.text + consequence, UPDATE_TOOL) : Ok(tool.text);
 }

@@ -36,9 +36,12 @@ constexpr std::array<CCode, 5> ERRORS = {{
      "a krzcli process hangs."},
 }};
 
+constexpr std::string_view NOTICE_VERSION = "01";
+
 constexpr std::array<CCode, 2> NOTICES = {{
-    {"01", "", "the RAID tool's version is older than 4.4, or could not be read",
-     "What it reported is shown all the same. Update the RAID management tool."},
+    {NOTICE_VERSION, "", "the RAID tool's version is older than 4.4, or could not be read",
+     "If it is older, update the RAID tool. If it could not be read, run \"qorctl doctor\":\n"
+     "the tool may fail, or the disk of its reports be full."},
     {"02", "", "no physical drive is attached to the RAID controller",
      "Nothing needs to be done, unless drives should be there: then check their cables and power."},
 }};
@@ -127,8 +130,13 @@ void ExplainTexts(CAnswer& answer) {
             CodeMessage("error", texts.errorCode, severity, Find(ERRORS, texts.errorCode)));
     }
     if (!texts.noticeCode.empty()) {
-        answer.messages.push_back(CodeMessage("notice", texts.noticeCode, ESeverity::WARNING,
-                                              Find(NOTICES, texts.noticeCode)));
+        CMessage message = CodeMessage("notice", texts.noticeCode, ESeverity::WARNING,
+                                       Find(NOTICES, texts.noticeCode));
+        if (texts.noticeCode == NOTICE_VERSION && answer.toolVersion) {
+            message.remedy = fmt::format("It is version {}. Update the RAID tool.",
+                                         OneLine(*answer.toolVersion));
+        }
+        answer.messages.push_back(std::move(message));
     }
     if (HasCommand(texts)) {
         answer.messages.push_back(CommandMessage(texts.detail, severity));

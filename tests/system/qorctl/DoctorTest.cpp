@@ -399,6 +399,20 @@ TEST_F(DoctorTest, VersionOfAnotherFormIsAWarning) {
     }
 }
 
+TEST_F(DoctorTest, RemedyOfAVersionFitsItsCause) {
+    const auto remedy = [this] {
+        return CheckIn(Report(), "RAID tool", "version for RAID")["remedy"].get<std::string>();
+    };
+    WriteTool("4.3");
+    EXPECT_EQ(remedy(), "update the RAID tool");
+    WriteTool("7");
+    EXPECT_EQ(remedy(), "update the RAID tool, or the plug-in if the tool is the newer one");
+    WriteTool("");
+    EXPECT_EQ(remedy(),
+              "run krzcli -v by hand: a tool that says nothing has to be installed again; if it "
+              "tells a version there, free the file system of /var/tmp");
+}
+
 TEST_F(DoctorTest, ToolThatReportsAnErrorIsAFailure) {
     WriteProgram(TOOL, "echo 'Error - no'\n");
     EXPECT_EQ(Finding("RAID tool", "version for RAID"),

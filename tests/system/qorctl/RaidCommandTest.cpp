@@ -172,10 +172,12 @@ TEST_F(RaidCommandTest, NoticeStandsBesideTheItems) {
     const CEnd outcome = RunRaid(answer);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.out, StartsWith("Controller Information\n"));
-    EXPECT_EQ(outcome.err,
-              "qorctl: notice code 01: the RAID tool's version is older than 4.4, or could not be "
-              "read\n"
-              "  What it reported is shown all the same. Update the RAID management tool.\n");
+    EXPECT_EQ(
+        outcome.err,
+        "qorctl: notice code 01: the RAID tool's version is older than 4.4, or could not be "
+        "read\n"
+        "  If it is older, update the RAID tool. If it could not be read, run \"qorctl doctor\":\n"
+        "  the tool may fail, or the disk of its reports be full.\n");
 }
 
 TEST_F(RaidCommandTest, NothingToReportIsASuccessThatSaysSo) {

@@ -57,7 +57,8 @@ TEST(AnswerTest, EveryErrorCodeHasAMeaningAndARemedy) {
 
 TEST(AnswerTest, EveryNoticeCodeHasAMeaningAndARemedy) {
     const CCase cases[] = {
-        {"01", "version is older than 4.4, or could not be read", "What it reported is shown"},
+        {"01", "version is older than 4.4, or could not be read",
+         "If it is older, update the RAID tool."},
         {"02", "no physical drive is attached", "Nothing needs to be done"},
     };
     for (const CCase& row : cases) {
@@ -68,6 +69,24 @@ TEST(AnswerTest, EveryNoticeCodeHasAMeaningAndARemedy) {
         EXPECT_NE(messages[0].find(std::string("\n  ") + row.remedy), std::string::npos)
             << messages[0];
     }
+}
+
+// A version that was read is old, or of a form that nobody knows: nothing was lost.
+TEST(AnswerTest, RemedyOfAVersionFitsWhatIsKnownOfIt) {
+    const auto remedy = [](std::optional<std::string> version) {
+        qorctl::CReply reply;
+        reply.outcome = qorctl::EOutcome::ANSWERED;
+        reply.texts.noticeCode = "01";
+        reply.toolVersion = std::move(version);
+        return qorctl::MakeAnswer({}, std::move(reply), std::make_shared<CItemListOwner>())
+            .messages.at(0)
+            .remedy;
+    };
+    EXPECT_EQ(remedy("4.3"), "It is version 4.3. Update the RAID tool.");
+    EXPECT_EQ(
+        remedy(std::nullopt),
+        "If it is older, update the RAID tool. If it could not be read, run \"qorctl doctor\":\n"
+        "the tool may fail, or the disk of its reports be full.");
 }
 
 TEST(AnswerTest, UnknownCodesAreStatedAsTheyAre) {
