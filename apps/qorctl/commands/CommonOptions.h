@@ -13,8 +13,10 @@ namespace qorctl {
 // Parts of footers, each with an empty line behind it.
 inline constexpr const char* EXIT_STATUS =
     "Exit status:\n"
-    "  0      success, also when there is nothing to report\n"
-    "  1      the request failed, the plug-in could not be loaded, or the report not be written\n"
+    "  0      success, also when the server has no RAID hardware\n"
+    "  1      the request failed, or what has to be there was not reported: a controller although\n"
+    "         the server has a RAID card, or the drive that was named; the plug-in could not be\n"
+    "         loaded, or the report not be written; docs/exit-status.md tells more\n"
     "  130    interrupted by Ctrl-C\n"
     "  other  the command line was not understood\n"
     "\n";

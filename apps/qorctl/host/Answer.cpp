@@ -55,6 +55,8 @@ constexpr std::string_view NO_CONTROLLER =
 constexpr std::string_view NO_CONTROLLER_REMEDY =
     "Run \"qorctl doctor\": is the disk of the result files full? Then ask the tool by hand:\n"
     "LD_LIBRARY_PATH=/opt/tarmica/krz/lib /opt/tarmica/krz/cli/krzcli -ctrlinfo -aAll";
+constexpr std::string_view NO_DRIVE_REMEDY =
+    "\"qorctl raid --format table\" lists the drives with their enclosures and slots.";
 constexpr std::string_view NOT_KNOWN = "it is not known whether a RAID card is in this server";
 constexpr std::string_view NO_DRIVES =
     "the RAID tool is not installed, and no drive is attached to the RAID controller";
@@ -220,11 +222,23 @@ void ExplainEmptiness(CAnswer& answer, const CRequest& request) {
                "nothing to report: " + request.nothing);
 }
 
+void ExplainMissingDrive(CAnswer& answer, const CRequest& request) {
+    answer.outcome = EOutcome::FAILED;
+    answer.reason = REASON_NO_DRIVE;
+    answer.sentence = request.nothing;
+    answer.messages.push_back({.severity = ESeverity::ERROR,
+                               .code = std::string(REASON_NO_DRIVE),
+                               .text = request.nothing,
+                               .remedy = std::string(NO_DRIVE_REMEDY)});
+}
+
 void ExplainAnswer(CAnswer& answer, const CRequest& request,
                    std::shared_ptr<CItemListOwner> items) {
     answer.inventory = BuildInventory(CItemTree(*items), request.controller);
     if (const std::optional<CDoubt> doubt = DoubtAbout(request, answer)) {
         ExplainDoubt(answer, !items->empty(), *doubt);
+    } else if (items->empty() && request.subject == ESubject::DRIVE) {
+        ExplainMissingDrive(answer, request);
     } else if (items->empty() && !request.nothing.empty()) {
         ExplainEmptiness(answer, request);
     }

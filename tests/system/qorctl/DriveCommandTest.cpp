@@ -8,6 +8,7 @@ namespace {
 
 using qortest::CEnd;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 class DriveCommandTest : public qortest::CQorctlFixture {
 protected:
@@ -36,12 +37,17 @@ TEST_F(DriveCommandTest, DriveAtTheAddressIsShownAsATree) {
     EXPECT_EQ(Log(), "create\nof 1 [252:3]\nGetPDInfo 0\nFreeItemList 3\ndelete\nunload\n");
 }
 
-TEST_F(DriveCommandTest, NothingToReportNamesTheDrive) {
+TEST_F(DriveCommandTest, DriveThatIsNotThereIsAFailure) {
     const CEnd outcome = RunDrive({"1", "252", "3"}, {});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_EQ(outcome.err,
-              "qorctl: nothing to report: the RAID tool described no drive at [252:3] of "
-              "controller 1\n");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err,
+                StartsWith("qorctl: the RAID tool described no drive at [252:3] of controller 1\n"
+                           "  "));
+    const CEnd document = RunDrive({"1", "252", "3", "--format", "json"}, {});
+    EXPECT_EQ(document.status, 1);
+    EXPECT_THAT(document.out, HasSubstr("\"result\": \"failure\""));
+    EXPECT_THAT(document.out, HasSubstr("\"code\": \"no-drive\""));
 }
 
 TEST_F(DriveCommandTest, FailedRequestIsExplained) {

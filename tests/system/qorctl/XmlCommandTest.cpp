@@ -58,6 +58,13 @@ TEST_F(XmlCommandTest, NothingToReportIsASuccessWithoutADocument) {
     EXPECT_EQ(Log(), "create\nGetRAIDInfo 0\nFreeItemList 0\ndelete\nunload\n");
 }
 
+TEST_F(XmlCommandTest, DriveThatIsNotThereIsAFailure) {
+    const CEnd outcome = RunXml({"--of", "drive", "0", "252", "3"}, {});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_THAT(outcome.err, testing::StartsWith("qorctl: the RAID tool described no drive at "));
+}
+
 TEST_F(XmlCommandTest, FailedRequestMakesNoDocument) {
     const CEnd outcome = RunXml({}, {ITEM, {"result", "0"}, {"error", "04"}});
     EXPECT_EQ(outcome.status, 1);
