@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,6 +12,7 @@
 #include "base/ServerPaths.h"
 #include "doctor/Checks.h"
 #include "doctor/ServerFacts.h"
+#include "host/PathTrouble.h"
 
 namespace qorctl::doctor {
 namespace {
@@ -87,17 +89,19 @@ CFinding JudgeDifference(const std::vector<CDeviceWord>& listed,
 }  // namespace
 
 CFinding ExamineDeviceList(CServerFacts&) {
-    struct stat status = {};
-    if (stat(DEVICE_LIST_PATH, &status) != 0) {
-        return Warn(fmt::format("{} is missing", DEVICE_LIST_PATH),
-                    "nothing: the next request makes it");
+    const CPathTrouble trouble = ExaminePath(DEVICE_LIST_PATH, EPathKind::FILE, R_OK);
+    if (trouble.trouble == ETrouble::MISSING) {
+        return Warn(trouble.reason, "nothing: the next request makes it");
     }
-    const auto words = S_ISREG(status.st_mode) ? ReadDeviceList() : std::nullopt;
+    if (trouble.trouble != ETrouble::NONE) {
+        return Fail(trouble.reason, trouble.remedy);
+    }
+    const auto words = ReadDeviceList();
     if (!words || words->empty()) {
-        return Fail(fmt::format("{} holds no device, or may not be read", DEVICE_LIST_PATH),
-                    MakeAgain());
+        return Fail(fmt::format("{} holds no device", DEVICE_LIST_PATH), MakeAgain());
     }
-    if (status.st_mtime < BootTime()) {
+    struct stat status = {};
+    if (stat(DEVICE_LIST_PATH, &status) == 0 && status.st_mtime < BootTime()) {
         return Warn(fmt::format("{}, {} devices, is older than the start of the machine",
                                 DEVICE_LIST_PATH, words->size()),
                     MakeAgain());
@@ -108,7 +112,7 @@ CFinding ExamineDeviceList(CServerFacts&) {
 CFinding ExamineLiveBus(CServerFacts& facts) {
     const auto listed = ReadDeviceList();
     if (!listed) {
-        return NotExamined("there is no device list");
+        return NotExamined("there is no device list that can be read");
     }
     const auto live = ReadLiveBus();
     if (!live) {

@@ -23,17 +23,19 @@ std::string Shorten(const std::vector<std::string>& lines) {
 
 // What is wrong with the file as a whole; empty if it has entries that can match.
 std::string WholeProblem(const CSupportedList& list) {
-    if (!list.exists) {
-        return list.path + " is missing";
-    }
-    if (!list.readable) {
-        return list.path + " is no regular file, or may not be read";
+    if (list.trouble.trouble != ETrouble::NONE) {
+        return list.trouble.reason;
     }
     if (list.matching == 0) {
         return list.path + " has no entry that can match a device" +
                (list.oddities.empty() ? "" : ": " + Shorten(list.oddities));
     }
     return "";
+}
+
+// The list is there, and this user cannot read it.
+bool IsHidden(const CSupportedList& list) {
+    return !list.trouble.remedy.empty();
 }
 
 CFinding JudgeEntries(const CSupportedList& list) {
@@ -50,7 +52,9 @@ CFinding ExamineRaidList(CServerFacts& facts) {
     return problem.empty()
                ? JudgeEntries(facts.RaidList())
                : Fail(problem + ": no RAID controller is ever found",
-                      "copy the RaidVCFac.ini that is shipped into the install directory");
+                      IsHidden(facts.RaidList())
+                          ? facts.RaidList().trouble.remedy
+                          : "copy the RaidVCFac.ini that is shipped into the install directory");
 }
 
 CFinding ExamineSsdList(CServerFacts& facts) {
@@ -61,8 +65,8 @@ CFinding ExamineSsdList(CServerFacts& facts) {
     if (problem.empty()) {
         return JudgeEntries(list);
     }
-    if (list.exists && !list.readable) {
-        return Fail(problem, remedy);
+    if (IsHidden(list)) {
+        return Fail(problem, list.trouble.remedy);
     }
     return Warn(problem + ": only VEN_1AED/DEV_2001 is supported", remedy);
 }

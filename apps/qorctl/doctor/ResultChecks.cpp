@@ -13,6 +13,7 @@
 
 #include "doctor/Checks.h"
 #include "doctor/ServerFacts.h"
+#include "host/PathTrouble.h"
 #include "util/FileIo.h"
 #include "util/UniqueFd.h"
 
@@ -122,12 +123,15 @@ std::string TryFile(const std::string& path) {
 CFinding ExamineResultDirectory(CServerFacts& facts) {
     const std::string path = facts.ResultDirectory();
     const std::optional<mode_t> mode = ModeOf(path);
-    if (mode && (!S_ISDIR(*mode) || access(path.c_str(), W_OK | X_OK) != 0)) {
-        return Fail(path + " is no directory that this user may write into",
-                    "remove it, or run as the server's user");
+    if (mode && S_ISLNK(*mode)) {
+        return Fail(path + " is a symbolic link: reports would go elsewhere", "remove it");
     }
-    if (mode) {
+    const CPathTrouble trouble = ExaminePath(path, EPathKind::DIRECTORY, W_OK | X_OK);
+    if (trouble.trouble == ETrouble::NONE) {
         return Ok(path);
+    }
+    if (trouble.trouble != ETrouble::MISSING) {
+        return Fail(trouble.reason, trouble.remedy);
     }
     const std::string above = ExistingAbove(path);
     if (access(above.c_str(), W_OK | X_OK) != 0) {

@@ -5,12 +5,9 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <string_view>
 
 #include "plugin/ComLib.h"
-
-namespace fs = std::filesystem;
 
 namespace qorctl::doctor {
 namespace {
@@ -69,9 +66,7 @@ void ReadEntry(int number, CSupportedList& list) {
 CSupportedList ReadList(const char* name, bool (*getDevices)(std::list<DevicePCIID>*)) {
     CSupportedList list;
     list.path = CFileUtility::GetInstallPath(0) + "/" + name;
-    std::error_code error;
-    list.exists = fs::exists(list.path, error);
-    list.readable = fs::is_regular_file(list.path, error) && access(list.path.c_str(), R_OK) == 0;
+    list.trouble = ExaminePath(list.path, EPathKind::FILE, R_OK);
     const int count = GetPrivateProfileIntA(INI_SECTION, INI_COUNT_KEY, 0, list.path.c_str());
     if (count > MOST_ENTRIES) {
         list.oddities.push_back(fmt::format(

@@ -6,14 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "host/PathTrouble.h"
 #include "presence/CMSRAID_PCICard.h"
 
 namespace qorctl::doctor {
 
 struct CSupportedList {
     std::string path;
-    bool exists = false;
-    bool readable = false;              // a regular file that this user may read
+    CPathTrouble trouble;               // what keeps this user from reading the file
     size_t matching = 0;                // entries of the file that can match a device
     std::list<DevicePCIID> devices;     // entries that the plug-in takes
     std::vector<std::string> oddities;  // one line each

@@ -7,6 +7,7 @@
 #include "cli/KRZVersion.h"
 #include "doctor/Checks.h"
 #include "doctor/ServerFacts.h"
+#include "host/PathTrouble.h"
 #include "plugin/ComLib.h"
 #include "presence/LsiUtility.h"
 
@@ -56,10 +57,11 @@ CFinding ExamineVersion(CServerFacts& facts, bool (CKRZVersion::*isOld)() const,
     return ((*version).*isOld)() ? Warn(tool.text + consequence, UPDATE_TOOL) : Ok(tool.text);
 }
 
-CFinding JudgeMissingUtility(const CServerFacts& facts, const std::string& reason) {
-    const std::string remedy =
-        "install the RAID tool, or put the utility there: without either, disks are taken for "
-        "missing";
+constexpr const char* PUT_UTILITY =
+    "install the RAID tool, or put the utility there: without either, disks are taken for missing";
+
+CFinding JudgeMissingUtility(const CServerFacts& facts, const std::string& reason,
+                             const std::string& remedy) {
     return facts.IsToolInstalled() ? Warn(reason + "; needed only where the RAID tool is missing",
                                           "chmod +x, or remove the file")
                                    : Fail(reason + ", and the RAID tool is missing", remedy);
@@ -71,7 +73,11 @@ CFinding ExamineToolPresence(CServerFacts& facts) {
     if (facts.IsToolInstalled()) {
         return Ok(KRZ_CLI_PATH);
     }
-    const std::string reason = fmt::format("{} is missing", KRZ_CLI_PATH);
+    const CPathTrouble trouble = ExaminePath(KRZ_CLI_PATH, EPathKind::FILE, X_OK);
+    if (!trouble.remedy.empty()) {
+        return Fail(trouble.reason, trouble.remedy);
+    }
+    const std::string& reason = trouble.reason;
     if (facts.RaidDevices().empty() && facts.SsdDevices().empty()) {
         return Warn(reason + "; there is no supported device either",
                     "nothing, or " + std::string(INSTALL_TOOL));
@@ -85,9 +91,12 @@ CFinding ExamineToolPermissions(CServerFacts& facts) {
         return NotExamined("the RAID tool is not installed");
     }
     const std::string text = fmt::format("mode {:04o}", status.st_mode & 07777U);
-    if (!S_ISREG(status.st_mode) || access(KRZ_CLI_PATH, X_OK) != 0) {
-        return Fail(text + ": no regular file, or not executable by this user",
-                    fmt::format("chmod 0755 {}", KRZ_CLI_PATH));
+    const CPathTrouble trouble = ExaminePath(KRZ_CLI_PATH, EPathKind::FILE, X_OK);
+    if (trouble.trouble != ETrouble::NONE) {
+        return Fail(fmt::format("{}: {}", text, trouble.reason),
+                    trouble.trouble == ETrouble::FORBIDDEN
+                        ? fmt::format("chmod 0755 {}", KRZ_CLI_PATH)
+                        : trouble.remedy);
     }
     if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
         return Warn(text + ": others may replace what the server runs",
@@ -114,16 +123,18 @@ CFinding ExamineLsiUtility(CServerFacts& facts) {
         return Ok("not needed, there is no supported RAID controller");
     }
     const std::string path = PathOf(UtilityFor(facts.RaidDevices()));
-    if (!CFileUtility::IsFileExist(path)) {
+    const CPathTrouble trouble = ExaminePath(path, EPathKind::FILE, X_OK);
+    if (trouble.trouble == ETrouble::MISSING) {
         return facts.IsToolInstalled() ? Ok("not needed, the RAID tool is installed")
-                                       : JudgeMissingUtility(facts, path + " is missing");
+                                       : JudgeMissingUtility(facts, trouble.reason, PUT_UTILITY);
     }
-    if (access(path.c_str(), X_OK) != 0) {
-        return JudgeMissingUtility(facts, path + " is not executable by this user");
+    if (trouble.trouble != ETrouble::NONE) {
+        return JudgeMissingUtility(facts, trouble.reason, trouble.remedy);
     }
-    if (!facts.IsToolInstalled() && !CFileUtility::IsFileExist(UTILITY_WORK_DIRECTORY)) {
-        return JudgeMissingUtility(
-            facts, fmt::format("its working directory {} is missing", UTILITY_WORK_DIRECTORY));
+    const CPathTrouble place = ExaminePath(UTILITY_WORK_DIRECTORY, EPathKind::DIRECTORY, X_OK);
+    if (!facts.IsToolInstalled() && place.trouble != ETrouble::NONE) {
+        return JudgeMissingUtility(facts, "its working directory " + place.reason,
+                                   place.remedy.empty() ? PUT_UTILITY : place.remedy);
     }
     return Ok(path);
 }

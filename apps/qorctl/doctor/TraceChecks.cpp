@@ -16,6 +16,7 @@
 
 #include "comlib/CTraceSettings.h"
 #include "doctor/Checks.h"
+#include "host/PathTrouble.h"
 #include "plugin/ComLib.h"
 
 namespace qorctl::doctor {
@@ -127,11 +128,9 @@ bool CanConnect(const std::string& path, int type) {
 }  // namespace
 
 CFinding ExamineTraceSettings(CServerFacts&) {
-    struct stat status = {};
-    const char* path = comlib::CONFIGURATION_FILE;
-    if (stat(path, &status) == 0 && (!S_ISREG(status.st_mode) || access(path, R_OK) != 0)) {
-        return Fail(fmt::format("{} is no regular file, or may not be read", path),
-                    "correct it, or remove it: every setting has a default");
+    const CPathTrouble trouble = ExaminePath(comlib::CONFIGURATION_FILE, EPathKind::FILE, R_OK);
+    if (!trouble.remedy.empty()) {
+        return Fail(trouble.reason, trouble.remedy);
     }
     const std::vector<std::string> ignored = IgnoredSettings();
     if (!ignored.empty()) {

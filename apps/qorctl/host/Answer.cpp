@@ -1,12 +1,15 @@
 #include "host/Answer.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <utility>
 
+#include "base/ServerPaths.h"
+#include "host/PathTrouble.h"
 #include "host/Presence.h"
 
 namespace qorctl {
@@ -20,10 +23,12 @@ struct CCode {
     std::string_view remedy;
 };
 
+constexpr std::string_view ERROR_NO_TOOL = "02";
+
 constexpr std::array<CCode, 5> ERRORS = {{
     {"01", "tool-failed", "the RAID tool reported an error, or could not be run",
      "Run the command below by hand and read what it says; the tool needs root privilege."},
-    {"02", "no-tool", "the RAID tool is not installed",
+    {ERROR_NO_TOOL, "no-tool", "the RAID tool is not installed",
      "Install the RAID management tool: there is no /opt/tarmica/krz/cli/krzcli."},
     {"03", "report-unreadable", "the RAID tool's report could not be read",
      "Check that the directory tmp/MSRAID in the provider's install directory, usually\n"
@@ -124,12 +129,23 @@ void AddMessage(CAnswer& answer, ESeverity severity, std::string_view code,
         {.severity = severity, .code = std::string(code), .text = text, .remedy = ""});
 }
 
+// The plug-in takes a tool that this user may not see for one that is missing.
+CPathTrouble ToolTrouble(const CAnswer& answer) {
+    return answer.texts.errorCode == ERROR_NO_TOOL
+               ? ExaminePath(KRZ_CLI_PATH, EPathKind::FILE, X_OK)
+               : CPathTrouble();
+}
+
 void ExplainTexts(CAnswer& answer) {
     const CResultTexts& texts = answer.texts;
     const ESeverity severity = answer.IsAnswered() ? ESeverity::WARNING : ESeverity::ERROR;
     if (!texts.errorCode.empty()) {
-        answer.messages.push_back(
-            CodeMessage("error", texts.errorCode, severity, Find(ERRORS, texts.errorCode)));
+        CMessage message =
+            CodeMessage("error", texts.errorCode, severity, Find(ERRORS, texts.errorCode));
+        if (const CPathTrouble tool = ToolTrouble(answer); !tool.remedy.empty()) {
+            message.remedy = fmt::format("{}.\n{}", tool.reason, RemedySentence(tool));
+        }
+        answer.messages.push_back(std::move(message));
     }
     if (!texts.noticeCode.empty()) {
         CMessage message = CodeMessage("notice", texts.noticeCode, ESeverity::WARNING,
@@ -183,6 +199,10 @@ struct CDoubt {
 };
 
 std::optional<CDoubt> DoubtAbout(const CRequest& request, const CAnswer& answer) {
+    const CPathTrouble tool = ToolTrouble(answer);
+    if (!tool.remedy.empty()) {
+        return CDoubt{REASON_TOOL_UNREACHABLE, tool.reason, RemedySentence(tool)};
+    }
     const bool isTold = request.subject != ESubject::SERVER || !answer.texts.errorCode.empty() ||
                         !answer.inventory.controllers.empty();
     const CPresence presence = isTold ? CPresence() : LookForRaidCard();

@@ -24,6 +24,7 @@ inline constexpr std::string_view REASON_JUDGED = "judged";
 inline constexpr std::string_view REASON_NO_HARDWARE = "no-hardware";
 inline constexpr std::string_view REASON_NO_DRIVES = "no-drives";
 inline constexpr std::string_view REASON_NO_CONTROLLER = "no-controller";
+inline constexpr std::string_view REASON_TOOL_UNREACHABLE = "tool-unreachable";
 inline constexpr std::string_view REASON_NO_DRIVE = "no-drive";
 inline constexpr std::string_view REASON_PRESENCE_NOT_KNOWN = "presence-not-known";
 inline constexpr std::string_view REASON_PLUGIN_NOT_LOADED = "plugin-not-loaded";
@@ -61,9 +62,9 @@ CAnswer TimeIsOver(std::chrono::seconds limit, const std::string& command);
 // The answer that a reply to the request is: the devices of its items, and what the texts and the
 // outcome say, as reason, sentence, command and messages. Codes of the messages: "error-" or
 // "notice-" and the plug-in's code, "failed-command"; then "request-failed", or "plugin-failed"
-// with the problem; "nothing-to-report"; "no-controller", "presence-not-known" and "no-drive". The
-// error code of a request that was answered is a warning. A code without a known meaning is stated
-// as it is.
+// with the problem; "nothing-to-report"; "no-controller", "presence-not-known", "tool-unreachable"
+// and "no-drive". The error code of a request that was answered is a warning. A code without a
+// known meaning is stated as it is.
 //
 // An answer without a controller, from a server that has a supported card or may have one, is a
 // failure; with other devices, PCIe SSDs for instance, it is one with a gap. No drive where one was

@@ -102,4 +102,12 @@ CPathTrouble ExaminePath(const std::string& path, EPathKind kind, int rights) {
     return {};
 }
 
+std::string RemedySentence(const CPathTrouble& trouble) {
+    std::string text = trouble.remedy;
+    if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') {
+        text.front() = static_cast<char>(text.front() - 'a' + 'A');
+    }
+    return text + '.';
+}
+
 }  // namespace qorctl

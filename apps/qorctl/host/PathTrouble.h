@@ -25,6 +25,9 @@ struct CPathTrouble {
 // Judged for the user who asks. `rights` are those of access(): R_OK, or W_OK | X_OK.
 CPathTrouble ExaminePath(const std::string& path, EPathKind kind, int rights);
 
+// The remedy as a sentence: "Run it as root, or as the user of the server."
+std::string RemedySentence(const CPathTrouble& trouble);
+
 }  // namespace qorctl
 
 #endif  // QORCTL_HOST_PATHTROUBLE_H

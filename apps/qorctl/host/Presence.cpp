@@ -22,14 +22,6 @@ CPresence NotKnown(std::string reason, std::string remedy) {
     return {EPresence::NOT_KNOWN, std::move(reason), std::move(remedy)};
 }
 
-// "run it as root" is "Run it as root."
-std::string Sentence(std::string text) {
-    if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') {
-        text.front() = static_cast<char>(text.front() - 'a' + 'A');
-    }
-    return text + '.';
-}
-
 // What hides the list of supported cards: without it the plug-in finds none.
 std::optional<CPresence> ListTrouble() {
     const CPathTrouble trouble =
@@ -40,7 +32,7 @@ std::optional<CPresence> ListTrouble() {
     return NotKnown(trouble.reason,
                     trouble.trouble == ETrouble::MISSING
                         ? "Copy the RaidVCFac.ini that is shipped into the install directory."
-                        : Sentence(trouble.remedy));
+                        : RemedySentence(trouble));
 }
 
 CPresence WithoutDevices(const CPathTrouble& trouble) {
@@ -57,7 +49,7 @@ CPresence WithoutDevices(const CPathTrouble& trouble) {
         case ETrouble::WRONG_KIND:
             break;
     }
-    return NotKnown(trouble.reason, Sentence(trouble.remedy));
+    return NotKnown(trouble.reason, RemedySentence(trouble));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <nlohmann/json.hpp>
@@ -88,6 +89,23 @@ protected:
         EXPECT_FALSE(report.is_discarded()) << outcome.out << outcome.err;
         EXPECT_EQ(outcome.status, report["verdict"] == "FAIL" ? 1 : 0);
         return report;
+    }
+
+    // As an ordinary user, who has no rights to give up.
+    json ReportWithoutRootsRights() const {
+        std::vector<std::string> words = {"doctor", "--format", "json"};
+        std::string program = QORCTL_PROGRAM;
+        if (geteuid() == 0) {
+            words.insert(words.begin(),
+                         {"--bounding-set", "-dac_override,-dac_read_search", "--inh-caps",
+                          "-dac_override,-dac_read_search", QORCTL_PROGRAM});
+            program = "/usr/bin/setpriv";
+        }
+        return json::parse(
+            qortest::RunCommand(
+                {.program = program, .arguments = words, .environment = m_Environment})
+                .out,
+            nullptr, false);
     }
 
     static json CheckIn(const json& report, const std::string& group, const std::string& name) {
@@ -272,8 +290,7 @@ TEST_F(DoctorTest, SsdListThatIsNoFileIsAFailure) {
     fs::remove(SSD_LIST);
     fs::create_directory(SSD_LIST);
     EXPECT_EQ(Finding("supported devices", "PCIe SSD list"),
-              "FAIL /opt/tarmica/qor/provider/PciessdVCFac.ini is no regular file, or may not be "
-              "read");
+              "FAIL /opt/tarmica/qor/provider/PciessdVCFac.ini is no regular file");
 }
 
 TEST_F(DoctorTest, DeviceListThatIsMissingIsAWarning) {
@@ -281,7 +298,7 @@ TEST_F(DoctorTest, DeviceListThatIsMissingIsAWarning) {
     const json report = Report();
     EXPECT_THAT(FindingIn(report, "devices", "device list"), HasSubstr("WARN /opt/tarmica"));
     EXPECT_EQ(FindingIn(report, "devices", "live PCI bus"),
-              "WARN not examined: there is no device list");
+              "WARN not examined: there is no device list that can be read");
 }
 
 TEST_F(DoctorTest, DeviceListOlderThanTheStartIsAWarning) {
@@ -295,7 +312,7 @@ TEST_F(DoctorTest, DeviceListOlderThanTheStartIsAWarning) {
 TEST_F(DoctorTest, DeviceListWithoutDevicesIsAFailure) {
     WriteFile(DEVICE_LIST, "02:00.0_1000:005\n");
     EXPECT_EQ(Finding("devices", "device list"),
-              "FAIL /opt/tarmica/qor/kam/work/devices.tmp holds no device, or may not be read");
+              "FAIL /opt/tarmica/qor/kam/work/devices.tmp holds no device");
 }
 
 TEST_F(DoctorTest, DeviceListThatIsADirectoryIsAFailure) {
@@ -303,16 +320,16 @@ TEST_F(DoctorTest, DeviceListThatIsADirectoryIsAFailure) {
     fs::create_directory(DEVICE_LIST);
     const json report = Report();
     EXPECT_EQ(FindingIn(report, "devices", "device list"),
-              "FAIL /opt/tarmica/qor/kam/work/devices.tmp holds no device, or may not be read");
+              "FAIL /opt/tarmica/qor/kam/work/devices.tmp is no regular file");
     EXPECT_EQ(FindingIn(report, "devices", "live PCI bus"),
-              "WARN not examined: there is no device list");
+              "WARN not examined: there is no device list that can be read");
 }
 
 TEST_F(DoctorTest, DeviceListThatIsAPipeIsNotWaitedFor) {
     fs::remove(DEVICE_LIST);
     ASSERT_EQ(mkfifo(DEVICE_LIST, 0600), 0);
     EXPECT_EQ(Finding("devices", "device list"),
-              "FAIL /opt/tarmica/qor/kam/work/devices.tmp holds no device, or may not be read");
+              "FAIL /opt/tarmica/qor/kam/work/devices.tmp is no regular file");
 }
 
 TEST_F(DoctorTest, DeviceListThatIsNotTrueIsToBeMadeAgain) {
@@ -374,7 +391,7 @@ TEST_F(DoctorTest, ToolThatIsNotExecutableIsAFailure) {
     fs::permissions(TOOL, fs::perms(0644));
     const json report = Report();
     EXPECT_EQ(FindingIn(report, "RAID tool", "permissions"),
-              "FAIL mode 0644: no regular file, or not executable by this user");
+              "FAIL mode 0644: /opt/tarmica/krz/cli/krzcli may not be executed by this user");
     EXPECT_EQ(FindingIn(report, "RAID tool", "version for RAID"),
               "FAIL krzcli -v: the RAID tool failed, exit status 126");
 }
@@ -442,7 +459,7 @@ TEST_F(DoctorTest, LsiUtilityIsTheOneThatThePluginWouldAsk) {
 
 TEST_F(DoctorTest, LsiUtilityThatCannotBeRunIsAFailureOnlyWithoutTheTool) {
     fs::permissions(STORCLI, fs::perms(0644));
-    const std::string reason = std::string(STORCLI) + " is not executable by this user";
+    const std::string reason = std::string(STORCLI) + " may not be executed by this user";
     EXPECT_EQ(Finding("RAID tool", "LSI utility"),
               "WARN " + reason + "; needed only where the RAID tool is missing");
     fs::remove(TOOL);
@@ -470,7 +487,7 @@ TEST_F(DoctorTest, ResultDirectoryThatIsNoDirectoryIsAFailure) {
     fs::remove(RESULT_DIR);
     WriteFile(RESULT_DIR, "");
     EXPECT_EQ(Finding("result files", "directory"),
-              std::string("FAIL ") + RESULT_DIR + " is no directory that this user may write into");
+              std::string("FAIL ") + RESULT_DIR + " is no directory");
     fs::remove(RESULT_DIR);
 }
 
@@ -478,8 +495,9 @@ TEST_F(DoctorTest, ResultDirectoryThatIsALinkIsAFailure) {
     const fs::path target = m_Folder / "elsewhere";
     fs::rename(RESULT_DIR, target);
     fs::create_directory_symlink(target, RESULT_DIR);
-    EXPECT_EQ(Finding("result files", "directory"),
-              std::string("FAIL ") + RESULT_DIR + " is no directory that this user may write into");
+    EXPECT_EQ(
+        Finding("result files", "directory"),
+        std::string("FAIL ") + RESULT_DIR + " is a symbolic link: reports would go elsewhere");
     fs::remove(RESULT_DIR);
     fs::rename(target, RESULT_DIR);
 }
@@ -533,6 +551,55 @@ TEST_F(DoctorTest, ForeignFileAmongTheResultFilesIsAFailure) {
     fs::remove(link);
 }
 
+struct CHiddenCase {
+    const char* closed;  // a folder, or a file
+    const char* group;
+    const char* name;
+    std::string reason;
+};
+
+// What a user has no right to see is not missing, and to make or install it would not help.
+TEST_F(DoctorTest, WhatThisUserMayNotSeeIsNotMissing) {
+    WriteFile(CONFIGURATION, "[Trace]\n");
+    const std::string closed = " is out of reach: this user may not search ";
+    const CHiddenCase cases[] = {
+        {DEVICE_LIST, "devices", "device list",
+         std::string(DEVICE_LIST) + " may not be read by this user"},
+        {"/opt/tarmica/qor/kam", "devices", "device list",
+         DEVICE_LIST + closed + "/opt/tarmica/qor/kam"},
+        {RAID_LIST, "supported devices", "RAID list",
+         std::string(RAID_LIST) +
+             " may not be read by this user: no RAID controller is ever found"},
+        {SSD_LIST, "supported devices", "PCIe SSD list",
+         std::string(SSD_LIST) + " may not be read by this user"},
+        {"/opt/tarmica/krz/cli", "RAID tool", "presence", TOOL + closed + "/opt/tarmica/krz/cli"},
+        {RESULT_DIR, "result files", "directory",
+         std::string(RESULT_DIR) + " may not be written into by this user"},
+        {"/opt/tarmica/qor/provider/tmp", "result files", "directory",
+         RESULT_DIR + closed + "/opt/tarmica/qor/provider/tmp"},
+        {CONFIGURATION, "trace", "settings",
+         std::string(CONFIGURATION) + " may not be read by this user"},
+    };
+    for (const CHiddenCase& one : cases) {
+        const fs::perms before = fs::status(one.closed).permissions();
+        fs::permissions(one.closed, fs::perms::none);
+        const json report = ReportWithoutRootsRights();
+        fs::permissions(one.closed, before);
+        EXPECT_EQ(FindingIn(report, one.group, one.name), "FAIL " + one.reason) << one.closed;
+        EXPECT_EQ(CheckIn(report, one.group, one.name)["remedy"],
+                  "run it as root, or as the user of the server")
+            << one.closed;
+    }
+}
+
+TEST_F(DoctorTest, FileInPlaceOfAFolderIsNamed) {
+    fs::remove_all("/opt/tarmica/qor/kam");
+    WriteFile("/opt/tarmica/qor/kam", "");
+    EXPECT_EQ(
+        Finding("devices", "device list"),
+        std::string("FAIL ") + DEVICE_LIST + " cannot be: /opt/tarmica/qor/kam is no directory");
+}
+
 TEST_F(DoctorTest, TraceSettingThatIsNotUnderstoodIsAWarning) {
     m_Environment.erase("QOR_TRACE");
     for (const char* setting : {"Sink=printer", "Levels=all", "Levels=3x", "File=trace.log"}) {
@@ -555,7 +622,7 @@ TEST_F(DoctorTest, TraceVariableThatIsNotUnderstoodIsAWarning) {
 TEST_F(DoctorTest, ConfigurationThatIsNoFileIsAFailure) {
     fs::create_directories(CONFIGURATION);
     EXPECT_EQ(Finding("trace", "settings"),
-              std::string("FAIL ") + CONFIGURATION + " is no regular file, or may not be read");
+              std::string("FAIL ") + CONFIGURATION + " is no regular file");
 }
 
 TEST_F(DoctorTest, TraceFileHasToBeWritable) {

@@ -64,6 +64,24 @@ TEST_F(RealPluginTest, FolderThatMayNotBeSearchedIsNamed) {
                                       "/opt/tarmica/qor/kam\n"));
 }
 
+// Without it the plug-in would count the disks, and find none.
+TEST_F(RealPluginTest, ToolThatThisUserMayNotSeeIsNotMissing) {
+    qortest::PutRaidCard();
+    const qortest::CStandInTool tool;
+    std::filesystem::permissions(qortest::TOOL_DIR, std::filesystem::perms::none);
+    const CEnd check = RunWithoutRootsRights({"check", "--no-hardware", "ok"});
+    const CEnd raid = RunWithoutRootsRights({"raid"});
+    std::filesystem::permissions(qortest::TOOL_DIR, std::filesystem::perms::owner_all);
+    const std::string sentence =
+        "/opt/tarmica/krz/cli/krzcli is out of reach: this user may not search "
+        "/opt/tarmica/krz/cli";
+    EXPECT_EQ(check.status, 3);
+    EXPECT_EQ(check.out, "RAID UNKNOWN - " + sentence + "\n");
+    EXPECT_EQ(raid.status, 1);
+    EXPECT_THAT(raid.err, HasSubstr("qorctl: " + sentence +
+                                    "\n  Run it as root, or as the user of the server.\n"));
+}
+
 TEST_F(RealPluginTest, ListOfSupportedCardsThatIsMissingIsNoServerWithoutHardware) {
     qortest::PutRaidCard();
     std::filesystem::remove(qortest::RAID_INI);
