@@ -136,15 +136,18 @@ void SortFindings(std::vector<CHealthFinding>& findings) {
         });
 }
 
-std::string FindingText(const CHealthFinding& finding) {
-    return finding.object.empty() ? finding.message : finding.object + ": " + finding.message;
+std::string SummaryText(const CHealthFinding& finding) {
+    const ENameForm form = LongestForm([&finding](ENameForm each) {
+        return FindingText(finding, each).size() <= MAX_SUMMARY_FINDING;
+    });
+    return CutText(FindingText(finding, form), MAX_SUMMARY_FINDING);
 }
 
 std::string SummarizeFindings(const std::vector<CHealthFinding>& findings) {
     std::string text;
     const size_t named = std::min(findings.size(), SUMMARY_FINDINGS);
     for (size_t i = 0; i < named; ++i) {
-        text += (i == 0 ? "" : "; ") + CutText(FindingText(findings[i]), MAX_SUMMARY_FINDING);
+        text += (i == 0 ? "" : "; ") + SummaryText(findings[i]);
     }
     if (findings.size() > named) {
         text += fmt::format("; and {} more", findings.size() - named);
@@ -171,7 +174,7 @@ std::string DetailLines(const CHealth& health, size_t leftOut) {
     std::string text;
     for (const CHealthFinding& finding : health.findings) {
         text += fmt::format("{}: {}\n", HealthName(finding.health),
-                            MonitoringText(FindingText(finding)));
+                            MonitoringText(FindingText(finding, ENameForm::WHOLE)));
     }
     for (const CNotReported& missing : health.notReported) {
         text += fmt::format("not reported: {}: {}\n", MonitoringText(missing.object), missing.what);
@@ -190,8 +193,9 @@ CJson FindingsJson(const std::vector<CHealthFinding>& findings) {
     for (const CHealthFinding& finding : findings) {
         json.push_back({{"severity", HealthName(finding.health)},
                         {"rule", finding.rule},
-                        {"object", finding.object},
-                        {"message", finding.message}});
+                        {"object", finding.object}});
+        AddDrive(json.back(), finding.drive);
+        json.back()["message"] = finding.message;
     }
     return json;
 }
@@ -199,7 +203,9 @@ CJson FindingsJson(const std::vector<CHealthFinding>& findings) {
 CJson NotReportedJson(const std::vector<CNotReported>& notReported) {
     CJson json = CJson::array();
     for (const CNotReported& missing : notReported) {
-        json.push_back({{"object", missing.object}, {"what", missing.what}});
+        json.push_back({{"object", missing.object}});
+        AddDrive(json.back(), missing.drive);
+        json.back()["what"] = missing.what;
     }
     return json;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "terminal/TerminalText.h"
 
@@ -12,6 +13,13 @@ std::string Dumped(const CJson& json, int indentation) {
     return json.dump(indentation, ' ', false, CJson::error_handler_t::replace);
 }
 
+template <typename VALUE>
+void AddTold(CJson& object, const char* name, const std::optional<VALUE>& value) {
+    if (value) {
+        object[name] = *value;
+    }
+}
+
 }  // namespace
 
 CJson NewDocument(std::string_view command) {
@@ -20,6 +28,31 @@ CJson NewDocument(std::string_view command) {
 
 CJson TextOrNull(const std::optional<std::string>& text) {
     return text && !text->empty() ? CJson(*text) : CJson();
+}
+
+CJson ValueOrNull(const CMeasure& value) {
+    if (!value) {
+        return {};
+    }
+    return value->number ? CJson(*value->number) : TextOrNull(value->text);
+}
+
+void AddDrive(CJson& json, const std::optional<CDriveIdentity>& drive) {
+    if (!drive) {
+        return;
+    }
+    CJson object = CJson::object();
+    AddTold(object, "controller", drive->controller);
+    AddTold(object, "enclosure", drive->place.enclosure);
+    AddTold(object, "slot", drive->place.slot);
+    AddTold(object, "drive", drive->number);
+    AddTold(object, "serial", drive->serial);
+    AddTold(object, "product", drive->product);
+    if (drive->capacity) {
+        object["capacity"] = drive->capacity->text;
+        AddTold(object, "capacity_bytes", drive->capacity->number);
+    }
+    json["physical_drive"] = std::move(object);
 }
 
 std::string JsonText(const CJson& json, int indentation) {

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "model/ObjectNames.h"
+
 namespace qorctl {
 
 using CJson = nlohmann::ordered_json;
@@ -22,6 +24,14 @@ CJson NewDocument(std::string_view command);
 
 // null for a text that is not there, or empty.
 CJson TextOrNull(const std::optional<std::string>& text);
+
+// null for a value that is not there; its number, or its text when it is no number.
+CJson ValueOrNull(const CMeasure& value);
+
+// Adds `drive`, if there is one, to an object as its "physical_drive": with "controller",
+// "enclosure", "slot", "drive", "serial", "product", "capacity" and "capacity_bytes", each where
+// the tool told it.
+void AddDrive(CJson& json, const std::optional<CDriveIdentity>& drive);
 
 // The document in UTF-8, its last line ended. The tool's bytes that are no UTF-8, which JSON cannot
 // hold, become U+FFFD; characters that are not printable stand as "\u009b".

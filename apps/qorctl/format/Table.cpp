@@ -34,13 +34,13 @@ constexpr CTableColumn LOGICAL_COLUMNS[] = {
 
 constexpr CTableColumn DRIVE_COLUMNS[] = {
     {"", 0, 0, EAlign::LEFT},          {"CTRL", 0, 0, EAlign::RIGHT},
-    {"PD", 0, 0, EAlign::RIGHT},       {"ENC:SLOT", 1, 0, EAlign::RIGHT},
-    {"STATUS", 0, 0, EAlign::LEFT},    {"PROGRESS", 1, 0, EAlign::RIGHT},
+    {"PD", 0, 0, EAlign::RIGHT},       {"ENC:SLOT", 0, 0, EAlign::RIGHT},
+    {"STATUS", 0, 0, EAlign::LEFT},    {"PROGRESS", 0, 0, EAlign::RIGHT},
     {"GROUP", 2, 0, EAlign::LEFT},     {"ROLE", 3, 0, EAlign::LEFT},
     {"TEMP", 3, 0, EAlign::RIGHT},     {"MEDIA", 4, 0, EAlign::RIGHT},
     {"OTHER", 6, 0, EAlign::RIGHT},    {"PREDICT", 4, 0, EAlign::RIGHT},
     {"CAPACITY", 2, 0, EAlign::RIGHT}, {"TYPE", 5, 0, EAlign::LEFT},
-    {"PRODUCT", 5, 10, EAlign::LEFT},  {"SERIAL", 2, 0, EAlign::LEFT},
+    {"PRODUCT", 5, 10, EAlign::LEFT},  {"SERIAL", 1, 0, EAlign::LEFT},
     {"HOURS", 7, 0, EAlign::RIGHT},
 };
 

@@ -53,6 +53,15 @@ std::string Capitalised(std::string text) {
     return text;
 }
 
+// The longest form of the object's name that needs no second line.
+ENameForm FitForm(const CHealthFinding& finding, const CTextStyle& style) {
+    const CSubject subject = {finding.object, finding.drive};
+    return LongestForm([&](ENameForm form) {
+        return style.width == ANY_WIDTH ||
+               CountColumns(MakeVisible(subject.Name(form), style)) <= style.width;
+    });
+}
+
 }  // namespace
 
 std::vector<CHealthFinding> FindProblems(const CInventory& inventory) {
@@ -61,8 +70,8 @@ std::vector<CHealthFinding> FindProblems(const CInventory& inventory) {
     return std::move(health.findings);
 }
 
-std::string ProblemSentence(const CHealthFinding& finding) {
-    const std::string object = Capitalised(finding.object);
+std::string ProblemSentence(const CHealthFinding& finding, ENameForm form) {
+    const std::string object = Capitalised(CSubject{finding.object, finding.drive}.Name(form));
     const CAdvice* advice = AdviceOf(finding);
     if (advice == nullptr) {
         return fmt::format("{}: {}.", object, finding.message);
@@ -75,7 +84,8 @@ std::string FormatProblems(const std::vector<CHealthFinding>& findings, const CT
     std::string text;
     for (const CHealthFinding& finding : findings) {
         const std::string sentence =
-            WrapText(MakeVisible(ProblemSentence(finding), style), style.width, 0, INDENT);
+            WrapText(MakeVisible(ProblemSentence(finding, FitForm(finding, style)), style),
+                     style.width, 0, INDENT);
         text += text.empty() ? "\n" : "";
         text += Coloured(sentence, ColourOf(finding.health), style) + '\n';
     }

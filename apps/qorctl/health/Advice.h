@@ -15,11 +15,11 @@ namespace qorctl {
 // The findings of docs/health.md with its default limits, any error counter above 0 included.
 std::vector<CHealthFinding> FindProblems(const CInventory& inventory);
 
-// "Controller 0 drive PD3 is FAILED: it is out of service; replace it."
-std::string ProblemSentence(const CHealthFinding& finding);
+// "Controller 0 drive 252:3 (PD3, serial A) is FAILED: it is out of service; replace it."
+std::string ProblemSentence(const CHealthFinding& finding, ENameForm form = ENameForm::WHOLE);
 
 // The sentences, a line each, behind an empty line; nothing without problems. Made visible, and
-// coloured where the style has colour.
+// coloured where the style has colour. A drive's name that is wider than the terminal is shortened.
 std::string FormatProblems(const std::vector<CHealthFinding>& findings, const CTextStyle& style);
 
 // How bad an object is, by its name as ObjectName() writes it.

@@ -126,51 +126,53 @@ public:
     CHealth m_Health;
 
 private:
-    void Add(EHealth health, std::string_view rule, const std::string& object, std::string message);
-    void JudgeUnknown(const CText& text, std::string_view rule, const std::string& object);
-    void JudgeState(const CText& text, std::span<const CState> states, const std::string& object);
+    void Add(EHealth health, std::string_view rule, const CSubject& subject, std::string message);
+    void JudgeState(const CText& text, std::span<const CState> states, const CSubject& subject,
+                    const CMeasure& progress = std::nullopt);
     void JudgeMeasure(const CMeasure& measure, const CThresholds& limits, std::string_view rule,
-                      std::string_view what, const std::string& object);
+                      std::string_view what, const CSubject& subject);
 
     const CHealthOptions& m_Options;
 };
 
-void CJudge::Add(EHealth health, std::string_view rule, const std::string& object,
+CHealthFinding MakeFinding(EHealth health, std::string_view rule, const CSubject& subject,
+                           std::string message) {
+    return {health, rule, subject.name, std::move(message), subject.drive};
+}
+
+std::string UnknownStateText(const CText& text) {
+    return text ? "unknown state \"" + *text + '"' : "the tool reports no state";
+}
+
+void CJudge::Add(EHealth health, std::string_view rule, const CSubject& subject,
                  std::string message) {
     if (health != EHealth::OK) {
-        m_Health.findings.push_back({health, rule, object, std::move(message)});
+        m_Health.findings.push_back(MakeFinding(health, rule, subject, std::move(message)));
     }
 }
 
-void CJudge::JudgeUnknown(const CText& text, std::string_view rule, const std::string& object) {
-    Add(EHealth::UNKNOWN, rule, object,
-        text ? "unknown state \"" + *text + '"' : "the tool reports no state");
-}
-
-void CJudge::JudgeState(const CText& text, std::span<const CState> states,
-                        const std::string& object) {
+void CJudge::JudgeState(const CText& text, std::span<const CState> states, const CSubject& subject,
+                        const CMeasure& progress) {
     const CState* state = FindState(text, states);
-    if (state == nullptr) {
-        JudgeUnknown(text, states.front().rule, object);
-        return;
-    }
-    Add(state->health, state->rule, object, *text);
+    Add(state == nullptr ? EHealth::UNKNOWN : state->health,
+        state == nullptr ? states.front().rule : state->rule, subject,
+        (state == nullptr ? UnknownStateText(text) : *text) + ProgressText(progress));
 }
 
 void CJudge::JudgeMeasure(const CMeasure& measure, const CThresholds& limits, std::string_view rule,
-                          std::string_view what, const std::string& object) {
+                          std::string_view what, const CSubject& subject) {
     if (!measure) {
-        m_Health.notReported.push_back({object, what});
+        m_Health.notReported.push_back({subject.name, what, subject.drive});
         return;
     }
     if (!measure->number) {
-        Add(EHealth::UNKNOWN, "unreadable-value", object,
+        Add(EHealth::UNKNOWN, "unreadable-value", subject,
             fmt::format("unreadable {} \"{}\"", what, measure->text));
         return;
     }
     const bool critical = *measure->number > limits.critical;
     if (critical || *measure->number > limits.warning) {
-        Add(critical ? EHealth::CRITICAL : EHealth::WARNING, rule, object,
+        Add(critical ? EHealth::CRITICAL : EHealth::WARNING, rule, subject,
             fmt::format("{} {}, above {}", what, measure->text,
                         critical ? limits.critical : limits.warning));
     }
@@ -191,7 +193,7 @@ void CJudge::JudgeCount(const CController& controller, const CMeasure& stated,
     const auto found = reported.find(controller.number);
     const long long count = found == reported.end() ? 0 : found->second;
     if (stated && stated->number.value_or(0) > count) {
-        Add(EHealth::UNKNOWN, "report-incomplete", ObjectName(controller),
+        Add(EHealth::UNKNOWN, "report-incomplete", SubjectOf(controller),
             fmt::format("states {} {}, {} reported", stated->text, what, count));
     }
 }
@@ -201,37 +203,38 @@ void CJudge::Judge(const CController& controller) {
     if (!controller.batteryStatus && controller.batteryPresence != "Present") {
         return;
     }
-    JudgeState(controller.batteryStatus, BATTERY_STATES, ObjectName(controller) + " battery");
+    JudgeState(controller.batteryStatus, BATTERY_STATES,
+               {.name = ObjectName(controller) + " battery"});
 }
 
 void CJudge::Judge(const CLogicalDrive& drive) {
     if (drive.state == "Degraded") {
-        Add(m_Options.degraded, "logical-drive-degraded", ObjectName(drive), *drive.state);
+        Add(m_Options.degraded, "logical-drive-degraded", SubjectOf(drive), *drive.state);
         return;
     }
-    JudgeState(drive.state, LOGICAL_DRIVE_STATES, ObjectName(drive));
+    JudgeState(drive.state, LOGICAL_DRIVE_STATES, SubjectOf(drive));
 }
 
 void CJudge::Judge(const CPhysicalDrive& drive) {
-    const std::string object = ObjectName(drive);
+    const CSubject subject = SubjectOf(drive);
     const bool holdsNoData = drive.role == EDriveRole::GLOBAL_SPARE ||
                              drive.role == EDriveRole::DEDICATED_SPARE ||
                              drive.role == EDriveRole::UNASSIGNED;
     if (drive.statusDetail == "OFFLINE" && holdsNoData) {
-        Add(EHealth::WARNING, "drive-offline", object, *drive.statusDetail);
+        Add(EHealth::WARNING, "drive-offline", subject, *drive.statusDetail);
     } else {
-        JudgeState(drive.statusDetail, DRIVE_STATES, object);
+        JudgeState(drive.statusDetail, DRIVE_STATES, subject, drive.progress);
     }
     JudgeMeasure(drive.temperature, m_Options.driveTemperature, "drive-temperature", "temperature",
-                 object);
+                 subject);
 }
 
 void CJudge::Judge(const CPcieSsd& ssd) {
-    const std::string object = ObjectName(ssd);
-    JudgeState(ssd.status, SSD_STATES, object);
+    const CSubject subject = SubjectOf(ssd);
+    JudgeState(ssd.status, SSD_STATES, subject);
     JudgeMeasure(ssd.temperature, m_Options.ssdTemperature, "ssd-temperature", "temperature",
-                 object);
-    JudgeMeasure(ssd.used, m_Options.ssdWear, "ssd-wear", "wear", object);
+                 subject);
+    JudgeMeasure(ssd.used, m_Options.ssdWear, "ssd-wear", "wear", subject);
 }
 
 // "1 media error", "2 media errors"
@@ -249,11 +252,12 @@ void ForEachCounter(const CInventory& inventory, CHealth& health, const CCounter
         for (const CCounterRule& row : COUNTER_RULES) {
             const CMeasure& value = drive.*row.counter.value;
             if (!value) {
-                health.notReported.push_back({ObjectName(drive), row.counter.noun});
+                health.notReported.push_back(
+                    {ObjectName(drive), row.counter.noun, IdentityOf(drive)});
             } else if (!value->number) {
-                health.findings.push_back(
-                    {EHealth::UNKNOWN, "unreadable-value", ObjectName(drive),
-                     fmt::format("unreadable number of {} \"{}\"", row.counter.noun, value->text)});
+                health.findings.push_back(MakeFinding(
+                    EHealth::UNKNOWN, "unreadable-value", SubjectOf(drive),
+                    fmt::format("unreadable number of {} \"{}\"", row.counter.noun, value->text)));
             } else {
                 judge(drive, row, *value->number);
             }
@@ -272,7 +276,7 @@ public:
 
     std::string Of(const CPhysicalDrive& drive) const {
         const bool isKnown = drive.serial && m_Count.at(*drive.serial) == 1;
-        return MonitoringText(isKnown ? "serial " + *drive.serial : ObjectName(drive));
+        return MonitoringText(isKnown ? "serial " + *drive.serial : DriveKey(drive));
     }
 
 private:
@@ -350,6 +354,11 @@ EHealth Worse(EHealth one, EHealth other) {
     return NameRow(one).rank >= NameRow(other).rank ? one : other;
 }
 
+std::string FindingText(const CHealthFinding& finding, ENameForm form) {
+    const std::string name = CSubject{finding.object, finding.drive}.Name(form);
+    return name.empty() ? finding.message : name + ": " + finding.message;
+}
+
 EHealth CHealth::Overall() const {
     EHealth worst = EHealth::OK;
     for (const CHealthFinding& finding : findings) {
@@ -396,13 +405,14 @@ void JudgeGap(const std::string& gap, CHealth& health) {
 }
 
 void JudgeCounters(const CInventory& inventory, CHealth& health) {
-    ForEachCounter(inventory, health,
-                   [&](const CPhysicalDrive& drive, const CCounterRule& row, long long value) {
-                       if (value != 0) {
-                           health.findings.push_back({EHealth::WARNING, row.rule, ObjectName(drive),
-                                                      CountText(value, row)});
-                       }
-                   });
+    ForEachCounter(
+        inventory, health,
+        [&](const CPhysicalDrive& drive, const CCounterRule& row, long long value) {
+            if (value != 0) {
+                health.findings.push_back(MakeFinding(EHealth::WARNING, row.rule, SubjectOf(drive),
+                                                      CountText(value, row)));
+            }
+        });
 }
 
 void JudgeCountersByGrowth(const CInventory& inventory, CCounterHistory& state, int64_t now,
@@ -414,9 +424,9 @@ void JudgeCountersByGrowth(const CInventory& inventory, CCounterHistory& state, 
                            state.Take(keys.Of(drive), std::string(row.name),
                                       static_cast<uint64_t>(value), now, hold);
                        if (verdict.growth != 0) {
-                           health.findings.push_back(
-                               {EHealth::WARNING, row.rule, ObjectName(drive),
-                                fmt::format("{}, {} more", CountText(value, row), verdict.growth)});
+                           health.findings.push_back(MakeFinding(
+                               EHealth::WARNING, row.rule, SubjectOf(drive),
+                               fmt::format("{}, {} more", CountText(value, row), verdict.growth)));
                        } else if (verdict.firstSeen && value != 0) {
                            health.notes.push_back(fmt::format(
                                "{}: first seen with {}", ObjectName(drive), CountText(value, row)));

@@ -3,6 +3,7 @@
 #define QORCTL_HEALTH_HEALTH_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "health/Counters.h"
 #include "health/PerformanceData.h"
 #include "model/Inventory.h"
+#include "model/ObjectNames.h"
 
 namespace qorctl {
 
@@ -38,15 +40,20 @@ struct CHealthOptions {
 
 struct CHealthFinding {
     EHealth health = EHealth::OK;
-    std::string_view rule;  // a stable word for programs
-    std::string object;     // "controller 0 drive PD3"; empty: the check itself
-    std::string message;    // may hold bytes of the plug-in
+    std::string_view rule;                               // a stable word for programs
+    std::string object;                                  // as ObjectName(); empty: the check itself
+    std::string message;                                 // may hold bytes of the plug-in
+    std::optional<CDriveIdentity> drive = std::nullopt;  // of a physical drive
 };
+
+// "controller 0 drive 252:3 (PD7, serial S123): FAILED"; the message alone without an object.
+std::string FindingText(const CHealthFinding& finding, ENameForm form);
 
 // A measurement that the tool did not report.
 struct CNotReported {
     std::string object;
     std::string_view what;
+    std::optional<CDriveIdentity> drive = std::nullopt;  // of a physical drive
 };
 
 struct CHealth {

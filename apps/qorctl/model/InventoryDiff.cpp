@@ -13,19 +13,22 @@ constexpr const char* PROGRESS = "progress";
 
 struct CFact {
     std::string what;
-    CText value;
+    CMeasure value;
 };
 
 // The state of an object comes first.
 using CFacts = std::vector<CFact>;
 
 struct CObject {
-    std::string name;
+    std::string key;  // what it is found by in the other report
+    CSubject subject;
     CFacts facts;
+    CMeasure progress;
 };
 
-CText TextOf(const CMeasure& measure) {
-    return measure ? CText(measure->text) : std::nullopt;
+// A serial number of digits is a text all the same.
+CMeasure TextFact(const CText& text) {
+    return text ? std::make_optional(CQuantity{*text, std::nullopt}) : std::nullopt;
 }
 
 // "LD0 of RG0", "GHS"
@@ -38,29 +41,60 @@ CText UseOf(const CPhysicalDrive& drive) {
 
 CFacts FactsOf(const CController& controller) {
     return {{STATE, std::nullopt},
-            {"battery", controller.batteryStatus},
-            {"serial number", controller.serial}};
+            {"battery", TextFact(controller.batteryStatus)},
+            {"serial number", TextFact(controller.serial)}};
 }
 
 CFacts FactsOf(const CLogicalDrive& drive) {
-    return {{STATE, drive.state}, {"RAID group", drive.group}};
+    return {{STATE, TextFact(drive.state)}, {"RAID group", TextFact(drive.group)}};
 }
 
 CFacts FactsOf(const CPhysicalDrive& drive) {
-    CFacts facts = {
-        {STATE, drive.statusDetail}, {"use", UseOf(drive)}, {"serial number", drive.serial}};
-    facts.push_back({PROGRESS, TextOf(drive.progress)});
+    CFacts facts = {{STATE, TextFact(drive.statusDetail)},
+                    {"use", TextFact(UseOf(drive))},
+                    {"serial number", TextFact(drive.serial)},
+                    {PROGRESS, drive.progress}};
     for (const CCounter& counter : COUNTERS) {
-        facts.push_back({std::string(counter.noun), TextOf(drive.*counter.value)});
+        facts.push_back({std::string(counter.noun), drive.*counter.value});
     }
     return facts;
 }
 
 CFacts FactsOf(const CPcieSsd& ssd) {
-    return {{STATE, ssd.status}, {"serial number", ssd.serial}};
+    return {{STATE, TextFact(ssd.status)}, {"serial number", TextFact(ssd.serial)}};
 }
 
-// The objects of an inventory, each under a name of its own.
+template <typename DEVICE>
+std::string KeyOf(const DEVICE& device) {
+    return ObjectName(device);
+}
+
+// A drive that was replaced is another one in the same place.
+std::string KeyOf(const CPhysicalDrive& drive) {
+    return DriveKey(drive);
+}
+
+template <typename DEVICE>
+CMeasure ProgressOf(const DEVICE&) {
+    return std::nullopt;
+}
+
+CMeasure ProgressOf(const CPhysicalDrive& drive) {
+    return drive.progress;
+}
+
+std::string TwinText(size_t count) {
+    return " (" + std::to_string(count) + ")";
+}
+
+void MarkTwin(CSubject& subject, size_t count) {
+    if (subject.drive) {
+        subject.drive->twin = count;
+    }
+    subject.name += TwinText(count);
+}
+
+// The objects of an inventory, each under a key of its own.
 class CObjects {
 public:
     explicit CObjects(const CInventory& inventory) {
@@ -72,9 +106,9 @@ public:
 
     const std::vector<CObject>& All() const { return m_Objects; }
 
-    // Null when there is none of the name.
-    const CObject* Find(const std::string& name) const {
-        const auto found = m_Positions.find(name);
+    // Null when there is none of the key.
+    const CObject* Find(const std::string& key) const {
+        const auto found = m_Positions.find(key);
         return found == m_Positions.end() ? nullptr : &m_Objects[found->second];
     }
 
@@ -82,13 +116,15 @@ private:
     template <typename DEVICE>
     void AddAll(const std::vector<DEVICE>& devices) {
         for (const DEVICE& device : devices) {
-            std::string name = ObjectName(device);
-            const size_t count = ++m_Count[name];
+            CObject object = {KeyOf(device), SubjectOf(device), FactsOf(device),
+                              ProgressOf(device)};
+            const size_t count = ++m_Count[object.key];
             if (count > 1) {
-                name += " (" + std::to_string(count) + ")";
+                object.key += TwinText(count);
+                MarkTwin(object.subject, count);
             }
-            m_Positions[name] = m_Objects.size();
-            m_Objects.push_back({std::move(name), FactsOf(device)});
+            m_Positions[object.key] = m_Objects.size();
+            m_Objects.push_back(std::move(object));
         }
     }
 
@@ -104,36 +140,48 @@ bool IsProgressOfNewState(const CObject& before, const CObject& after, size_t fa
            !(before.facts[fact].value && after.facts[fact].value);
 }
 
+CChange MakeChange(EChange kind, const CObject& object, size_t fact, const CMeasure& before,
+                   const CMeasure& after) {
+    const std::string& what = object.facts[fact].what;
+    return {.kind = kind,
+            .object = object.subject.name,
+            .what = what,
+            .before = before,
+            .after = after,
+            .drive = object.subject.drive,
+            .progress = what == STATE && after ? object.progress : std::nullopt};
+}
+
 // Both lists are of the same kind of object: the same facts in the same order.
 void CompareFacts(const CObject& before, const CObject& after, std::vector<CChange>& changes) {
     for (size_t i = 0; i < after.facts.size(); ++i) {
         if (before.facts[i].value != after.facts[i].value &&
             !IsProgressOfNewState(before, after, i)) {
-            changes.push_back({EChange::CHANGED, after.name, after.facts[i].what,
-                               before.facts[i].value, after.facts[i].value});
+            changes.push_back(MakeChange(EChange::CHANGED, after, i, before.facts[i].value,
+                                         after.facts[i].value));
         }
     }
 }
 
-std::string Shown(const CText& text) {
-    return text.value_or("(not reported)");
+std::string Shown(const CMeasure& value) {
+    return value ? value->text : "(not reported)";
 }
 
-std::string WithState(const char* event, const CText& state) {
-    return event + (state ? ", " + *state : "");
+std::string WithState(const char* event, const CMeasure& state) {
+    return event + (state ? ", " + state->text : "");
 }
 
 std::string DescribeEvent(const CChange& change) {
     switch (change.kind) {
         case EChange::APPEARED:
-            return WithState("appeared", change.after);
+            return WithState("appeared", change.after) + ProgressText(change.progress);
         case EChange::GONE:
             return WithState("gone", change.before);
         case EChange::CHANGED:
             break;
     }
     return (change.what == STATE ? "" : change.what + ' ') + Shown(change.before) + " -> " +
-           Shown(change.after);
+           Shown(change.after) + ProgressText(change.progress);
 }
 
 }  // namespace
@@ -143,25 +191,25 @@ std::vector<CChange> CompareInventories(const CInventory& before, const CInvento
     const CObjects newer(after);
     std::vector<CChange> changes;
     for (const CObject& object : newer.All()) {
-        const CObject* known = older.Find(object.name);
+        const CObject* known = older.Find(object.key);
         if (known != nullptr) {
             CompareFacts(*known, object, changes);
         } else {
             changes.push_back(
-                {EChange::APPEARED, object.name, STATE, std::nullopt, object.facts.front().value});
+                MakeChange(EChange::APPEARED, object, 0, std::nullopt, object.facts.front().value));
         }
     }
     for (const CObject& object : older.All()) {
-        if (newer.Find(object.name) == nullptr) {
+        if (newer.Find(object.key) == nullptr) {
             changes.push_back(
-                {EChange::GONE, object.name, STATE, object.facts.front().value, std::nullopt});
+                MakeChange(EChange::GONE, object, 0, object.facts.front().value, std::nullopt));
         }
     }
     return changes;
 }
 
-std::string DescribeChange(const CChange& change) {
-    return change.object + ": " + DescribeEvent(change);
+std::string DescribeChange(const CChange& change, ENameForm form) {
+    return CSubject{change.object, change.drive}.Name(form) + ": " + DescribeEvent(change);
 }
 
 }  // namespace qorctl

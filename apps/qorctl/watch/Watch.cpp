@@ -39,28 +39,43 @@ CJson NoAnswerEvent(const CTick& tick) {
     return json;
 }
 
+void AddProgress(CJson& json, const CChange& change) {
+    if (change.progress && change.progress->number) {
+        json["progress_percent"] = *change.progress->number;
+    }
+}
+
 CJson ChangeEvent(const CTick& tick, const CChange& change) {
     if (change.kind == EChange::CHANGED) {
         CJson json = Event(tick, "change");
         json["object"] = change.object;
+        AddDrive(json, change.drive);
         json["what"] = change.what;
-        json["before"] = TextOrNull(change.before);
-        json["after"] = TextOrNull(change.after);
+        json["before"] = ValueOrNull(change.before);
+        json["after"] = ValueOrNull(change.after);
+        AddProgress(json, change);
         return json;
     }
     const bool appeared = change.kind == EChange::APPEARED;
     CJson json = Event(tick, appeared ? "appeared" : "gone");
     json["object"] = change.object;
-    json["state"] = TextOrNull(appeared ? change.after : change.before);
+    AddDrive(json, change.drive);
+    json["state"] = ValueOrNull(appeared ? change.after : change.before);
+    AddProgress(json, change);
     return json;
 }
 
 // A measurement can change the status without a change of its own.
 void AddStatusChange(EHealth before, CTick& tick) {
     if (before != tick.status) {
-        tick.changes.push_back({EChange::CHANGED, "server", "state",
-                                std::string(HealthName(before)),
-                                std::string(HealthName(tick.status))});
+        tick.changes.push_back(
+            {.kind = EChange::CHANGED,
+             .object = "server",
+             .what = "state",
+             .before = CQuantity{std::string(HealthName(before)), std::nullopt},
+             .after = CQuantity{std::string(HealthName(tick.status)), std::nullopt},
+             .drive = std::nullopt,
+             .progress = std::nullopt});
     }
 }
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <functional>
 #include <string_view>
 
 #include "format/Table.h"
@@ -21,6 +22,15 @@ std::string FitLine(const std::string& text, EHealth health, const CTextStyle& s
     return Coloured(FirstColumns(visible, style.width), ColourOf(health), style);
 }
 
+// A line with as much of a drive's name as fits.
+std::string FitName(const std::function<std::string(ENameForm)>& text, EHealth health,
+                    const CTextStyle& style) {
+    const ENameForm form = LongestForm([&](ENameForm each) {
+        return CountColumns(MakeVisible(text(each), style)) <= style.width;
+    });
+    return FitLine(text(form), health, style);
+}
+
 void AddLines(std::vector<std::string>& lines, std::string_view text) {
     while (!text.empty()) {
         const size_t end = text.find('\n');
@@ -33,7 +43,7 @@ void AddLines(std::vector<std::string>& lines, std::string_view text) {
 
 void CWatchScreen::Take(const CTick& tick) {
     for (const CChange& change : tick.changes) {
-        m_Changes.push_front(FormatTime(tick.wallTime).substr(DATE) + ' ' + DescribeChange(change));
+        m_Changes.push_front({FormatTime(tick.wallTime).substr(DATE), change});
     }
     m_Changes.resize(std::min(m_Changes.size(), MAX_CHANGES));
     if (tick.answer.IsAnswered()) {
@@ -62,15 +72,20 @@ std::vector<std::string> CWatchScreen::AllLines(const CTextStyle& style) const {
     add(m_Answer.answer.sentence.empty() ? DescribeCounts(m_Answer.answer.inventory)
                                          : m_Answer.answer.sentence);
     for (const CHealthFinding& finding : m_Answer.health.findings) {
-        add(fmt::format("{}: {}: {}", HealthName(finding.health), finding.object, finding.message),
-            finding.health);
+        const auto text = [&](ENameForm form) {
+            return fmt::format("{}: {}", HealthName(finding.health), FindingText(finding, form));
+        };
+        lines.push_back(FitName(text, finding.health, style));
     }
     if (!m_Changes.empty()) {
         add("");
         add("Latest changes");
     }
-    for (const std::string& change : m_Changes) {
-        add(change);
+    for (const CTimedChange& each : m_Changes) {
+        const auto text = [&](ENameForm form) {
+            return each.time + ' ' + DescribeChange(each.change, form);
+        };
+        lines.push_back(FitName(text, EHealth::OK, style));
     }
     add("");
     AddLines(lines, FormatTables(m_Answer.answer.inventory, CProblemMarks(m_Answer.health.findings),

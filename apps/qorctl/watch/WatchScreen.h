@@ -38,10 +38,15 @@ public:
 private:
     std::vector<std::string> AllLines(const CTextStyle& style) const;
 
+    struct CTimedChange {
+        std::string time;
+        CChange change;
+    };
+
     int64_t m_Interval;
-    CTick m_Last;                       // the last request
-    CTick m_Answer;                     // the last one that had an answer
-    std::deque<std::string> m_Changes;  // the latest first
+    CTick m_Last;                        // the last request
+    CTick m_Answer;                      // the last one that had an answer
+    std::deque<CTimedChange> m_Changes;  // the latest first
 };
 
 }  // namespace qorctl

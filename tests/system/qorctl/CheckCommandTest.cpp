@@ -117,13 +117,16 @@ TEST_F(CheckCommandTest, ExitStatusAndWordSayHowBadItIs) {
         const char* summary;
     } rows[] = {
         {Server(), 0, "RAID OK - 1 controller, 1 logical drive, 1 drive, 0 PCIe SSDs"},
-        {Server({.state = "REBUILD"}), 1, "RAID WARNING - controller 0 drive PD3: REBUILD"},
-        {Server({.state = "FAILED"}), 2, "RAID CRITICAL - controller 0 drive PD3: FAILED"},
+        {Server({.state = "REBUILD"}), 1,
+         "RAID WARNING - controller 0 drive PD3 (serial SERIAL3): REBUILD"},
+        {Server({.state = "FAILED"}), 2,
+         "RAID CRITICAL - controller 0 drive PD3 (serial SERIAL3): FAILED"},
         {Server({.state = "odd"}), 3,
-         "RAID UNKNOWN - controller 0 drive PD3: unknown state \"odd\""},
-        {Server({.mediaErrors = "2"}), 1, "RAID WARNING - controller 0 drive PD3: 2 media errors"},
+         "RAID UNKNOWN - controller 0 drive PD3 (serial SERIAL3): unknown state \"odd\""},
+        {Server({.mediaErrors = "2"}), 1,
+         "RAID WARNING - controller 0 drive PD3 (serial SERIAL3): 2 media errors"},
         {Server({.temperature = "55C"}), 1,
-         "RAID WARNING - controller 0 drive PD3: temperature 55C, above 50"},
+         "RAID WARNING - controller 0 drive PD3 (serial SERIAL3): temperature 55C, above 50"},
         {Server({}, "Offline"), 2, "RAID CRITICAL - controller 0 logical drive LD1: Offline"},
     };
     for (const auto& row : rows) {
@@ -139,15 +142,41 @@ TEST_F(CheckCommandTest, WorstComesFirstAndTheDetailsNameEverything) {
     AddDrive(answer, {.number = "PD4", .state = "odd", .serial = "SERIAL4"});
     AddDrive(answer, {.number = "PD5", .state = "FAILED", .serial = "SERIAL5"});
     const CMonitoringOutput output = Read(Check(answer));
-    EXPECT_EQ(
-        output.summary,
-        "RAID CRITICAL - controller 0 logical drive LD1: Degraded; controller 0 drive PD5: FAILED; "
-        "controller 0 drive PD4: unknown state \"odd\"; and 1 more");
-    EXPECT_THAT(output.details,
-                ElementsAre("CRITICAL: controller 0 logical drive LD1: Degraded",
-                            "CRITICAL: controller 0 drive PD5: FAILED",
-                            "UNKNOWN: controller 0 drive PD4: unknown state \"odd\"",
-                            "WARNING: controller 0 drive PD3: REBUILD"));
+    EXPECT_EQ(output.summary,
+              "RAID CRITICAL - controller 0 logical drive LD1: Degraded; controller 0 drive PD5 "
+              "(serial SERIAL5): FAILED; "
+              "controller 0 drive PD4 (serial SERIAL4): unknown state \"odd\"; and 1 more");
+    EXPECT_THAT(
+        output.details,
+        ElementsAre("CRITICAL: controller 0 logical drive LD1: Degraded",
+                    "CRITICAL: controller 0 drive PD5 (serial SERIAL5): FAILED",
+                    "UNKNOWN: controller 0 drive PD4 (serial SERIAL4): unknown state \"odd\"",
+                    "WARNING: controller 0 drive PD3 (serial SERIAL3): REBUILD"));
+}
+
+// What a person needs to find the drive, and a program to know it.
+CRecords WholeDrive(const std::string& state) {
+    CRecords answer = Server({.state = state});
+    AddKey(answer, "Product ID", "ST600");
+    AddKey(answer, "Raw Capacity", "558.912GB");
+    AddKey(answer, "Progress", "42%");
+    const char* const enclosure = "### Enclosure Properties Information ###";
+    answer.push_back({"item", DRIVE, enclosure, "", "TRUE"});
+    answer.push_back({"item", enclosure, "Enclosure ID", "252", "TRUE"});
+    answer.push_back({"item", enclosure, "Slot No.", "3", "TRUE"});
+    return answer;
+}
+
+TEST_F(CheckCommandTest, DriveIsNamedByPlaceSerialNumberProductAndSize) {
+    const CMonitoringOutput output = Read(Check(WholeDrive("REBUILD")));
+    const std::string name = "controller 0 drive 252:3 (PD3, serial SERIAL3, ST600 558.912GB)";
+    EXPECT_EQ(output.summary, "RAID WARNING - " + name + ": REBUILD 42%");
+    EXPECT_THAT(output.details, ElementsAre("WARNING: " + name + ": REBUILD 42%"));
+    const nlohmann::json json = Json(Check(WholeDrive("REBUILD"), {"--format", "json"}));
+    EXPECT_EQ(json["findings"][0]["object"], name);
+    EXPECT_EQ(json["findings"][0]["physical_drive"], nlohmann::json::parse(R"({"controller":0,
+        "enclosure":252,"slot":3,"drive":3,"serial":"SERIAL3","product":"ST600",
+        "capacity":"558.912GB","capacity_bytes":600127190335})"));
 }
 
 TEST_F(CheckCommandTest, PerformanceDataHaveValuesUnitsAndThresholds) {
@@ -197,7 +226,7 @@ TEST_F(CheckCommandTest, MissingMeasurementIsStated) {
     const CEnd outcome = Check(Server({.temperature = ""}));
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(Read(outcome).details,
-                ElementsAre("not reported: controller 0 drive PD3: temperature"));
+                ElementsAre("not reported: controller 0 drive PD3 (serial SERIAL3): temperature"));
 }
 
 TEST_F(CheckCommandTest, OldToolIsNoted) {
@@ -350,13 +379,14 @@ TEST_F(CheckCommandTest, JsonHasStatusFindingsAndValues) {
     EXPECT_EQ(json["status"], "WARNING");
     EXPECT_EQ(json["exit_status"], 1);
     EXPECT_EQ(json["reason"], "judged");
-    EXPECT_EQ(json["message"], "controller 0 drive PD3: 2 media errors");
-    EXPECT_EQ(json["findings"], nlohmann::json::parse(R"([{"severity":"WARNING",
-        "rule":"drive-media-errors","object":"controller 0 drive PD3",
-        "message":"2 media errors"}])"));
-    EXPECT_EQ(
-        json["not_reported"],
-        nlohmann::json::parse(R"([{"object":"controller 0 drive PD3","what":"temperature"}])"));
+    EXPECT_EQ(json["message"], "controller 0 drive PD3 (serial SERIAL3): 2 media errors");
+    EXPECT_EQ(json["findings"], nlohmann::json::parse(R"json([{"severity":"WARNING",
+        "rule":"drive-media-errors","object":"controller 0 drive PD3 (serial SERIAL3)",
+        "physical_drive":{"controller":0,"drive":3,"serial":"SERIAL3"},
+        "message":"2 media errors"}])json"));
+    EXPECT_EQ(json["not_reported"],
+              nlohmann::json::parse(R"json([{"object":"controller 0 drive PD3 (serial SERIAL3)",
+            "physical_drive":{"controller":0,"drive":3,"serial":"SERIAL3"},"what":"temperature"}])json"));
     EXPECT_EQ(json["notes"], nlohmann::json::array());
     EXPECT_EQ(json["performance"][0],
               nlohmann::json::parse(
@@ -367,19 +397,21 @@ TEST_F(CheckCommandTest, JsonIsValidWhateverTheToolPrints) {
     const nlohmann::json json =
         Json(Check(Server({.state = "\xff\"\x01", .serial = "\xfe"}), {"--format", "json"}));
     ASSERT_FALSE(json.is_discarded());
-    EXPECT_EQ(json["message"], "controller 0 drive PD3: unknown state \"\xef\xbf\xbd\"\x01\"");
+    EXPECT_EQ(json["message"],
+              "controller 0 drive PD3 (serial \xef\xbf\xbd): unknown state \"\xef\xbf\xbd\"\x01\"");
 }
 
 // The state file
 
 TEST_F(CheckCommandTest, OnlyGrowthAlarmsWithAState) {
-    EXPECT_EQ(
-        Read(CheckState({.mediaErrors = "2"})).details,
-        std::vector<std::string>{"note: controller 0 drive PD3: first seen with 2 media errors"});
+    EXPECT_EQ(Read(CheckState({.mediaErrors = "2"})).details,
+              std::vector<std::string>{
+                  "note: controller 0 drive PD3 (serial SERIAL3): first seen with 2 media errors"});
     EXPECT_EQ(CheckState({.mediaErrors = "2"}).status, 0);
     const CEnd grown = CheckState({.mediaErrors = "5"});
     EXPECT_EQ(grown.status, 1);
-    EXPECT_EQ(Read(grown).summary, "RAID WARNING - controller 0 drive PD3: 5 media errors, 3 more");
+    EXPECT_EQ(Read(grown).summary,
+              "RAID WARNING - controller 0 drive PD3 (serial SERIAL3): 5 media errors, 3 more");
     EXPECT_EQ(CheckState({.mediaErrors = "5"}).status, 1);
     EXPECT_EQ(Check(Server({.mediaErrors = "5"}), {"--state", m_State, "--hold", "0"}).status, 0);
 }

@@ -49,7 +49,7 @@ std::vector<CRecord> OddAnswer() {
 }
 
 constexpr const char* SENTENCE =
-    "\nController 0 drive PD3 is FAILED: it is out of service; replace it.\n";
+    "\nController 0 drive PD3 (=1+1) is FAILED: it is out of service; replace it.\n";
 
 // The document, after the shipped schema has accepted it. Uses `folder`.
 CJson Valid(const fs::path& folder, const std::string& document) {

@@ -52,7 +52,8 @@ TEST_F(SimulatedServerTest, FailureAndRebuildAreToldWhileTheyHappen) {
     std::vector<std::string> failed;
     for (const std::string& line : qortest::Lines(qortest::ReadFile(changes))) {
         const json event = Valid(line);
-        if (event["event"] == "change" && event["object"] == "controller 0 drive PD3") {
+        if (event["event"] == "change" &&
+            event.value("/physical_drive/drive"_json_pointer, -1) == 3) {
             failed.push_back(event["what"].get<std::string>());
         }
     }
@@ -60,14 +61,15 @@ TEST_F(SimulatedServerTest, FailureAndRebuildAreToldWhileTheyHappen) {
 }
 
 TEST_F(SimulatedServerTest, RebuildIsToldInSteps) {
-    EXPECT_THAT(Shell("lifecycle", R"(qorctl watch --interval 1 > changes & watch=$!
+    EXPECT_THAT(
+        Shell("lifecycle", R"(qorctl watch --interval 1 > changes & watch=$!
 echo $(($(date +%s) - 22)) > /opt/tarmica/krz/started
 until grep -q 'watching' changes; do sleep 0.05; done
 echo $(($(date +%s) - 32)) > /opt/tarmica/krz/started
 until grep -q 'progress' changes; do sleep 0.05; done
 kill $watch; wait $watch; cat changes; rm changes)")
-                    .out,
-                HasSubstr("controller 0 drive PD7: progress "));
+            .out,
+        testing::ContainsRegex("controller 0 drive 252:7 \\(PD7, serial [^)]*\\): progress "));
 }
 
 TEST_F(SimulatedServerTest, EveryJsonFitsTheSchema) {

@@ -111,8 +111,10 @@ TEST_F(TerminalTest, ProblemsStandOutAndAreRepeatedAtTheEnd) {
     Start("--host failed-drive", "raid --format table", 200, 50);
     const std::string shown = Await("status=0", {"-e"});
     EXPECT_THAT(shown, HasSubstr(std::string(RED) + "!!     0   3     252:3  FAILED"));
-    EXPECT_THAT(shown, HasSubstr("Controller 0 drive PD3 is FAILED: it is out of service; "
-                                 "replace it.\n"));
+    EXPECT_THAT(shown,
+                HasSubstr("Controller 0 drive 252:3 (PD3, serial K4H1R12B, KESTREL K2000NX0253 "
+                          "1.819TB) is FAILED: it is out of service; "
+                          "replace it.\n"));
 }
 
 TEST_F(TerminalTest, StateIsColouredInTheTree) {

@@ -127,7 +127,7 @@ TEST(HealthTest, DriveStatesHaveTheirSeverity) {
         drive.role = row.role;
         const bool good = row.severity == EHealth::OK;
         ExpectFinding(JudgeHealth(With(drive), {}), row.severity, row.rule,
-                      good ? "" : "controller 0 drive PD3", good ? "" : row.state);
+                      good ? "" : "controller 0 drive PD3 (serial SERIAL3)", good ? "" : row.state);
     }
 }
 
@@ -136,7 +136,8 @@ TEST(HealthTest, DriveStateWithoutAKnownMeaningIsUnknown) {
         CPhysicalDrive drive = GoodDrive();
         drive.statusDetail = state;
         ExpectFinding(JudgeHealth(With(drive), {}), EHealth::UNKNOWN, "drive-state",
-                      "controller 0 drive PD3", "unknown state \"" + std::string(state) + '"');
+                      "controller 0 drive PD3 (serial SERIAL3)",
+                      "unknown state \"" + std::string(state) + '"');
     }
 }
 
@@ -145,7 +146,7 @@ TEST(HealthTest, MissingStatesAreUnknown) {
     drive.statusDetail.reset();
     const char* const none = "the tool reports no state";
     ExpectFinding(JudgeHealth(With(drive), {}), EHealth::UNKNOWN, "drive-state",
-                  "controller 0 drive PD3", none);
+                  "controller 0 drive PD3 (serial SERIAL3)", none);
     ExpectFinding(JudgeHealth(WithLogicalDrive(std::nullopt), {}), EHealth::UNKNOWN,
                   "logical-drive-state", "controller 0 logical drive LD1", none);
     ExpectFinding(JudgeHealth(WithSsd(std::nullopt, Measure(40), Measure(1)), {}), EHealth::UNKNOWN,
@@ -256,7 +257,7 @@ TEST(HealthTest, DriveTemperaturesAlarmAboveTheirThresholds) {
         drive.temperature = Measure(row.value);
         const bool good = row.severity == EHealth::OK;
         ExpectFinding(JudgeHealth(With(drive), {}), row.severity, good ? "" : "drive-temperature",
-                      good ? "" : "controller 0 drive PD3", row.message);
+                      good ? "" : "controller 0 drive PD3 (serial SERIAL3)", row.message);
     }
 }
 
@@ -295,12 +296,13 @@ TEST(HealthTest, MeasurementThatIsNoNumberIsUnknown) {
     CPhysicalDrive drive = GoodDrive();
     drive.temperature = CQuantity{"hot", std::nullopt};
     ExpectFinding(JudgeHealth(With(drive), {}), EHealth::UNKNOWN, "unreadable-value",
-                  "controller 0 drive PD3", "unreadable temperature \"hot\"");
+                  "controller 0 drive PD3 (serial SERIAL3)", "unreadable temperature \"hot\"");
     drive = GoodDrive();
     drive.mediaErrors = CQuantity{"many", std::nullopt};
     CHealth health;
     JudgeCounters(With(drive), health);
-    ExpectFinding(health, EHealth::UNKNOWN, "unreadable-value", "controller 0 drive PD3",
+    ExpectFinding(health, EHealth::UNKNOWN, "unreadable-value",
+                  "controller 0 drive PD3 (serial SERIAL3)",
                   "unreadable number of media errors \"many\"");
 }
 
@@ -312,7 +314,7 @@ TEST(HealthTest, MissingMeasurementsAreStatedAndNotJudged) {
     JudgeCounters(With(drive), health);
     EXPECT_THAT(health.findings, IsEmpty());
     ASSERT_THAT(health.notReported, SizeIs(2));
-    EXPECT_EQ(health.notReported[0].object, "controller 0 drive PD3");
+    EXPECT_EQ(health.notReported[0].object, "controller 0 drive PD3 (serial SERIAL3)");
     EXPECT_EQ(health.notReported[0].what, "temperature");
     EXPECT_EQ(health.notReported[1].what, "other errors");
     const CHealth ssd = JudgeHealth(WithSsd("Healthy", {}, {}), {});
@@ -336,7 +338,8 @@ TEST(HealthTest, EveryCounterOtherThanZeroIsAWarningByItself) {
         drive.*row.counter = Measure(2);
         CHealth health;
         JudgeCounters(With(drive), health);
-        ExpectFinding(health, EHealth::WARNING, row.rule, "controller 0 drive PD3", row.message);
+        ExpectFinding(health, EHealth::WARNING, row.rule, "controller 0 drive PD3 (serial SERIAL3)",
+                      row.message);
     }
 }
 
@@ -393,7 +396,7 @@ TEST_F(GrowthTest, FirstLookIsTheBaselineAndNoted) {
     const CHealth health = Judge(With(Drive(2)), 1000);
     EXPECT_THAT(health.findings, IsEmpty());
     EXPECT_THAT(health.notes,
-                ElementsAre("controller 0 drive PD3: first seen with 2 media errors"));
+                ElementsAre("controller 0 drive PD3 (serial A): first seen with 2 media errors"));
 }
 
 TEST_F(GrowthTest, CounterThatStandsStillDoesNotAlarm) {
@@ -406,7 +409,7 @@ TEST_F(GrowthTest, CounterThatStandsStillDoesNotAlarm) {
 TEST_F(GrowthTest, GrowthIsAWarningWithWhatCameOnTop) {
     Judge(With(Drive(2)), 1000);
     ExpectFinding(Judge(With(Drive(5)), 1060), EHealth::WARNING, "drive-media-errors",
-                  "controller 0 drive PD3", "5 media errors, 3 more");
+                  "controller 0 drive PD3 (serial A)", "5 media errors, 3 more");
 }
 
 TEST_F(GrowthTest, ReplacedDriveStartsAnewInTheSamePlace) {
@@ -422,7 +425,7 @@ TEST_F(GrowthTest, DriveIsKnownAgainInAnotherPlace) {
     CPhysicalDrive moved = Drive(3);
     moved.number = 7;
     ExpectFinding(Judge(With(moved), 1060), EHealth::WARNING, "drive-media-errors",
-                  "controller 0 drive PD7", "3 media errors, 1 more");
+                  "controller 0 drive PD7 (serial A)", "3 media errors, 1 more");
 }
 
 TEST_F(GrowthTest, DrivesOfTheSameSerialNumberAreKnownByTheirPlace) {

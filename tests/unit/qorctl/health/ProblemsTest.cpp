@@ -13,6 +13,19 @@ TEST(ProblemsTest, StateIsASentence) {
               "Controller 0 drive PD3 is FAILED: it is out of service; replace it.");
 }
 
+TEST(ProblemsTest, NameThatIsWiderThanTheTerminalLosesTheProductFirst) {
+    const qorctl::CDriveIdentity drive = {
+        .controller = 0, .number = 3, .serial = "S1", .product = "ST600"};
+    const std::vector<CHealthFinding> findings = {
+        {EHealth::CRITICAL, "drive-failed", DriveName(drive), "FAILED", drive}};
+    EXPECT_EQ(qorctl::FormatProblems(findings, {.width = 42}),
+              "\nController 0 drive PD3 (serial S1, ST600)\n"
+              "  is FAILED: it is out of service; replace\n  it.\n");
+    EXPECT_EQ(qorctl::FormatProblems(findings, {.width = 40}),
+              "\nController 0 drive PD3 (serial S1) is\n"
+              "  FAILED: it is out of service; replace\n  it.\n");
+}
+
 TEST(ProblemsTest, MeasurementIsASentence) {
     EXPECT_EQ(qorctl::ProblemSentence({EHealth::WARNING, "drive-media-errors",
                                        "controller 0 drive PD5", "2 media errors"}),

@@ -65,10 +65,10 @@ TEST(InventoryDiffTest, ChangesOfEachKindOfObjectAreTold) {
     EXPECT_THAT(Changes(Server(), after),
                 ElementsAre("controller 0: battery Normal -> Failed",
                             "controller 0 logical drive LD1: Optimal -> Degraded",
-                            "controller 0 drive PD3: ONLINE -> FAILED",
-                            "controller 0 drive PD3: use LD1 of RG0 -> None",
-                            "controller 0 drive PD3: serial number A -> B",
-                            "controller 0 drive PD3: media errors 2 -> 3",
+                            "controller 0 drive PD3 (serial B): ONLINE -> FAILED",
+                            "controller 0 drive PD3 (serial B): use LD1 of RG0 -> None",
+                            "controller 0 drive PD3 (serial B): serial number A -> B",
+                            "controller 0 drive PD3 (serial B): media errors 2 -> 3",
                             "PCIe SSD 177: Healthy -> Warning"));
 }
 
@@ -79,10 +79,23 @@ TEST(InventoryDiffTest, ProgressIsAChangeWhileItLasts) {
     rebuilt.physicalDrives[0].progress = CQuantity{"10%", 10};
     CInventory later = rebuilt;
     later.physicalDrives[0].progress = CQuantity{"50%", 50};
-    EXPECT_THAT(Changes(online, rebuilt), ElementsAre("controller 0 drive PD3: ONLINE -> REBUILD"));
+    EXPECT_THAT(Changes(online, rebuilt),
+                ElementsAre("controller 0 drive PD3 (serial A): ONLINE -> REBUILD 10%"));
     EXPECT_THAT(Changes(rebuilt, later),
-                ElementsAre("controller 0 drive PD3: progress 10% -> 50%"));
-    EXPECT_THAT(Changes(later, online), ElementsAre("controller 0 drive PD3: REBUILD -> ONLINE"));
+                ElementsAre("controller 0 drive PD3 (serial A): progress 10% -> 50%"));
+    EXPECT_THAT(Changes(later, online),
+                ElementsAre("controller 0 drive PD3 (serial A): REBUILD -> ONLINE"));
+}
+
+TEST(InventoryDiffTest, ChangeOfADriveKnowsTheDriveAndNumbers) {
+    CInventory after = Server();
+    after.physicalDrives[0].mediaErrors = CQuantity{"3", 3};
+    const std::vector<qorctl::CChange> changes = CompareInventories(Server(), after);
+    ASSERT_EQ(changes.size(), 1U);
+    ASSERT_TRUE(changes[0].drive);
+    EXPECT_EQ(changes[0].drive->serial, "A");
+    EXPECT_EQ(changes[0].before, (CQuantity{"2", 2}));
+    EXPECT_EQ(changes[0].after, (CQuantity{"3", 3}));
 }
 
 TEST(InventoryDiffTest, TemperatureIsNoChange) {
@@ -95,17 +108,19 @@ TEST(InventoryDiffTest, ValueThatIsNoLongerReportedIsAChange) {
     CInventory after = Server();
     after.physicalDrives[0].statusDetail.reset();
     EXPECT_THAT(Changes(Server(), after),
-                ElementsAre("controller 0 drive PD3: ONLINE -> (not reported)"));
+                ElementsAre("controller 0 drive PD3 (serial A): ONLINE -> (not reported)"));
 }
 
 TEST(InventoryDiffTest, ObjectsThatAppearAndGoAreToldWithTheirState) {
     CInventory after = Server();
     after.physicalDrives[0].number = 4;
-    EXPECT_THAT(Changes(Server(), after), ElementsAre("controller 0 drive PD4: appeared, ONLINE",
-                                                      "controller 0 drive PD3: gone, ONLINE"));
+    EXPECT_THAT(Changes(Server(), after),
+                ElementsAre("controller 0 drive PD4 (serial A): appeared, ONLINE",
+                            "controller 0 drive PD3 (serial A): gone, ONLINE"));
     EXPECT_THAT(Changes(Server(), {}),
                 ElementsAre("controller 0: gone", "controller 0 logical drive LD1: gone, Optimal",
-                            "controller 0 drive PD3: gone, ONLINE", "PCIe SSD 177: gone, Healthy"));
+                            "controller 0 drive PD3 (serial A): gone, ONLINE",
+                            "PCIe SSD 177: gone, Healthy"));
 }
 
 TEST(InventoryDiffTest, ObjectsOfTheSameNameAreToldApart) {
@@ -114,7 +129,7 @@ TEST(InventoryDiffTest, ObjectsOfTheSameNameAreToldApart) {
     CInventory after = before;
     after.physicalDrives[1].statusDetail = "FAILED";
     EXPECT_THAT(Changes(before, after),
-                ElementsAre("controller 0 drive PD3 (2): ONLINE -> FAILED"));
+                ElementsAre("controller 0 drive PD3 (serial A) (2): ONLINE -> FAILED"));
 }
 
 }  // namespace

@@ -38,7 +38,8 @@ CTick Answer() {
     tick.health.findings.push_back({qorctl::EHealth::CRITICAL, "logical-drive-degraded",
                                     "controller 0 logical drive LD1", "Degraded"});
     tick.changes.push_back({qorctl::EChange::CHANGED, "controller 0 logical drive LD1", "state",
-                            "Optimal", "Degraded"});
+                            qorctl::CQuantity{"Optimal", std::nullopt},
+                            qorctl::CQuantity{"Degraded", std::nullopt}});
     return tick;
 }
 
@@ -87,6 +88,27 @@ TEST(WatchScreenTest, LinesFitTheScreen) {
     EXPECT_THAT(screen.Lines({.rows = 3, .columns = 12}, UTF8),
                 ElementsAre("CRITICAL  qo", "0 controller", "... 10 more "));
     EXPECT_THAT(screen.Lines({.rows = 1, .columns = 40}, UTF8), ElementsAre("... 12 more lines"));
+}
+
+TEST(WatchScreenTest, NarrowScreenLeavesTheProductOut) {
+    CTick tick = Answer();
+    const qorctl::CDriveIdentity drive = {.controller = 0,
+                                          .place = {.enclosure = 252, .slot = 3},
+                                          .number = 3,
+                                          .serial = "S1",
+                                          .product = "ST600"};
+    tick.health.findings = {
+        {qorctl::EHealth::CRITICAL, "drive-failed", DriveName(drive), "FAILED", drive}};
+    tick.changes = {{qorctl::EChange::GONE, DriveName(drive), "state",
+                     qorctl::CQuantity{"FAILED", std::nullopt}, std::nullopt, drive}};
+    qorctl::CWatchScreen screen(10);
+    screen.Take(tick);
+    std::vector<std::string> lines = screen.Lines({.rows = 50, .columns = 67}, UTF8);
+    EXPECT_EQ(lines[2], "CRITICAL: controller 0 drive 252:3 (PD3, serial S1, ST600): FAILED");
+    EXPECT_EQ(lines[5], "10:00:00Z controller 0 drive 252:3 (PD3, serial S1): gone, FAILED");
+    lines = screen.Lines({.rows = 50, .columns = 60}, UTF8);
+    EXPECT_EQ(lines[2], "CRITICAL: controller 0 drive 252:3 (PD3, serial S1): FAILED");
+    EXPECT_EQ(lines[5], "10:00:00Z controller 0 drive 252:3 (PD3, serial S1): gone, F");
 }
 
 TEST(WatchScreenTest, CharactersOfSeveralBytesAreCutWhole) {

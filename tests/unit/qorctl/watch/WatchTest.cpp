@@ -182,12 +182,15 @@ TEST_F(WatchTest, EventsAreJsonLines) {
     EXPECT_EQ(events[2], parsed(R"({"time":"2026-11-20T10:01:00Z","event":"start",
         "status":"OK","controllers":0,"logical_drives":0,"drives":1,"pcie_ssds":0})"));
     EXPECT_EQ(events[3], parsed(R"({"time":"2026-11-20T10:02:00Z","event":"change",
-        "object":"controller 0 drive PD3","what":"state","before":"ONLINE","after":"\ufffd"})"));
+        "object":"controller 0 drive PD3","physical_drive":{"controller":0,"drive":3},
+        "what":"state","before":"ONLINE","after":"\ufffd"})"));
     EXPECT_EQ(events[4], parsed(R"({"time":"2026-11-20T10:02:00Z","event":"appeared",
-        "object":"controller 0 drive PD4","state":"\ufffd"})"));
+        "object":"controller 0 drive PD4","physical_drive":{"controller":0,"drive":4},
+        "state":"\ufffd"})"));
     EXPECT_EQ(events.back()["event"], "change");
     EXPECT_EQ(events[events.size() - 2], parsed(R"({"time":"2026-11-20T10:03:00Z","event":"gone",
-        "object":"controller 0 drive PD4","state":"\ufffd"})"));
+        "object":"controller 0 drive PD4","physical_drive":{"controller":0,"drive":4},
+        "state":"\ufffd"})"));
 }
 
 TEST_F(WatchTest, ValueThatTheToolDidNotSayIsNull) {
@@ -195,6 +198,31 @@ TEST_F(WatchTest, ValueThatTheToolDidNotSayIsNull) {
     silent.inventory.physicalDrives.front().statusDetail.reset();
     Watch({Answer("ONLINE"), silent});
     EXPECT_THAT(m_View.m_Json, testing::HasSubstr("\"before\":\"ONLINE\",\"after\":null}"));
+}
+
+TEST_F(WatchTest, NumbersOfAnEventAreNumbers) {
+    CAnswer before = Answer("REBUILD");
+    CAnswer after = Answer("REBUILD");
+    before.inventory.physicalDrives[0].progress = qorctl::CQuantity{"10%", 10};
+    before.inventory.physicalDrives[0].mediaErrors = qorctl::CQuantity{"2", 2};
+    after.inventory.physicalDrives[0].progress = qorctl::CQuantity{"50%", 50};
+    after.inventory.physicalDrives[0].mediaErrors = qorctl::CQuantity{"many", std::nullopt};
+    Watch({before, after});
+    EXPECT_THAT(m_View.m_Json,
+                testing::HasSubstr("\"what\":\"progress\",\"before\":10,\"after\":50}"));
+    EXPECT_THAT(m_View.m_Json, testing::HasSubstr("\"before\":2,\"after\":\"many\"}"));
+    EXPECT_THAT(m_View.m_Text, testing::HasSubstr("progress 10% -> 50%\n"));
+}
+
+TEST_F(WatchTest, StateThatComesWithProgressShowsIt) {
+    CAnswer rebuilt = Answer("REBUILD");
+    rebuilt.inventory.physicalDrives[0].progress = qorctl::CQuantity{"10%", 10};
+    Watch({Answer("ONLINE"), rebuilt});
+    EXPECT_THAT(m_View.m_Text,
+                testing::HasSubstr("controller 0 drive PD3: ONLINE -> REBUILD 10%\n"));
+    EXPECT_THAT(
+        m_View.m_Json,
+        testing::HasSubstr("\"before\":\"ONLINE\",\"after\":\"REBUILD\",\"progress_percent\":10}"));
 }
 
 TEST_F(WatchTest, SomebodyWhoWantsAnEndGetsIt) {
