@@ -239,7 +239,9 @@ void LookAtTree(const qorctl::CItemTree& tree, const qorctl::CInventory&,
 
 void LookAtCheck(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
                  const CItemReading* reading) {
-    const qorctl::CCheckResult result = qorctl::JudgeAnswer(AnswerOf(inventory), {}, 0);
+    qorctl::CCheckOptions options;
+    options.performance = qorctl::EPerformance::ALL;
+    const qorctl::CCheckResult result = qorctl::JudgeAnswer(AnswerOf(inventory), options, 0);
     const std::string text = qorctl::FormatCheckText(result);
     const auto values = ReadMonitoringOutput(text, qorctl::HealthName(result.status));
     const CJson json = DemandJson(qorctl::FormatCheckJson(result));

@@ -54,8 +54,7 @@ public:
     }
 
     void ReadRange() {
-        const bool alsoBelow = Take("~:");
-        if (alsoBelow || (!m_Rest.empty() && m_Rest.front() != ';' && m_Rest.front() != ' ')) {
+        if (!m_Rest.empty() && m_Rest.front() != ';' && m_Rest.front() != ' ') {
             ReadNumber();
         }
     }

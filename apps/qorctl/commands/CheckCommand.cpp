@@ -44,7 +44,7 @@ constexpr const char* CHECK_FOOTER =
     "\n"
     "Examples:\n"
     "  qorctl check --state /var/lib/qor/health.json --no-hardware critical\n"
-    "  qorctl check --degraded warning --temperature-critical 65 --format json";
+    "  qorctl check --degraded warning --temperature-critical 65 --perfdata all";
 
 constexpr int64_t MAX_HOLD = 8760;  // a year, in hours
 constexpr long long MAX_THRESHOLD = 1000;
@@ -57,6 +57,9 @@ const std::map<std::string, EHealth> DEGRADED = {{"warning", EHealth::WARNING},
                                                  {"critical", EHealth::CRITICAL}};
 const std::map<std::string, ECheckFormat> CHECK_FORMATS = {{"text", ECheckFormat::TEXT},
                                                            {"json", ECheckFormat::JSON}};
+
+const std::map<std::string, EPerformance> PERFORMANCES = {
+    {"none", EPerformance::NONE}, {"counts", EPerformance::COUNTS}, {"all", EPerformance::ALL}};
 
 // Findings that the summary names; the others follow in the details.
 constexpr size_t SUMMARY_FINDINGS = 3;
@@ -147,10 +150,10 @@ std::string SummarizeFindings(const std::vector<CHealthFinding>& findings) {
     std::string text;
     const size_t named = std::min(findings.size(), SUMMARY_FINDINGS);
     for (size_t i = 0; i < named; ++i) {
-        text += (i == 0 ? "" : "; ") + SummaryText(findings[i]);
+        text += (i == 0 ? "" : ", ") + SummaryText(findings[i]);
     }
     if (findings.size() > named) {
-        text += fmt::format("; and {} more", findings.size() - named);
+        text += fmt::format(", and {} more", findings.size() - named);
     }
     return text;
 }
@@ -168,6 +171,13 @@ std::string WholeSummary(const CCheckResult& result) {
 
 std::string Summary(const CCheckResult& result) {
     return CutText(ValidUtf8(WholeSummary(result)), MAX_SUMMARY);
+}
+
+// Monitoring servers end a command at a semicolon, and rewrite one that they pass on.
+std::string SummaryLine(const CCheckResult& result) {
+    std::string line = CutText(MonitoringText(WholeSummary(result)), MAX_SUMMARY);
+    std::replace(line.begin(), line.end(), ';', ',');
+    return line;
 }
 
 std::string DetailLines(const CHealth& health, size_t leftOut) {
@@ -228,18 +238,50 @@ int WriteResult(const CCheckResult& result, ECheckFormat format) {
     return static_cast<int>(written == EXIT_SUCCESS ? result.status : EHealth::UNKNOWN);
 }
 
-void AddThresholds(CLI::App* command, const std::string& name, CThresholds& thresholds,
-                   const std::string& what) {
-    const std::pair<const char*, long long*> options[] = {{"warning", &thresholds.warning},
-                                                          {"critical", &thresholds.critical}};
-    for (const auto& [severity, value] : options) {
-        command
-            ->add_option("--" + name + "-" + severity, *value,
-                         what + " above this is " + severity + "; " + std::to_string(*value) +
-                             " when not given")
-            ->transform(qorapps::NumberFromTo(0, MAX_THRESHOLD))
-            ->type_name("NUMBER");
+CLI::Option* AddThreshold(CLI::App* command, const std::string& name, const std::string& severity,
+                          long long& value, const std::string& what) {
+    return command
+        ->add_option(
+            "--" + name + "-" + severity, value,
+            what + " above this is " + severity + "; " + std::to_string(value) + " when not given")
+        ->transform(qorapps::NumberFromTo(0, MAX_THRESHOLD))
+        ->type_name("NUMBER");
+}
+
+// "--wear-warning 80 (when not given)"
+std::string ThresholdText(const CLI::Option& option, long long value) {
+    return fmt::format("{} {}{}", option.get_name(), value,
+                       option.count() == 0 ? " (when not given)" : "");
+}
+
+struct CThresholdOptions {
+    const CLI::Option* warning;
+    const CLI::Option* critical;
+    const CThresholds* values;
+};
+
+CThresholdOptions AddThresholds(CLI::App* command, const std::string& name, CThresholds& thresholds,
+                                const std::string& what) {
+    return {AddThreshold(command, name, "warning", thresholds.warning, what),
+            AddThreshold(command, name, "critical", thresholds.critical, what), &thresholds};
+}
+
+// With a warning above what is critical, there would never be one.
+void DemandOrder(const CThresholdOptions& options) {
+    const CThresholds& values = *options.values;
+    if (values.warning > values.critical) {
+        throw CLI::ValidationError(fmt::format("{} is above {}",
+                                               ThresholdText(*options.warning, values.warning),
+                                               ThresholdText(*options.critical, values.critical)));
     }
+}
+
+std::vector<CThresholdOptions> AddAllThresholds(CLI::App* command, CHealthOptions& health) {
+    return {AddThresholds(command, "temperature", health.driveTemperature,
+                          "A drive's temperature in degrees Celsius"),
+            AddThresholds(command, "ssd-temperature", health.ssdTemperature,
+                          "A PCIe SSD's temperature in degrees Celsius"),
+            AddThresholds(command, "wear", health.ssdWear, "A PCIe SSD's used life in per cent")};
 }
 
 void AddOptions(CLI::App* command, CCheckOptions& options) {
@@ -251,11 +293,11 @@ void AddOptions(CLI::App* command, CCheckOptions& options) {
     AddWordOption(command, "--degraded", options.health.degraded,
                   "What a degraded logical drive is; critical when not given", DEGRADED,
                   "warning|critical");
-    AddThresholds(command, "temperature", options.health.driveTemperature,
-                  "A drive's temperature in degrees Celsius");
-    AddThresholds(command, "ssd-temperature", options.health.ssdTemperature,
-                  "A PCIe SSD's temperature in degrees Celsius");
-    AddThresholds(command, "wear", options.health.ssdWear, "A PCIe SSD's used life in per cent");
+    AddWordOption(
+        command, "--perfdata", options.performance,
+        "Performance data: none, how many of each kind and state (when not given), or the "
+        "values of every device too",
+        PERFORMANCES, "none|counts|all");
     command
         ->add_option("--state", options.statePath,
                      "Keep error counters in this file; only their growth is a warning then")
@@ -270,6 +312,7 @@ void AddOptions(CLI::App* command, CCheckOptions& options) {
 struct CCheckLine {
     CPluginChoice plugin;
     CCheckOptions options;
+    std::vector<CThresholdOptions> thresholds;
 };
 
 // A monitoring server ends a check that takes too long; the RAID tool must not stay.
@@ -306,7 +349,7 @@ CCheckResult JudgeAnswer(CAnswer answer, const CCheckOptions& options, int64_t n
         JudgeByStateFile(answer.inventory, options, now, judged);
     }
     SortFindings(judged.findings);
-    result.performance = MeasureInventory(answer.inventory, options.health);
+    result.performance = MeasureInventory(answer.inventory, options.health, options.performance);
     result.status = judged.Overall();
     result.health = std::move(judged);
     result.answer = std::move(answer);
@@ -314,8 +357,7 @@ CCheckResult JudgeAnswer(CAnswer answer, const CCheckOptions& options, int64_t n
 }
 
 std::string FormatCheckText(const CCheckResult& result) {
-    std::string text = fmt::format("RAID {} - {}", HealthName(result.status),
-                                   CutText(MonitoringText(WholeSummary(result)), MAX_SUMMARY));
+    std::string text = fmt::format("RAID {} - {}", HealthName(result.status), SummaryLine(result));
     const CPerformanceText performance = FormatPerformanceData(result.performance);
     if (!performance.text.empty()) {
         text += '|' + performance.text;
@@ -344,7 +386,11 @@ void AddCheckCommand(CLI::App& app, int& status) {
         AddCommand(app, line->plugin, CHECK, "The health of the storage, for a monitoring server",
                    CHECK_FOOTER);
     AddOptions(command, line->options);
-    command->callback([line, &status] { status = RunCheck(*line); });
+    line->thresholds = AddAllThresholds(command, line->options.health);
+    command->callback([line, &status] {
+        std::for_each(line->thresholds.begin(), line->thresholds.end(), DemandOrder);
+        status = RunCheck(*line);
+    });
 }
 
 int ExitUnparsed(const CLI::App& app, const CLI::ParseError& error) {

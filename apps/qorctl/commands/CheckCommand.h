@@ -29,6 +29,7 @@ struct CCheckOptions {
     EHealth noHardware = EHealth::UNKNOWN;  // of a server without anything to judge
     std::string statePath;                  // empty: counters are judged by themselves
     int64_t holdHours = 24;                 // how long a counter's growth alarms
+    EPerformance performance = EPerformance::COUNTS;
     ECheckFormat format = ECheckFormat::TEXT;
 };
 

@@ -308,22 +308,17 @@ void AddStateCounts(CValues& values, const std::string& head, const std::vector<
 }
 
 void AddMeasure(CValues& values, std::string label, const CMeasure& measure,
-                const std::string& unit, const std::string& rangeHead, const CThresholds& limits) {
+                const std::string& unit, const CThresholds& limits) {
     if (measure && measure->number) {
-        values.push_back({std::move(label), *measure->number, unit,
-                          rangeHead + std::to_string(limits.warning),
-                          rangeHead + std::to_string(limits.critical)});
+        values.push_back({std::move(label), *measure->number, unit, std::to_string(limits.warning),
+                          std::to_string(limits.critical)});
     }
 }
-
-// A temperature below 0 is no alarm.
-constexpr const char* ALSO_BELOW_ZERO = "~:";
 
 void AddDrive(CValues& values, const CPhysicalDrive& drive, const CHealthOptions& options) {
     const std::string head =
         fmt::format("c{}_PD{}_", NumberText(drive.controller), NumberText(drive.number));
-    AddMeasure(values, head + "temperature", drive.temperature, "", ALSO_BELOW_ZERO,
-               options.driveTemperature);
+    AddMeasure(values, head + "temperature", drive.temperature, "", options.driveTemperature);
     for (const CCounterRule& row : COUNTER_RULES) {
         const CMeasure& value = drive.*row.counter.value;
         if (value && value->number) {
@@ -334,9 +329,19 @@ void AddDrive(CValues& values, const CPhysicalDrive& drive, const CHealthOptions
 
 void AddSsd(CValues& values, const CPcieSsd& ssd, const CHealthOptions& options) {
     const std::string head = fmt::format("ssd{}_", NumberText(ssd.bus));
-    AddMeasure(values, head + "temperature", ssd.temperature, "", ALSO_BELOW_ZERO,
-               options.ssdTemperature);
-    AddMeasure(values, head + "wear", ssd.used, "%", "", options.ssdWear);
+    AddMeasure(values, head + "temperature", ssd.temperature, "", options.ssdTemperature);
+    AddMeasure(values, head + "wear", ssd.used, "%", options.ssdWear);
+}
+
+void AddCounts(CValues& values, const CInventory& inventory) {
+    AddCount(values, "controllers", inventory.controllers.size());
+    AddCount(values, "logical_drives", inventory.logicalDrives.size());
+    AddCount(values, "drives", inventory.physicalDrives.size());
+    AddCount(values, "pcie_ssds", inventory.pcieSsds.size());
+    AddStateCounts(values, "logical_drives", inventory.logicalDrives, &CLogicalDrive::state,
+                   LOGICAL_DRIVE_STATES);
+    AddStateCounts(values, "drives", inventory.physicalDrives, &CPhysicalDrive::statusDetail,
+                   DRIVE_STATES);
 }
 
 const CHealthName& NameRow(EHealth health) {
@@ -435,16 +440,14 @@ void JudgeCountersByGrowth(const CInventory& inventory, CCounterHistory& state, 
 }
 
 std::vector<CPerformanceValue> MeasureInventory(const CInventory& inventory,
-                                                const CHealthOptions& options) {
+                                                const CHealthOptions& options, EPerformance which) {
     CValues values;
-    AddCount(values, "controllers", inventory.controllers.size());
-    AddCount(values, "logical_drives", inventory.logicalDrives.size());
-    AddCount(values, "drives", inventory.physicalDrives.size());
-    AddCount(values, "pcie_ssds", inventory.pcieSsds.size());
-    AddStateCounts(values, "logical_drives", inventory.logicalDrives, &CLogicalDrive::state,
-                   LOGICAL_DRIVE_STATES);
-    AddStateCounts(values, "drives", inventory.physicalDrives, &CPhysicalDrive::statusDetail,
-                   DRIVE_STATES);
+    if (which != EPerformance::NONE) {
+        AddCounts(values, inventory);
+    }
+    if (which != EPerformance::ALL) {
+        return values;
+    }
     for (const CPhysicalDrive& drive : inventory.physicalDrives) {
         AddDrive(values, drive, options);
     }

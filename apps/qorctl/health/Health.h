@@ -83,9 +83,14 @@ void JudgeCounters(const CInventory& inventory, CHealth& health);
 void JudgeCountersByGrowth(const CInventory& inventory, CCounterHistory& state, int64_t now,
                            int64_t hold, CHealth& health);
 
-// Counts, temperatures, wear and counters, in a fixed order.
+// How much of the inventory becomes performance data: how many of each kind and state, or the
+// temperatures, wear and counters of every device too.
+enum class EPerformance { NONE, COUNTS, ALL };
+
+// In a fixed order.
 std::vector<CPerformanceValue> MeasureInventory(const CInventory& inventory,
-                                                const CHealthOptions& options);
+                                                const CHealthOptions& options,
+                                                EPerformance which = EPerformance::ALL);
 
 }  // namespace qorctl
 

@@ -4,8 +4,9 @@
 //     value     = label "=" number [ unit ] ";" [ range ] ";" [ range ] [ ";" min [ ";" max ] ]
 //     label     = word | "'" text "'"                  a quote within is doubled; no "=" in either
 //     unit      = "%" | "c" | nothing                  "c": a counter that only grows
-//     range     = [ "~:" ] number                      alarmed above the number; with "~:" not
-//                                                      below 0
+//     range     = number                               alarmed above the number. Below 0 too, says
+//                                                      the convention; "~:50" does not, but
+//                                                      writers of metrics drop such thresholds
 #ifndef QORCTL_HEALTH_PERFORMANCEDATA_H
 #define QORCTL_HEALTH_PERFORMANCEDATA_H
 

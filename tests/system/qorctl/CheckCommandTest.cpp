@@ -143,9 +143,9 @@ TEST_F(CheckCommandTest, WorstComesFirstAndTheDetailsNameEverything) {
     AddDrive(answer, {.number = "PD5", .state = "FAILED", .serial = "SERIAL5"});
     const CMonitoringOutput output = Read(Check(answer));
     EXPECT_EQ(output.summary,
-              "RAID CRITICAL - controller 0 logical drive LD1: Degraded; controller 0 drive PD5 "
-              "(serial SERIAL5): FAILED; "
-              "controller 0 drive PD4 (serial SERIAL4): unknown state \"odd\"; and 1 more");
+              "RAID CRITICAL - controller 0 logical drive LD1: Degraded, controller 0 drive PD5 "
+              "(serial SERIAL5): FAILED, "
+              "controller 0 drive PD4 (serial SERIAL4): unknown state \"odd\", and 1 more");
     EXPECT_THAT(
         output.details,
         ElementsAre("CRITICAL: controller 0 logical drive LD1: Degraded",
@@ -188,15 +188,12 @@ TEST_F(CheckCommandTest, PerformanceDataHaveValuesUnitsAndThresholds) {
     answer.push_back({"item", "PCIe SSD Information", "### Health Information ###", "", "TRUE"});
     answer.push_back({"item", "### Health Information ###", "Temperature", "47C", "TRUE"});
     answer.push_back({"item", "### Health Information ###", "Percentage Used", "12%", "TRUE"});
-    const CMonitoringOutput output = Read(Check(answer));
+    const CMonitoringOutput output = Read(Check(answer, {"--perfdata", "all"}));
     const auto temperature = output.values.at("c0_PD3_temperature");
     EXPECT_EQ(temperature.value, 31);
     EXPECT_EQ(temperature.unit, "");
-    EXPECT_FALSE(qortest::IsAlarmed(50, temperature.warning));
-    EXPECT_FALSE(qortest::IsAlarmed(-20, temperature.warning));
-    EXPECT_TRUE(qortest::IsAlarmed(51, temperature.warning));
-    EXPECT_FALSE(qortest::IsAlarmed(60, temperature.critical));
-    EXPECT_TRUE(qortest::IsAlarmed(61, temperature.critical));
+    EXPECT_EQ(temperature.warning, "50");
+    EXPECT_EQ(temperature.critical, "60");
     EXPECT_EQ(output.values.at("c0_PD3_media_errors").value, 2);
     EXPECT_EQ(output.values.at("c0_PD3_media_errors").unit, "c");
     EXPECT_EQ(output.values.at("ssd177_temperature").value, 47);
@@ -205,6 +202,54 @@ TEST_F(CheckCommandTest, PerformanceDataHaveValuesUnitsAndThresholds) {
     EXPECT_EQ(output.values.at("drives_online").value, 1);
     EXPECT_EQ(output.values.at("logical_drives_optimal").value, 1);
     EXPECT_EQ(output.values.at("pcie_ssds").value, 1);
+}
+
+TEST_F(CheckCommandTest, PerformanceDataAreCountsUnlessToldOtherwise) {
+    const auto values = [this](const std::vector<std::string>& options) {
+        return Read(Check(Server(), options)).values;
+    };
+    EXPECT_THAT(values({"--perfdata", "none"}), IsEmpty());
+    EXPECT_EQ(values({}).count("drives_online"), 1U);
+    EXPECT_EQ(values({}).count("c0_PD3_temperature"), 0U);
+    EXPECT_EQ(values({"--perfdata", "counts"}).size(), values({}).size());
+    EXPECT_EQ(values({"--perfdata", "all"}).count("c0_PD3_temperature"), 1U);
+    EXPECT_EQ(Check(Server(), {"--perfdata", "some"}).status, 3);
+}
+
+// What an agent with packets of 1 KB passes on.
+TEST_F(CheckCommandTest, FirstLineOfABadServerFitsAKilobyte) {
+    CRecords answer = WholeDrive("FAILED");
+    for (int i = 0; i < 60; ++i) {
+        const CRecords drive = WholeDrive("FAILED");
+        answer.insert(answer.end(), drive.begin(), drive.end());
+    }
+    const CEnd outcome = Check(answer);
+    EXPECT_LE(outcome.out.find('\n'), 1000U);
+    EXPECT_EQ(Read(outcome).values.at("drives_failed").value, 61);
+}
+
+// A monitoring server that takes commands in its own syntax rewrites a semicolon.
+TEST_F(CheckCommandTest, SummaryHoldsNoSemicolon) {
+    const CEnd outcome = Check(Server({.state = "a;b"}, "Degraded"));
+    EXPECT_THAT(Read(outcome).summary, testing::Not(HasSubstr(";")));
+    EXPECT_THAT(Read(outcome).summary, HasSubstr("unknown state \"a,b\""));
+}
+
+TEST_F(CheckCommandTest, ThresholdsInTheWrongOrderAreRefused) {
+    const CEnd outcome =
+        Check(Server(), {"--temperature-warning", "70", "--temperature-critical", "65"});
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_EQ(
+        Read(outcome).summary,
+        "RAID UNKNOWN - the command line was not understood: --temperature-warning 70 is above "
+        "--temperature-critical 65");
+    EXPECT_THAT(Read(Check(Server(), {"--wear-critical", "70"})).summary,
+                HasSubstr("--wear-warning 80 (when not given) is above --wear-critical 70"));
+    EXPECT_THAT(
+        Read(Check(Server(), {"--ssd-temperature-warning", "90"})).summary,
+        HasSubstr("--ssd-temperature-warning 90 is above --ssd-temperature-critical 80 (when "
+                  "not given)"));
+    EXPECT_EQ(Check(Server(), {"--wear-warning", "100"}).status, 0);
 }
 
 TEST_F(CheckCommandTest, ToolsTextsCannotBreakTheForm) {
@@ -219,7 +264,8 @@ TEST_F(CheckCommandTest, OptionsChangeTheRules) {
     EXPECT_EQ(Check(degraded).status, 2);
     EXPECT_EQ(Check(degraded, {"--degraded", "warning"}).status, 1);
     EXPECT_EQ(Check(Server(), {"--temperature-warning", "30"}).status, 1);
-    EXPECT_EQ(Check(Server(), {"--temperature-critical", "30"}).status, 2);
+    EXPECT_EQ(
+        Check(Server(), {"--temperature-warning", "20", "--temperature-critical", "30"}).status, 2);
 }
 
 TEST_F(CheckCommandTest, MissingMeasurementIsStated) {
@@ -306,7 +352,7 @@ TEST_F(CheckCommandTest, PluginThatCannotBeLoadedIsUnknown) {
     const CEnd outcome = Run({"check", "--plugin", "/nowhere/plugin.so"});
     EXPECT_EQ(outcome.status, 3);
     EXPECT_EQ(Read(outcome).summary,
-              "RAID UNKNOWN - the plug-in could not be loaded; tried:   /nowhere/plugin.so: cannot "
+              "RAID UNKNOWN - the plug-in could not be loaded, tried:   /nowhere/plugin.so: cannot "
               "open shared object file: No such file or directory Name the plug-in with --plugin "
               "PATH or the environment variable QOR_PLUGIN.");
     const CEnd json = Run({"check", "--plugin", "/nowhere/plugin.so", "--format", "json"});
@@ -435,7 +481,7 @@ TEST_F(CheckCommandTest, CorruptStateIsUnknownAndLeftAsItIs) {
     EXPECT_EQ(outcome.status, 3);
     EXPECT_EQ(Read(outcome).summary,
               "RAID UNKNOWN - counters not judged: " + m_State +
-                  ": not a state file of this program; remove it to start anew");
+                  ": not a state file of this program, remove it to start anew");
     EXPECT_EQ(ReadFile(m_State), "{\"format\":\"qorctl-health-state\",");
 }
 

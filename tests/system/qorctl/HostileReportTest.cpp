@@ -30,6 +30,7 @@ const std::vector<std::vector<std::string>> OUTPUTS = {
     {"drive", "0", "252", "0", "--format", "json"},
     {"xml"},
     {"check"},
+    {"check", "--perfdata", "all"},
     {"check", "--format", "json"},
     {"check", "--state", "/opt/tarmica/ctl/health.json"},
     {"watch", "--count", "1"},
@@ -198,7 +199,7 @@ TEST_F(HostileReportTest, PerformanceDataEndWhereTheyWouldBeTooLong) {
         (records.end() - 4)->at(3) = "31C";
     }
     Answer(records);
-    const CEnd outcome = RunSmall({"check"});
+    const CEnd outcome = RunSmall({"check", "--perfdata", "all"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_LE(outcome.out.find('\n'), 257U * 1024);
     EXPECT_THAT(outcome.out, HasSubstr("note: too long, performance data left out: "));

@@ -15,9 +15,9 @@ TEST(PerformanceDataTest, ValuesAreSeparatedByBlanks) {
     EXPECT_EQ(Formatted({{"drives", 9, "", "", ""},
                          {"c0_PD3_media_errors", 2, "c", "", ""},
                          {"ssd177_wear", 12, "%", "80", "100"},
-                         {"c0_PD3_temperature", -5, "", "~:50", "~:60"}}),
+                         {"c0_PD3_temperature", -5, "", "50", "60"}}),
               "drives=9;; c0_PD3_media_errors=2c;; ssd177_wear=12%;80;100 "
-              "c0_PD3_temperature=-5;~:50;~:60");
+              "c0_PD3_temperature=-5;50;60");
 }
 
 TEST(PerformanceDataTest, ValuesThatThereIsNoRoomForAreCounted) {
