@@ -1,5 +1,6 @@
 #include "commands/ReportCommand.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -20,6 +21,8 @@
 #include "health/Advice.h"
 #include "host/Ask.h"
 #include "model/DriveAddress.h"
+#include "model/DriveSearch.h"
+#include "model/ObjectNames.h"
 #include "terminal/Output.h"
 #include "terminal/OutputFile.h"
 
@@ -56,8 +59,13 @@ constexpr const char* STORAGE_EXAMPLE =
     "  qorctl storage --format csv --output drives.csv";
 
 constexpr const char* DRIVE_EXAMPLE =
-    "Example, the drive in slot 3 of enclosure 252 at the first controller:\n"
-    "  qorctl drive 0 252 3";
+    "Examples, the drive in slot 3 of enclosure 252 at the first controller, and the one with "
+    "that\n"
+    "serial number:\n"
+    "  qorctl drive 0 252 3\n"
+    "  qorctl drive S0M2KX41";
+
+constexpr const char* DRIVE = "drive";
 
 enum class EItemFormat {
     TREE,   // every item, for people
@@ -86,8 +94,8 @@ std::optional<EItemFormat> ReadItemFormat(const std::string& name) {
 struct CReportOptions {
     CPluginChoice plugin;
     std::string format = "tree";
-    std::string output;  // empty or "-": standard output
-    std::vector<std::string> address = {"", "", ""};
+    std::string output;              // empty or "-": standard output
+    std::vector<std::string> drive;  // of `drive`: three numbers of an address, or one word
 };
 
 class CItemReport {
@@ -104,6 +112,7 @@ public:
     }
 
     int Run(const CRequest& request);
+    int Show(const CAnswer& answer);
 
 private:
     bool IsToStandardOutput() const { return m_Options.output.empty() || m_Options.output == "-"; }
@@ -119,9 +128,12 @@ private:
 
 int CItemReport::Run(const CRequest& request) {
     const bool isXml = m_Format == EItemFormat::XML;
-    const CAnswer answer =
-        Ask(m_Options.plugin, isXml ? WithXml(request, "") : request, EProgress::SHOWN);
+    return Show(Ask(m_Options.plugin, isXml ? WithXml(request, "") : request, EProgress::SHOWN));
+}
+
+int CItemReport::Show(const CAnswer& answer) {
     ReportMessages(answer);
+    const bool isXml = m_Format == EItemFormat::XML;
     const std::string xmlProblem = isXml ? XmlProblem(answer) : "";
     if (!xmlProblem.empty()) {
         Report(xmlProblem);
@@ -197,21 +209,75 @@ CLI::App* AddReportCommand(CLI::App& app, CReportOptions& options, const char* n
     return command;
 }
 
-void AddAddress(CLI::App* command, std::vector<std::string>& address) {
-    const CLI::Validator number(
-        [](const std::string& text) {
-            return ReadAddressNumber(text) ? "" : "not a number from 0 to 2147483647: " + text;
-        },
-        "", "number");
-    const char* names[] = {"CONTROLLER", "ENCLOSURE", "SLOT"};
-    const char* meanings[] = {"Number of the controller, from 0",
-                              "Number of the enclosure, the first part of the drive's address",
-                              "Number of the slot, the second part of the drive's address"};
-    for (size_t i = 0; i < address.size(); ++i) {
-        command->add_option(names[i], address[i], meanings[i])
-            ->required()
-            ->check(number)
-            ->type_name("");
+// "  qorctl drive 0 252 3: controller 0 drive 252:3 (PD7, serial S123)"
+std::string CandidateLine(const CPhysicalDrive& drive) {
+    const std::optional<CDriveAddress> address = AddressOf(drive);
+    const std::string command = address
+                                    ? fmt::format("qorctl drive {} {} {}: ", address->controller,
+                                                  address->enclosure, address->slot)
+                                    : "";
+    return "\n  " + command + ObjectName(drive);
+}
+
+CAnswer NoSuchDrive(const std::string& word, const CInventory& inventory) {
+    std::string problem =
+        "no drive is " + word +
+        (inventory.physicalDrives.empty() ? "; there is none at all" : "; there are:");
+    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+        problem += CandidateLine(drive);
+    }
+    return NotAsked("no-such-drive", problem);
+}
+
+CAnswer AmbiguousDrive(const std::string& word, const std::vector<const CPhysicalDrive*>& drives) {
+    std::string problem = word + " may be any of these drives; ask for one:";
+    for (const CPhysicalDrive* drive : drives) {
+        problem += CandidateLine(*drive);
+    }
+    return NotAsked("ambiguous-drive", problem);
+}
+
+// By one word: what it means is told by a report of all drives.
+int RunFoundDrive(const CReportOptions& options, const std::string& word) {
+    CItemReport report(options, DRIVE);
+    const CAnswer all = Ask(options.plugin, RaidRequest(), EProgress::SHOWN);
+    if (!all.IsAnswered()) {
+        return report.Show(all);
+    }
+    const std::vector<const CPhysicalDrive*> found = FindDrives(all.inventory, word);
+    if (found.empty()) {
+        return report.Show(NoSuchDrive(word, all.inventory));
+    }
+    if (found.size() > 1) {
+        return report.Show(AmbiguousDrive(word, found));
+    }
+    const std::optional<CDriveAddress> address = AddressOf(*found.front());
+    if (!address) {
+        return report.Show(NotAsked("no-such-drive", ObjectName(*found.front()) +
+                                                         ": the RAID tool does not tell its "
+                                                         "enclosure and slot, to be asked by"));
+    }
+    return report.Run(DriveRequest(*address));
+}
+
+int RunDrive(const CReportOptions& options) {
+    const std::vector<std::string>& words = options.drive;
+    if (words.size() == 1) {
+        return RunFoundDrive(options, words[0]);
+    }
+    return CItemReport(options, DRIVE)
+        .Run(DriveRequest(*ReadDriveAddress(words[0], words[1], words[2])));
+}
+
+void DemandDrive(const std::vector<std::string>& words) {
+    if (words.size() == 2) {
+        throw CLI::ValidationError(
+            "a drive is CONTROLLER ENCLOSURE SLOT, three numbers, or one word");
+    }
+    for (const std::string& word : words) {
+        if (words.size() > 1 && !ReadAddressNumber(word)) {
+            throw CLI::ValidationError("not a number from 0 to 2147483647: " + word);
+        }
     }
 }
 
@@ -236,13 +302,18 @@ void AddStorageCommand(CLI::App& app, int& status) {
 
 void AddDriveCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<CReportOptions>();
-    CLI::App* command = AddReportCommand(app, *options, "drive",
+    CLI::App* command = AddReportCommand(app, *options, DRIVE,
                                          "One physical drive with its SMART data", DRIVE_EXAMPLE);
-    AddAddress(command, options->address);
+    command
+        ->add_option("DRIVE", options->drive,
+                     "CONTROLLER ENCLOSURE SLOT, from 0; or one of ENCLOSURE:SLOT, a PD number, a "
+                     "serial number, a WWN")
+        ->required()
+        ->expected(1, 3)
+        ->type_name("");
     command->callback([options, &status] {
-        const std::vector<std::string>& of = options->address;
-        status = CItemReport(*options, "drive")
-                     .Run(DriveRequest(*ReadDriveAddress(of[0], of[1], of[2])));
+        DemandDrive(options->drive);
+        status = RunDrive(*options);
     });
 }
 
