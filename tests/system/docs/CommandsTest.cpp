@@ -102,6 +102,9 @@ struct CStatus {
 constexpr CStatus STATUSES[] = {
     {"qorsim run --host failed-drive -- qorctl check", 2},
     {"qorsim run --host small --fault vanish#2 -- qorctl raid", 1},
+    {"qorsim run --host small --fault 'error=No RAID controller is found.@-ctrlinfo' -- qorctl "
+     "raid",
+     1},
     {"qorsim run --host small --fault truncate=60@-v --fault hang-term@-v -- timeout -k 1 1 "
      "/opt/tarmica/krz/cli/krzcli -v",
      137},

@@ -17,7 +17,7 @@ constexpr const char* NO_TOOL =
     "  Install the RAID management tool: there is no /opt/tarmica/krz/cli/krzcli.\n";
 constexpr const char* OLD_VERSION =
     "qorctl: notice code 01: the RAID tool's version is older than 4.4, or could not be read\n"
-    "  What it reported is shown all the same. Update the RAID management tool.\n";
+    "  It is version ";
 constexpr const char* NO_DISKS =
     "qorctl: notice code 02: no physical drive is attached to the RAID controller\n"
     "  Nothing needs to be done, unless drives should be there: then check their cables and "
@@ -184,7 +184,7 @@ TEST_F(CHostTest, OldVersionsAreNoticed) {
     for (const std::string host : {"tool-3.9", "tool-4.3", "tool-7.02.00"}) {
         const CEnd end = Qorctl(host);
         EXPECT_EQ(end.status, 0);
-        EXPECT_EQ(end.err, OLD_VERSION) << host;
+        EXPECT_EQ(end.err, OLD_VERSION + host.substr(5) + ". Update the RAID tool.\n") << host;
         EXPECT_EQ(Count(end.out, "Physical Drive Information\n"), 9U);
         EXPECT_THAT(Report(host, "krzcli -v"),
                     HasSubstr("\nProduct Version : " + host.substr(5) + "\n"));
