@@ -84,7 +84,7 @@ int RunWatch(const CWatchLine& line) {
     const std::unique_ptr<IWatchView> view = MakeView(line.options.interval, line.format);
     const CRequest request = StorageRequest();
     const auto ask = [&] {
-        CRequestProcess process(line.plugin, request);
+        CRequestProcess process(line.plugin, request, EProgress::HIDDEN);
         return clock.Await(process);
     };
     const int status = CWatch(line.options, ask, clock, *view).Run();

@@ -113,7 +113,7 @@ std::string TryFile(const std::string& path) {
     if (!file.IsOpen()) {
         return fmt::format("no file can be made: {}", std::strerror(errno));
     }
-    const std::string problem = ProblemOfWriting(file.Get());
+    std::string problem = ProblemOfWriting(file.Get());
     unlink(path.c_str());
     return problem;
 }

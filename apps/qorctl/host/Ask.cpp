@@ -26,7 +26,7 @@ int Sooner(int one, int other) {
 
 CAnswer Ask(const CPluginChoice& plugin, const CRequest& request, EProgress progress) {
     const CStopSignals signals;
-    CRequestProcess process(plugin, request);
+    CRequestProcess process(plugin, request, progress);
     CProgressLine line;
     const bool isDrawn = progress == EProgress::SHOWN && line.CanDraw();
     while (process.Advance()) {

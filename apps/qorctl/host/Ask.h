@@ -11,9 +11,6 @@
 
 namespace qorctl {
 
-// Whether a standard error that is a terminal shows which command runs.
-enum class EProgress { HIDDEN, SHOWN };
-
 // Asks the plug-in in a process of its own and waits for the answer. Throws nothing.
 //
 // SIGINT, SIGTERM and SIGHUP, unless they are ignored (nohup), end the request, the tool included,

@@ -41,6 +41,9 @@ struct CRequest {
     CNumber controller = {};   // that the request names
 };
 
+// Whether a standard error that is a terminal shows which command runs.
+enum class EProgress { HIDDEN, SHOWN };
+
 CRequest RaidRequest();
 CRequest StorageRequest();
 CRequest DriveRequest(const CDriveAddress& address);

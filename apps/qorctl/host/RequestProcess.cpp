@@ -67,7 +67,8 @@ std::string SystemProblem() {
 
 }  // namespace
 
-CRequestProcess::CRequestProcess(const CPluginChoice& plugin, const CRequest& request)
+CRequestProcess::CRequestProcess(const CPluginChoice& plugin, const CRequest& request,
+                                 EProgress progress)
     : m_Plugin(plugin), m_Request(request) {
     std::array<int, 2> ends = {};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
@@ -76,8 +77,9 @@ CRequestProcess::CRequestProcess(const CPluginChoice& plugin, const CRequest& re
     }
     m_Reply = util::CUniqueFd(ends[0]);
     const util::CUniqueFd in(ends[1]);
+    const bool listens = progress == EProgress::SHOWN || plugin.timeout.has_value();
     m_Keeper = std::make_unique<CKeeper>(
-        CKeeperWork{.work = [&] { AnswerRequest(plugin.path, request, in.Get()); },
+        CKeeperWork{.work = [&] { AnswerRequest(plugin.path, request, listens, in.Get()); },
                     .clear =
                         [&](pid_t worker, int status) {
                             RemoveResultFiles(worker);

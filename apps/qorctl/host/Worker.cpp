@@ -185,13 +185,16 @@ std::string CTraceReader::Text() const {
                : fmt::format("{} (controller {})", m_Command, *number + 1);
 }
 
-void AnswerRequest(const std::string& pluginPath, const CRequest& request, int fd) {
+void AnswerRequest(const std::string& pluginPath, const CRequest& request, bool listens, int fd) {
     CReplyWriter writer(fd);
     CReply reply;
     if (const auto library = CPluginLibrary::Load(pluginPath, reply.problem)) {
-        const CTraceWatch watch(*library, writer);
+        std::optional<CTraceWatch> watch;
+        if (listens) {
+            watch.emplace(*library, writer);
+        }
         AskSafely(*library, request, writer, reply);
-        reply.toolVersion = watch.ToolVersion();
+        reply.toolVersion = watch ? watch->ToolVersion() : std::nullopt;
     } else {
         reply.outcome = EOutcome::NOT_ASKED;
     }

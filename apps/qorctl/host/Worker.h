@@ -29,9 +29,9 @@ private:
     long long m_Cards = 0;
 };
 
-// Loads the plug-in, makes an object, asks it, and writes commands, items and the reply to `fd`.
-// Throws nothing of the plug-in's.
-void AnswerRequest(const std::string& pluginPath, const CRequest& request, int fd);
+// Loads the plug-in, makes an object, asks it, and writes items and the reply to `fd`; if it
+// `listens`, also the commands and the tool's version. Throws nothing of the plug-in's.
+void AnswerRequest(const std::string& pluginPath, const CRequest& request, bool listens, int fd);
 
 }  // namespace qorctl
 
