@@ -42,13 +42,13 @@ int main(int argc, char** argv) {
     app.formatter(std::make_shared<qorapps::CHelpText>());
     app.set_version_flag("--version", VERSION_LINE);
     app.footer(std::string(qorctl::EXIT_STATUS) + FOOTER);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     int status = EXIT_SUCCESS;
     for (const auto add :
-         {qorctl::AddRaidCommand, qorctl::AddStorageCommand, qorctl::AddDriveCommand,
-          qorctl::AddXmlCommand, qorctl::AddSvpCommand, qorctl::AddDoctorCommand,
-          qorctl::AddExecCommand, qorctl::AddVersionCommand, qorctl::AddCheckCommand,
-          qorctl::AddWatchCommand}) {
+         {qorctl::AddStatusCommand, qorctl::AddRaidCommand, qorctl::AddStorageCommand,
+          qorctl::AddDriveCommand, qorctl::AddXmlCommand, qorctl::AddSvpCommand,
+          qorctl::AddDoctorCommand, qorctl::AddExecCommand, qorctl::AddVersionCommand,
+          qorctl::AddCheckCommand, qorctl::AddWatchCommand}) {
         add(app, status);
     }
     try {
@@ -56,5 +56,5 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return qorctl::ExitUnparsed(app, error);
     }
-    return status;
+    return app.get_subcommands().empty() ? qorctl::RunStatus() : status;
 }

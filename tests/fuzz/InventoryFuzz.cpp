@@ -14,9 +14,10 @@
 #include "commands/CheckCommand.h"
 #include "format/Csv.h"
 #include "format/Json.h"
+#include "format/Overview.h"
 #include "format/Table.h"
 #include "format/Tree.h"
-#include "health/Advice.h"
+#include "health/Verdict.h"
 #include "model/Inventory.h"
 #include "model/ItemTree.h"
 
@@ -197,6 +198,7 @@ qorctl::CAnswer AnswerOf(const qorctl::CInventory& inventory) {
     qorctl::CAnswer answer;
     answer.outcome = qorctl::EOutcome::ANSWERED;
     answer.inventory = inventory;
+    answer.gaps = qorctl::FindMissingDrives(inventory);
     return answer;
 }
 
@@ -206,7 +208,8 @@ using CForm = void (*)(const qorctl::CItemTree& tree, const qorctl::CInventory& 
 
 void LookAtJson(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
                 const CItemReading* reading) {
-    const CJson json = DemandJson(qorctl::FormatJson(AnswerOf(inventory), "raid"));
+    const qorctl::CAnswer answer = AnswerOf(inventory);
+    const CJson json = DemandJson(qorctl::FormatJson(answer, qorctl::JudgeAnswer(answer), "raid"));
     if (reading != nullptr) {
         DemandReport(json, *reading);
     }
@@ -214,7 +217,9 @@ void LookAtJson(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
 
 void LookAtCsv(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
                const CItemReading* reading) {
-    const auto rows = RowsOfCsv(qorctl::FormatCsv(inventory));
+    const qorctl::CVerdict verdict = qorctl::JudgeAnswer(AnswerOf(inventory));
+    const auto rows =
+        RowsOfCsv(qorctl::FormatCsv(inventory, qorctl::CProblemMarks(verdict.health.findings)));
     if (reading != nullptr) {
         DemandRows(rows, *reading);
     }
@@ -222,10 +227,27 @@ void LookAtCsv(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
 
 void LookAtTable(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
                  const CItemReading* reading) {
-    const qorctl::CProblemMarks marks(qorctl::FindProblems(inventory));
+    const qorctl::CVerdict verdict = qorctl::JudgeAnswer(AnswerOf(inventory));
+    const qorctl::CProblemMarks marks(verdict.health.findings);
     const std::string text = qorctl::FormatTables(inventory, marks, {});
     if (reading != nullptr) {
         DemandTable(text, *reading);
+    }
+}
+
+void LookAtOverview(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
+                    const CItemReading*) {
+    const qorctl::CAnswer answer = AnswerOf(inventory);
+    qorctl::CVerdict verdict = qorctl::JudgeAnswer(answer);
+    const std::string text = qorctl::FormatOverview(answer, verdict, {});
+    Demand(IsPrintable(text), "the overview is printable", text);
+    Demand(text.starts_with(qorctl::HealthName(verdict.status)), "it begins with the verdict",
+           text);
+    for (const bool problems : {false, true}) {
+        qorctl::CAnswer narrowed = answer;
+        Narrow(narrowed, verdict, {.controller = 0, .problems = problems});
+        Demand(narrowed.inventory.physicalDrives.size() <= inventory.physicalDrives.size(),
+               "a filter adds nothing");
     }
 }
 
@@ -241,7 +263,7 @@ void LookAtCheck(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
                  const CItemReading* reading) {
     qorctl::CCheckOptions options;
     options.performance = qorctl::EPerformance::ALL;
-    const qorctl::CCheckResult result = qorctl::JudgeAnswer(AnswerOf(inventory), options, 0);
+    const qorctl::CCheckResult result = qorctl::Check(AnswerOf(inventory), options, 0);
     const std::string text = qorctl::FormatCheckText(result);
     const auto values = ReadMonitoringOutput(text, qorctl::HealthName(result.status));
     const CJson json = DemandJson(qorctl::FormatCheckJson(result));
@@ -252,7 +274,8 @@ void LookAtCheck(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
 }
 
 void Fuzz(const std::string& text) {
-    static constexpr CForm FORMS[] = {LookAtJson, LookAtCsv, LookAtTable, LookAtTree, LookAtCheck};
+    static constexpr CForm FORMS[] = {LookAtJson, LookAtCsv,      LookAtTable,
+                                      LookAtTree, LookAtOverview, LookAtCheck};
     CItemListOwner items;
     ReadItems(text, items);
     const qorctl::CItemTree tree(items);

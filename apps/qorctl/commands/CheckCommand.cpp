@@ -15,8 +15,10 @@
 
 #include "HelpText.h"
 #include "commands/CommonOptions.h"
+#include "format/HealthJson.h"
 #include "format/JsonDocument.h"
 #include "health/StateFile.h"
+#include "health/Verdict.h"
 #include "host/Ask.h"
 #include "model/ObjectNames.h"
 #include "terminal/Output.h"
@@ -131,14 +133,6 @@ void JudgeByStateFile(const CInventory& inventory, const CCheckOptions& options,
     std::move(judged.notes.begin(), judged.notes.end(), std::back_inserter(health.notes));
 }
 
-// The worst first; the order of the report among equals.
-void SortFindings(std::vector<CHealthFinding>& findings) {
-    std::stable_sort(
-        findings.begin(), findings.end(), [](const CHealthFinding& one, const CHealthFinding& two) {
-            return one.health != two.health && Worse(one.health, two.health) == one.health;
-        });
-}
-
 std::string SummaryText(const CHealthFinding& finding) {
     const ENameForm form = LongestForm([&finding](ENameForm each) {
         return FindingText(finding, each).size() <= MAX_SUMMARY_FINDING;
@@ -196,18 +190,6 @@ std::string DetailLines(const CHealth& health, size_t leftOut) {
         text += fmt::format("note: too long, performance data left out: {} values\n", leftOut);
     }
     return text;
-}
-
-CJson FindingsJson(const std::vector<CHealthFinding>& findings) {
-    CJson json = CJson::array();
-    for (const CHealthFinding& finding : findings) {
-        json.push_back({{"severity", HealthName(finding.health)},
-                        {"rule", finding.rule},
-                        {"object", finding.object}});
-        AddDrive(json.back(), finding.drive);
-        json.back()["message"] = finding.message;
-    }
-    return json;
 }
 
 CJson NotReportedJson(const std::vector<CNotReported>& notReported) {
@@ -287,6 +269,7 @@ std::vector<CThresholdOptions> AddAllThresholds(CLI::App* command, CHealthOption
 void AddOptions(CLI::App* command, CCheckOptions& options) {
     AddWordOption(command, "--format", options.format,
                   "The form of the result; text when not given", CHECK_FORMATS, "text|json");
+    AddFilter(command, options.filter);
     AddWordOption(command, "--no-hardware", options.noHardware,
                   "What a server without RAID hardware is; unknown when not given", HEALTHS,
                   "ok|warning|critical|unknown");
@@ -318,7 +301,7 @@ struct CCheckLine {
 // A monitoring server ends a check that takes too long; the RAID tool must not stay.
 int RunCheck(const CCheckLine& line) {
     const auto now = static_cast<int64_t>(std::time(nullptr));
-    return WriteResult(JudgeAnswer(Ask(line.plugin, StorageRequest()), line.options, now),
+    return WriteResult(Check(Ask(line.plugin, StorageRequest()), line.options, now),
                        line.options.format);
 }
 
@@ -330,28 +313,30 @@ int ReportUsage(const std::string& problem) {
 
 }  // namespace
 
-CCheckResult JudgeAnswer(CAnswer answer, const CCheckOptions& options, int64_t now) {
+CCheckResult Check(CAnswer answer, const CCheckOptions& options, int64_t now) {
+    const auto byState = [&](const CInventory& inventory, CHealth& health) {
+        JudgeByStateFile(inventory, options, now, health);
+    };
+    CVerdict verdict =
+        JudgeAnswer(answer, options.health,
+                    options.statePath.empty() ? CCountersJudge(JudgeCounters) : byState);
     CCheckResult result;
+    Narrow(answer, verdict, {options.filter.controller, options.filter.enclosure});
+    if (answer.reason == REASON_JUDGED) {
+        result.performance =
+            MeasureInventory(answer.inventory, options.health, options.performance);
+    }
+    Narrow(answer, verdict, {.problems = options.filter.problems});
+    const bool isNothingThere = answer.IsAnswered() && answer.reason != REASON_JUDGED;
+    result.status = isNothingThere ? options.noHardware : verdict.status;
+    result.health = std::move(verdict.health);
     if (answer.IsFromOldTool()) {
         result.health.notes.emplace_back(OLD_TOOL);
     }
-    if (answer.reason != REASON_JUDGED) {
-        result.status = answer.IsAnswered() ? options.noHardware : EHealth::UNKNOWN;
-        result.answer = std::move(answer);
-        return result;
+    if (options.filter.problems) {
+        result.health.notReported.clear();
+        result.health.notes.clear();
     }
-    CHealth judged = JudgeHealth(answer.inventory, options.health);
-    judged.notes = std::move(result.health.notes);
-    JudgeGap(answer.gap, judged);
-    if (options.statePath.empty()) {
-        JudgeCounters(answer.inventory, judged);
-    } else {
-        JudgeByStateFile(answer.inventory, options, now, judged);
-    }
-    SortFindings(judged.findings);
-    result.performance = MeasureInventory(answer.inventory, options.health, options.performance);
-    result.status = judged.Overall();
-    result.health = std::move(judged);
     result.answer = std::move(answer);
     return result;
 }

@@ -11,6 +11,7 @@
 #include "health/Health.h"
 #include "health/PerformanceData.h"
 #include "host/Answer.h"
+#include "model/InventoryFilter.h"
 
 namespace qorctl {
 
@@ -31,6 +32,7 @@ struct CCheckOptions {
     int64_t holdHours = 24;                 // how long a counter's growth alarms
     EPerformance performance = EPerformance::COUNTS;
     ECheckFormat format = ECheckFormat::TEXT;
+    CInventoryFilter filter;  // what is judged; all counters are kept in the state file
 };
 
 // What a check came to. `health` and `performance` are empty unless there was something to judge.
@@ -42,7 +44,7 @@ struct CCheckResult {
 };
 
 // Judges `answer`, the state file included; `now` in seconds since 1970.
-CCheckResult JudgeAnswer(CAnswer answer, const CCheckOptions& options, int64_t now);
+CCheckResult Check(CAnswer answer, const CCheckOptions& options, int64_t now);
 
 // The whole output, its lines ended: a summary with performance data and a line a detail, or JSON.
 std::string FormatCheckText(const CCheckResult& result);

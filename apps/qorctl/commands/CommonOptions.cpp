@@ -4,6 +4,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <limits>
+#include <tuple>
 
 #include "HelpText.h"
 #include "terminal/Output.h"
@@ -12,6 +14,7 @@ namespace qorctl {
 namespace {
 
 constexpr int64_t MAX_TIMEOUT = 86400;
+constexpr int64_t MAX_ADDRESS = std::numeric_limits<int32_t>::max();
 
 }  // namespace
 
@@ -33,6 +36,21 @@ void AddReportFormat(CLI::App* command, EReportFormat& format) {
     AddWordOption<EReportFormat>(
         command, "--format", format, "The form of the report; tree is the default",
         {{"tree", EReportFormat::TREE}, {"json", EReportFormat::JSON}}, "tree|json");
+}
+
+void AddFilter(CLI::App* command, CInventoryFilter& filter) {
+    command->add_flag("--problems", filter.problems,
+                      "Only what has a problem, with the controllers and RAID groups of that");
+    for (const auto& [name, number, what] :
+         {std::tuple("--controller", &filter.controller, "Only this controller"),
+          std::tuple("--enclosure", &filter.enclosure,
+                     "Only drives of this enclosure, with their RAID groups and controllers")}) {
+        command
+            ->add_option_function<int64_t>(
+                name, [number](int64_t value) { *number = value; }, what)
+            ->transform(qorapps::NumberFromTo(0, MAX_ADDRESS))
+            ->type_name("NUMBER");
+    }
 }
 
 void ReportMessages(const CAnswer& answer) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "host/Answer.h"
+#include "model/InventoryFilter.h"
 
 namespace qorctl {
 
@@ -45,6 +46,9 @@ void AddWordOption(CLI::App* command, const std::string& name, VALUE& value,
 enum class EReportFormat { TREE, JSON };
 
 void AddReportFormat(CLI::App* command, EReportFormat& format);
+
+// Adds --problems, --controller and --enclosure.
+void AddFilter(CLI::App* command, CInventoryFilter& filter);
 
 // Writes the messages of an answer to standard error.
 void ReportMessages(const CAnswer& answer);

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,9 +17,11 @@
 #include "commands/XmlCommand.h"
 #include "format/Csv.h"
 #include "format/Json.h"
+#include "format/Overview.h"
 #include "format/Table.h"
 #include "format/Tree.h"
 #include "health/Advice.h"
+#include "health/Verdict.h"
 #include "host/Ask.h"
 #include "model/DriveAddress.h"
 #include "model/DriveSearch.h"
@@ -31,10 +34,11 @@ namespace {
 
 constexpr const char* FORMATS_ABOUT =
     "Formats:\n"
+    "  status the verdict, what to do, and a line for each controller, RAID group and problem\n"
     "  tree   every item that the plug-in reports, and the problems in sentences\n"
     "  table  a line a device, marked \"!!\", \"!\" or \"?\" where it is critical, a warning or\n"
     "         unknown; and the problems in sentences\n"
-    "  json   for programs, see docs/formats/qorctl-json.md; also written after a failure\n"
+    "  json   for programs, see docs/formats/qorctl-json.md\n"
     "  csv    for spreadsheets (RFC 4180): a row a physical drive and a PCIe SSD; what a\n"
     "         spreadsheet would take for a formula gets an apostrophe in front\n"
     "  xml    the plug-in's own document\n"
@@ -42,8 +46,9 @@ constexpr const char* FORMATS_ABOUT =
     "\n"
     "--output writes beside FILE and renames, so that FILE is whole at any time. It stays as it "
     "was\n"
-    "when the request fails (but JSON tells of that) or the report cannot be written. A new FILE\n"
-    "has the rights that the umask leaves. A pipe must have a reader; another user's pipe or\n"
+    "when the report cannot be written, or the request fails: but status and JSON tell of that. A\n"
+    "new FILE has the rights that the umask leaves. A pipe must have a reader; another user's pipe "
+    "or\n"
     "symbolic link is refused. /dev/stdout and /dev/fd/N mean that descriptor.\n"
     "On a terminal, standard error shows which command runs. Ctrl-C ends that command too.\n"
     "\n";
@@ -58,6 +63,11 @@ constexpr const char* STORAGE_EXAMPLE =
     "  qorctl storage --format table\n"
     "  qorctl storage --format csv --output drives.csv";
 
+constexpr const char* STATUS_EXAMPLE =
+    "Examples:\n"
+    "  qorctl status\n"
+    "  qorctl status --problems --controller 0";
+
 constexpr const char* DRIVE_EXAMPLE =
     "Examples, the drive in slot 3 of enclosure 252 at the first controller, and the one with "
     "that\n"
@@ -68,11 +78,12 @@ constexpr const char* DRIVE_EXAMPLE =
 constexpr const char* DRIVE = "drive";
 
 enum class EItemFormat {
-    TREE,   // every item, for people
-    TABLE,  // a line a device, for people
-    JSON,   // docs/formats/qorctl-json.md
-    CSV,    // see Csv.h
-    XML,    // the plug-in's own document
+    STATUS,  // see Overview.h
+    TREE,    // every item, for people
+    TABLE,   // a line a device, for people
+    JSON,    // docs/formats/qorctl-json.md
+    CSV,     // see Csv.h
+    XML,     // the plug-in's own document
 };
 
 struct CFormatName {
@@ -81,9 +92,11 @@ struct CFormatName {
 };
 
 constexpr CFormatName FORMATS[] = {
-    {EItemFormat::TREE, "tree"}, {EItemFormat::TABLE, "table"}, {EItemFormat::JSON, "json"},
-    {EItemFormat::CSV, "csv"},   {EItemFormat::XML, "xml"},
+    {EItemFormat::STATUS, "status"}, {EItemFormat::TREE, "tree"}, {EItemFormat::TABLE, "table"},
+    {EItemFormat::JSON, "json"},     {EItemFormat::CSV, "csv"},   {EItemFormat::XML, "xml"},
 };
+
+constexpr const char* FORMAT_NAMES = "status, tree, table, json, csv or xml";
 
 std::optional<EItemFormat> ReadItemFormat(const std::string& name) {
     const auto* found = std::find_if(std::begin(FORMATS), std::end(FORMATS),
@@ -96,6 +109,7 @@ struct CReportOptions {
     std::string format = "tree";
     std::string output;              // empty or "-": standard output
     std::vector<std::string> drive;  // of `drive`: three numbers of an address, or one word
+    CInventoryFilter filter;         // of the others
 };
 
 class CItemReport {
@@ -112,11 +126,14 @@ public:
     }
 
     int Run(const CRequest& request);
-    int Show(const CAnswer& answer);
+    int Show(CAnswer answer);
 
 private:
     bool IsToStandardOutput() const { return m_Options.output.empty() || m_Options.output == "-"; }
-    std::string Document(const CAnswer& answer) const;
+    std::string Document(const CAnswer& answer, const CVerdict& verdict) const;
+    bool TellsOfFailure() const {
+        return m_Format == EItemFormat::STATUS || m_Format == EItemFormat::JSON;
+    }
     int Write(const std::string& document) const;
     int Deliver(const std::string& document) const;
 
@@ -131,7 +148,9 @@ int CItemReport::Run(const CRequest& request) {
     return Show(Ask(m_Options.plugin, isXml ? WithXml(request, "") : request, EProgress::SHOWN));
 }
 
-int CItemReport::Show(const CAnswer& answer) {
+int CItemReport::Show(CAnswer answer) {
+    CVerdict verdict = JudgeAnswer(answer);
+    Narrow(answer, verdict, m_Options.filter);
     ReportMessages(answer);
     const bool isXml = m_Format == EItemFormat::XML;
     const std::string xmlProblem = isXml ? XmlProblem(answer) : "";
@@ -139,27 +158,31 @@ int CItemReport::Show(const CAnswer& answer) {
         Report(xmlProblem);
         return EXIT_FAILURE;
     }
-    if (!answer.IsAnswered() && m_Format != EItemFormat::JSON) {
+    if (!answer.IsAnswered() && !TellsOfFailure()) {
         return EXIT_FAILURE;
     }
-    const int delivered = Deliver(Document(answer));
+    const int delivered = Deliver(Document(answer, verdict));
     return answer.IsWhole() ? delivered : EXIT_FAILURE;
 }
 
-std::string CItemReport::Document(const CAnswer& answer) const {
+std::string CItemReport::Document(const CAnswer& answer, const CVerdict& verdict) const {
+    const std::vector<CHealthFinding>& findings = verdict.health.findings;
     switch (m_Format) {
-        case EItemFormat::TREE:
-            return FormatTree(CItemTree(*answer.items), m_Style) +
-                   FormatProblems(FindProblems(answer.inventory), m_Style);
-        case EItemFormat::TABLE: {
-            const std::vector<CHealthFinding> problems = FindProblems(answer.inventory);
-            return FormatTables(answer.inventory, CProblemMarks(problems), m_Style) +
-                   FormatProblems(problems, m_Style);
+        case EItemFormat::STATUS:
+            return FormatOverview(answer, verdict, m_Style);
+        case EItemFormat::TREE: {
+            const std::set<size_t> roots = RootsOf(answer.inventory);
+            return FormatTree(CItemTree(*answer.items), m_Style,
+                              [&roots](size_t node) { return roots.contains(node); }) +
+                   FormatProblems(findings, m_Style);
         }
+        case EItemFormat::TABLE:
+            return FormatTables(answer.inventory, CProblemMarks(findings), m_Style) +
+                   FormatProblems(findings, m_Style);
         case EItemFormat::JSON:
-            return FormatJson(answer, m_Command);
+            return FormatJson(answer, verdict, m_Command);
         case EItemFormat::CSV:
-            return FormatCsv(answer.inventory);
+            return FormatCsv(answer.inventory, CProblemMarks(findings));
         case EItemFormat::XML:
             return answer.document.empty() ? "" : answer.document + '\n';
     }
@@ -168,6 +191,7 @@ std::string CItemReport::Document(const CAnswer& answer) const {
 
 int CItemReport::Write(const std::string& document) const {
     switch (m_Format) {
+        case EItemFormat::STATUS:
         case EItemFormat::TREE:
         case EItemFormat::TABLE:
             return WriteOut(document);
@@ -197,11 +221,13 @@ CLI::App* AddReportCommand(CLI::App& app, CReportOptions& options, const char* n
     CLI::App* command =
         AddCommand(app, options.plugin, name, description,
                    std::string(FORMATS_ABOUT) + PLUGIN_WHERE + EXIT_STATUS + examples);
-    command->add_option("--format", options.format, "tree (the default), table, json, csv or xml")
+    command
+        ->add_option("--format", options.format,
+                     fmt::format("{}; {} when not given", FORMAT_NAMES, options.format))
         ->type_name("FORMAT")
         ->check(CLI::Validator(
             [](const std::string& text) {
-                return ReadItemFormat(text) ? "" : "not tree, table, json, csv or xml: " + text;
+                return ReadItemFormat(text) ? "" : fmt::format("not {}: {}", FORMAT_NAMES, text);
             },
             "", "format"));
     command->add_option("--output", options.output, "Write the report to FILE, whole or not at all")
@@ -281,23 +307,66 @@ void DemandDrive(const std::vector<std::string>& words) {
     }
 }
 
+// A sub-command that asks about the whole server.
+struct CServerCommand {
+    const char* name;
+    const char* description;
+    const char* examples;
+    const char* format = "tree";  // when none is given
+    CRequest (*request)();
+};
+
+void DemandOwnDocument(const CReportOptions& options) {
+    if (options.filter.IsSet() && ReadItemFormat(options.format) == EItemFormat::XML) {
+        throw CLI::ValidationError(
+            "--format xml is the plug-in's own document: whole, without --problems, --controller "
+            "and --enclosure");
+    }
+}
+
+void AddServerCommand(CLI::App& app, int& status, const CServerCommand& about) {
+    const auto options = std::make_shared<CReportOptions>();
+    options->format = about.format;
+    CLI::App* command =
+        AddReportCommand(app, *options, about.name, about.description, about.examples);
+    AddFilter(command, options->filter);
+    command->callback([options, about, &status] {
+        DemandOwnDocument(*options);
+        status = CItemReport(*options, about.name).Run(about.request());
+    });
+}
+
 }  // namespace
 
+void AddStatusCommand(CLI::App& app, int& status) {
+    AddServerCommand(app, status,
+                     {.name = "status",
+                      .description = "What is wrong with the storage, and its state on a screen",
+                      .examples = STATUS_EXAMPLE,
+                      .format = "status",
+                      .request = StorageRequest});
+}
+
 void AddRaidCommand(CLI::App& app, int& status) {
-    const auto options = std::make_shared<CReportOptions>();
-    AddReportCommand(app, *options, "raid",
-                     "RAID controllers with their logical and physical drives", RAID_EXAMPLE)
-        ->callback(
-            [options, &status] { status = CItemReport(*options, "raid").Run(RaidRequest()); });
+    AddServerCommand(app, status,
+                     {.name = "raid",
+                      .description = "RAID controllers with their logical and physical drives",
+                      .examples = RAID_EXAMPLE,
+                      .request = RaidRequest});
 }
 
 void AddStorageCommand(CLI::App& app, int& status) {
-    const auto options = std::make_shared<CReportOptions>();
-    AddReportCommand(app, *options, "storage", "RAID controllers with their drives, and PCIe SSDs",
-                     STORAGE_EXAMPLE)
-        ->callback([options, &status] {
-            status = CItemReport(*options, "storage").Run(StorageRequest());
-        });
+    AddServerCommand(app, status,
+                     {.name = "storage",
+                      .description = "RAID controllers with their drives, and PCIe SSDs",
+                      .examples = STORAGE_EXAMPLE,
+                      .request = StorageRequest});
+}
+
+int RunStatus() {
+    CReportOptions options;
+    options.format = "status";
+    return CItemReport(options, "status").Run(StorageRequest());
 }
 
 void AddDriveCommand(CLI::App& app, int& status) {

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "model/ObjectNames.h"
 #include "terminal/TerminalText.h"
 
 namespace qorctl {
@@ -27,6 +28,7 @@ struct CRow {
     CMeasure temperature, mediaErrors, otherErrors, predictiveFailures, capacity;
     CText interfaceType, mediaType, vendor, product, serial, wwn, revision, power;
     CMeasure speed, powerOnTime, used, written;
+    CText health, problems;
 };
 
 bool IsFormula(std::string_view text) {
@@ -114,6 +116,8 @@ constexpr CColumn COLUMNS[] = {
     {"power_on_time_hours", CellOf<&CRow::powerOnTime>},
     {"used_percent", CellOf<&CRow::used>},
     {"written_bytes", CellOf<&CRow::written>},
+    {"health", CellOf<&CRow::health>},
+    {"problems", CellOf<&CRow::problems>},
 };
 
 template <class TText>
@@ -176,21 +180,31 @@ CRow RowOf(const CPcieSsd& ssd) {
     return row;
 }
 
-void AppendRow(std::string& out, const CRow& row) {
-    AppendLine(out, [&row](const CColumn& column) { return column.cell(row); });
+CText ProblemsText(const std::vector<const CHealthFinding*>& findings) {
+    CText text;
+    for (const CHealthFinding* finding : findings) {
+        text = (text ? *text + ", " : "") + finding->message;
+    }
+    return text;
+}
+
+template <class TDevice>
+void AppendRows(std::string& out, const std::vector<TDevice>& devices, const CProblemMarks& marks) {
+    for (const TDevice& device : devices) {
+        CRow row = RowOf(device);
+        row.health = std::string(HealthName(marks.OfDevice(device)));
+        row.problems = ProblemsText(marks.FindingsOf(ObjectName(device)));
+        AppendLine(out, [&row](const CColumn& column) { return column.cell(row); });
+    }
 }
 
 }  // namespace
 
-std::string FormatCsv(const CInventory& inventory) {
+std::string FormatCsv(const CInventory& inventory, const CProblemMarks& marks) {
     std::string out;
     AppendLine(out, [](const CColumn& column) { return column.name; });
-    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
-        AppendRow(out, RowOf(drive));
-    }
-    for (const CPcieSsd& ssd : inventory.pcieSsds) {
-        AppendRow(out, RowOf(ssd));
-    }
+    AppendRows(out, inventory.physicalDrives, marks);
+    AppendRows(out, inventory.pcieSsds, marks);
     return out;
 }
 

@@ -12,11 +12,12 @@
 
 #include <string>
 
+#include "health/Advice.h"
 #include "model/Inventory.h"
 
 namespace qorctl {
 
-std::string FormatCsv(const CInventory& inventory);
+std::string FormatCsv(const CInventory& inventory, const CProblemMarks& marks);
 
 }  // namespace qorctl
 

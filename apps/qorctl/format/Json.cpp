@@ -9,7 +9,9 @@
 #include <string_view>
 #include <utility>
 
+#include "format/HealthJson.h"
 #include "format/JsonDocument.h"
+#include "model/ObjectNames.h"
 
 namespace qorctl {
 namespace {
@@ -158,8 +160,10 @@ void PutBattery(CObject& object, const CController& controller) {
     }
 }
 
-CJson ControllerObject(const CController& controller) {
+CJson ControllerObject(const CController& controller, const CProblemMarks& marks) {
     CObject object;
+    Put(object, "health",
+        ObjectHealthJson(marks, {ObjectName(controller), BatteryName(controller)}));
     Put(object, "number", controller.number);
     Put(object, "product", controller.product);
     Put(object, "serial", controller.serial);
@@ -209,8 +213,9 @@ CJson LinkObject(const CLinkedDrive& drive) {
     return object;
 }
 
-CJson LogicalDriveObject(const CLogicalDrive& drive) {
+CJson LogicalDriveObject(const CLogicalDrive& drive, const CProblemMarks& marks) {
     CObject object;
+    Put(object, "health", ObjectHealthJson(marks, {ObjectName(drive)}));
     Put(object, "controller", drive.controller);
     Put(object, "number", drive.number);
     Put(object, "name", drive.name);
@@ -260,8 +265,9 @@ void PutIdentity(CObject& object, const CPhysicalDrive& drive) {
     Put(object, "capacity", "bytes", drive.capacity);
 }
 
-CJson PhysicalDriveObject(const CPhysicalDrive& drive) {
+CJson PhysicalDriveObject(const CPhysicalDrive& drive, const CProblemMarks& marks) {
     CObject object;
+    Put(object, "health", ObjectHealthJson(marks, {ObjectName(drive)}));
     Put(object, "controller", drive.controller);
     Put(object, "number", drive.number);
     Put(object, "enclosure", drive.place.enclosure);
@@ -285,8 +291,9 @@ CJson PhysicalDriveObject(const CPhysicalDrive& drive) {
     return object;
 }
 
-CJson SsdObject(const CPcieSsd& ssd) {
+CJson SsdObject(const CPcieSsd& ssd, const CProblemMarks& marks) {
     CObject object;
+    Put(object, "health", ObjectHealthJson(marks, {ObjectName(ssd)}));
     Put(object, "bus", ssd.bus);
     Put(object, "product", ssd.product);
     Put(object, "serial", ssd.serial);
@@ -310,6 +317,13 @@ CJson OtherObject(const COtherBranch& branch) {
     return object;
 }
 
+CJson HealthObject(const CVerdict& verdict) {
+    CObject object;
+    Put(object, "status", CJson(HealthName(verdict.status)));
+    Put(object, "findings", FindingsJson(verdict.health.findings));
+    return object;
+}
+
 void PutResult(CObject& object, const CAnswer& answer) {
     const CResultTexts& texts = answer.texts;
     Put(object, "result", CJson(answer.IsWhole() ? "success" : "failure"));
@@ -326,16 +340,21 @@ void PutResult(CObject& object, const CAnswer& answer) {
 
 }  // namespace
 
-std::string FormatJson(const CAnswer& answer, const std::string& command) {
+std::string FormatJson(const CAnswer& answer, const CVerdict& verdict, const std::string& command) {
     const CInventory& inventory = answer.inventory;
+    const CProblemMarks marks(verdict.health.findings);
+    const auto judged = [&marks](auto make) {
+        return [&marks, make](const auto& device) { return make(device, marks); };
+    };
     CJson json = NewDocument(command);
     auto& document = json.get_ref<CObject&>();
     PutResult(document, answer);
-    Put(document, "controllers", Array(inventory.controllers, ControllerObject));
+    Put(document, "health", HealthObject(verdict));
+    Put(document, "controllers", Array(inventory.controllers, judged(ControllerObject)));
     Put(document, "raid_groups", Array(inventory.raidGroups, RaidGroupObject));
-    Put(document, "logical_drives", Array(inventory.logicalDrives, LogicalDriveObject));
-    Put(document, "physical_drives", Array(inventory.physicalDrives, PhysicalDriveObject));
-    Put(document, "pcie_ssds", Array(inventory.pcieSsds, SsdObject));
+    Put(document, "logical_drives", Array(inventory.logicalDrives, judged(LogicalDriveObject)));
+    Put(document, "physical_drives", Array(inventory.physicalDrives, judged(PhysicalDriveObject)));
+    Put(document, "pcie_ssds", Array(inventory.pcieSsds, judged(SsdObject)));
     Put(document, "others", Array(inventory.others, OtherObject));
     return JsonText(json, INDENTATION);
 }

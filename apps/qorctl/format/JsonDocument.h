@@ -14,7 +14,7 @@ namespace qorctl {
 using CJson = nlohmann::ordered_json;
 
 // Changes when a name or a meaning changes; new names may come without that.
-inline constexpr int JSON_SCHEMA_VERSION = 1;
+inline constexpr int JSON_SCHEMA_VERSION = 2;
 
 inline constexpr int INDENTATION = 2;
 inline constexpr int NO_INDENTATION = -1;  // one line

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <span>
 #include <utility>
 #include <vector>
@@ -58,18 +59,36 @@ constexpr CTableColumn SMART_COLUMNS[] = {
     {"VALUE", 0, 0, EAlign::RIGHT},   {"THRESHOLD", 1, 0, EAlign::RIGHT},
 };
 
-std::string MarkOf(EHealth health) {
-    switch (health) {
-        case EHealth::OK:
-            return "";
-        case EHealth::CRITICAL:
-            return "!!";
-        case EHealth::WARNING:
-            return "!";
-        case EHealth::UNKNOWN:
-            return "?";
+// The columns that findings speak of: these are shown whatever the width.
+struct CRuleColumn {
+    std::string_view rule;
+    std::string_view title;
+};
+
+constexpr CRuleColumn RULE_COLUMNS[] = {
+    {"battery-status", "BATTERY"},
+    {"drive-media-errors", "MEDIA"},
+    {"drive-other-errors", "OTHER"},
+    {"drive-predictive-failure", "PREDICT"},
+    {"drive-temperature", "TEMP"},
+    {"ssd-temperature", "TEMP"},
+    {"ssd-wear", "USED"},
+    {"report-incomplete", "LDS"},
+    {"report-incomplete", "PDS"},
+};
+
+std::vector<CTableColumn> WithNeeded(std::span<const CTableColumn> columns,
+                                     const CProblemMarks& marks) {
+    std::vector<CTableColumn> needed(columns.begin(), columns.end());
+    for (const CRuleColumn& row : RULE_COLUMNS) {
+        const auto column =
+            std::find_if(needed.begin(), needed.end(),
+                         [&row](const CTableColumn& each) { return each.title == row.title; });
+        if (column != needed.end() && marks.HasRule(row.rule)) {
+            column->importance = 0;
+        }
     }
-    return "";
+    return needed;
 }
 
 std::string Shown(const CText& text) {
@@ -162,16 +181,6 @@ CTableRow MakeRow(const CCells& cells, const CTextStyle& style) {
     return row;
 }
 
-template <class TDevice>
-EHealth HealthOf(const TDevice& device, const CProblemMarks& marks) {
-    return marks.Of(ObjectName(device));
-}
-
-// Its battery has no line of its own.
-EHealth HealthOf(const CController& controller, const CProblemMarks& marks) {
-    return Worse(marks.Of(ObjectName(controller)), marks.Of(ObjectName(controller) + " battery"));
-}
-
 class CTables {
 public:
     CTables(const CProblemMarks& marks, const CTextStyle& style) : m_Marks(marks), m_Style(style) {}
@@ -190,7 +199,7 @@ private:
 };
 
 void CTables::Append(std::span<const CTableColumn> columns, const std::vector<CTableRow>& rows) {
-    const std::string table = FormatTextTable(columns, rows, m_Style);
+    const std::string table = FormatTextTable(WithNeeded(columns, m_Marks), rows, m_Style);
     m_Text += m_Text.empty() || table.empty() ? "" : "\n";
     m_Text += table;
 }
@@ -199,8 +208,8 @@ template <class TDevice>
 void CTables::Append(std::span<const CTableColumn> columns, const std::vector<TDevice>& devices) {
     std::vector<CTableRow> rows;
     for (const TDevice& device : devices) {
-        const EHealth health = HealthOf(device, m_Marks);
-        CCells cells = {MarkOf(health)};
+        const EHealth health = m_Marks.OfDevice(device);
+        CCells cells = {std::string(MarkOf(health))};
         for (std::string& cell : CellsOf(device)) {
             cells.push_back(std::move(cell));
         }

@@ -31,7 +31,7 @@ public:
     CTreeView(const CItemTree& tree, const CTextStyle& style)
         : m_Tree(tree), m_Style(style), m_Marks(BranchMarks(style)) {}
 
-    std::string Format();
+    std::string Format(const CBranchFilter& isShown);
 
 private:
     void SeparateTrees(const CNode& node);
@@ -53,11 +53,16 @@ private:
     std::vector<size_t> m_KeyWidth;  // by depth, for the current branch: column of the colons
 };
 
-std::string CTreeView::Format() {
+std::string CTreeView::Format(const CBranchFilter& isShown) {
+    bool isBranchShown = true;
     EnterNode(m_Tree.Node(CItemTree::ROOT));
     for (size_t index = m_Tree.Next(CItemTree::ROOT); index != CItemTree::NO_NODE;
          index = m_Tree.Next(index)) {
         const CNode& node = m_Tree.Node(index);
+        isBranchShown = node.depth == 1 ? !isShown || isShown(index) : isBranchShown;
+        if (!isBranchShown) {
+            continue;
+        }
         SeparateTrees(node);
         EnterNode(node);
         AppendBranches(node);
@@ -161,8 +166,9 @@ std::string CTreeView::Name(const CNode& node) const {
 
 }  // namespace
 
-std::string FormatTree(const CItemTree& tree, const CTextStyle& style) {
-    return CTreeView(tree, style).Format();
+std::string FormatTree(const CItemTree& tree, const CTextStyle& style,
+                       const CBranchFilter& isShown) {
+    return CTreeView(tree, style).Format(isShown);
 }
 
 }  // namespace qorctl

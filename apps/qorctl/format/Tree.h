@@ -18,6 +18,7 @@
 #define QORCTL_FORMAT_TREE_H
 
 #include <cstddef>
+#include <functional>
 #include <string>
 
 #include "model/ItemTree.h"
@@ -32,8 +33,12 @@ inline constexpr size_t MAX_VALUE = 4096;
 // Columns up to which a key takes part in the alignment of its section.
 inline constexpr size_t MAX_ALIGNED_KEY = 40;
 
+// Which branches of the top level are shown, by their node; empty: all.
+using CBranchFilter = std::function<bool(size_t node)>;
+
 // The whole text, every line ended; empty for an empty tree.
-std::string FormatTree(const CItemTree& tree, const CTextStyle& style);
+std::string FormatTree(const CItemTree& tree, const CTextStyle& style,
+                       const CBranchFilter& isShown = {});
 
 }  // namespace qorctl
 

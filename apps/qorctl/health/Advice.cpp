@@ -64,15 +64,12 @@ ENameForm FitForm(const CHealthFinding& finding, const CTextStyle& style) {
 
 }  // namespace
 
-std::vector<CHealthFinding> FindProblems(const CInventory& inventory) {
-    CHealth health = JudgeHealth(inventory, {});
-    JudgeCounters(inventory, health);
-    return std::move(health.findings);
-}
-
 std::string ProblemSentence(const CHealthFinding& finding, ENameForm form) {
     const std::string object = Capitalised(CSubject{finding.object, finding.drive}.Name(form));
     const CAdvice* advice = AdviceOf(finding);
+    if (object.empty()) {
+        return Capitalised(finding.message) + '.';
+    }
     if (advice == nullptr) {
         return fmt::format("{}: {}.", object, finding.message);
     }
@@ -94,14 +91,42 @@ std::string FormatProblems(const std::vector<CHealthFinding>& findings, const CT
 
 CProblemMarks::CProblemMarks(const std::vector<CHealthFinding>& findings) {
     for (const CHealthFinding& finding : findings) {
-        EHealth& worst = m_Worst[finding.object];
-        worst = Worse(worst, finding.health);
+        m_Findings[finding.object].push_back(&finding);
+        m_Rules.insert(finding.rule);
     }
 }
 
+const std::vector<const CHealthFinding*>& CProblemMarks::FindingsOf(
+    const std::string& object) const {
+    static const std::vector<const CHealthFinding*> NONE;
+    const auto found = m_Findings.find(object);
+    return found == m_Findings.end() ? NONE : found->second;
+}
+
 EHealth CProblemMarks::Of(const std::string& object) const {
-    const auto found = m_Worst.find(object);
-    return found == m_Worst.end() ? EHealth::OK : found->second;
+    EHealth worst = EHealth::OK;
+    for (const CHealthFinding* finding : FindingsOf(object)) {
+        worst = Worse(worst, finding->health);
+    }
+    return worst;
+}
+
+EHealth CProblemMarks::OfDevice(const CController& controller) const {
+    return Worse(Of(ObjectName(controller)), Of(BatteryName(controller)));
+}
+
+std::string_view MarkOf(EHealth health) {
+    switch (health) {
+        case EHealth::OK:
+            return "";
+        case EHealth::CRITICAL:
+            return "!!";
+        case EHealth::WARNING:
+            return "!";
+        case EHealth::UNKNOWN:
+            return "?";
+    }
+    return "";
 }
 
 std::string_view ColourOf(EHealth health) {

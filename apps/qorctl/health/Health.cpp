@@ -117,8 +117,6 @@ public:
     explicit CJudge(const CHealthOptions& options) : m_Options(options) {}
 
     void Judge(const CController& controller);
-    void JudgeCount(const CController& controller, const CMeasure& stated,
-                    const std::map<CNumber, long long>& reported, std::string_view what);
     void Judge(const CLogicalDrive& drive);
     void Judge(const CPhysicalDrive& drive);
     void Judge(const CPcieSsd& ssd);
@@ -178,33 +176,12 @@ void CJudge::JudgeMeasure(const CMeasure& measure, const CThresholds& limits, st
     }
 }
 
-template <typename TDrive>
-std::map<CNumber, long long> CountByController(const std::vector<TDrive>& drives) {
-    std::map<CNumber, long long> counts;
-    for (const TDrive& drive : drives) {
-        ++counts[drive.controller];
-    }
-    return counts;
-}
-
-// Of a drive that the tool leaves out nothing is known.
-void CJudge::JudgeCount(const CController& controller, const CMeasure& stated,
-                        const std::map<CNumber, long long>& reported, std::string_view what) {
-    const auto found = reported.find(controller.number);
-    const long long count = found == reported.end() ? 0 : found->second;
-    if (stated && stated->number.value_or(0) > count) {
-        Add(EHealth::UNKNOWN, "report-incomplete", SubjectOf(controller),
-            fmt::format("states {} {}, {} reported", stated->text, what, count));
-    }
-}
-
 // Many controllers have no battery by design; one that is said to be there must have a status.
 void CJudge::Judge(const CController& controller) {
     if (!controller.batteryStatus && controller.batteryPresence != "Present") {
         return;
     }
-    JudgeState(controller.batteryStatus, BATTERY_STATES,
-               {.name = ObjectName(controller) + " battery"});
+    JudgeState(controller.batteryStatus, BATTERY_STATES, {.name = BatteryName(controller)});
 }
 
 void CJudge::Judge(const CLogicalDrive& drive) {
@@ -384,12 +361,8 @@ EHealth JudgeState(std::string_view key, const std::string& value) {
 
 CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) {
     CJudge judge(options);
-    const std::map<CNumber, long long> logicalDrives = CountByController(inventory.logicalDrives);
-    const std::map<CNumber, long long> drives = CountByController(inventory.physicalDrives);
     for (const CController& controller : inventory.controllers) {
         judge.Judge(controller);
-        judge.JudgeCount(controller, controller.logicalDriveCount, logicalDrives, "logical drives");
-        judge.JudgeCount(controller, controller.physicalDriveCount, drives, "drives");
     }
     for (const CLogicalDrive& drive : inventory.logicalDrives) {
         judge.Judge(drive);
@@ -403,9 +376,9 @@ CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) 
     return std::move(judge.m_Health);
 }
 
-void JudgeGap(const std::string& gap, CHealth& health) {
-    if (!gap.empty()) {
-        health.findings.push_back({EHealth::UNKNOWN, "no-controller", "", gap});
+void JudgeGaps(const std::vector<CGap>& gaps, CHealth& health) {
+    for (const CGap& gap : gaps) {
+        health.findings.push_back({EHealth::UNKNOWN, gap.rule, gap.object, gap.text});
     }
 }
 

@@ -10,6 +10,7 @@
 
 #include "health/Counters.h"
 #include "health/PerformanceData.h"
+#include "model/Gap.h"
 #include "model/Inventory.h"
 #include "model/ObjectNames.h"
 
@@ -72,8 +73,8 @@ EHealth JudgeState(std::string_view key, const std::string& value);
 // Everything but the counters.
 CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options);
 
-// What an answer is known to leave out; nothing for an empty text.
-void JudgeGap(const std::string& gap, CHealth& health);
+// What an answer is known to leave out.
+void JudgeGaps(const std::vector<CGap>& gaps, CHealth& health);
 
 // The counters by themselves: any other than 0 alarms.
 void JudgeCounters(const CInventory& inventory, CHealth& health);

@@ -55,11 +55,12 @@ constexpr std::string_view REQUEST_FAILED = "request-failed";
 constexpr std::string_view PLUGIN_FAILED = "plugin-failed";
 constexpr std::string_view THE_REQUEST_FAILED = "the request failed";
 constexpr std::string_view NO_HARDWARE = "no RAID controller or PCIe SSD was found";
-constexpr std::string_view NO_CONTROLLER =
-    "a supported RAID card is in this server, but the RAID tool reported no controller";
 constexpr std::string_view NO_CONTROLLER_REMEDY =
     "Run \"qorctl doctor\": is the disk of the result files full? Then ask the tool by hand:\n"
     "LD_LIBRARY_PATH=/opt/tarmica/krz/lib /opt/tarmica/krz/cli/krzcli -ctrlinfo -aAll";
+constexpr std::string_view NO_SSD_REMEDY =
+    "The RAID tool reports PCIe SSDs from version 7.0 on: update an older one. Otherwise ask it:\n"
+    "LD_LIBRARY_PATH=/opt/tarmica/krz/lib /opt/tarmica/krz/cli/krzcli -pssdinfo -aAll";
 constexpr std::string_view NO_DRIVE_REMEDY =
     "\"qorctl raid --format table\" lists the drives with their enclosures and slots.";
 constexpr std::string_view NOT_KNOWN = "it is not known whether a RAID card is in this server";
@@ -130,19 +131,18 @@ void AddMessage(CAnswer& answer, ESeverity severity, std::string_view code,
 }
 
 // The plug-in takes a tool that this user may not see for one that is missing.
-CPathTrouble ToolTrouble(const CAnswer& answer) {
-    return answer.texts.errorCode == ERROR_NO_TOOL
-               ? ExaminePath(KRZ_CLI_PATH, EPathKind::FILE, X_OK)
-               : CPathTrouble();
+CPathTrouble ToolTrouble(const CResultTexts& texts) {
+    return texts.errorCode == ERROR_NO_TOOL ? ExaminePath(KRZ_CLI_PATH, EPathKind::FILE, X_OK)
+                                            : CPathTrouble();
 }
 
-void ExplainTexts(CAnswer& answer) {
+void ExplainTexts(CAnswer& answer, const CPathTrouble& tool) {
     const CResultTexts& texts = answer.texts;
     const ESeverity severity = answer.IsAnswered() ? ESeverity::WARNING : ESeverity::ERROR;
     if (!texts.errorCode.empty()) {
         CMessage message =
             CodeMessage("error", texts.errorCode, severity, Find(ERRORS, texts.errorCode));
-        if (const CPathTrouble tool = ToolTrouble(answer); !tool.remedy.empty()) {
+        if (!tool.remedy.empty()) {
             message.remedy = fmt::format("{}.\n{}", tool.reason, RemedySentence(tool));
         }
         answer.messages.push_back(std::move(message));
@@ -191,47 +191,61 @@ void ExplainProblem(CAnswer& answer, std::string_view reason, const std::string&
     AddMessage(answer, ESeverity::ERROR, reason, problem);
 }
 
-// What an answer without a controller does not tell: the server has a card, or may have one.
-struct CDoubt {
-    std::string_view reason;
-    std::string sentence;
-    std::string remedy;
-};
-
-std::optional<CDoubt> DoubtAbout(const CRequest& request, const CAnswer& answer) {
-    const CPathTrouble tool = ToolTrouble(answer);
-    if (!tool.remedy.empty()) {
-        return CDoubt{REASON_TOOL_UNREACHABLE, tool.reason, RemedySentence(tool)};
-    }
-    const bool isTold = request.subject != ESubject::SERVER || !answer.texts.errorCode.empty() ||
-                        !answer.inventory.controllers.empty();
-    const CPresence presence = isTold ? CPresence() : LookForRaidCard();
-    switch (presence.card) {
-        case EPresence::ABSENT:
-            return std::nullopt;
-        case EPresence::PRESENT:
-            return CDoubt{REASON_NO_CONTROLLER, std::string(NO_CONTROLLER),
-                          std::string(NO_CONTROLLER_REMEDY)};
-        case EPresence::NOT_KNOWN:
-            break;
-    }
-    return CDoubt{REASON_PRESENCE_NOT_KNOWN, fmt::format("{}: {}", NOT_KNOWN, presence.reason),
-                  presence.remedy};
+CGap MakeGap(std::string_view rule, std::string text, std::string remedy) {
+    return {.rule = rule, .object = "", .text = std::move(text), .remedy = std::move(remedy)};
 }
 
-// Without any device there is no answer to show.
-void ExplainDoubt(CAnswer& answer, bool hasItems, const CDoubt& doubt) {
-    answer.messages.push_back({.severity = ESeverity::ERROR,
-                               .code = std::string(doubt.reason),
-                               .text = doubt.sentence,
-                               .remedy = doubt.remedy});
-    if (hasItems) {
-        answer.gap = doubt.sentence;
-        return;
+// "a supported RAID card is in this server, but the RAID tool reported no controller"
+std::string MissingText(size_t there, std::string_view device, size_t reported,
+                        std::string_view noun) {
+    const std::string count = reported == 0 ? "no" : std::to_string(reported);
+    return fmt::format("{} in this server, but the RAID tool reported {} {}{}",
+                       there == 1 ? fmt::format("a supported {} is", device)
+                                  : fmt::format("{} supported {}s are", there, device),
+                       count, noun, reported > 1 ? "s" : "");
+}
+
+void AddCardGap(std::vector<CGap>& gaps, const CInventory& inventory, const CPresence& presence) {
+    const size_t reported = inventory.controllers.size();
+    if (!presence.IsKnown() && reported == 0) {
+        gaps.push_back(MakeGap(REASON_PRESENCE_NOT_KNOWN,
+                               fmt::format("{}: {}", NOT_KNOWN, presence.reason), presence.remedy));
+    } else if (presence.raidCards > reported) {
+        gaps.push_back(MakeGap(REASON_NO_CONTROLLER,
+                               MissingText(presence.raidCards, "RAID card", reported, "controller"),
+                               std::string(NO_CONTROLLER_REMEDY)));
     }
-    answer.outcome = EOutcome::FAILED;
-    answer.reason = doubt.reason;
-    answer.sentence = doubt.sentence;
+}
+
+void AddSsdGap(std::vector<CGap>& gaps, const CInventory& inventory, const CPresence& presence) {
+    const size_t reported = inventory.pcieSsds.size();
+    if (presence.pcieSsds > reported) {
+        gaps.push_back(MakeGap(REASON_NO_PCIE_SSD,
+                               MissingText(presence.pcieSsds, "PCIe SSD", reported, "PCIe SSD"),
+                               std::string(NO_SSD_REMEDY)));
+    }
+}
+
+// With an error code, that is what the answer tells.
+std::vector<CGap> FindGaps(const CRequest& request, const CAnswer& answer,
+                           const CPathTrouble& tool) {
+    if (!tool.remedy.empty()) {
+        return {MakeGap(REASON_TOOL_UNREACHABLE, tool.reason, RemedySentence(tool))};
+    }
+    const bool isStorage = request.subject == ESubject::STORAGE;
+    if ((!isStorage && request.subject != ESubject::RAID) || !answer.texts.errorCode.empty()) {
+        return {};
+    }
+    const CPresence presence = LookForDevices();
+    std::vector<CGap> gaps;
+    AddCardGap(gaps, answer.inventory, presence);
+    if (isStorage) {
+        AddSsdGap(gaps, answer.inventory, presence);
+    }
+    for (CGap& gap : FindMissingDrives(answer.inventory)) {
+        gaps.push_back(std::move(gap));
+    }
+    return gaps;
 }
 
 void ExplainEmptiness(CAnswer& answer, const CRequest& request) {
@@ -252,11 +266,16 @@ void ExplainMissingDrive(CAnswer& answer, const CRequest& request) {
                                .remedy = std::string(NO_DRIVE_REMEDY)});
 }
 
-void ExplainAnswer(CAnswer& answer, const CRequest& request,
+void ExplainAnswer(CAnswer& answer, const CRequest& request, const CPathTrouble& tool,
                    std::shared_ptr<CItemListOwner> items) {
     answer.inventory = BuildInventory(CItemTree(*items), request.controller);
-    if (const std::optional<CDoubt> doubt = DoubtAbout(request, answer)) {
-        ExplainDoubt(answer, !items->empty(), *doubt);
+    if (std::vector<CGap> gaps = FindGaps(request, answer, tool); !gaps.empty()) {
+        if (items->empty()) {
+            answer.outcome = EOutcome::FAILED;
+            answer.reason = gaps.front().rule;
+            answer.sentence = gaps.front().text;
+        }
+        AddGaps(answer, std::move(gaps));
     } else if (items->empty() && request.subject == ESubject::DRIVE) {
         ExplainMissingDrive(answer, request);
     } else if (items->empty() && !request.nothing.empty()) {
@@ -291,10 +310,11 @@ CAnswer TimeIsOver(std::chrono::seconds limit, const std::string& command) {
 CAnswer MakeAnswer(const CRequest& request, CReply reply, std::shared_ptr<CItemListOwner> items) {
     CAnswer answer;
     static_cast<CReply&>(answer) = std::move(reply);
-    ExplainTexts(answer);
+    const CPathTrouble tool = ToolTrouble(answer.texts);
+    ExplainTexts(answer, tool);
     switch (answer.outcome) {
         case EOutcome::ANSWERED:
-            ExplainAnswer(answer, request, std::move(items));
+            ExplainAnswer(answer, request, tool, std::move(items));
             break;
         case EOutcome::FAILED:
             ExplainFailure(answer);
@@ -308,6 +328,16 @@ CAnswer MakeAnswer(const CRequest& request, CReply reply, std::shared_ptr<CItemL
             break;
     }
     return answer;
+}
+
+void AddGaps(CAnswer& answer, std::vector<CGap> gaps) {
+    for (CGap& gap : gaps) {
+        answer.messages.push_back({.severity = ESeverity::ERROR,
+                                   .code = std::string(gap.rule),
+                                   .text = GapText(gap),
+                                   .remedy = gap.remedy});
+        answer.gaps.push_back(std::move(gap));
+    }
 }
 
 std::string DescribeNoAnswer(const CAnswer& answer) {

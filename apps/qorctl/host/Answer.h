@@ -9,11 +9,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/ItemList.h"
 #include "host/Message.h"
 #include "host/Reply.h"
 #include "host/Request.h"
+#include "model/Gap.h"
 #include "model/Inventory.h"
 #include "terminal/TerminalText.h"
 
@@ -24,6 +26,7 @@ inline constexpr std::string_view REASON_JUDGED = "judged";
 inline constexpr std::string_view REASON_NO_HARDWARE = "no-hardware";
 inline constexpr std::string_view REASON_NO_DRIVES = "no-drives";
 inline constexpr std::string_view REASON_NO_CONTROLLER = "no-controller";
+inline constexpr std::string_view REASON_NO_PCIE_SSD = "no-pcie-ssd";
 inline constexpr std::string_view REASON_TOOL_UNREACHABLE = "tool-unreachable";
 inline constexpr std::string_view REASON_NO_DRIVE = "no-drive";
 inline constexpr std::string_view REASON_PRESENCE_NOT_KNOWN = "presence-not-known";
@@ -34,7 +37,7 @@ inline constexpr std::string_view REASON_TIME_OVER = "time-over";
 struct CAnswer : CReply {
     bool IsAnswered() const { return outcome == EOutcome::ANSWERED; }
     // Answered, and nothing is known to be left out.
-    bool IsWhole() const { return IsAnswered() && gap.empty(); }
+    bool IsWhole() const { return IsAnswered() && gaps.empty(); }
     // The tool's version is old, or could not be read.
     bool IsFromOldTool() const { return IsAnswered() && texts.noticeCode == "01"; }
 
@@ -44,9 +47,9 @@ struct CAnswer : CReply {
     CMessages messages;  // what is to be told beside the devices, the codes in words included
 
     std::string_view reason = REASON_JUDGED;
-    std::string sentence;  // the reason in words, one line; empty when there are devices
-    std::string command;   // the tool's command that failed; empty: none to name
-    std::string gap;       // what is left out of the devices that there are, one line; or empty
+    std::string sentence;    // the reason in words, one line; empty when there are devices
+    std::string command;     // the tool's command that failed; empty: none to name
+    std::vector<CGap> gaps;  // what is left out of the devices that there are
 
     CInventory inventory;  // empty unless the plug-in answered
 };
@@ -62,14 +65,17 @@ CAnswer TimeIsOver(std::chrono::seconds limit, const std::string& command);
 // The answer that a reply to the request is: the devices of its items, and what the texts and the
 // outcome say, as reason, sentence, command and messages. Codes of the messages: "error-" or
 // "notice-" and the plug-in's code, "failed-command"; then "request-failed", or "plugin-failed"
-// with the problem; "nothing-to-report"; "no-controller", "presence-not-known", "tool-unreachable"
-// and "no-drive". The error code of a request that was answered is a warning. A code without a
-// known meaning is stated as it is.
+// with the problem; "nothing-to-report"; "no-drive"; and what rules of gaps there are. The error
+// code of a request that was answered is a warning. A code without a known meaning is stated as it
+// is.
 //
-// An answer without a controller, from a server that has a supported card or may have one, is a
-// failure; with other devices, PCIe SSDs for instance, it is one with a gap. No drive where one was
-// asked for is a failure, too.
+// The answer has a gap for what the server has, or may have, and the report does not: cards, PCIe
+// SSDs, drives. Without any device, that is a failure. No drive where one was asked for is a
+// failure, too.
 CAnswer MakeAnswer(const CRequest& request, CReply reply, std::shared_ptr<CItemListOwner> items);
+
+// Adds gaps and what tells of them.
+void AddGaps(CAnswer& answer, std::vector<CGap> gaps);
 
 // "no answer: the RAID tool did not answer in time (krzcli -ctrlinfo -a0)"
 std::string DescribeNoAnswer(const CAnswer& answer);

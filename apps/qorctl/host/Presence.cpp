@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <list>
 #include <optional>
 #include <utility>
@@ -19,7 +20,7 @@ namespace {
 using CDeviceWords = std::vector<CDeviceWord>;
 
 CPresence NotKnown(std::string reason, std::string remedy) {
-    return {EPresence::NOT_KNOWN, std::move(reason), std::move(remedy)};
+    return {.reason = std::move(reason), .remedy = std::move(remedy)};
 }
 
 // What hides the list of supported cards: without it the plug-in finds none.
@@ -52,9 +53,18 @@ CPresence WithoutDevices(const CPathTrouble& trouble) {
     return NotKnown(trouble.reason, RemedySentence(trouble));
 }
 
+size_t CountSupported(const CDeviceWords& words, const std::list<DevicePCIID>& supported) {
+    return static_cast<size_t>(
+        std::count_if(words.begin(), words.end(), [&](const CDeviceWord& word) {
+            return std::any_of(
+                supported.begin(), supported.end(),
+                [&word](const DevicePCIID& device) { return Matches(word.identifier, device); });
+        }));
+}
+
 }  // namespace
 
-CPresence LookForRaidCard() {
+CPresence LookForDevices() {
     if (std::optional<CPresence> trouble = ListTrouble()) {
         return *std::move(trouble);
     }
@@ -64,10 +74,14 @@ CPresence LookForRaidCard() {
     if (!words) {
         return WithoutDevices(trouble);
     }
-    std::list<DevicePCIID> supported;
-    CMSRAID_PCICard::GetSupportRAIDList(&supported);
-    return {SupportedOf(supported, *words).empty() ? EPresence::ABSENT : EPresence::PRESENT, "",
-            ""};
+    std::list<DevicePCIID> cards;
+    std::list<DevicePCIID> ssds;
+    CMSRAID_PCICard::GetSupportRAIDList(&cards);
+    CMSRAID_PCICard::GetSupportPCIeSSDList(&ssds);
+    return {.reason = "",
+            .remedy = "",
+            .raidCards = CountSupported(*words, cards),
+            .pcieSsds = CountSupported(*words, ssds)};
 }
 
 }  // namespace qorctl

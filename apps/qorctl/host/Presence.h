@@ -1,22 +1,23 @@
-// Whether the server has a RAID card, by the plug-in's own rules: what an answer without a
-// controller is held against.
+// What devices the server has, by the plug-in's own rules: what an answer is held against.
 #ifndef QORCTL_HOST_PRESENCE_H
 #define QORCTL_HOST_PRESENCE_H
 
+#include <cstddef>
 #include <string>
 
 namespace qorctl {
 
-enum class EPresence { ABSENT, PRESENT, NOT_KNOWN };
-
 struct CPresence {
-    EPresence card = EPresence::ABSENT;
-    std::string reason;  // of NOT_KNOWN: what is in the way
-    std::string remedy;  // of NOT_KNOWN
+    bool IsKnown() const { return reason.empty(); }
+
+    std::string reason;    // what is in the way of knowing; empty: nothing
+    std::string remedy;    // what to do about that
+    size_t raidCards = 0;  // supported ones
+    size_t pcieSsds = 0;   // likewise
 };
 
 // By the device list, or by the bus where there is no list. Changes nothing.
-CPresence LookForRaidCard();
+CPresence LookForDevices();
 
 }  // namespace qorctl
 

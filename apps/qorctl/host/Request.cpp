@@ -10,7 +10,7 @@ CRequest RaidRequest() {
                     return object.GetRAIDInfo(&items, &reply.texts.errorCode,
                                               &reply.texts.noticeCode, &reply.texts.detail) != 0;
                 },
-            .subject = ESubject::SERVER,
+            .subject = ESubject::RAID,
             .nothing = "no RAID controller with something to show was found on this server"};
 }
 
@@ -20,7 +20,7 @@ CRequest StorageRequest() {
                     return object.GetStorageInfo(&items, &reply.texts.errorCode,
                                                  &reply.texts.noticeCode, &reply.texts.detail) != 0;
                 },
-            .subject = ESubject::SERVER,
+            .subject = ESubject::STORAGE,
             .nothing =
                 "no RAID controller or PCIe SSD with something to show was found on this server"};
 }

@@ -26,7 +26,8 @@ struct CPluginChoice {
 
 // What an answer without items is about, and so what it means.
 enum class ESubject {
-    SERVER,   // no hardware; none of a controller while the server has a card is no answer
+    RAID,     // no hardware; none of a controller while the server has a card is no answer
+    STORAGE,  // the same, and of PCIe SSDs
     DRIVE,    // no such drive
     NOTHING,  // an operation without items
 };

@@ -475,15 +475,20 @@ CInventory BuildInventory(const CItemTree& tree, CNumber controller) {
         CSections sections = MakeSections(tree, root);
         if (item.ItemName() == CONTROLLER_ROOT) {
             inventory.controllers.push_back(MakeController(std::move(sections)));
+            inventory.controllers.back().root = root;
             controller = inventory.controllers.back().number;
         } else if (item.ItemName() == GROUP_ROOT) {
             AddGroup(inventory, std::move(sections), controller);
+            inventory.raidGroups.back().root = root;
         } else if (item.ItemName() == DRIVE_ROOT) {
             inventory.physicalDrives.push_back(MakeDrive(std::move(sections), controller));
+            inventory.physicalDrives.back().root = root;
         } else if (item.ItemName() == SSD_ROOT) {
             inventory.pcieSsds.push_back(MakeSsd(std::move(sections)));
+            inventory.pcieSsds.back().root = root;
         } else {
-            inventory.others.push_back({.name = NameText(item.ItemName()),
+            inventory.others.push_back({.root = root,
+                                        .name = NameText(item.ItemName()),
                                         .value = NameText(item.ItemValue()),
                                         .sections = std::move(sections)});
         }

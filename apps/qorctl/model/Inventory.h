@@ -20,6 +20,7 @@
 #ifndef QORCTL_MODEL_INVENTORY_H
 #define QORCTL_MODEL_INVENTORY_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -70,6 +71,7 @@ struct CPciAddress {
 };
 
 struct CController {
+    size_t root = 0;  // its node in the tree of items
     CNumber number;
     CText product;
     CText serial;
@@ -105,6 +107,7 @@ struct CGroupMember {
 };
 
 struct CRaidGroup {
+    size_t root = 0;  // its node in the tree of items
     CNumber controller;
     CText name;       // "RG0"; "sRG0" of a spanned, "scRG0" of a cache group
     CText raidLevel;  // "RAID 5"
@@ -160,6 +163,7 @@ struct CSmart {
 };
 
 struct CPhysicalDrive {
+    size_t root = 0;  // its node in the tree of items
     CNumber controller;
     CNumber number;
     CText group;  // "RG0"; of a dedicated spare too
@@ -201,6 +205,7 @@ inline constexpr CCounter COUNTERS[] = {
 };
 
 struct CPcieSsd {
+    size_t root = 0;  // its node in the tree of items
     CNumber bus;
     CText product;
     CText serial;
@@ -217,6 +222,7 @@ struct CPcieSsd {
 
 // A root that is none of the kinds above.
 struct COtherBranch {
+    size_t root = 0;  // its node in the tree of items
     std::string name;
     CText value;
     CSections sections;

@@ -56,6 +56,11 @@ std::string DriveName(const CDriveIdentity& drive, ENameForm form) {
                        drive.twin > 1 ? fmt::format(" ({})", drive.twin) : "");
 }
 
+std::string ShortDriveName(const CDriveIdentity& drive) {
+    const bool hasPlace = drive.place.enclosure || drive.place.slot;
+    return (hasPlace ? PlaceText(drive.place) + ' ' : "") + "PD" + NumberText(drive.number);
+}
+
 ENameForm LongestForm(const std::function<bool(ENameForm)>& fits) {
     for (const ENameForm form : {ENameForm::WHOLE, ENameForm::WITHOUT_PRODUCT}) {
         if (fits(form)) {
@@ -80,6 +85,10 @@ std::string ObjectName(const CPhysicalDrive& drive) {
 
 std::string ObjectName(const CPcieSsd& ssd) {
     return "PCIe SSD " + NumberText(ssd.bus);
+}
+
+std::string BatteryName(const CController& controller) {
+    return ObjectName(controller) + " battery";
 }
 
 std::string DriveKey(const CPhysicalDrive& drive) {

@@ -34,6 +34,9 @@ enum class ENameForm { WHOLE, WITHOUT_PRODUCT, SHORT };
 // without the size too. What the tool did not say is left out, "controller 0 drive PD7 (ST600)".
 std::string DriveName(const CDriveIdentity& drive, ENameForm form = ENameForm::WHOLE);
 
+// "252:3 PD7", beside a text that names the controller.
+std::string ShortDriveName(const CDriveIdentity& drive);
+
 // The first of the forms, the longest one first, that `fits`; SHORT when none does.
 ENameForm LongestForm(const std::function<bool(ENameForm)>& fits);
 
@@ -42,6 +45,9 @@ std::string ObjectName(const CController& controller);
 std::string ObjectName(const CLogicalDrive& drive);
 std::string ObjectName(const CPhysicalDrive& drive);
 std::string ObjectName(const CPcieSsd& ssd);
+
+// "controller 0 battery"
+std::string BatteryName(const CController& controller);
 
 // What a drive is known by from one report to the next, "controller 0 drive PD3"; state files hold
 // it.

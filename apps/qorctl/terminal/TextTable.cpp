@@ -111,6 +111,18 @@ void CTableWriter::AppendLine(TCell cell, std::string_view colour) {
     m_Text += Coloured(line, colour, m_Style) + '\n';
 }
 
+// "Not shown: TYPE, HOURS"; nothing when no column with a text was left out.
+std::string LeftOutText(std::span<const CTableColumn> columns, const CWidths& natural,
+                        const CWidths& widths, const CTextStyle& style) {
+    std::string names;
+    for (size_t i = 0; i < columns.size(); ++i) {
+        if (natural[i] > 0 && widths[i] == 0) {
+            names += (names.empty() ? "Not shown: " : ", ") + std::string(columns[i].title);
+        }
+    }
+    return names.empty() ? "" : Coloured(WrapText(names, style.width, 0, GAP), DIM, style) + '\n';
+}
+
 }  // namespace
 
 std::string FormatTextTable(std::span<const CTableColumn> columns,
@@ -118,7 +130,8 @@ std::string FormatTextTable(std::span<const CTableColumn> columns,
     if (rows.empty()) {
         return "";
     }
-    CWidths widths = NaturalWidths(columns, rows);
+    const CWidths natural = NaturalWidths(columns, rows);
+    CWidths widths = natural;
     if (style.width != ANY_WIDTH) {
         Fit(widths, columns, style.width);
     }
@@ -127,7 +140,7 @@ std::string FormatTextTable(std::span<const CTableColumn> columns,
     for (const CTableRow& row : rows) {
         writer.AppendLine([&](size_t i) { return row.cells[i]; }, row.colour);
     }
-    return writer.m_Text;
+    return writer.m_Text + LeftOutText(columns, natural, widths, style);
 }
 
 }  // namespace qorctl

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "format/JsonDocument.h"
+#include "health/Verdict.h"
 #include "model/ObjectNames.h"
 #include "terminal/TerminalText.h"
 
@@ -115,12 +116,9 @@ bool CWatch::Ask() {
 }
 
 void CWatch::Judge(CTick& tick) {
-    if (tick.answer.reason == REASON_JUDGED) {
-        tick.health = JudgeHealth(tick.answer.inventory, {});
-        JudgeGap(tick.answer.gap, tick.health);
-        JudgeCounters(tick.answer.inventory, tick.health);
-        tick.status = tick.health.Overall();
-    }
+    CVerdict verdict = JudgeAnswer(tick.answer);
+    tick.health = std::move(verdict.health);
+    tick.status = verdict.status;
     tick.isFirstAnswer = !m_Before;
     tick.answersAgain = !m_Answered;
     if (m_Before) {

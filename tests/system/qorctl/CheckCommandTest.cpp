@@ -420,7 +420,7 @@ TEST_F(CheckCommandTest, JsonHasStatusFindingsAndValues) {
         Check(Server({.temperature = "", .mediaErrors = "2"}), {"--format", "json"});
     EXPECT_EQ(outcome.status, 1);
     const nlohmann::json json = Json(outcome);
-    EXPECT_EQ(json["schema_version"], 1);
+    EXPECT_EQ(json["schema_version"], 2);
     EXPECT_EQ(json["command"], "check");
     EXPECT_EQ(json["status"], "WARNING");
     EXPECT_EQ(json["exit_status"], 1);
@@ -429,7 +429,8 @@ TEST_F(CheckCommandTest, JsonHasStatusFindingsAndValues) {
     EXPECT_EQ(json["findings"], nlohmann::json::parse(R"json([{"severity":"WARNING",
         "rule":"drive-media-errors","object":"controller 0 drive PD3 (serial SERIAL3)",
         "physical_drive":{"controller":0,"drive":3,"serial":"SERIAL3"},
-        "message":"2 media errors"}])json"));
+        "message":"2 media errors",
+        "sentence":"Controller 0 drive PD3 (serial SERIAL3) has 2 media errors: it may be failing; look at its SMART data."}])json"));
     EXPECT_EQ(json["not_reported"],
               nlohmann::json::parse(R"json([{"object":"controller 0 drive PD3 (serial SERIAL3)",
             "physical_drive":{"controller":0,"drive":3,"serial":"SERIAL3"},"what":"temperature"}])json"));

@@ -249,7 +249,7 @@ TEST_F(FormatsTest, FailureAndNothingToReportInTheOtherForms) {
         EXPECT_EQ(nothing.status, 0);
         EXPECT_THAT(nothing.err, StartsWith("qorctl: nothing to report: "));
         if (std::string(format) == "csv") {
-            EXPECT_THAT(nothing.out, AllOf(StartsWith("kind,"), EndsWith("written_bytes\r\n")));
+            EXPECT_THAT(nothing.out, AllOf(StartsWith("kind,"), EndsWith(",health,problems\r\n")));
         } else {
             EXPECT_EQ(nothing.out, "") << format;
         }
@@ -260,7 +260,7 @@ TEST_F(FormatsTest, UnknownFormatIsNotUnderstood) {
     const CEnd outcome = RunRaid(FAILED_DRIVE, {"--format", "yaml"});
     EXPECT_GT(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
-    EXPECT_THAT(outcome.err, HasSubstr("not tree, table, json, csv or xml: yaml"));
+    EXPECT_THAT(outcome.err, HasSubstr("not status, tree, table, json, csv or xml: yaml"));
     EXPECT_FALSE(fs::exists(m_Folder / "log"));
 }
 
@@ -343,7 +343,7 @@ TEST_F(FormatsTest, CommandLineThatIsNotUnderstoodIsShownSafely) {
                                               .arguments = {"raid", "--format", ODD},
                                               .environment = m_Environment,
                                               .errorTerminal = true});
-    EXPECT_THAT(outcome.terminal, HasSubstr("not tree, table, json, csv or xml: a\\x1b[1m"));
+    EXPECT_THAT(outcome.terminal, HasSubstr("not status, tree, table, json, csv or xml: a\\x1b[1m"));
     EXPECT_EQ(Obeyed(outcome.terminal), "");
 }
 

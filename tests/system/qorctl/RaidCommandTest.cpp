@@ -369,7 +369,7 @@ TEST_F(RaidCommandTest, HelpStatesTheExitStatusAndAnExample) {
 TEST_F(RaidCommandTest, UsageErrorsLoadNothingAndAreNoFailedRequest) {
     m_Environment["QOR_PLUGIN"] = STAND_IN_PLUGIN;
     const std::vector<std::vector<std::string>> wrong = {
-        {}, {"disks"}, {"raid", "--plugin"}, {"raid", "--unknown"}, {"raid", "more"}};
+        {"disks"}, {"raid", "--plugin"}, {"raid", "--unknown"}, {"raid", "more"}};
     for (const std::vector<std::string>& arguments : wrong) {
         const CEnd outcome = Run(arguments);
         EXPECT_GT(outcome.status, 1);

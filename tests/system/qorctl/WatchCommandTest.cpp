@@ -164,7 +164,7 @@ TEST_F(WatchCommandTest, JsonIsLinesEvenOnATerminal) {
     Answer(Drive("ONLINE"));
     CSession session(Watch({"--count", "1", "--format", "json"}), m_Environment);
     EXPECT_EQ(session.End().status, 0);
-    EXPECT_THAT(session.Output(), StartsWith("{\"schema_version\":1,\"command\":\"watch\","));
+    EXPECT_THAT(session.Output(), StartsWith("{\"schema_version\":2,\"command\":\"watch\","));
 }
 
 TEST_F(WatchCommandTest, DumbTerminalGetsLines) {

@@ -8,7 +8,11 @@
 #include <algorithm>
 #include <array>
 #include <future>
+#include <iterator>
+#include <nlohmann/json.hpp>
 #include <regex>
+#include <set>
+#include <sstream>
 
 #include "GoldenFile.h"
 #include "Row.h"
@@ -32,6 +36,8 @@ struct CCase {
     int clock = 10;
     // A tool that ends and leaves a process of its own is no business of the plug-in.
     const char* left = "";
+    // A shipped host without a fault, in place of the usual one with a fault.
+    const char* host = RELIABILITY_HOST;
 };
 
 constexpr CCase CASES[] = {
@@ -73,6 +79,8 @@ constexpr CCase CASES[] = {
     {"nul@-pdinfo"},
     {"mutate=1@-pdinfo"},
     {"vanish#3"},
+    {.fault = "host no-controller", .host = "no-controller"},
+    {.fault = "host tool-6.8", .host = "tool-6.8"},
 };
 
 // Names of tests have letters, digits and underscores only.
@@ -82,6 +90,11 @@ void PrintTo(const CCase& one, std::ostream* stream) {
 
 std::string TestName(const testing::TestParamInfo<CCase>& info) {
     return std::regex_replace(std::string(info.param.fault), std::regex("[^A-Za-z0-9]+"), "_");
+}
+
+// Without blanks: a trace's destination has none.
+std::string FileName(const std::string& question) {
+    return std::regex_replace(question, std::regex(" "), "_");
 }
 
 fs::path GoldenRow(const std::string& fault) {
@@ -123,6 +136,10 @@ std::string LineBehind(const std::string& text, const std::string& head) {
     return "";
 }
 
+std::string FirstLineOf(const CEnd& end) {
+    return FirstLine(end.out);
+}
+
 std::string Complaint(const CEnd& end) {
     return LineBehind(end.err, "qorctl: ");
 }
@@ -150,20 +167,40 @@ std::string ToolVersion(const CEnd& end) {
     return LineBehind(end.out, "RAID tool      : ");
 }
 
+// "failure, UNKNOWN no-controller": the result, the health, and the rule of the first finding, or
+// the code of the first error.
+std::string JsonVerdict(const CEnd& end) {
+    const auto json = nlohmann::json::parse(end.out);
+    CStrings said;
+    for (const auto& finding : json["health"]["findings"]) {
+        said.push_back(finding["rule"]);
+    }
+    for (const auto& message : json["messages"]) {
+        if (message["severity"] != "warning") {
+            said.push_back(message["code"]);
+        }
+    }
+    return json["result"].get<std::string>() + ", " + json["health"]["status"].get<std::string>() +
+           (said.empty() ? "" : " " + said.front());
+}
+
 struct CVerb {
-    const char* name;
+    const char* name;  // of the column: it begins with the sub-command
     CStrings arguments;
     std::string (*message)(const CEnd& end);
 };
 
 const std::vector<CVerb>& Verbs() {
     static const std::vector<CVerb> verbs = {
+        {"status", {}, FirstLineOf},
         {"raid", {}, Complaint},
         {"storage", {}, Complaint},
+        {"storage --format json", {}, JsonVerdict},
         {"drive", {"0", "252", "0"}, Complaint},
         {"xml", {}, Complaint},
         {"svp", {}, Complaint},
         {"check", {}, Summary},
+        {"check --no-hardware ok", {}, Summary},
         {"watch", {"--count", "1"}, WithoutTime},
         {"doctor", {}, FailedCheck},
         {"exec", {"--", "krzcli", "-ctrlinfo", "-aAll"}, Complaint},
@@ -183,7 +220,9 @@ protected:
     }
 
     std::string Verb(const CVerb& verb) const {
-        CStrings command = {QORCTL_PROGRAM, verb.name};
+        CStrings command = {QORCTL_PROGRAM};
+        std::istringstream words(verb.name);
+        command.insert(command.end(), std::istream_iterator<std::string>(words), {});
         command.insert(command.end(), verb.arguments.begin(), verb.arguments.end());
         const CEnd end = Run(verb.name, command);
         const std::string message = CellText(verb.message(end));
@@ -193,11 +232,12 @@ protected:
 private:
     // Runs a command on a fresh server with the fault, and looks at what it leaves.
     CEnd Run(const std::string& question, const CStrings& command) const {
-        CStrings whole = {QORSIM_PROGRAM, "run", "--host", RELIABILITY_HOST};
-        if (GetParam().fault != std::string(NO_FAULT)) {
+        CStrings whole = {QORSIM_PROGRAM, "run", "--host", GetParam().host};
+        if (GetParam().host == std::string(RELIABILITY_HOST) &&
+            GetParam().fault != std::string(NO_FAULT)) {
             whole.insert(whole.end(), {"--fault", GetParam().fault});
         }
-        const fs::path facts = Folder() / (question + ".facts");
+        const fs::path facts = Folder() / (FileName(question) + ".facts");
         whole.insert(
             whole.end(),
             {"--", PROBE_PROGRAM, facts, "env", "LC_ALL=C.UTF-8",
@@ -213,7 +253,9 @@ private:
         return end;
     }
 
-    fs::path Trace(const std::string& question) const { return Folder() / (question + ".trace"); }
+    fs::path Trace(const std::string& question) const {
+        return Folder() / (FileName(question) + ".trace");
+    }
 
     // How many runs of the tool the plug-in gave up.
     long TimeOuts(const std::string& question) const {
@@ -276,9 +318,9 @@ TEST_P(CReliabilityPageTest, EachKindOfFaultHasARow) {
 
 TEST_P(CReliabilityPageTest, EachVerbHasAColumn) {
     const std::string help = RunProgram({QORCTL_PROGRAM, "--help"}).out;
-    CStrings columns;
+    std::set<std::string> columns;
     for (const CVerb& verb : Verbs()) {
-        columns.push_back(verb.name);
+        columns.insert(std::string(verb.name).substr(0, std::string(verb.name).find(' ')));
     }
     size_t verbs = 0;
     for (const std::string& line : Lines(help.substr(help.find("\nSubcommands:")))) {

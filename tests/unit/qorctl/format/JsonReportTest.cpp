@@ -19,7 +19,7 @@ CAnswer Answer(const CInventory& inventory) {
 }
 
 CJson Parsed(const CAnswer& answer) {
-    return CJson::parse(qorctl::FormatJson(answer, "raid"));
+    return CJson::parse(FormatJson(answer, {}, "raid"));
 }
 
 CJson Parsed(const CInventory& inventory) {
@@ -27,19 +27,24 @@ CJson Parsed(const CInventory& inventory) {
 }
 
 TEST(JsonReportTest, EmptyInventoryHasEveryList) {
-    EXPECT_EQ(qorctl::FormatJson(Answer({}), "storage"),
-              "{\n"
-              "  \"schema_version\": 1,\n"
-              "  \"command\": \"storage\",\n"
-              "  \"result\": \"success\",\n"
-              "  \"messages\": [],\n"
-              "  \"controllers\": [],\n"
-              "  \"raid_groups\": [],\n"
-              "  \"logical_drives\": [],\n"
-              "  \"physical_drives\": [],\n"
-              "  \"pcie_ssds\": [],\n"
-              "  \"others\": []\n"
-              "}\n");
+    EXPECT_EQ(
+        qorctl::FormatJson(Answer({}), {.status = qorctl::EHealth::OK, .health = {}}, "storage"),
+        "{\n"
+        "  \"schema_version\": 2,\n"
+        "  \"command\": \"storage\",\n"
+        "  \"result\": \"success\",\n"
+        "  \"messages\": [],\n"
+        "  \"health\": {\n"
+        "    \"status\": \"OK\",\n"
+        "    \"findings\": []\n"
+        "  },\n"
+        "  \"controllers\": [],\n"
+        "  \"raid_groups\": [],\n"
+        "  \"logical_drives\": [],\n"
+        "  \"physical_drives\": [],\n"
+        "  \"pcie_ssds\": [],\n"
+        "  \"others\": []\n"
+        "}\n");
 }
 
 TEST(JsonReportTest, FailureHasCodesDetailAndMessages) {
@@ -74,8 +79,34 @@ TEST(JsonReportTest, NumbersStandBesideTheirTexts) {
     drive.capacity = {{"1 box", std::nullopt}};
     drive.mediaErrors = {{"2", 2}};
     const CJson json = Parsed(inventory)["physical_drives"][0];
-    EXPECT_EQ(json.dump(), R"({"temperature":"31C","temperature_celsius":31,"media_error_count":2,)"
-                           R"("capacity":"1 box","sections":{}})");
+    EXPECT_EQ(
+        json.dump(),
+        R"({"health":{"status":"OK","findings":[]},"temperature":"31C","temperature_celsius":31,"media_error_count":2,)"
+        R"("capacity":"1 box","sections":{}})");
+}
+
+TEST(JsonReportTest, FindingsStandForTheServerAndForEachObject) {
+    CInventory inventory;
+    qorctl::CController& controller = inventory.controllers.emplace_back();
+    controller.number = 0;
+    const qorctl::CVerdict verdict = {
+        .status = qorctl::EHealth::CRITICAL,
+        .health = {.findings = {{qorctl::EHealth::CRITICAL, "a-rule", "controller 0", "bad"},
+                                {qorctl::EHealth::WARNING, "battery-status", "controller 0 battery",
+                                 "Low"}},
+                   .notReported = {},
+                   .notes = {}}};
+    const CJson json = CJson::parse(qorctl::FormatJson(Answer(inventory), verdict, "raid"));
+    EXPECT_EQ(json["health"]["status"], "CRITICAL");
+    EXPECT_EQ(json["health"]["findings"][0].dump(),
+              R"({"severity":"CRITICAL","rule":"a-rule","object":"controller 0","message":"bad",)"
+              R"("sentence":"Controller 0: bad."})");
+    const CJson& own = json["controllers"][0]["health"];
+    EXPECT_EQ(own["status"], "CRITICAL");
+    EXPECT_EQ(own["findings"][1].dump(),
+              R"({"severity":"WARNING","rule":"battery-status","message":"Low","sentence":)"
+              R"("Controller 0 battery is Low: the controller may write without its cache; )"
+              R"(check the battery."})");
 }
 
 TEST(JsonReportTest, SectionsHoldTextsPlaceholdersAndGroups) {
@@ -88,14 +119,16 @@ TEST(JsonReportTest, SectionsHoldTextsPlaceholdersAndGroups) {
           {"Port", std::nullopt, true, {{"No.", "0"}}},
           {"Speed", "", false, {}},
           {"Port", std::nullopt, true, {{"No.", "1"}, {"No.", "2"}, {"State", std::nullopt}}}}}};
-    EXPECT_EQ(Parsed(inventory)["controllers"][0].dump(),
-              R"j({"sections":{"General Information":{"Product":"X","Serial":null,)j"
-              R"j("Port":[{"No.":"0"},{"No.":"1","No. (2)":"2","State":null}],"Speed":""}}})j");
+    EXPECT_EQ(
+        Parsed(inventory)["controllers"][0].dump(),
+        R"j({"health":{"status":"OK","findings":[]},"sections":{"General Information":{"Product":"X","Serial":null,)j"
+        R"j("Port":[{"No.":"0"},{"No.":"1","No. (2)":"2","State":null}],"Speed":""}}})j");
 }
 
 TEST(JsonReportTest, NamesThatRepeatAreNumbered) {
     CInventory inventory;
-    inventory.others = {{"R",
+    inventory.others = {{0,
+                         "R",
                          "",
                          {{"S",
                            {{"K (2)", "0", false, {}},
@@ -119,7 +152,7 @@ CInventory WithKeys(const std::vector<std::string>& keys) {
 // Parsed without regard to the order, which looks names up fast.
 nlohmann::json KeysOf(const CInventory& inventory) {
     return nlohmann::json::parse(
-        qorctl::FormatJson(Answer(inventory), "raid"))["others"][0]["sections"][""];
+        qorctl::FormatJson(Answer(inventory), {}, "raid"))["others"][0]["sections"][""];
 }
 
 TEST(JsonReportTest, NameWhoseNumbersAreAllTakenGetsTheNextOne) {
@@ -141,7 +174,7 @@ TEST(JsonReportTest, EqualNamesInGreatNumbersAreNumbered) {
 
 TEST(JsonReportTest, NamesThatDifferInBytesThatAreNotUtf8StayApart) {
     const std::string text =
-        qorctl::FormatJson(Answer(WithKeys({"A\xff", "A\xfe", "B\xe2\x82"})), "raid");
+        qorctl::FormatJson(Answer(WithKeys({"A\xff", "A\xfe", "B\xe2\x82"})), {}, "raid");
     EXPECT_NE(text.find("\"A\uFFFD\": "), std::string::npos);
     EXPECT_NE(text.find("\"A\uFFFD (2)\": "), std::string::npos);
     EXPECT_NE(text.find("\"B\uFFFD\": "), std::string::npos);
@@ -151,7 +184,7 @@ TEST(JsonReportTest, WhatATerminalObeysOrHidesIsEscaped) {
     CInventory inventory;
     inventory.physicalDrives.emplace_back().product =
         "\x7f\u009B1m\u202E\uFEFF\U000E0041\u00B0\U0001F600";
-    const std::string text = qorctl::FormatJson(Answer(inventory), "raid");
+    const std::string text = qorctl::FormatJson(Answer(inventory), {}, "raid");
     EXPECT_NE(text.find("\"\\u007f\\u009b1m\\u202e\\ufeff\\udb40\\udc41\u00B0\U0001F600\""),
               std::string::npos)
         << text;
@@ -162,7 +195,7 @@ TEST(JsonReportTest, WhatATerminalObeysOrHidesIsEscaped) {
 TEST(JsonReportTest, BytesThatAreNotUtf8BecomeReplacementCharacters) {
     CInventory inventory;
     inventory.physicalDrives.emplace_back().product = "a\xff\xc3(\x1b\"";
-    EXPECT_NE(qorctl::FormatJson(Answer(inventory), "raid")
+    EXPECT_NE(qorctl::FormatJson(Answer(inventory), {}, "raid")
                   .find("\"product\": \"a\uFFFD\uFFFD(\\u001b\\\"\""),
               std::string::npos);
 }

@@ -199,29 +199,12 @@ TEST(HealthTest, ControllerWithoutABatteryIsNotJudged) {
     EXPECT_THAT(JudgeHealth(WithBattery(std::nullopt, std::nullopt), {}).findings, IsEmpty());
 }
 
-TEST(HealthTest, DriveOrLogicalDriveThatTheReportLeavesOutIsUnknown) {
-    CInventory inventory = WithBattery("Absent", {});
-    inventory.controllers[0].logicalDriveCount = Measure(1);
-    inventory.controllers[0].physicalDriveCount = Measure(2);
-    inventory.physicalDrives.push_back(GoodDrive());
-    inventory.physicalDrives.back().controller = 2;
-    inventory.physicalDrives.push_back(GoodDrive());  // another controller's
-    const CHealth health = qorctl::JudgeHealth(inventory, {});
-    ASSERT_THAT(health.findings, SizeIs(2));
-    EXPECT_EQ(health.findings[0].message, "states 1 logical drives, 0 reported");
-    EXPECT_EQ(health.findings[1].health, EHealth::UNKNOWN);
-    EXPECT_EQ(health.findings[1].rule, "report-incomplete");
-    EXPECT_EQ(health.findings[1].object, "controller 2");
-    EXPECT_EQ(health.findings[1].message, "states 2 drives, 1 reported");
-}
-
-TEST(HealthTest, ReportWithAllThatTheControllerStatesIsFine) {
-    CInventory inventory = WithBattery("Absent", {});
-    inventory.controllers[0].logicalDriveCount = Measure(0);
-    inventory.controllers[0].physicalDriveCount = Measure(1);
-    inventory.physicalDrives.push_back(GoodDrive());
-    inventory.physicalDrives.back().controller = 2;
-    EXPECT_THAT(qorctl::JudgeHealth(inventory, {}).findings, IsEmpty());
+TEST(HealthTest, WhatTheReportLeavesOutIsUnknown) {
+    CHealth health;
+    qorctl::JudgeGaps({{"report-incomplete", "controller 2", "states 2 drives, 1 reported", ""}},
+                      health);
+    ExpectFinding(health, EHealth::UNKNOWN, "report-incomplete", "controller 2",
+                  "states 2 drives, 1 reported");
 }
 
 TEST(HealthTest, SsdStatesHaveTheirSeverity) {

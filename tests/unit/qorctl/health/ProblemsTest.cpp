@@ -53,24 +53,18 @@ TEST(ProblemsTest, SentencesAreVisibleAndColouredWhereThereIsColour) {
 }
 
 TEST(ProblemsTest, MarkIsTheWorstOfAnObject) {
-    const qorctl::CProblemMarks marks({{EHealth::WARNING, "a", "drive 1", ""},
-                                       {EHealth::CRITICAL, "b", "drive 1", ""},
-                                       {EHealth::WARNING, "a", "drive 2", ""}});
+    const std::vector<CHealthFinding> findings = {{EHealth::WARNING, "a", "drive 1", ""},
+                                                  {EHealth::CRITICAL, "b", "drive 1", ""},
+                                                  {EHealth::WARNING, "a", "drive 2", ""}};
+    const qorctl::CProblemMarks marks(findings);
     EXPECT_EQ(marks.Of("drive 1"), EHealth::CRITICAL);
     EXPECT_EQ(marks.Of("drive 2"), EHealth::WARNING);
     EXPECT_EQ(marks.Of("drive 3"), EHealth::OK);
 }
 
-TEST(ProblemsTest, CountersAboveZeroAreProblems) {
-    qorctl::CInventory inventory;
-    qorctl::CPhysicalDrive& drive = inventory.physicalDrives.emplace_back();
-    drive.controller = 0;
-    drive.number = 5;
-    drive.statusDetail = "ONLINE";
-    drive.mediaErrors = {{"2", 2}};
-    const std::vector<CHealthFinding> findings = qorctl::FindProblems(inventory);
-    ASSERT_EQ(findings.size(), 1U);
-    EXPECT_EQ(findings[0].rule, "drive-media-errors");
+TEST(ProblemsTest, ProblemOfTheServerIsASentence) {
+    EXPECT_EQ(qorctl::ProblemSentence({EHealth::UNKNOWN, "no-controller", "", "none is there"}),
+              "None is there.");
 }
 
 }  // namespace

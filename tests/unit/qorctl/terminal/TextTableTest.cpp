@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Columns.h"
@@ -8,6 +9,7 @@ namespace {
 using qorctl::ANY_WIDTH;
 using qorctl::CTableRow;
 using qorctl::EAlign;
+using testing::StartsWith;
 
 constexpr qorctl::CTextStyle UTF8 = {.utf8 = true, .colour = false};
 constexpr qorctl::CTableColumn COLUMNS[] = {
@@ -45,18 +47,20 @@ TEST(TextTableTest, LeastImportantColumnIsLeftOutFirst) {
     EXPECT_EQ(Format(ROWS, 14, UTF8),
               "NO  NAME\n"
               " 1  a l…\n"
-              "10  b\n");
+              "10  b\n"
+              "Not shown:\n"
+              "  EXTRA\n");
 }
 
 TEST(TextTableTest, MostImportantColumnStaysAndIsCutToTheWidth) {
-    EXPECT_EQ(Format(ROWS, 2, UTF8),
-              "NO\n"
-              " 1\n"
-              "10\n");
-    EXPECT_EQ(Format(ROWS, 1, UTF8),
-              "N\n"
-              " \n"
-              "1\n");
+    EXPECT_THAT(Format(ROWS, 2, UTF8), StartsWith("NO\n"
+                                                  " 1\n"
+                                                  "10\n"
+                                                  "Not"));
+    EXPECT_THAT(Format(ROWS, 1, UTF8), StartsWith("N\n"
+                                                  " \n"
+                                                  "1\n"
+                                                  "Not"));
 }
 
 TEST(TextTableTest, AsciiShortensWithATilde) {

@@ -86,8 +86,8 @@ TEST(WatchScreenTest, LinesFitTheScreen) {
     qorctl::CWatchScreen screen(10);
     screen.Take(Answer());
     EXPECT_THAT(screen.Lines({.rows = 3, .columns = 12}, UTF8),
-                ElementsAre("CRITICAL  qo", "0 controller", "... 10 more "));
-    EXPECT_THAT(screen.Lines({.rows = 1, .columns = 40}, UTF8), ElementsAre("... 12 more lines"));
+                ElementsAre("CRITICAL  qo", "0 controller", "... 17 more "));
+    EXPECT_THAT(screen.Lines({.rows = 1, .columns = 40}, UTF8), ElementsAre("... 14 more lines"));
 }
 
 TEST(WatchScreenTest, NarrowScreenLeavesTheProductOut) {

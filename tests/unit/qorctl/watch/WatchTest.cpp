@@ -169,7 +169,7 @@ TEST_F(WatchTest, EventsAreJsonLines) {
     for (std::string line; std::getline(lines, line);) {
         events.push_back(nlohmann::json::parse(line, nullptr, false));
         EXPECT_EQ(events.back()["command"], "watch") << line;
-        EXPECT_EQ(events.back()["schema_version"], 1) << line;
+        EXPECT_EQ(events.back()["schema_version"], 2) << line;
         events.back().erase("command");
         events.back().erase("schema_version");
     }
