@@ -48,16 +48,20 @@ int ShowDecoded(const std::string& digits) {
 }
 
 int ShowPlugins(const CPluginChoice& plugin, bool decode) {
-    const CAnswer answer =
+    CAnswer answer =
         Ask(plugin, {.operation = [](CMngSrv_QorLibIF& object, CItemList&, CReply& reply) {
                 return object.GetCtrlPDInfoBinaryString(&reply.document, &reply.texts.errorCode,
                                                         &reply.texts.noticeCode) != 0;
             }});
+    if (answer.IsAnswered()) {
+        AddCardGap(answer, CountSvpControllers(answer.document));
+    }
     ReportMessages(answer);
     if (!answer.IsAnswered()) {
         return EXIT_FAILURE;
     }
-    return decode ? ShowDecoded(answer.document) : WriteBytes(answer.document + '\n');
+    const int written = decode ? ShowDecoded(answer.document) : WriteBytes(answer.document + '\n');
+    return answer.IsWhole() ? written : EXIT_FAILURE;
 }
 
 // Nothing, with errno set, when it could not be read to its end.

@@ -10,6 +10,8 @@
 namespace qorctl {
 namespace {
 
+constexpr size_t CONTROLLER_COUNT = 12;  // offset in the header
+
 constexpr std::string_view WHITE_SPACE = " \t\n\v\f\r";
 constexpr uint64_t FORM_HEADER = 16;
 constexpr uint64_t CONTROLLER_HEADER = 6;
@@ -142,7 +144,7 @@ bool CSvpDecoder::ReadHeader() {
         return false;
     }
     AddField(8, 1, "total size", SizeText(m_TotalSize));
-    AddField(12, 1, "number of controllers", std::to_string(m_ControllerCount));
+    AddField(CONTROLLER_COUNT, 1, "number of controllers", std::to_string(m_ControllerCount));
     AddField(13, 1, "number of drives", std::to_string(m_DriveCount));
     return ReadZeroBytes(2, "reserved");
 }
@@ -363,6 +365,14 @@ std::optional<std::vector<CSvpEntry>> DecodeSvpForm(std::string_view digits, std
         return std::nullopt;
     }
     return std::move(decoder.Entries());
+}
+
+size_t CountSvpControllers(std::string_view digits) {
+    std::string problem;
+    const std::optional<std::string> bytes = ReadDigits(digits, problem);
+    return bytes && bytes->size() > CONTROLLER_COUNT
+               ? static_cast<unsigned char>((*bytes)[CONTROLLER_COUNT])
+               : 0;
 }
 
 std::string FormatSvpForm(const std::vector<CSvpEntry>& form, const CTextStyle& style) {

@@ -48,6 +48,9 @@ struct CSvpEntry {
 // size, a size or count that wrapped, a signature or reserved bytes that are not zero.
 std::optional<std::vector<CSvpEntry>> DecodeSvpForm(std::string_view digits, std::string& problem);
 
+// The number of controllers that the form's header states; 0 where there is none.
+size_t CountSvpControllers(std::string_view digits);
+
 // One line an entry, every line ended: the offset, then the name and value, indented by depth.
 std::string FormatSvpForm(const std::vector<CSvpEntry>& form, const CTextStyle& style);
 

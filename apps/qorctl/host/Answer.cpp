@@ -161,13 +161,17 @@ void ExplainTexts(CAnswer& answer, const CPathTrouble& tool) {
     }
 }
 
-void ExplainFailure(CAnswer& answer) {
+void ExplainFailure(CAnswer& answer, const CPathTrouble& tool) {
     const CResultTexts& texts = answer.texts;
     const CCode* meaning = Find(ERRORS, texts.errorCode);
     answer.reason = meaning == nullptr ? REQUEST_FAILED : meaning->word;
     answer.sentence = meaning == nullptr ? THE_REQUEST_FAILED : meaning->sentence;
     if (meaning == nullptr && !texts.errorCode.empty()) {
         answer.sentence += " with the unknown code " + CutText(texts.errorCode, MAX_NAME);
+    }
+    if (!tool.remedy.empty()) {
+        answer.reason = REASON_TOOL_UNREACHABLE;
+        answer.sentence = tool.reason;
     }
     if (HasCommand(texts)) {
         answer.command = CutText(texts.detail, MAX_PROBLEM);
@@ -205,8 +209,7 @@ std::string MissingText(size_t there, std::string_view device, size_t reported,
                        count, noun, reported > 1 ? "s" : "");
 }
 
-void AddCardGap(std::vector<CGap>& gaps, const CInventory& inventory, const CPresence& presence) {
-    const size_t reported = inventory.controllers.size();
+void AddCardGap(std::vector<CGap>& gaps, size_t reported, const CPresence& presence) {
     if (!presence.IsKnown() && reported == 0) {
         gaps.push_back(MakeGap(REASON_PRESENCE_NOT_KNOWN,
                                fmt::format("{}: {}", NOT_KNOWN, presence.reason), presence.remedy));
@@ -238,7 +241,7 @@ std::vector<CGap> FindGaps(const CRequest& request, const CAnswer& answer,
     }
     const CPresence presence = LookForDevices();
     std::vector<CGap> gaps;
-    AddCardGap(gaps, answer.inventory, presence);
+    AddCardGap(gaps, answer.inventory.controllers.size(), presence);
     if (isStorage) {
         AddSsdGap(gaps, answer.inventory, presence);
     }
@@ -317,7 +320,7 @@ CAnswer MakeAnswer(const CRequest& request, CReply reply, std::shared_ptr<CItemL
             ExplainAnswer(answer, request, tool, std::move(items));
             break;
         case EOutcome::FAILED:
-            ExplainFailure(answer);
+            ExplainFailure(answer, tool);
             break;
         case EOutcome::NOT_ASKED:
             ExplainProblem(answer, REASON_PLUGIN_NOT_LOADED, answer.problem);
@@ -338,6 +341,14 @@ void AddGaps(CAnswer& answer, std::vector<CGap> gaps) {
                                    .remedy = gap.remedy});
         answer.gaps.push_back(std::move(gap));
     }
+}
+
+void AddCardGap(CAnswer& answer, size_t controllers) {
+    std::vector<CGap> gaps;
+    if (answer.texts.errorCode.empty()) {
+        AddCardGap(gaps, controllers, LookForDevices());
+    }
+    AddGaps(answer, std::move(gaps));
 }
 
 std::string DescribeNoAnswer(const CAnswer& answer) {

@@ -5,6 +5,7 @@
 #ifndef QORCTL_HOST_ANSWER_H
 #define QORCTL_HOST_ANSWER_H
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -76,6 +77,9 @@ CAnswer MakeAnswer(const CRequest& request, CReply reply, std::shared_ptr<CItemL
 
 // Adds gaps and what tells of them.
 void AddGaps(CAnswer& answer, std::vector<CGap> gaps);
+
+// The gap of an answer without items that tells of so many controllers; nothing with an error code.
+void AddCardGap(CAnswer& answer, size_t controllers);
 
 // "no answer: the RAID tool did not answer in time (krzcli -ctrlinfo -a0)"
 std::string DescribeNoAnswer(const CAnswer& answer);

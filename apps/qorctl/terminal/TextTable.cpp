@@ -7,6 +7,7 @@ namespace qorctl {
 namespace {
 
 constexpr std::string_view GAP = "  ";
+constexpr size_t ANY_CELL = static_cast<size_t>(-1);
 
 // Widths of the columns; 0: left out.
 using CWidths = std::vector<size_t>;
@@ -15,7 +16,8 @@ CWidths NaturalWidths(std::span<const CTableColumn> columns, const std::vector<C
     CWidths widths(columns.size());
     for (const CTableRow& row : rows) {
         for (size_t i = 0; i < columns.size(); ++i) {
-            widths[i] = std::max(widths[i], std::min(CountColumns(row.cells[i]), MAX_CELL));
+            const size_t most = i + 1 < columns.size() ? MAX_CELL : ANY_CELL;
+            widths[i] = std::max(widths[i], std::min(CountColumns(row.cells[i]), most));
         }
     }
     for (size_t i = 0; i < columns.size(); ++i) {
@@ -85,7 +87,8 @@ private:
 
 void CTableWriter::AppendCell(std::string& line, size_t column, const std::string& text) const {
     const std::string shown = Shortened(text, m_Widths[column], m_Style);
-    const size_t blanks = m_Widths[column] - CountColumns(shown);
+    const bool isLast = column + 1 == m_Columns.size() && m_Columns[column].align == EAlign::LEFT;
+    const size_t blanks = isLast ? 0 : m_Widths[column] - CountColumns(shown);
     if (!line.empty()) {
         line += GAP;
     }

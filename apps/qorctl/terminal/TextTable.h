@@ -4,8 +4,8 @@
 // least important columns are shortened first, down to their smallest width, and then left out,
 // the least important first; the most important ones (importance 0) stay, and lines are cut where
 // even they are too wide. A line below the table names what was left out. A column without any text
-// is left out without that. No column is wider than MAX_CELL, since each line is as long as the
-// widest cells. A shortened text ends with "…", "~" where the
+// is left out without that. No column but the last is wider than MAX_CELL, since each line is as
+// long as the widest cells. A shortened text ends with "…", "~" where the
 // style is ASCII.
 #ifndef QORCTL_TERMINAL_TEXTTABLE_H
 #define QORCTL_TERMINAL_TEXTTABLE_H

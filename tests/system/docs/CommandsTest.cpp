@@ -27,7 +27,7 @@ struct CInstead {
 
 constexpr CInstead INSTEAD[] = {
     {"README.md", "git clone <this repository> qor && cd qor", "", "needs the repository's place"},
-    {"README.md", "scripts/demo", "qorsim run --host small -- qorctl raid",
+    {"README.md", "scripts/demo", "qorsim run --host failed-drive -- qorctl status",
      "builds the tree; this is what it runs at its end"},
     {"README.md",
      "qorsim run --host lifecycle --start-at 8 -- qorctl watch --interval 5 --count 10 | cat",

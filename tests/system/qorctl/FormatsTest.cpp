@@ -343,7 +343,8 @@ TEST_F(FormatsTest, CommandLineThatIsNotUnderstoodIsShownSafely) {
                                               .arguments = {"raid", "--format", ODD},
                                               .environment = m_Environment,
                                               .errorTerminal = true});
-    EXPECT_THAT(outcome.terminal, HasSubstr("not status, tree, table, json, csv or xml: a\\x1b[1m"));
+    EXPECT_THAT(outcome.terminal,
+                HasSubstr("not status, tree, table, json, csv or xml: a\\x1b[1m"));
     EXPECT_EQ(Obeyed(outcome.terminal), "");
 }
 

@@ -123,6 +123,10 @@ TEST_F(SimulatedServerTest, CardWithoutAControllerInTheAnswerIsNeverWell) {
         EXPECT_EQ(document["result"], "failure");
         EXPECT_EQ(document["messages"].back()["code"], "no-controller");
         EXPECT_EQ(document["messages"].back()["severity"], "error");
+        const CEnd form = run({"svp"});
+        EXPECT_EQ(form.status, 1) << fault;
+        EXPECT_NE(form.out, "") << fault;
+        EXPECT_THAT(form.err, HasSubstr("qorctl: " + sentence + "\n")) << fault;
         const CEnd watch = run({"watch", "--count", "1"});
         EXPECT_EQ(watch.status, 1) << fault;
         EXPECT_THAT(watch.out, HasSubstr("no answer: " + sentence)) << fault;
