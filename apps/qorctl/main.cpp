@@ -1,10 +1,11 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include "HelpText.h"
 #include "commands/CheckCommand.h"
@@ -34,13 +35,14 @@ constexpr const char* FOOTER =
 int main(int argc, char** argv) {
     std::signal(SIGCHLD, SIG_DFL);  // an inherited "ignore" would throw the tool's end away
     // Scripts that ask for nothing else need not wait for the whole command line to be made.
-    if (argc == 2 && std::string_view(argv[1]) == "--version") {
+    const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (words == std::vector<std::string>{"--version"} || words == std::vector<std::string>{"-V"}) {
         return std::puts(VERSION_LINE) < 0 || std::fflush(stdout) != 0 ? EXIT_FAILURE
                                                                        : EXIT_SUCCESS;
     }
     CLI::App app("Shows the storage information that the RAID plug-in reports.", "qorctl");
     app.formatter(std::make_shared<qorapps::CHelpText>());
-    app.set_version_flag("--version", VERSION_LINE);
+    app.set_version_flag("-V,--version", VERSION_LINE);
     app.footer(std::string(qorctl::EXIT_STATUS) + FOOTER);
     app.require_subcommand(0, 1);
     int status = EXIT_SUCCESS;
@@ -48,13 +50,13 @@ int main(int argc, char** argv) {
          {qorctl::AddStatusCommand, qorctl::AddRaidCommand, qorctl::AddStorageCommand,
           qorctl::AddDriveCommand, qorctl::AddXmlCommand, qorctl::AddSvpCommand,
           qorctl::AddDoctorCommand, qorctl::AddExecCommand, qorctl::AddVersionCommand,
-          qorctl::AddCheckCommand, qorctl::AddWatchCommand}) {
+          qorctl::AddCheckCommand, qorctl::AddWatchCommand, qorapps::AddHelpCommand}) {
         add(app, status);
     }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return qorctl::ExitUnparsed(app, error);
+        return qorctl::ExitUnparsed(app, error, words);
     }
     return app.get_subcommands().empty() ? qorctl::RunStatus() : status;
 }

@@ -67,6 +67,7 @@ void AddInstallCommand(CLI::App& app, int& status) {
     install
         ->add_option("--host", options->host,
                      "The server: the name of a shipped host, or the path of a host profile")
+        ->type_name("HOST")
         ->required();
     AddStartAtOption(*install, options->startAt);
     install->callback([options, &status] { status = Install(*options); });

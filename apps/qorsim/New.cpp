@@ -9,6 +9,7 @@
 #include "Files.h"
 #include "Generator.h"
 #include "HelpText.h"
+#include "Quoted.h"
 
 namespace qorsim {
 namespace {
@@ -24,7 +25,7 @@ std::string ReadSeed(std::string& text) {
     std::uint64_t seed = 0;
     const auto result = std::from_chars(text.data(), end, seed);
     if (result.ec != std::errc() || result.ptr != end) {
-        return "must be a number from 0 to 18446744073709551615, is " + text;
+        return "must be a number from 0 to 18446744073709551615, is " + qorapps::Shown(text);
     }
     text = std::to_string(seed);
     return "";

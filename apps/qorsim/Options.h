@@ -15,7 +15,7 @@ inline CLI::Option* AddStartAtOption(CLI::App& command, long& seconds) {
         .add_option("--start-at", seconds,
                     "Begin SECONDS after the server's start, for the events of its profile")
         ->type_name("SECONDS")
-        ->check(qorapps::NumberFromTo(0, MOST));
+        ->transform(qorapps::NumberFromTo(0, MOST));
 }
 
 }  // namespace qorsim

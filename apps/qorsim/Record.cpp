@@ -203,13 +203,17 @@ void AddRecordCommand(CLI::App& app, int& status) {
     CLI::App* record =
         app.add_subcommand("record", "Run a command and keep what the server's tools tell it");
     record->add_option("directory", options->directory, "A new directory for the recording")
-        ->required();
-    record->add_option("--host", options->host,
-                       "Record on this simulated server, not on the real one");
+        ->required()
+        ->type_name("");
+    record
+        ->add_option("--host", options->host,
+                     "Record on this simulated server, not on the real one")
+        ->type_name("HOST");
     record->add_flag("--redact", options->redact,
                      "Replace serial numbers, WWNs and SAS addresses by others");
     record->add_option("command", options->command, "The command and its arguments, behind --")
-        ->required();
+        ->required()
+        ->type_name("");
     record->callback([options, &status] { status = Record(*options); });
     record->footer(
         "Ends as \"qorsim run\" does. The recording is written when the command has ended.\n"

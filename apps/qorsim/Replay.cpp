@@ -88,9 +88,10 @@ void AddReplayCommand(CLI::App& app, int& status) {
     const auto options = std::make_shared<CReplayOptions>();
     CLI::App* replay = app.add_subcommand(
         "replay", "Run a command on a server whose tools repeat what was recorded");
-    replay->add_option("directory", options->directory, "The recording")->required();
+    replay->add_option("directory", options->directory, "The recording")->required()->type_name("");
     replay->add_option("command", options->command, "The command and its arguments, behind --")
-        ->required();
+        ->required()
+        ->type_name("");
     replay->callback([options, &status] { status = Replay(*options); });
     replay->footer(
         "Ends as \"qorsim run\" does, but with 124 when a tool was asked for what was not\n"

@@ -83,6 +83,7 @@ void AddRunCommand(CLI::App& app, int& status) {
         "run", "Run a command on a simulated server; the real machine is left untouched");
     run->add_option("--host", options->host,
                     "The server: the name of a shipped host, or the path of a host profile")
+        ->type_name("HOST")
         ->required();
     AddStartAtOption(*run, options->startAt);
     run->add_option("--fault", options->faults,
@@ -90,7 +91,8 @@ void AddRunCommand(CLI::App& app, int& status) {
         ->type_name("FAULT")
         ->allow_extra_args(false);
     run->add_option("command", options->command, "The command and its arguments, behind --")
-        ->required();
+        ->required()
+        ->type_name("");
     run->callback([options, &status] { status = Run(*options); });
     run->footer(
         "Ends as the command does: with its exit status, 128 + N when signal N killed it,\n"

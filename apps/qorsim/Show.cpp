@@ -86,7 +86,8 @@ void AddShowCommand(CLI::App& app, int& status) {
         "show", "Show a host's profile as it is with everything that it extends");
     show->add_option("profile", options->host,
                      "The host: the name of a shipped one, or the path of a profile")
-        ->required();
+        ->required()
+        ->type_name("");
     show->add_option("--report", options->report,
                      "Show what a tool prints on the host instead: its command line in one word")
         ->type_name("COMMAND");

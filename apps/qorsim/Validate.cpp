@@ -32,7 +32,8 @@ void AddValidateCommand(CLI::App& app, int& status) {
     validate
         ->add_option("file", *files,
                      "Profiles: paths that hold a / or end in .json, or names of shipped hosts")
-        ->required();
+        ->required()
+        ->type_name("");
     validate->callback([files, &status] { status = Validate(*files); });
     validate->footer(
         "The first mistake of each profile is reported with its file, its place as a JSON\n"

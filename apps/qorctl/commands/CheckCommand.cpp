@@ -5,15 +5,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
-#include <iostream>
-#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <sstream>
 #include <utility>
 
 #include "HelpText.h"
+#include "WrongLine.h"
 #include "commands/CommonOptions.h"
 #include "format/HealthJson.h"
 #include "format/JsonDocument.h"
@@ -50,18 +48,6 @@ constexpr const char* CHECK_FOOTER =
 
 constexpr int64_t MAX_HOLD = 8760;  // a year, in hours
 constexpr long long MAX_THRESHOLD = 1000;
-
-const std::map<std::string, EHealth> HEALTHS = {{"ok", EHealth::OK},
-                                                {"warning", EHealth::WARNING},
-                                                {"critical", EHealth::CRITICAL},
-                                                {"unknown", EHealth::UNKNOWN}};
-const std::map<std::string, EHealth> DEGRADED = {{"warning", EHealth::WARNING},
-                                                 {"critical", EHealth::CRITICAL}};
-const std::map<std::string, ECheckFormat> CHECK_FORMATS = {{"text", ECheckFormat::TEXT},
-                                                           {"json", ECheckFormat::JSON}};
-
-const std::map<std::string, EPerformance> PERFORMANCES = {
-    {"none", EPerformance::NONE}, {"counts", EPerformance::COUNTS}, {"all", EPerformance::ALL}};
 
 // Findings that the summary names; the others follow in the details.
 constexpr size_t SUMMARY_FINDINGS = 3;
@@ -267,20 +253,28 @@ std::vector<CThresholdOptions> AddAllThresholds(CLI::App* command, CHealthOption
 }
 
 void AddOptions(CLI::App* command, CCheckOptions& options) {
-    AddWordOption(command, "--format", options.format,
-                  "The form of the result; text when not given", CHECK_FORMATS, "text|json");
+    qorapps::AddWordOption<ECheckFormat>(
+        command, "--format", options.format, "The form of the result; text when not given",
+        {{"text", ECheckFormat::TEXT}, {"json", ECheckFormat::JSON}});
     AddFilter(command, options.filter);
-    AddWordOption(command, "--no-hardware", options.noHardware,
-                  "What a server without RAID hardware is; unknown when not given", HEALTHS,
-                  "ok|warning|critical|unknown");
-    AddWordOption(command, "--degraded", options.health.degraded,
-                  "What a degraded logical drive is; critical when not given", DEGRADED,
-                  "warning|critical");
-    AddWordOption(
+    qorapps::AddWordOption<EHealth>(
+        command, "--no-hardware", options.noHardware,
+        "What a server without RAID hardware is; unknown when not given",
+        {{"ok", EHealth::OK},
+         {"warning", EHealth::WARNING},
+         {"critical", EHealth::CRITICAL},
+         {"unknown", EHealth::UNKNOWN}});
+    qorapps::AddWordOption<EHealth>(
+        command, "--degraded", options.health.degraded,
+        "What a degraded logical drive is; critical when not given",
+        {{"warning", EHealth::WARNING}, {"critical", EHealth::CRITICAL}});
+    qorapps::AddWordOption<EPerformance>(
         command, "--perfdata", options.performance,
         "Performance data: none, how many of each kind and state (when not given), or the "
         "values of every device too",
-        PERFORMANCES, "none|counts|all");
+        {{"none", EPerformance::NONE},
+         {"counts", EPerformance::COUNTS},
+         {"all", EPerformance::ALL}});
     command
         ->add_option("--state", options.statePath,
                      "Keep error counters in this file; only their growth is a warning then")
@@ -378,15 +372,17 @@ void AddCheckCommand(CLI::App& app, int& status) {
     });
 }
 
-int ExitUnparsed(const CLI::App& app, const CLI::ParseError& error) {
-    const bool isFailure = error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success);
-    if (isFailure && app.got_subcommand(CHECK)) {
-        return ReportUsage(error.what());
+int ExitUnparsed(const CLI::App& app, const CLI::ParseError& error,
+                 const std::vector<std::string>& words) {
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        return app.exit(error);
     }
-    std::ostringstream problem;  // it repeats words of the command line
-    const int status = app.exit(error, std::cout, problem);
-    ReportLines(problem.str());
-    return status;
+    const qorapps::CWrongLine wrong = qorapps::ExplainWrongLine(app, error, words);
+    if (app.got_subcommand(CHECK)) {
+        return ReportUsage(wrong.problem);
+    }
+    Report(wrong.problem + '\n' + wrong.hint);
+    return error.get_exit_code();
 }
 
 }  // namespace qorctl

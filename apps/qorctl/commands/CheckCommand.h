@@ -19,9 +19,11 @@ namespace qorctl {
 // EHealth; 3 too when standard output could not be written.
 void AddCheckCommand(CLI::App& app, int& status);
 
-// What main() returns for a command line that was not read to its end (`error`, a request for help
-// included): a monitoring server takes whatever `check` ends with for its result.
-int ExitUnparsed(const CLI::App& app, const CLI::ParseError& error);
+// What main() returns for a command line, `words` behind the program's name, that was not read to
+// its end (`error`, a request for help included): a monitoring server takes whatever `check` ends
+// with for its result.
+int ExitUnparsed(const CLI::App& app, const CLI::ParseError& error,
+                 const std::vector<std::string>& words);
 
 enum class ECheckFormat { TEXT, JSON };
 

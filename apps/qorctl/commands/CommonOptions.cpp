@@ -33,9 +33,9 @@ CLI::App* AddCommand(CLI::App& app, CPluginChoice& plugin, const std::string& na
 }
 
 void AddReportFormat(CLI::App* command, EReportFormat& format) {
-    AddWordOption<EReportFormat>(
+    qorapps::AddWordOption<EReportFormat>(
         command, "--format", format, "The form of the report; tree is the default",
-        {{"tree", EReportFormat::TREE}, {"json", EReportFormat::JSON}}, "tree|json");
+        {{"tree", EReportFormat::TREE}, {"json", EReportFormat::JSON}});
 }
 
 void AddFilter(CLI::App* command, CInventoryFilter& filter) {

@@ -3,7 +3,6 @@
 #define QORCTL_COMMANDS_COMMONOPTIONS_H
 
 #include <CLI/CLI.hpp>
-#include <map>
 #include <string>
 
 #include "host/Answer.h"
@@ -31,16 +30,6 @@ inline constexpr const char* PLUGIN_WHERE =
 // Adds a sub-command with the options --plugin and --timeout; `plugin` must outlive the parsing.
 CLI::App* AddCommand(CLI::App& app, CPluginChoice& plugin, const std::string& name,
                      const std::string& description, const std::string& footer);
-
-// Adds an option whose value is one of `words`. `type` lists them.
-template <typename VALUE>
-void AddWordOption(CLI::App* command, const std::string& name, VALUE& value,
-                   const std::string& description, const std::map<std::string, VALUE>& words,
-                   const std::string& type) {
-    command->add_option(name, value, description)
-        ->transform(CLI::CheckedTransformer(words).description(""))
-        ->type_name(type);
-}
 
 // The forms of `doctor` and `version`.
 enum class EReportFormat { TREE, JSON };

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "HelpText.h"
+#include "Quoted.h"
 #include "commands/CommonOptions.h"
 #include "commands/XmlCommand.h"
 #include "format/Csv.h"
@@ -96,12 +98,18 @@ constexpr CFormatName FORMATS[] = {
     {EItemFormat::JSON, "json"},     {EItemFormat::CSV, "csv"},   {EItemFormat::XML, "xml"},
 };
 
-constexpr const char* FORMAT_NAMES = "status, tree, table, json, csv or xml";
-
 std::optional<EItemFormat> ReadItemFormat(const std::string& name) {
     const auto* found = std::find_if(std::begin(FORMATS), std::end(FORMATS),
                                      [&](const CFormatName& row) { return row.name == name; });
     return found == std::end(FORMATS) ? std::nullopt : std::make_optional(found->format);
+}
+
+std::vector<std::string> FormatNames() {
+    std::vector<std::string> names;
+    for (const CFormatName& row : FORMATS) {
+        names.emplace_back(row.name);
+    }
+    return names;
 }
 
 struct CReportOptions {
@@ -223,13 +231,9 @@ CLI::App* AddReportCommand(CLI::App& app, CReportOptions& options, const char* n
                    std::string(FORMATS_ABOUT) + PLUGIN_WHERE + EXIT_STATUS + examples);
     command
         ->add_option("--format", options.format,
-                     fmt::format("{}; {} when not given", FORMAT_NAMES, options.format))
-        ->type_name("FORMAT")
-        ->check(CLI::Validator(
-            [](const std::string& text) {
-                return ReadItemFormat(text) ? "" : fmt::format("not {}: {}", FORMAT_NAMES, text);
-            },
-            "", "format"));
+                     fmt::format("The form of the report; {} when not given", options.format))
+        ->check(qorapps::OneOf(FormatNames()))
+        ->type_name(qorapps::WordsText(FormatNames()));
     command->add_option("--output", options.output, "Write the report to FILE, whole or not at all")
         ->type_name("FILE");
     return command;
@@ -302,7 +306,8 @@ void DemandDrive(const std::vector<std::string>& words) {
     }
     for (const std::string& word : words) {
         if (words.size() > 1 && !ReadAddressNumber(word)) {
-            throw CLI::ValidationError("not a number from 0 to 2147483647: " + word);
+            throw CLI::ValidationError("not a number from 0 to 2147483647: " +
+                                       qorapps::Shown(word));
         }
     }
 }

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <cstdlib>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,9 +37,6 @@ constexpr const char* WATCH_FOOTER =
 
 constexpr int64_t MAX_SECONDS = 86400;
 constexpr int64_t MAX_COUNT = 1000000000;
-
-const std::map<std::string, EWatchFormat> WATCH_FORMATS = {{"text", EWatchFormat::TEXT},
-                                                           {"json", EWatchFormat::JSON}};
 
 // A line a change.
 class CLineView final : public IWatchView {
@@ -98,8 +94,9 @@ void AddWatchCommand(CLI::App& app, int& status) {
     CLI::App* command =
         AddCommand(app, line->plugin, "watch",
                    "The storage's state and its changes, again and again", WATCH_FOOTER);
-    AddWordOption(command, "--format", line->format, "The form of the output; text when not given",
-                  WATCH_FORMATS, "text|json");
+    qorapps::AddWordOption<EWatchFormat>(
+        command, "--format", line->format, "The form of the output; text when not given",
+        {{"text", EWatchFormat::TEXT}, {"json", EWatchFormat::JSON}});
     command
         ->add_option("--interval", line->options.interval,
                      "Seconds from one request to the next; 60 when not given")

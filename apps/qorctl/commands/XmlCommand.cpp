@@ -1,6 +1,7 @@
 #include "commands/XmlCommand.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <array>
@@ -11,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "Quoted.h"
 #include "commands/CommonOptions.h"
 #include "host/Ask.h"
 #include "terminal/Output.h"
@@ -74,8 +76,9 @@ std::optional<CRequest> RequestOf(const std::vector<std::string>& of) {
 int RunXml(const CXmlOptions& options) {
     const std::optional<CRequest> request = RequestOf(options.of);
     if (!request) {
-        throw CLI::ValidationError("--of",
-                                   "raid, storage, or drive CONTROLLER ENCLOSURE SLOT is expected");
+        throw CLI::ValidationError(
+            "--of", qorapps::Quoted(fmt::format("{}", fmt::join(options.of, " "))) +
+                        " is none of: raid, storage, drive CONTROLLER ENCLOSURE SLOT");
     }
     const CAnswer answer = Ask(options.plugin, WithXml(*request, options.component));
     const std::string problem = XmlProblem(answer);

@@ -260,7 +260,8 @@ TEST_F(FormatsTest, UnknownFormatIsNotUnderstood) {
     const CEnd outcome = RunRaid(FAILED_DRIVE, {"--format", "yaml"});
     EXPECT_GT(outcome.status, 1);
     EXPECT_EQ(outcome.out, "");
-    EXPECT_THAT(outcome.err, HasSubstr("not status, tree, table, json, csv or xml: yaml"));
+    EXPECT_THAT(outcome.err,
+                HasSubstr("--format: \"yaml\" is none of: status, tree, table, json, csv, xml\n"));
     EXPECT_FALSE(fs::exists(m_Folder / "log"));
 }
 
@@ -343,8 +344,7 @@ TEST_F(FormatsTest, CommandLineThatIsNotUnderstoodIsShownSafely) {
                                               .arguments = {"raid", "--format", ODD},
                                               .environment = m_Environment,
                                               .errorTerminal = true});
-    EXPECT_THAT(outcome.terminal,
-                HasSubstr("not status, tree, table, json, csv or xml: a\\x1b[1m"));
+    EXPECT_THAT(outcome.terminal, HasSubstr("--format: \"a\\x1b[1m"));
     EXPECT_EQ(Obeyed(outcome.terminal), "");
 }
 

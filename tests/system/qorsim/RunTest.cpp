@@ -172,12 +172,12 @@ TEST_F(CRunTest, DirectoryAsProfileIsRefused) {
 
 TEST_F(CRunTest, IncompleteCommandLinesAreRefused) {
     const std::pair<CStrings, const char*> cases[] = {
-        {{}, "A subcommand is required"},
-        {{"run"}, "--host is required"},
-        {{"run", "--", "true"}, "--host is required"},
-        {{"run", "--host", "small"}, "command is required"},
-        {{"walk"}, "A subcommand is required"},
-        {{"run", "--hosts", "small", "--", "true"}, "--host is required"},
+        {{}, "a command is missing; "},
+        {{"run"}, "--host HOST is missing: "},
+        {{"run", "--", "true"}, "--host HOST is missing: "},
+        {{"run", "--host", "small"}, "command is missing: "},
+        {{"walk"}, "there is no command \"walk\"; "},
+        {{"run", "--hosts", "small", "--", "true"}, "did you mean \"--host\"?"},
     };
     for (const auto& [arguments, message] : cases) {
         CStrings command = {QORSIM_PROGRAM};

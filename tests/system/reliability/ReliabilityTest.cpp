@@ -325,6 +325,9 @@ TEST_P(CReliabilityPageTest, EachVerbHasAColumn) {
     size_t verbs = 0;
     for (const std::string& line : Lines(help.substr(help.find("\nSubcommands:")))) {
         std::smatch match;
+        if (line.starts_with("  help ")) {
+            continue;  // asks the server nothing
+        }
         if (std::regex_search(line, match, std::regex("^  ([a-z]+)  "))) {
             ++verbs;
             EXPECT_THAT(columns, testing::Contains(match[1].str()));
