@@ -25,8 +25,10 @@ struct CCode {
 
 constexpr std::string_view ERROR_NO_TOOL = "02";
 
+constexpr std::string_view ERROR_TOOL_FAILED = "01";
+
 constexpr std::array<CCode, 5> ERRORS = {{
-    {"01", "tool-failed", "the RAID tool reported an error, or could not be run",
+    {ERROR_TOOL_FAILED, "tool-failed", "the RAID tool reported an error, or could not be run",
      "Run the command below by hand and read what it says; the tool needs root privilege."},
     {ERROR_NO_TOOL, "no-tool", "the RAID tool is not installed",
      "Install the RAID management tool: there is no /opt/tarmica/krz/cli/krzcli."},
@@ -136,6 +138,12 @@ CPathTrouble ToolTrouble(const CResultTexts& texts) {
                                             : CPathTrouble();
 }
 
+// What the tool printed when its command failed: an error that the plug-in tells of came from
+// there.
+std::string Printed(const CAnswer& answer) {
+    return answer.texts.errorCode == ERROR_TOOL_FAILED ? CutText(answer.printed, MAX_PROBLEM) : "";
+}
+
 void ExplainTexts(CAnswer& answer, const CPathTrouble& tool) {
     const CResultTexts& texts = answer.texts;
     const ESeverity severity = answer.IsAnswered() ? ESeverity::WARNING : ESeverity::ERROR;
@@ -144,6 +152,9 @@ void ExplainTexts(CAnswer& answer, const CPathTrouble& tool) {
             CodeMessage("error", texts.errorCode, severity, Find(ERRORS, texts.errorCode));
         if (!tool.remedy.empty()) {
             message.remedy = fmt::format("{}.\n{}", tool.reason, RemedySentence(tool));
+        }
+        if (const std::string printed = Printed(answer); !printed.empty()) {
+            message.remedy = "The tool says: " + printed;
         }
         answer.messages.push_back(std::move(message));
     }
@@ -166,6 +177,9 @@ void ExplainFailure(CAnswer& answer, const CPathTrouble& tool) {
     const CCode* meaning = Find(ERRORS, texts.errorCode);
     answer.reason = meaning == nullptr ? REQUEST_FAILED : meaning->word;
     answer.sentence = meaning == nullptr ? THE_REQUEST_FAILED : meaning->sentence;
+    if (const std::string printed = Printed(answer); !printed.empty()) {
+        answer.sentence += ": " + printed;
+    }
     if (meaning == nullptr && !texts.errorCode.empty()) {
         answer.sentence += " with the unknown code " + CutText(texts.errorCode, MAX_NAME);
     }

@@ -17,6 +17,8 @@
 namespace qorctl {
 namespace {
 
+constexpr const char* NO_DIRECTORY = "there is no install directory";
+
 using CDeviceWords = std::vector<CDeviceWord>;
 
 CPresence NotKnown(std::string reason, std::string remedy) {
@@ -25,15 +27,21 @@ CPresence NotKnown(std::string reason, std::string remedy) {
 
 // What hides the list of supported cards: without it the plug-in finds none.
 std::optional<CPresence> ListTrouble() {
+    const std::string directory = CFileUtility::GetInstallPath(0);
     const CPathTrouble trouble =
-        ExaminePath(CFileUtility::GetInstallPath(0) + "/" + RAID_INI_NAME, EPathKind::FILE, R_OK);
+        ExaminePath(directory + "/" + RAID_INI_NAME, EPathKind::FILE, R_OK);
     if (trouble.trouble == ETrouble::NONE) {
         return std::nullopt;
     }
-    return NotKnown(trouble.reason,
-                    trouble.trouble == ETrouble::MISSING
-                        ? "Copy the RaidVCFac.ini that is shipped into the install directory."
-                        : RemedySentence(trouble));
+    if (trouble.trouble != ETrouble::MISSING) {
+        return NotKnown(trouble.reason, RemedySentence(trouble));
+    }
+    return NotKnown(
+        fmt::format("{}; \"qorctl doctor\" says what is missing",
+                    directory.empty() ? NO_DIRECTORY : trouble.reason),
+        directory.empty()
+            ? "Make the install directory, and copy what is shipped in share/qor into it."
+            : "Copy the RaidVCFac.ini that is shipped into the install directory.");
 }
 
 CPresence WithoutDevices(const CPathTrouble& trouble) {

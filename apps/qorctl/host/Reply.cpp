@@ -5,7 +5,7 @@
 namespace qorctl {
 namespace {
 
-constexpr size_t FIELDS = 10;
+constexpr size_t FIELDS = 11;
 
 template <typename NUMBER>
 NUMBER ReadNumber(std::string_view text) {
@@ -21,7 +21,7 @@ void WriteReply(const CReply& reply, CReplyWriter& writer) {
                  {std::to_string(static_cast<int>(reply.outcome)), reply.problem,
                   reply.texts.errorCode, reply.texts.noticeCode, reply.texts.detail,
                   reply.toolVersion ? "1" : "0", reply.toolVersion.value_or(""), reply.document,
-                  std::to_string(reply.result), std::to_string(reply.status)});
+                  std::to_string(reply.result), std::to_string(reply.status), reply.printed});
     writer.Flush();
 }
 
@@ -39,6 +39,7 @@ std::optional<CReply> ReadReply(const CReplyReader::CFields& fields) {
     reply.document = fields[7];
     reply.result = ReadNumber<unsigned int>(fields[8]);
     reply.status = ReadNumber<unsigned long>(fields[9]);
+    reply.printed = fields[10];
     return reply;
 }
 

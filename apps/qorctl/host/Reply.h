@@ -29,6 +29,7 @@ struct CReply {
     std::string problem;  // of PLUGIN_FAILED and NOT_ASKED, in words
     CResultTexts texts;
     std::optional<std::string> toolVersion;  // of the RAID tool, where the plug-in told it
+    std::string printed;  // by the tool when its command failed, one line; empty: not known
 
     // What the operation returned as such.
     std::string document;      // the form, or the XML document

@@ -10,13 +10,10 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <utility>
 
+#include "host/ResultFiles.h"
 #include "host/Worker.h"
-#include "plugin/ComLib.h"
-
-namespace fs = std::filesystem;
 
 namespace qorctl {
 namespace {
@@ -24,19 +21,9 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-constexpr const char* RESULT_DIRECTORY = "/tmp/MSRAID";
-constexpr const char* RESULT_FILE_END = "MngSrvRaid.txt";
-
-// The plug-in puts the number of its thread into the names of the files that the tool writes.
 void RemoveResultFiles(pid_t worker) {
-    const std::string head = fmt::format("{:08x}_", worker);
-    std::error_code error;
-    fs::directory_iterator entries(CFileUtility::GetInstallPath(0) + RESULT_DIRECTORY, error);
-    for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
-        const std::string name = entries->path().filename();
-        if (name.starts_with(head) && name.ends_with(RESULT_FILE_END)) {
-            unlink(entries->path().c_str());
-        }
+    for (const std::string& path : ResultFilesOf(worker)) {
+        unlink(path.c_str());
     }
 }
 

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <array>
 #include <exception>
 #include <stdexcept>
 #include <utility>
@@ -9,6 +11,7 @@
 #include "comlib/TraceSink.h"
 #include "host/PluginLibrary.h"
 #include "host/ReplyPipe.h"
+#include "host/ResultFiles.h"
 #include "model/Quantity.h"
 #include "terminal/Output.h"
 
@@ -20,6 +23,8 @@ constexpr std::string_view COMMAND_TAIL = ")";
 constexpr std::string_view UTILITY_HEAD = "Execute LSI RAID Utilty command. ";
 constexpr std::string_view VERSION_HEAD = "KRZ Version is ";
 constexpr std::string_view VERSION_TAIL = ".";
+constexpr std::array<std::string_view, 2> FAILURE_HEADS = {"KRZ CLI has an error(",
+                                                           "Failed to execute krzcli command.("};
 constexpr std::string_view CARD_HEAD = "Support PCI Device(RAID/SSD) found.";
 constexpr std::string_view CONTROLLER_ARGUMENT = " -a";
 
@@ -73,14 +78,18 @@ CPluginItems::~CPluginItems() {
     }
 }
 
-// Passes on which command runs.
+enum class ELines { ALL, FAILURES };
+
+// Passes on which command runs, and takes what the tool printed where it failed: the plug-in
+// removes the file behind that line.
 class CTraceWatch {
 public:
-    CTraceWatch(const CPluginLibrary& library, CReplyWriter& writer)
+    CTraceWatch(const CPluginLibrary& library, CReplyWriter& writer, ELines lines)
         : m_SetSink(reinterpret_cast<decltype(m_SetSink)>(library.Symbol("QorSetTraceSink"))),
           m_Writer(writer) {
         if (m_SetSink != nullptr) {
-            m_SetSink(OnLine, this, CTraceUtility::TRACE_DBG_RESULT);
+            const unsigned results = lines == ELines::ALL ? CTraceUtility::TRACE_DBG_RESULT : 0;
+            m_SetSink(OnLine, this, results | CTraceUtility::TRACE_DBG_FAILURE);
         }
     }
     ~CTraceWatch() {
@@ -92,6 +101,7 @@ public:
     CTraceWatch& operator=(const CTraceWatch&) = delete;
 
     const std::optional<std::string>& ToolVersion() const { return m_Reader.ToolVersion(); }
+    const std::string& Printed() const { return m_Printed; }
 
 private:
     static void OnLine(void* context, const char* /*module*/,
@@ -101,12 +111,22 @@ private:
     decltype(&QorSetTraceSink) m_SetSink;
     CReplyWriter& m_Writer;
     CTraceReader m_Reader;
+    std::string m_Printed;
 };
+
+bool TellsOfFailedTool(std::string_view message) {
+    return std::any_of(FAILURE_HEADS.begin(), FAILURE_HEADS.end(),
+                       [message](std::string_view head) { return message.starts_with(head); });
+}
 
 void CTraceWatch::OnLine(void* context, const char* /*module*/,
                          CTraceUtility::TRACE_DBG_LEVEL /*level*/, const char* message,
                          unsigned long length) noexcept {
     CTraceWatch& watch = *static_cast<CTraceWatch*>(context);
+    if (TellsOfFailedTool({message, length})) {
+        watch.m_Printed = WhatTheToolComplainedOf();
+        return;
+    }
     const std::string before = watch.m_Reader.Command();
     watch.m_Reader.Take({message, length});
     if (watch.m_Reader.Command() != before) {
@@ -189,12 +209,10 @@ void AnswerRequest(const std::string& pluginPath, const CRequest& request, bool 
     CReplyWriter writer(fd);
     CReply reply;
     if (const auto library = CPluginLibrary::Load(pluginPath, reply.problem)) {
-        std::optional<CTraceWatch> watch;
-        if (listens) {
-            watch.emplace(*library, writer);
-        }
+        const CTraceWatch watch(*library, writer, listens ? ELines::ALL : ELines::FAILURES);
         AskSafely(*library, request, writer, reply);
-        reply.toolVersion = watch ? watch->ToolVersion() : std::nullopt;
+        reply.toolVersion = watch.ToolVersion();
+        reply.printed = watch.Printed();
     } else {
         reply.outcome = EOutcome::NOT_ASKED;
     }

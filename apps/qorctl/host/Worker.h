@@ -30,7 +30,8 @@ private:
 };
 
 // Loads the plug-in, makes an object, asks it, and writes items and the reply to `fd`; if it
-// `listens`, also the commands and the tool's version. Throws nothing of the plug-in's.
+// `listens` to more than failures, also the commands and the tool's version. Throws nothing of the
+// plug-in's.
 void AnswerRequest(const std::string& pluginPath, const CRequest& request, bool listens, int fd);
 
 }  // namespace qorctl

@@ -89,7 +89,8 @@ TEST_F(RealPluginTest, ListOfSupportedCardsThatIsMissingIsNoServerWithoutHardwar
     EXPECT_EQ(outcome.status, 3);
     EXPECT_EQ(outcome.out,
               "RAID UNKNOWN - it is not known whether a RAID card is in this server: " +
-                  std::string(qortest::RAID_INI) + " is missing\n");
+                  std::string(qortest::RAID_INI) +
+                  " is missing, \"qorctl doctor\" says what is missing\n");
 }
 
 TEST_F(RealPluginTest, DocumentHasTheComponentAndEveryDrive) {

@@ -173,4 +173,55 @@ TEST_F(SimulatedServerTest, IgnoredChildSignalOfTheCallerDoesNoHarm) {
     }
 }
 
+// What the tool itself says, not a guess
+TEST_F(SimulatedServerTest, WhatTheToolSaysOfADriveThatIsNotThereIsShown) {
+    const CEnd end = Shell("small", "qorctl drive 0 252 99");
+    EXPECT_EQ(end.status, 1);
+    EXPECT_EQ(end.out, "");
+    EXPECT_EQ(end.err,
+              "qorctl: error code 01: the RAID tool reported an error, or could not be run\n"
+              "  The tool says: Error - Physical drive [252:99] is not found.\n"
+              "qorctl: the command that failed: krzcli -pdinfo -pd[252:99] -a0\n"
+              "  By hand: LD_LIBRARY_PATH=/opt/tarmica/krz/lib /opt/tarmica/krz/cli/krzcli "
+              "-pdinfo -pd[252:99] -a0\n"
+              "qorctl: the request failed\n");
+    const CEnd document = Shell("small", "qorctl drive 9 0 0 --format json");
+    EXPECT_EQ(document.status, 1);
+    EXPECT_THAT(document.out, HasSubstr("RAID controller 9 is not found."));
+}
+
+TEST_F(SimulatedServerTest, WhatAFailingToolSaysIsShownByEveryCommand) {
+    const std::string fault = "error=No such luck@-ctrlinfo";
+    for (const std::string command :
+         {"raid", "storage", "svp", "xml", "check", "watch --count 1"}) {
+        const CEnd end = Qorsim({"run", "--host", "small", "--fault", fault, "--", "sh", "-c",
+                                 QORCTL + ("qorctl " + command)});
+        EXPECT_NE(end.status, 0) << command;
+        EXPECT_THAT(end.out + end.err, HasSubstr("Error - No such luck")) << command;
+    }
+    const CEnd silent = Qorsim({"run", "--host", "small", "--fault", "exit=3", "--fault", "empty",
+                                "--", "sh", "-c", std::string(QORCTL) + "qorctl raid"});
+    EXPECT_THAT(silent.err, HasSubstr("  Run the command below by hand and read what it says"));
+}
+
+TEST_F(SimulatedServerTest, ReportOfAFailingToolIsNoMessageOfIts) {
+    const CEnd end = Qorsim({"run", "--host", "small", "--fault", "exit=3@-ctrlinfo", "--", "sh",
+                             "-c", std::string(QORCTL) + "qorctl raid"});
+    EXPECT_THAT(end.err, testing::Not(HasSubstr("RAID Controller : 0")));
+    EXPECT_THAT(end.err, HasSubstr("  Run the command below by hand and read what it says"));
+}
+
+// A fresh package: nothing was copied into the install directory, or there is none.
+TEST_F(SimulatedServerTest, MissingConfigurationPointsToDoctor) {
+    for (const std::string gone :
+         {"rm /opt/tarmica/qor/provider/*.ini", "rm -r /opt/tarmica/qor/provider"}) {
+        for (const std::string command : {"raid", "storage", "check", "watch --count 1"}) {
+            const CEnd end = Shell("small", gone + "; qorctl " + command);
+            EXPECT_NE(end.status, 0) << command;
+            EXPECT_THAT(end.out + end.err, HasSubstr("\"qorctl doctor\" says what is missing"))
+                << command;
+        }
+    }
+}
+
 }  // namespace
