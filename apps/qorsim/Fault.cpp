@@ -227,6 +227,12 @@ std::string JoinArguments(const std::vector<std::string>& arguments) {
 
 }  // namespace
 
+bool CFault::IsOfRuns() const {
+    return std::any_of(std::begin(ROWS), std::end(ROWS), [this](const CFaultRow& row) {
+        return row.kind == kind && row.reach == EReach::RUNS;
+    });
+}
+
 bool CFault::Matches(const std::string& tool, const std::vector<std::string>& arguments) const {
     const std::string joined = JoinArguments(arguments);
     for (const std::string name : TOOLS) {

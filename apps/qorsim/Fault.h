@@ -53,6 +53,8 @@ struct CFault {
     unsigned long first = 1;   // the runs that it strikes, counted from 1
     unsigned long last = 0;    // 0 is no end
 
+    // Whether it strikes runs of tools, and is not there from the start.
+    bool IsOfRuns() const;
     // Whether a run of `tool` is one of those that `command` means.
     bool Matches(const std::string& tool, const std::vector<std::string>& arguments) const;
     // Whether the matching run of that number is struck.

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <sys/file.h>
 #include <sys/mount.h>
 #include <unistd.h>
@@ -15,6 +16,8 @@
 
 #include "Files.h"
 #include "ServerPaths.h"
+#include "VisibleText.h"
+#include "util/UniqueFd.h"
 
 namespace fs = std::filesystem;
 
@@ -26,6 +29,7 @@ using std::chrono::steady_clock;
 
 constexpr const char* FAULT_LIST = "/opt/tarmica/krz/faults/list";  // a fault a line
 constexpr const char* FAULT_COUNTER = "/opt/tarmica/krz/faults/{}.count";
+constexpr const char* FAULT_RUNS = "/opt/tarmica/krz/faults/runs";  // a command a line
 constexpr const char* RESULT_DIR = "/opt/tarmica/qor/provider/tmp/MSRAID";
 constexpr const char* FILLER = "/opt/tarmica/qor/provider/tmp/MSRAID/.full";
 constexpr milliseconds LOOK_INTERVAL{20};
@@ -108,6 +112,50 @@ bool ChangeServer(const CFault& fault, std::string& error) {
     }
 }
 
+// For the one who reads at the end why a fault was idle: a line that cannot be written is missed by
+// nobody else.
+void NoteRun(const std::string& tool, const std::vector<std::string>& arguments) {
+    std::string line = tool;
+    for (const std::string& argument : arguments) {
+        line += " " + Visible(argument);
+    }
+    line += '\n';
+    const util::CUniqueFd file(open(FAULT_RUNS, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644));
+    static_cast<void>(!file.IsOpen() || write(file.Get(), line.data(), line.size()) < 0);
+}
+
+// Each command once, in the order of their first runs.
+std::vector<std::string> NotedRuns() {
+    std::string error;
+    std::istringstream lines(ReadFile(FAULT_RUNS, error).value_or(""));
+    std::vector<std::string> runs;
+    for (std::string line; std::getline(lines, line);) {
+        if (std::find(runs.begin(), runs.end(), line) == runs.end()) {
+            runs.push_back(line);
+        }
+    }
+    return runs;
+}
+
+unsigned long CountedRuns(size_t fault) {
+    std::error_code failure;
+    const auto count = fs::file_size(fmt::format(FAULT_COUNTER, fault), failure);
+    return failure ? 0 : count;
+}
+
+std::string DescribeIdleFault(const std::string& text, unsigned long matched,
+                              const std::vector<std::string>& runs) {
+    const std::string head = fmt::format("the fault \"{}\" never struck: ", text);
+    if (runs.empty()) {
+        return head + "no tool was run";
+    }
+    return fmt::format("{}{} matched it; there were: {}", head,
+                       matched == 0   ? "no command"
+                       : matched == 1 ? "1 command"
+                                      : fmt::format("{} commands", matched),
+                       fmt::join(runs, ", "));
+}
+
 // A descriptor of the sign of life, or -1 when there is none: the server is gone.
 int OpenSignOfLife(const std::string& path) {
     return open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -143,6 +191,7 @@ std::optional<std::vector<CFault>> TakeDueFaults(const std::string& tool,
     if (!list) {
         return std::nullopt;
     }
+    NoteRun(tool, arguments);
     std::istringstream lines(*list);
     std::string line;
     for (size_t number = 0; std::getline(lines, line); ++number) {
@@ -163,6 +212,19 @@ std::optional<std::vector<CFault>> TakeDueFaults(const std::string& tool,
         }
     }
     return due;
+}
+
+std::vector<std::string> DescribeIdleFaults(const std::vector<std::string>& texts) {
+    std::vector<std::string> sentences;
+    for (size_t number = 0; number < texts.size(); ++number) {
+        std::string error;
+        const std::optional<CFault> fault = ParseFault(texts[number], error);
+        const unsigned long matched = CountedRuns(number);
+        if (fault && fault->IsOfRuns() && matched < fault->first) {
+            sentences.push_back(DescribeIdleFault(texts[number], matched, NotedRuns()));
+        }
+    }
+    return sentences;
 }
 
 // An appended byte is one more; the writer's offset behind it is its own count, whatever others

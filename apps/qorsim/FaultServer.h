@@ -24,6 +24,9 @@ std::optional<std::vector<CFault>> TakeDueFaults(const std::string& tool,
                                                  const std::vector<std::string>& arguments,
                                                  std::string& error);
 
+// Which of the faults that PlaceFaults() placed struck no run of a tool, and why: a sentence each.
+std::vector<std::string> DescribeIdleFaults(const std::vector<std::string>& texts);
+
 // Counts one more in a counter's file, which is created when needed, and returns the count; 0 on
 // failure. Safe against other processes that count at the same time.
 unsigned long CountOneMore(const std::string& path);

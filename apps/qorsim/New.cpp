@@ -1,15 +1,20 @@
 // "qorsim new": a profile of a generated host.
+#include <fmt/format.h>
+
 #include <CLI/CLI.hpp>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <random>
+#include <string>
 
 #include "Commands.h"
 #include "Files.h"
 #include "Generator.h"
 #include "HelpText.h"
 #include "Quoted.h"
+#include "VisibleText.h"
 
 namespace qorsim {
 namespace {
@@ -29,6 +34,12 @@ std::string ReadSeed(std::string& text) {
     }
     text = std::to_string(seed);
     return "";
+}
+
+// Without one that was given, a number that is easily typed again.
+std::uint64_t DrawSeed() {
+    std::random_device device;
+    return std::uniform_int_distribution<std::uint64_t>(1, 999999)(device);
 }
 
 int New(const CNewOptions& options) {
@@ -57,13 +68,26 @@ void AddNewCommand(CLI::App& app, int& status) {
         ->required()
         ->type_name("N")
         ->transform(qorapps::NumberFromTo(0, MAX_DRIVES));
-    command->add_option("--seed", options->size.seed, "A number; another one gives another host")
-        ->required()
-        ->type_name("S")
-        ->transform(CLI::Validator(ReadSeed, ""));
+    const CLI::Option* seed =
+        command
+            ->add_option(
+                "--seed", options->size.seed,
+                "A number; another one gives another host. Without it one is drawn, and told "
+                "on standard error")
+            ->type_name("S")
+            ->transform(CLI::Validator(ReadSeed, ""));
     command->add_option("--output", options->output, "The file to write; without it, the output")
         ->type_name("FILE");
-    command->callback([options, &status] { status = New(*options); });
+    command->callback([options, seed, &status] {
+        if (seed->count() == 0) {
+            options->size.seed = DrawSeed();
+        }
+        status = New(*options);
+        if (seed->count() == 0 && status == 0) {
+            Complain("qorsim", fmt::format("the seed is {0}: --seed {0} makes the same host again",
+                                           options->size.seed));
+        }
+    });
     command->footer(
         "Same numbers, same profile, byte for byte. The drives are shared out among the\n"
         "controllers; most are in RAID groups, some are spares or in stock, a few have failed.\n"

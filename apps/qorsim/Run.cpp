@@ -51,7 +51,11 @@ int Run(const CRunOptions& options) {
         !PlaceFaults(options.faults, error)) {
         return FailToSimulate(error);
     }
-    return RunInServer(options.command);
+    const int status = RunInServer(options.command);
+    for (const std::string& sentence : DescribeIdleFaults(options.faults)) {
+        Complain("qorsim", sentence);
+    }
+    return status;
 }
 
 }  // namespace
@@ -97,6 +101,7 @@ void AddRunCommand(CLI::App& app, int& status) {
     run->footer(
         "Ends as the command does: with its exit status, 128 + N when signal N killed it,\n"
         "126 or 127 when it cannot be run; 125 when the server cannot be simulated.\n"
+        "A fault that never struck is named at the end, with the commands that there were.\n"
         "\n"
         "Examples:\n"
         "  qorsim run --host degraded -- qorctl raid\n"

@@ -276,6 +276,31 @@ TEST_F(CFaultTest, WhenChoosesAmongTheMatchingRuns) {
     EXPECT_EQ(Shell({"exit=9@-c#1", "exit=8@-c#3"}, four).out, "9080");
 }
 
+TEST_F(CFaultTest, FaultThatNeverStruckIsNamedAtTheEnd) {
+    const CEnd never = Shell({"exit@-nosuchcmd"}, "$K -v; $K -v; $K -ctrlinfo -a0 >&2; exit 3");
+    EXPECT_EQ(never.status, 3);
+    EXPECT_THAT(never.err,
+                testing::EndsWith("qorsim: the fault \"exit@-nosuchcmd\" never struck: no command "
+                                  "matched it; there were: krzcli -v, krzcli -ctrlinfo -a0\n"));
+    const CEnd late = Shell({"exit#5-6", "crlf"}, "$K -v; $K -v");
+    EXPECT_EQ(late.status, 0);
+    EXPECT_EQ(late.err,
+              "qorsim: the fault \"exit#5-6\" never struck: 2 commands matched it; there were: "
+              "krzcli -v\n");
+    const CEnd none = RunWith({"hang", "empty@storcli"}, {"true"});
+    EXPECT_EQ(none.status, 0);
+    EXPECT_EQ(none.err,
+              "qorsim: the fault \"hang\" never struck: no tool was run\n"
+              "qorsim: the fault \"empty@storcli\" never struck: no tool was run\n");
+    const CEnd odd = Shell({"exit@-x"}, "$K \"$(printf '\\033[1m\\n')\" >/dev/null");
+    EXPECT_THAT(odd.err, HasSubstr("there were: krzcli \\x1b[1m"));
+}
+
+TEST_F(CFaultTest, FaultThatStruckIsNotNamed) {
+    EXPECT_EQ(Shell({"crlf", "tabs#2"}, "$K -v; $K -v").err, "");
+    EXPECT_EQ(RunWith({"not-executable", "result-dir-full", "no-device-list"}, {"true"}).err, "");
+}
+
 TEST_F(CFaultTest, RunsAtTheSameTimeAreCountedOnceEach) {
     const CEnd end = Shell({"exit=3#1-20"},
                            "for i in $(seq 40); do { $K -v > /dev/null; echo $?; } & done; wait");

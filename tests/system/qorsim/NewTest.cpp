@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <map>
+#include <regex>
 #include <set>
 #include <utility>
 
@@ -40,6 +41,21 @@ TEST_F(CNewTest, SameSeedGivesTheSameBytes) {
     EXPECT_EQ(first.status, 0);
     EXPECT_EQ(New("3", "100", "7").out, first.out);
     EXPECT_NE(New("3", "100", "8").out, first.out);
+}
+
+TEST_F(CNewTest, SeedIsDrawnAndTold) {
+    const CStrings command = {"new", "--controllers", "2", "--drives", "20"};
+    const CEnd first = Qorsim(command);
+    EXPECT_EQ(first.status, 0);
+    std::smatch told;
+    ASSERT_TRUE(std::regex_match(
+        first.err, told,
+        std::regex("qorsim: the seed is ([0-9]+): --seed \\1 makes the same host again\n")))
+        << first.err;
+    EXPECT_EQ(New("2", "20", told[1]).out, first.out);
+    EXPECT_EQ(New("2", "20", told[1]).err, "");
+    const std::set<std::string> hosts = {first.out, Qorsim(command).out, Qorsim(command).out};
+    EXPECT_GT(hosts.size(), 1U);
 }
 
 // On every machine and with every library: a change of these bytes changes everybody's tests.
