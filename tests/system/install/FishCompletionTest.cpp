@@ -37,4 +37,19 @@ TEST_F(FishCompletionTest, SubcommandsOptionsAndValuesAreOffered) {
     EXPECT_THAT(Complete("qorsim", "qorsim ru"), HasSubstr("run"));
 }
 
+TEST_F(FishCompletionTest, ValuesHostsAndFaultsAreOffered) {
+    qortest::WriteFile(Folder() / "unique.so", "");
+    EXPECT_EQ(Complete("qorctl", "qorctl raid --format "), "csv\njson\ntable\ntree\nxml\n");
+    EXPECT_EQ(Complete("qorctl", "qorctl xml --of "), "drive\nraid\nstorage\n");
+    EXPECT_EQ(Complete("qorctl", "qorctl check --perfdata "), "all\ncounts\nnone\n");
+    EXPECT_THAT(Complete("qorctl", "qorctl raid --plugin uni"), HasSubstr("unique.so"));
+    EXPECT_EQ(Complete("qorctl", "qorctl drive "), "");
+    EXPECT_EQ(Complete("qorctl", "qorctl raid --timeout "), "");
+    EXPECT_THAT(Complete("qorctl", "qorctl help sto"), HasSubstr("storage\t"));
+    EXPECT_EQ(Complete("qorsim", "qorsim run --host fail"), "failed-drive\n");
+    EXPECT_EQ(Complete("qorsim", "qorsim show fail"), "failed-drive\n");
+    EXPECT_EQ(Complete("qorsim", "qorsim run --fault trun"), "truncate=\n");
+    EXPECT_EQ(Complete("qorsim", "qorsim run --host small "), "");
+}
+
 }  // namespace

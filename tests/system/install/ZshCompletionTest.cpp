@@ -34,8 +34,24 @@ TEST_F(ZshCompletionTest, SubcommandsOptionsAndValuesAreOffered) {
     EXPECT_THAT(Complete("qorctl", "\"\""), HasSubstr("doctor:Examine "));
     EXPECT_THAT(Complete("qorctl", "doctor --"), HasSubstr("--format\n"));
     EXPECT_EQ(Complete("qorctl", "doctor --format \"\""), "tree\njson\n");
-    EXPECT_EQ(Complete("qorctl", "raid \"\""), "FILES\n");
+    EXPECT_EQ(Complete("qorctl", "raid \"\""), "--help\n--plugin\n--timeout\n--format\n--output\n");
     EXPECT_EQ(Complete("qorsim", "run --host small -- q"), "PROGRAMS\n");
+}
+
+TEST_F(ZshCompletionTest, ValuesHostsAndFaultsAreOffered) {
+    EXPECT_EQ(Complete("qorctl", "raid --format \"\""), "tree\ntable\njson\ncsv\nxml\n");
+    EXPECT_EQ(Complete("qorctl", "xml --of \"\""), "raid\nstorage\ndrive\n");
+    EXPECT_EQ(Complete("qorctl", "check --perfdata \"\""), "none\ncounts\nall\n");
+    EXPECT_EQ(Complete("qorctl", "raid --plugin \"\""), "FILES\n");
+    EXPECT_EQ(Complete("qorctl", "drive \"\""), "");
+    EXPECT_EQ(Complete("qorctl", "raid --timeout \"\""), "");
+    EXPECT_THAT(Complete("qorctl", "help \"\""), HasSubstr("storage:"));
+    const std::string hosts = qortest::Joined(qortest::ShippedHosts(), "\n") + "\nFILES\n";
+    EXPECT_EQ(Complete("qorsim", "run --host \"\""), hosts);
+    EXPECT_EQ(Complete("qorsim", "show \"\""), hosts);
+    EXPECT_THAT(Complete("qorsim", "run --fault \"\""),
+                testing::AllOf(HasSubstr("hang\n"), HasSubstr("truncate=\n")));
+    EXPECT_EQ(Complete("qorsim", "run \"\""), "--\n");
 }
 
 }  // namespace
