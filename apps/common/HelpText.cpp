@@ -108,6 +108,8 @@ void AddHelpCommand(CLI::App& program, int& status) {
     const auto name = std::make_shared<std::string>();
     CLI::App* help = program.add_subcommand(HELP_COMMAND, "This text, or that of a command");
     help->add_option("COMMAND", *name, "One of the commands")->type_name("");
+    help->footer("Example:\n  " + program.get_name() + " help " +
+                 CommandsOf(&program).front()->get_name());
     help->callback([&program, name, &status] { status = WriteHelp(program, *name); });
 }
 

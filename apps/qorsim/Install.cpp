@@ -63,7 +63,8 @@ void AddInstallCommand(CLI::App& app, int& status) {
     install
         ->add_option("dir", options->directory,
                      "An empty directory, or one to be made; becomes the root of the server")
-        ->required();
+        ->required()
+        ->type_name("");
     install
         ->add_option("--host", options->host,
                      "The server: the name of a shipped host, or the path of a host profile")

@@ -35,6 +35,25 @@ protected:
         return examples;
     }
 
+    // As the reader sees its hyphens.
+    static std::string Plain(const std::string& page) {
+        return std::regex_replace(page, std::regex("\\\\-"), "-");
+    }
+
+    static std::string SectionOf(const std::string& page, const std::string& title) {
+        const size_t begin = page.find("\n.SS " + title + "\n");
+        EXPECT_NE(begin, std::string::npos) << title;
+        return page.substr(begin, page.find("\n.S", begin + 1) - begin);
+    }
+
+    static size_t Count(const std::string& text, const std::string& part) {
+        size_t count = 0;
+        for (size_t i = text.find(part); i != std::string::npos; i = text.find(part, i + 1)) {
+            ++count;
+        }
+        return count;
+    }
+
     CStrings Subcommands(const std::string& program) const {
         CStrings names;
         bool inside = false;
@@ -74,7 +93,7 @@ TEST_F(ManualTest, EachSubcommandHasItsSection) {
     for (const std::string program : {"qorctl", "qorsim"}) {
         const std::string page = Page(program + ".1");
         for (const std::string& name : Subcommands(program)) {
-            EXPECT_THAT(page, HasSubstr(".SS " + program + " " + name + "\n.nf\n"));
+            EXPECT_THAT(page, HasSubstr(".SS " + program + " " + name + "\n"));
         }
         EXPECT_THAT(page, Not(ContainsRegex("@[A-Za-z_]+@")));
         EXPECT_THAT(page, HasSubstr("qor " INSTALL_VERSION));
@@ -95,9 +114,42 @@ TEST_F(ManualTest, PagesSayWhatTheProgramsSayOfTheirCommands) {
     }
 }
 
+TEST_F(ManualTest, PageHasEveryOptionOfEverySubcommandOnce) {
+    for (const std::string program : {"qorctl", "qorsim"}) {
+        const std::string page = Plain(Page(program + ".1"));
+        for (const std::string& name : Subcommands(program)) {
+            const std::string section = SectionOf(page, program + " " + name);
+            for (const std::string& line :
+                 qortest::Lines(Shell(program + " " + name + " --help").out)) {
+                std::smatch option;
+                if (std::regex_search(line, option, std::regex("^  (?:-h,)?(--[a-z-]+)"))) {
+                    EXPECT_THAT(section, HasSubstr(option[1])) << name;
+                    EXPECT_THAT(page, ContainsRegex("\n\\.B (-h,)?" + std::string(option[1])))
+                        << name;
+                }
+            }
+        }
+        EXPECT_EQ(Count(page, "\n.B --plugin PATH\n"), program == "qorctl" ? 1U : 0U);
+        EXPECT_EQ(Count(page, "\n.B -h,--help\n"), 1U);
+    }
+}
+
+TEST_F(ManualTest, PagesHaveTheSectionsOfAManual) {
+    for (const char* page : {"qorctl.1", "qorsim.1"}) {
+        size_t place = 0;
+        for (const std::string title :
+             {"NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "OPTIONS", "EXIT STATUS",
+              "ENVIRONMENT", "FILES", "EXAMPLES", "SEE ALSO"}) {
+            const size_t found = Page(page).find("\n.SH " + title + "\n", place);
+            EXPECT_NE(found, std::string::npos) << page << ": " << title;
+            place = found == std::string::npos ? place : found;
+        }
+    }
+}
+
 TEST_F(ManualTest, HelpStandsInThePageWithHyphensThatCanBeCopied) {
     EXPECT_THAT(Page("qorctl.1"), HasSubstr("\\-\\-plugin PATH"));
-    EXPECT_THAT(Page("qorctl.1"), HasSubstr("Usage: qorctl exec [OPTIONS] COMMAND..."));
+    EXPECT_THAT(Page("qorctl.1"), HasSubstr("\n.B qorctl exec [OPTIONS] COMMAND...\n"));
 }
 
 }  // namespace
