@@ -39,6 +39,10 @@ TEST_F(InstallTest, EverythingIsWhereItBelongs) {
              Share() / "qor/PciessdVCFac.ini",
              Share() / "qor/qorctl.schema.json",
              Share() / "qor/monitoring/qorctl.sudoers",
+             Share() / "qor/monitoring/nagios-local.cfg",
+             Share() / "qor/monitoring/nagios-nrpe.cfg",
+             Share() / "qor/monitoring/nrpe.cfg",
+             Share() / "qor/monitoring/icinga2.conf",
              Share() / "qor/hosts/small.json",
          }) {
         EXPECT_TRUE(fs::is_regular_file(file)) << file;

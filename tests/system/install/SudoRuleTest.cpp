@@ -21,6 +21,8 @@ using testing::StartsWith;
 constexpr const char* SUDOERS = "/etc/sudoers";
 // One that every system has.
 constexpr const char* AGENT = "nobody";
+// Of the rule's words, what stands behind the state file.
+constexpr const char* REST = " --no-hardware critical --timeout 50";
 constexpr const char* AS_AGENT = "setpriv --reuid=nobody --regid=nogroup --clear-groups ";
 
 std::string Replaced(const std::string& text, const std::string& what, const std::string& by) {
@@ -58,9 +60,9 @@ protected:
     std::string Plugin() const { return Folder() / "own.so"; }
     fs::path Loaded() const { return Folder() / "loaded"; }
 
-    // The words of the rule.
+    // The words of the rule; "--perfdata all" may stand behind them.
     std::string Check() const {
-        return "check --state " + (State() / "health.json").string() + " --no-hardware critical";
+        return "check --state " + (State() / "health.json").string() + REST;
     }
 
     // The shipped rule, as an administrator fits it to a machine.
@@ -131,13 +133,15 @@ TEST_F(CSudoRuleTest, RuleIsValid) {
     const CEnd end = Shell(QOR_VISUDO_PROGRAM " -c -s -f '" + file.string() + "'");
     EXPECT_EQ(end.status, 0) << end.out << end.err;
     EXPECT_THAT(end.out, HasSubstr("parsed OK"));
-    EXPECT_THAT(Rule(), HasSubstr(Qorctl() + " " + Check() + "\n"));
+    EXPECT_THAT(Rule(), HasSubstr(" " + Qorctl() + " " + Check() + ", \\\n"));
+    EXPECT_THAT(Rule(), HasSubstr(" " + Qorctl() + " " + Check() + " --perfdata all\n"));
 }
 
 TEST_F(CSudoRuleTest, ChecksAsRoot) {
     UseRules(Rule());
     ExpectCheck(Sudo(Qorctl() + " " + Check()), "the rule's command");
     EXPECT_TRUE(fs::exists(State() / "health.json"));
+    ExpectCheck(Sudo(Qorctl() + " " + Check() + " --perfdata all"), "with all performance data");
 }
 
 TEST_F(CSudoRuleTest, OtherArgumentsAreRefused) {
@@ -146,9 +150,10 @@ TEST_F(CSudoRuleTest, OtherArgumentsAreRefused) {
          {Check() + " --plugin " + Plugin(), "--plugin " + Plugin() + " " + Check(),
           "check --plugin " + Plugin(), Check() + " --output /etc/cron.d/x", std::string("check"),
           std::string("raid"), std::string(), std::string("--help"),
-          "check --state " + (Folder() / "x").string() + " --no-hardware critical",
-          "check --state " + (State() / "../x").string() + " --no-hardware critical",
-          Replaced(Check(), "critical", "ok")}) {
+          "check --state " + (Folder() / "x").string() + REST,
+          "check --state " + (State() / "../x").string() + REST,
+          Replaced(Check(), "critical", "ok"), Replaced(Check(), "50", "86400"),
+          Check() + " --perfdata none", "--perfdata all " + Check()}) {
         ExpectRefused(Qorctl() + " " + arguments);
     }
     ExpectRefused("-u nobody " + Qorctl() + " " + Check(), "Sorry, user nobody is not allowed to");
@@ -161,9 +166,8 @@ TEST_F(CSudoRuleTest, WordsThatAreJoinedDoNoHarm) {
     UseRules(Rule());
     const std::string state = (State() / "health.json").string();
     for (const std::string& arguments :
-         {"check --state '" + state + " --no-hardware critical'",
-          "'check --state' " + state + " --no-hardware critical",
-          "check '--state " + state + "' --no-hardware critical", "'" + Check() + "'"}) {
+         {"check --state '" + state + REST + "'", "'check --state' " + state + REST,
+          "check '--state " + state + "'" + REST, "'" + Check() + "'"}) {
         Sudo(Qorctl() + " " + arguments);
         ExpectNotLoaded(arguments);
     }
