@@ -1,5 +1,6 @@
 #include "commands/WatchCommand.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -12,6 +13,7 @@
 #include "commands/CommonOptions.h"
 #include "host/PluginLibrary.h"
 #include "host/Request.h"
+#include "host/RequestProcess.h"
 #include "terminal/Output.h"
 #include "terminal/TerminalText.h"
 #include "watch/WatchTerminal.h"
@@ -22,9 +24,10 @@ namespace {
 enum class EWatchFormat { TEXT, JSON };
 
 constexpr const char* WATCH_FOOTER =
-    "On a terminal the screen is redrawn; elsewhere each change is a line. A request that fails "
-    "is\n"
-    "shown, and watching goes on, until Ctrl-C or SIGTERM.\n"
+    "On a terminal there is a screen: Up, Down, PgUp, PgDn, Home, End, j and k scroll, q ends it. "
+    "What\n"
+    "was seen stays behind. Elsewhere each change is a line. A request that fails is shown, and\n"
+    "watching goes on, until q, Ctrl-C or SIGTERM.\n"
     "\n"
     "Exit status:\n"
     "  0      the last request had an answer\n"
@@ -48,8 +51,6 @@ public:
                                                            : WriteOut(FormatTickText(tick));
         return written == EXIT_SUCCESS;
     }
-    // Lines that were written stay.
-    bool Redraw() override { return true; }
 
 private:
     EWatchFormat m_Format;
@@ -57,7 +58,13 @@ private:
 
 std::unique_ptr<IWatchView> MakeView(int64_t interval, EWatchFormat format) {
     if (format == EWatchFormat::TEXT && CanMoveCursor(STDOUT_FILENO)) {
-        return std::make_unique<CTerminalView>(interval);
+        if (std::unique_ptr<IWatchView> view = CTerminalView::Open(interval)) {
+            return view;
+        }
+        Report(
+            fmt::format("this system does not describe a terminal of the type TERM={} that has "
+                        "a screen; each change is a line",
+                        std::getenv("TERM")));
     }
     return std::make_unique<CLineView>(format);
 }
@@ -79,9 +86,14 @@ int RunWatch(const CWatchLine& line) {
     CSignalClock clock;
     const std::unique_ptr<IWatchView> view = MakeView(line.options.interval, line.format);
     const CRequest request = StorageRequest();
-    const auto ask = [&] {
+    const auto ask = [&](const CWatch::CWait& wait) {
         CRequestProcess process(line.plugin, request, EProgress::HIDDEN);
-        return clock.Await(process);
+        while (process.Advance()) {
+            if (!wait(process.Descriptor(), process.Patience())) {
+                return std::optional<CAnswer>();
+            }
+        }
+        return std::make_optional(process.TakeAnswer());
     };
     const int status = CWatch(line.options, ask, clock, *view).Run();
     return clock.StopStatus().value_or(status);

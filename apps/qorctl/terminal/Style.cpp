@@ -14,7 +14,6 @@ namespace qorctl {
 namespace {
 
 constexpr size_t USUAL_WIDTH = 80;
-constexpr std::string_view PLAIN = "\x1b[0m";
 
 constexpr CBranchMarks BOX_MARKS = {"│  ", "   ", "├─ ", "└─ "};
 constexpr CBranchMarks ASCII_MARKS = {"|  ", "   ", "|- ", "`- "};

@@ -34,18 +34,13 @@ inline constexpr std::string_view GREEN = "\x1b[32m";
 inline constexpr std::string_view YELLOW = "\x1b[33m";
 inline constexpr std::string_view BOLD = "\x1b[1m";
 inline constexpr std::string_view DIM = "\x1b[2m";
+inline constexpr std::string_view PLAIN = "\x1b[0m";  // as it was
 
-// `text` in `colour`, one of the above; as it is where that is empty or the style has no colour.
+// `text` in `colour`, one of the above, and plain behind it; as it is where that is empty or the
+// style has no colour.
 std::string Coloured(std::string_view text, std::string_view colour, const CTextStyle& style);
 
 inline constexpr std::string_view CLEAR_LINE = "\r\x1b[K";
-// The alternate screen, without a cursor and without lines that go on in the next one, where a
-// terminal takes a character for wider than we do: they would push the first line out. And back.
-inline constexpr std::string_view ENTER_SCREEN = "\x1b[?1049h\x1b[?25l\x1b[?7l";
-inline constexpr std::string_view LEAVE_SCREEN = "\x1b[?7h\x1b[?25h\x1b[?1049l";
-inline constexpr std::string_view HOME = "\x1b[H";
-inline constexpr std::string_view END_OF_LINE = "\x1b[K";
-inline constexpr std::string_view END_OF_SCREEN = "\x1b[J";
 
 // The lines of a tree, each as wide as the others.
 struct CBranchMarks {

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -13,6 +15,9 @@
 
 namespace qorctl {
 namespace {
+
+constexpr int64_t NEVER = std::numeric_limits<int64_t>::max();
+constexpr int NO_INPUT = -1;
 
 CJson Event(const CTick& tick, const char* event) {
     CJson json = NewDocument("watch");
@@ -87,26 +92,38 @@ std::string Line(const CJson& json) {
 }  // namespace
 
 int CWatch::Run() {
-    const int64_t start = m_Clock.Now();
-    for (int64_t asked = 1;; ++asked) {
-        if (!Ask()) {
-            return EXIT_FAILURE;
-        }
-        if (asked == m_Options.count) {
-            break;
-        }
-        const int64_t interval = m_Options.interval * MILLISECONDS;
-        if (!Wait(NextTime(start, interval, m_Clock.Now()))) {
-            break;
-        }
-    }
-    return m_Answered ? EXIT_SUCCESS : EXIT_FAILURE;
+    const bool shown = Watch();
+    const bool ended = m_View.End(Moment());
+    return shown && ended && m_Answered && m_Before ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-// False when the answer could not be shown.
-bool CWatch::Ask() {
+// False when an answer could not be shown.
+bool CWatch::Watch() {
+    const int64_t start = m_Clock.Now();
+    const int64_t interval = m_Options.interval * MILLISECONDS;
+    for (int64_t asked = 1;; ++asked) {
+        m_AskedAt = m_Clock.Now();
+        std::optional<CAnswer> answer = m_Ask([this](int input, int64_t patience) {
+            return WaitUntil(patience < 0 ? NEVER : m_Clock.Now() + patience, input);
+        });
+        m_AskedAt.reset();
+        if (!answer) {
+            return true;
+        }
+        if (!Show(std::move(*answer))) {
+            return false;
+        }
+        if (asked == m_Options.count ||
+            !WaitUntil(NextTime(start, interval, m_Clock.Now()), NO_INPUT)) {
+            return true;
+        }
+    }
+}
+
+bool CWatch::Show(CAnswer answer) {
     CTick tick;
-    tick.answer = m_Ask();
+    tick.answer = std::move(answer);
+    tick.time = m_Clock.Now();
     tick.wallTime = m_Clock.WallTime();
     if (tick.answer.IsAnswered()) {
         Judge(tick);
@@ -129,18 +146,27 @@ void CWatch::Judge(CTick& tick) {
     m_Status = tick.status;
 }
 
+CMoment CWatch::Moment() {
+    return {.now = m_Clock.Now(), .askedAt = m_AskedAt};
+}
+
 // False when somebody wants an end, or nothing can be shown.
-bool CWatch::Wait(int64_t time) {
+bool CWatch::WaitUntil(int64_t time, int input) {
     for (;;) {
-        switch (m_Clock.WaitUntil(time)) {
-            case EWake::TIME:
-                return true;
-            case EWake::STOP:
-                return false;
-            case EWake::REDRAW:
-                if (!m_View.Redraw()) {
-                    return false;
-                }
+        const int64_t second = m_View.IsLive() ? NextTime(0, MILLISECONDS, m_Clock.Now()) : NEVER;
+        const EWake wake = m_Clock.WaitUntil(std::min(time, second), input, m_View.Terminal());
+        if (wake == EWake::STOP) {
+            return false;
+        }
+        if (wake == EWake::INPUT || (wake == EWake::TIME && time <= second)) {
+            return true;
+        }
+        if (wake == EWake::PAUSE) {
+            m_View.Leave();
+            m_Clock.Pause();
+        }
+        if (!m_View.Refresh(wake, Moment())) {
+            return false;
         }
     }
 }

@@ -26,7 +26,8 @@ struct CWatchOptions {
 
 // One request and what it told.
 struct CTick {
-    int64_t wallTime = 0;
+    int64_t time = 0;      // milliseconds of IWatchClock::Now()
+    int64_t wallTime = 0;  // seconds since 1970
     CAnswer answer;
     CHealth health;  // of the answer; empty without one
     EHealth status = EHealth::UNKNOWN;
@@ -35,40 +36,64 @@ struct CTick {
     bool answersAgain = false;  // the request before had no answer
 };
 
+// When a view is looked at, in milliseconds of IWatchClock::Now().
+struct CMoment {
+    int64_t now = 0;
+    std::optional<int64_t> askedAt = std::nullopt;  // of a request that goes on
+};
+
 class IWatchView {
 public:
     virtual ~IWatchView() = default;
 
     // Shows a request. False: nothing can be shown any more.
     virtual bool Show(const CTick& tick) = 0;
-    // Shows the last one again.
-    virtual bool Redraw() = 0;
+    // Shows what goes on, each second and after what came from outside. False: somebody wants an
+    // end, or nothing can be shown any more.
+    virtual bool Refresh(EWake /*why*/, const CMoment& /*moment*/) { return true; }
+    // Whether each second is shown.
+    virtual bool IsLive() const { return false; }
+    // To be waited for.
+    virtual pollfd Terminal() const { return {-1, 0, 0}; }
+    // Gives the terminal to others, until the next Refresh().
+    virtual void Leave() {}
+    // Shows what is to stay. False when that failed.
+    virtual bool End(const CMoment& /*moment*/) { return true; }
 };
 
 class CWatch {
 public:
+    // Waits until the descriptor can be read, or so many milliseconds, without end when they are
+    // negative. False: somebody wants an end.
+    using CWait = std::function<bool(int input, int64_t patience)>;
+    // Makes a request and waits for its answer. Nothing: there was an end before.
+    using CAsk = std::function<std::optional<CAnswer>(const CWait& wait)>;
+
     // The references must outlive the object.
-    CWatch(const CWatchOptions& options, std::function<CAnswer()> ask, IWatchClock& clock,
-           IWatchView& view)
+    CWatch(const CWatchOptions& options, CAsk ask, IWatchClock& clock, IWatchView& view)
         : m_Options(options), m_Ask(std::move(ask)), m_Clock(clock), m_View(view) {}
 
     // Asks at once and then at every interval after that, until `count` requests were made,
     // somebody wants an end or nothing can be shown. Times that a long request missed are left
-    // out. Returns the exit status: 0 when the last request had an answer that was shown.
+    // out. A request that goes on then is ended. Returns the exit status: 0 when the last one that
+    // came to its end had an answer that was shown.
     int Run();
 
 private:
-    bool Ask();
+    bool Watch();
+    bool Show(CAnswer answer);
     void Judge(CTick& tick);
-    bool Wait(int64_t time);
+    bool WaitUntil(int64_t time, int input);
+    CMoment Moment();
 
     const CWatchOptions m_Options;
-    const std::function<CAnswer()> m_Ask;
+    const CAsk m_Ask;
     IWatchClock& m_Clock;
     IWatchView& m_View;
     std::optional<CInventory> m_Before;   // of the last answer
     EHealth m_Status = EHealth::UNKNOWN;  // likewise
     bool m_Answered = true;               // the last request
+    std::optional<int64_t> m_AskedAt;     // the request that goes on
 };
 
 // The lines of a tick, each ended: see docs/health.md.

@@ -2,6 +2,8 @@
 #ifndef QORCTL_WATCH_WATCHCLOCK_H
 #define QORCTL_WATCH_WATCHCLOCK_H
 
+#include <poll.h>
+
 #include <cstdint>
 #include <string>
 
@@ -10,9 +12,12 @@ namespace qorctl {
 constexpr int64_t MILLISECONDS = 1000;  // of a second
 
 enum class EWake {
-    TIME,    // the time has come
-    REDRAW,  // the terminal has another size
-    STOP,    // somebody wants an end
+    TIME,      // the time has come
+    INPUT,     // there is something to read
+    TERMINAL,  // likewise on the terminal, or it is gone
+    REDRAW,    // the terminal has another size, or showed something else meanwhile
+    PAUSE,     // somebody wants the terminal for something else
+    STOP,      // somebody wants an end
 };
 
 // Thread rule: one thread at a time.
@@ -24,8 +29,10 @@ public:
     virtual int64_t Now() = 0;
     // Seconds since 1970.
     virtual int64_t WallTime() = 0;
-    // Returns at once when `time`, in milliseconds of Now(), is over.
-    virtual EWake WaitUntil(int64_t time) = 0;
+    // Returns at once when `time`, in milliseconds of Now(), is over. -1 is no `input` to wait for.
+    virtual EWake WaitUntil(int64_t time, int input, const pollfd& terminal) = 0;
+    // Stops the process until somebody has it go on.
+    virtual void Pause() = 0;
 };
 
 // "2026-11-20T10:00:00Z"

@@ -53,8 +53,12 @@ protected:
     // ended.
     void Start(const std::string& options, const std::string& command, int width,
                int height) const {
+        StartProgram(options, QORCTL_PROGRAM " " + command, width, height);
+    }
+    void StartProgram(const std::string& options, const std::string& command, int width,
+                      int height) const {
         const std::string line = std::string(MARK) + "=" + Folder().string() + " " QORSIM_PROGRAM +
-                                 " run " + options + " -- " QORCTL_PROGRAM " " + command +
+                                 " run " + options + " -- " + command +
                                  "; echo status=$?; exec cat";
         // A server that ends with its last terminal takes one along that comes while it does.
         const qortest::CEnd end =
@@ -148,6 +152,24 @@ TEST_F(TerminalTest, WatchFitsTheTerminalAndLeavesItAsItWas) {
     }
     Tmux({"send-keys", "C-c"});
     EXPECT_THAT(Await("status=130"), Not(HasSubstr("qorctl watch")));
+    EXPECT_EQ(CountProcesses(), 0U);
+}
+
+// A shell that controls jobs, as a person has it.
+TEST_F(TerminalTest, WatchThatIsPausedGivesTheTerminalBackAndGoesOn) {
+    StartProgram("--host small --fault hang@-pdinfo", "bash --norc --noprofile -i", 80, 24);
+    Tmux({"send-keys", QORCTL_PROGRAM " watch --interval 3600", "Enter"});
+    Await("; asking for 1 s");
+    Tmux({"send-keys", "C-z"});
+    EXPECT_THAT(Await("Stopped"), Not(HasSubstr("asking for")));
+    Tmux({"send-keys", "stty -a | grep -wo -e -icanon -e icanon; echo usable=$((1 + 1))", "Enter"});
+    EXPECT_THAT(Await("usable=2"), HasSubstr("\nicanon\n"));
+    Tmux({"send-keys", "clear; fg; echo ended=$?", "Enter"});
+    EXPECT_THAT(Await("; asking for "), Not(HasSubstr("usable")));
+    Tmux({"send-keys", "q"});
+    Await("ended=1");
+    Tmux({"send-keys", "exit 0", "Enter"});
+    Await("status=0");
     EXPECT_EQ(CountProcesses(), 0U);
 }
 

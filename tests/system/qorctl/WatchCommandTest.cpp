@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <termios.h>
@@ -21,14 +22,18 @@ namespace {
 
 using qortest::CEnd;
 using qortest::CRecord;
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr const char* ENTER = "\x1b[?1049h\x1b[?25l\x1b[?7l";
-constexpr const char* LEAVE = "\x1b[?7h\x1b[?25h\x1b[?1049l";
+constexpr const char* ENTER = "\x1b[?1049h";
+constexpr const char* LEAVE = "\x1b[?1049l";
+// What stays of the screen.
+constexpr const char* LAST_WORDS =
+    "Z OK\r\n0 controllers, 0 logical drives, 1 drive, 0 PCIe SSDs\r\n";
 constexpr int PATIENCE = 60000;  // milliseconds; a broken program is given up after that
 
 std::vector<CRecord> Drive(const std::string& state) {
@@ -44,8 +49,9 @@ std::vector<CRecord> Drive(const std::string& state) {
 class CSession {
 public:
     CSession(const std::vector<std::string>& arguments,
-             const std::map<std::string, std::string>& environment) {
-        std::vector<std::string> texts = {QORCTL_PROGRAM};
+             const std::map<std::string, std::string>& environment,
+             const std::string& program = QORCTL_PROGRAM) {
+        std::vector<std::string> texts = {program};
         texts.insert(texts.end(), arguments.begin(), arguments.end());
         const size_t count = texts.size();
         for (const auto& [name, value] : environment) {
@@ -62,6 +68,8 @@ public:
         qortest::ProvideTerminals();
         m_Child = forkpty(&m_Terminal, nullptr, nullptr, &size);
         if (m_Child == 0) {
+            const rlimit none = {};
+            setrlimit(RLIMIT_CORE, &none);
             execve(words[0], words.data(), variables.data());
             _exit(127);
         }
@@ -92,7 +100,23 @@ public:
     }
 
     void Signal(int signal) const { kill(m_Child, signal); }
-    void Type(char character) const { EXPECT_EQ(write(m_Terminal, &character, 1), 1); }
+    // Whether keys are echoed and come in lines, as a shell has it.
+    bool IsUsable() const {
+        termios modes = {};
+        EXPECT_EQ(tcgetattr(m_Terminal, &modes), 0);
+        return (modes.c_lflag & (ICANON | ECHO)) == (ICANON | ECHO);
+    }
+    // What came behind the screen; everything when it stays.
+    std::string AfterScreen() const {
+        return m_Output.substr(std::min(m_Output.rfind(LEAVE), m_Output.size()));
+    }
+    void HangUp() {
+        close(m_Terminal);
+        m_Terminal = -1;
+    }
+    void Type(const std::string& keys) const {
+        EXPECT_EQ(write(m_Terminal, keys.data(), keys.size()), static_cast<ssize_t>(keys.size()));
+    }
     void Resize(unsigned short rows, unsigned short columns) const {
         const winsize size = {.ws_row = rows, .ws_col = columns, .ws_xpixel = 0, .ws_ypixel = 0};
         EXPECT_EQ(ioctl(m_Terminal, TIOCSWINSZ, &size), 0);
@@ -100,7 +124,7 @@ public:
 
     // After reading everything.
     CEnd End() {
-        while (ReadSome()) {
+        while (m_Terminal >= 0 && ReadSome()) {
         }
         int status = 0;
         EXPECT_EQ(waitpid(m_Child, &status, 0), m_Child);
@@ -175,55 +199,169 @@ TEST_F(WatchCommandTest, DumbTerminalGetsLines) {
     EXPECT_THAT(session.Output(), Not(HasSubstr("\x1b")));
 }
 
+TEST_F(WatchCommandTest, TerminalThatNobodyDescribesGetsLines) {
+    Answer(Drive("ONLINE"));
+    for (const char* type : {"foo", ""}) {
+        m_Environment["TERM"] = type;
+        CSession session(Watch({"--count", "1"}), m_Environment);
+        EXPECT_EQ(session.End().status, 0);
+        EXPECT_THAT(session.Output(),
+                    StartsWith(std::string("qorctl: this system does not describe a terminal of "
+                                           "the type TERM=") +
+                               type));
+        EXPECT_THAT(session.Output(), EndsWith(" 1 drive, 0 PCIe SSDs: OK\r\n"));
+        EXPECT_THAT(session.Output(), Not(HasSubstr("\x1b")));
+    }
+}
+
 TEST_F(WatchCommandTest, ScreenIsDrawnAndComesBackAtTheEnd) {
     Answer(Drive("ONLINE"));
     CSession session(Watch({"--count", "1"}), m_Environment);
     EXPECT_EQ(session.End().status, 0);
     EXPECT_THAT(session.Output(), StartsWith(ENTER));
-    EXPECT_THAT(session.Output(), HasSubstr(" 3  ONLINE\x1b[K"));
-    EXPECT_THAT(session.Output(), EndsWith(LEAVE));
+    const size_t text = session.Output().find("3  ONLINE");
+    ASSERT_NE(text, std::string::npos);
+    // No cursor, and no line that goes on in the next one; and both again at the end.
+    for (const std::string mode : {"\x1b[?25", "\x1b[?7"}) {
+        EXPECT_GT(session.Output().rfind(mode, text), 0U);
+        EXPECT_EQ(session.Output().rfind(mode, text), session.Output().rfind(mode + 'l', text));
+        EXPECT_LT(text, session.Output().rfind(mode));
+        EXPECT_EQ(session.Output().rfind(mode), session.Output().rfind(mode + 'h'));
+    }
+    EXPECT_THAT(session.AfterScreen(), AllOf(StartsWith(LEAVE), EndsWith(LAST_WORDS)));
+    EXPECT_TRUE(session.IsUsable());
+}
+
+TEST_F(WatchCommandTest, LastWordsHaveTheChangesAndTheirTimes) {
+    AnswerTo(1, Drive("ONLINE"));
+    AnswerTo(2, Drive("FAILED"));
+    CSession session(Watch({"--interval", "1", "--count", "2"}), m_Environment);
+    EXPECT_EQ(session.End().status, 0);
+    EXPECT_THAT(session.AfterScreen(),
+                testing::ContainsRegex("Z CRITICAL\r\n"
+                                       "CRITICAL: controller . drive PD3: FAILED\r\n"
+                                       "0 controllers, 0 logical drives, 1 drive, 0 PCIe SSDs\r\n"
+                                       "Changes\r\n"
+                                       "[-0-9T:]+Z controller . drive PD3: ONLINE -> FAILED\r\n"
+                                       "[-0-9T:]+Z server: OK -> CRITICAL\r\n$"));
 }
 
 TEST_F(WatchCommandTest, ScreenComesBackAfterEverySignalThatWantsAnEnd) {
     Answer(Drive("ONLINE"));
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         CSession session(Watch({"--interval", "3600"}), m_Environment);
-        ASSERT_TRUE(session.WaitFor(" 3  ONLINE"));
+        ASSERT_TRUE(session.WaitFor("3  ONLINE"));
         session.Signal(signal);
         EXPECT_EQ(session.End().status, 128 + signal);
-        EXPECT_THAT(session.Output(), EndsWith(LEAVE));
+        EXPECT_THAT(session.AfterScreen(), AllOf(StartsWith(LEAVE), EndsWith(LAST_WORDS)));
+        EXPECT_TRUE(session.IsUsable());
+    }
+}
+
+TEST_F(WatchCommandTest, ScreenComesBackAfterEveryOtherEnd) {
+    Answer(Drive("ONLINE"));
+    for (const int signal : {SIGQUIT, SIGUSR1, SIGABRT}) {
+        CSession session(Watch({"--interval", "3600"}), m_Environment);
+        ASSERT_TRUE(session.WaitFor("3  ONLINE"));
+        EXPECT_FALSE(session.IsUsable());
+        session.Signal(signal);
+        EXPECT_EQ(session.End().signal, signal);
+        EXPECT_THAT(session.AfterScreen(), StartsWith(LEAVE));
+        EXPECT_TRUE(session.IsUsable());
     }
 }
 
 TEST_F(WatchCommandTest, CtrlCIsUnderstood) {
     Answer(Drive("ONLINE"));
     CSession session(Watch({"--interval", "3600"}), m_Environment);
-    ASSERT_TRUE(session.WaitFor(" 3  ONLINE"));
-    session.Type('\x03');
+    ASSERT_TRUE(session.WaitFor("3  ONLINE"));
+    session.Type("\x03");
     EXPECT_EQ(session.End().status, 130);
-    EXPECT_THAT(session.Output(), HasSubstr(LEAVE));
+    EXPECT_THAT(session.AfterScreen(), EndsWith(LAST_WORDS));
+}
+
+TEST_F(WatchCommandTest, QEndsItAsTheLastRequestDid) {
+    Answer(Drive("ONLINE"));
+    CSession session(Watch({"--interval", "3600"}), m_Environment);
+    ASSERT_TRUE(session.WaitFor("3  ONLINE"));
+    session.Type("q");
+    EXPECT_EQ(session.End().status, 0);
+    EXPECT_THAT(session.AfterScreen(), EndsWith(LAST_WORDS));
+    EXPECT_TRUE(session.IsUsable());
+}
+
+TEST_F(WatchCommandTest, WaitForAnAnswerIsCountedAndCanBeEnded) {
+    AnswerTo(1, {{"wait", m_Folder / "fifo"}});
+    ASSERT_EQ(mkfifo((m_Folder / "fifo").c_str(), 0600), 0);
+    CSession session(Watch({"--interval", "3600"}), m_Environment);
+    ASSERT_TRUE(session.WaitFor("no data yet"));
+    ASSERT_TRUE(session.WaitFor("; asking for 1 s"));
+    session.Type("q");
+    EXPECT_EQ(session.End().status, 1);
+    EXPECT_TRUE(session.IsUsable());
 }
 
 TEST_F(WatchCommandTest, SignalDuringARequestEndsItAtOnce) {
     AnswerTo(1, {{"wait", m_Folder / "fifo"}});
     ASSERT_EQ(mkfifo((m_Folder / "fifo").c_str(), 0600), 0);
-    CSession session(Watch({"--interval", "3600"}), m_Environment);
-    ASSERT_TRUE(session.WaitFor(ENTER));
-    session.Signal(SIGTERM);
-    EXPECT_EQ(session.End().status, 128 + SIGTERM);
-    EXPECT_THAT(session.Output(), EndsWith(LEAVE));
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        CSession session(Watch({"--interval", "3600"}), m_Environment);
+        ASSERT_TRUE(session.WaitFor(ENTER));
+        session.Signal(signal);
+        EXPECT_EQ(session.End().status, 128 + signal);
+        EXPECT_THAT(session.AfterScreen(), StartsWith(LEAVE));
+        EXPECT_TRUE(session.IsUsable());
+        fs::remove(m_Folder / "log");
+    }
 }
 
-TEST_F(WatchCommandTest, ResizedTerminalIsRedrawnToItsSize) {
+TEST_F(WatchCommandTest, TerminalThatHangsUpEndsItWhoeverIgnoresTheSignal) {
+    Answer(Drive("ONLINE"));
+    signal(SIGHUP, SIG_IGN);
+    for (const char* input : {"/dev/tty", "/dev/null"}) {
+        std::vector<std::string> words = Watch({"--interval", "3600"});
+        words.insert(words.begin(), {"-c", "exec \"$@\" < $0", input, QORCTL_PROGRAM});
+        CSession session(words, m_Environment, "/bin/sh");
+        ASSERT_TRUE(session.WaitFor("3  ONLINE"));
+        session.HangUp();
+        EXPECT_EQ(session.End().status, 1) << input;
+    }
+    signal(SIGHUP, SIG_DFL);
+}
+
+TEST_F(WatchCommandTest, KeysAreHeardFromATerminalOnly) {
+    Answer(Drive("ONLINE"));
+    for (const char* input : {"</dev/null", "<&-"}) {
+        std::vector<std::string> words = Watch({"--interval", "1", "--count", "2"});
+        words.insert(words.begin(),
+                     {"-c", std::string("exec \"$0\" \"$@\" ") + input, QORCTL_PROGRAM});
+        CSession session(words, m_Environment, "/bin/sh");
+        ASSERT_TRUE(session.WaitFor("3  ONLINE"));
+        session.Type("q");
+        EXPECT_EQ(session.End().status, 0) << input;
+        EXPECT_THAT(session.AfterScreen(), EndsWith(LAST_WORDS)) << input;
+        EXPECT_TRUE(session.IsUsable());
+    }
+}
+
+TEST_F(WatchCommandTest, ResizedTerminalIsRedrawnToItsSizeAndScrolls) {
     Answer(Drive("ONLINE"));
     CSession session(Watch({"--interval", "3600"}), m_Environment);
-    ASSERT_TRUE(session.WaitFor(" 3  ONLINE"));
-    session.Resize(2, 20);
-    EXPECT_TRUE(session.WaitFor("... "));
-    session.Resize(24, 80);
-    EXPECT_TRUE(session.WaitFor(" 3  ONLINE"));
+    ASSERT_TRUE(session.WaitFor("3  ONLINE"));
+    session.Resize(6, 60);
+    EXPECT_TRUE(session.WaitFor("lines 1-3 of 5; q ends; Up"));
+    session.Type("\x1bOF");  // End
+    EXPECT_TRUE(session.WaitFor("3  ONLINE"));
+    session.Type("\x1bOH");  // Home
+    EXPECT_TRUE(session.WaitFor("1 drive, 0 PCIe SSDs"));
+    session.Type("jj");
+    EXPECT_TRUE(session.WaitFor("3  ONLINE"));
+    session.Resize(1, 1);
+    session.Resize(24, 10000);
+    EXPECT_TRUE(session.WaitFor("3  ONLINE"));
     session.Signal(SIGINT);
     EXPECT_EQ(session.End().status, 130);
+    EXPECT_THAT(session.AfterScreen(), EndsWith(LAST_WORDS));
 }
 
 TEST_F(WatchCommandTest, PluginThatCannotBeLoadedIsAFailureBeforeTheScreen) {

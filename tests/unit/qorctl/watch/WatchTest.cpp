@@ -10,6 +10,7 @@
 namespace {
 
 using qorctl::CAnswer;
+using qorctl::CMoment;
 using qorctl::CTick;
 using qorctl::EWake;
 using testing::ElementsAre;
@@ -21,8 +22,9 @@ class CTestClock : public qorctl::IWatchClock {
 public:
     int64_t Now() override { return m_Now; }
     int64_t WallTime() override { return NOVEMBER + m_Now / 1000; }
-    EWake WaitUntil(int64_t time) override {
+    EWake WaitUntil(int64_t time, int input, const pollfd& /*terminal*/) override {
         m_Waits.push_back(time);
+        m_Input = input;
         if (!m_Wakes.empty()) {
             const EWake wake = m_Wakes.front();
             m_Wakes.pop_front();
@@ -34,7 +36,11 @@ public:
         return EWake::TIME;
     }
 
+    void Pause() override { ++m_Pauses; }
+
     int64_t m_Now = 0;
+    int m_Input = 0;
+    int m_Pauses = 0;
     std::vector<int64_t> m_Waits;
     std::deque<EWake> m_Wakes;  // how the next waits end; TIME after the last one
 };
@@ -47,13 +53,25 @@ public:
         m_Json += FormatTickJson(tick);
         return m_CanShow;
     }
-    bool Redraw() override {
-        ++m_Redraws;
-        return m_CanShow;
+    bool Refresh(EWake why, const CMoment& moment) override {
+        m_Refreshes.push_back(why);
+        m_Moments.push_back(moment);
+        return m_CanShow && why != EWake::TERMINAL;
+    }
+    bool IsLive() const override { return m_IsLive; }
+    void Leave() override { ++m_Leaves; }
+    bool End(const CMoment& /*moment*/) override {
+        ++m_Ends;
+        return m_CanEnd;
     }
 
+    bool m_IsLive = false;
+    bool m_CanEnd = true;
+    int m_Leaves = 0;
+    int m_Ends = 0;
+    std::vector<EWake> m_Refreshes;
+    std::vector<CMoment> m_Moments;
     bool m_CanShow = true;
-    int m_Redraws = 0;
     std::vector<CTick> m_Ticks;
     std::string m_Text;
     std::string m_Json;
@@ -84,7 +102,10 @@ protected:
     // A request for each answer, which takes `m_Duration`.
     int Watch(const std::vector<CAnswer>& answers, int64_t interval = 60) {
         size_t asked = 0;
-        const auto ask = [&] {
+        const auto ask = [&](const qorctl::CWatch::CWait& wait) -> std::optional<CAnswer> {
+            if (m_Input >= 0 && !wait(m_Input, m_Patience)) {
+                return std::nullopt;
+            }
             m_Clock.m_Now += m_Duration;
             return answers.at(asked++);
         };
@@ -93,7 +114,9 @@ protected:
             .Run();
     }
 
-    int64_t m_Duration = 0;  // milliseconds
+    int64_t m_Duration = 0;   // milliseconds
+    int m_Input = -1;         // what a request waits for, if it does
+    int64_t m_Patience = -1;  // and for how long
     CTestClock m_Clock;
     CTestView m_View;
 };
@@ -234,9 +257,65 @@ TEST_F(WatchTest, SomebodyWhoWantsAnEndGetsIt) {
 TEST_F(WatchTest, ResizedTerminalIsRedrawnAndTheWaitGoesOn) {
     m_Clock.m_Wakes = {EWake::REDRAW, EWake::REDRAW};
     Watch(std::vector<CAnswer>(2, Answer("ONLINE")));
-    EXPECT_EQ(m_View.m_Redraws, 2);
+    EXPECT_THAT(m_View.m_Refreshes, ElementsAre(EWake::REDRAW, EWake::REDRAW));
     EXPECT_THAT(m_Clock.m_Waits, ElementsAre(60000, 60000, 60000));
     EXPECT_EQ(m_View.m_Ticks.size(), 2U);
+}
+
+TEST_F(WatchTest, LiveViewShowsEachSecond) {
+    m_View.m_IsLive = true;
+    m_Duration = 300;
+    Watch(std::vector<CAnswer>(2, Answer("ONLINE")), 3);
+    EXPECT_THAT(m_Clock.m_Waits, ElementsAre(1000, 2000, 3000));
+    EXPECT_THAT(m_View.m_Refreshes, ElementsAre(EWake::TIME, EWake::TIME));
+    EXPECT_EQ(m_View.m_Moments[1].now, 2000);
+    EXPECT_EQ(m_View.m_Moments[1].askedAt, std::nullopt);
+}
+
+TEST_F(WatchTest, ViewGoesOnWhileARequestIsAwaited) {
+    m_View.m_IsLive = true;
+    m_Clock.m_Wakes = {EWake::TIME, EWake::TIME, EWake::REDRAW, EWake::INPUT};
+    m_Input = 7;
+    EXPECT_EQ(Watch({Answer("ONLINE")}), 0);
+    EXPECT_THAT(m_View.m_Refreshes, ElementsAre(EWake::TIME, EWake::TIME, EWake::REDRAW));
+    EXPECT_EQ(m_View.m_Moments[2].now, 2000);
+    EXPECT_EQ(m_View.m_Moments[2].askedAt, 0);
+    EXPECT_EQ(m_Clock.m_Input, 7);
+}
+
+TEST_F(WatchTest, RequestIsAwaitedNoLongerThanItWants) {
+    m_Input = 7;
+    m_Patience = 250;
+    Watch({Answer("ONLINE")});
+    EXPECT_THAT(m_Clock.m_Waits, ElementsAre(250));
+}
+
+TEST_F(WatchTest, PauseLeavesTheTerminalAndShowsAllAgain) {
+    m_Clock.m_Wakes = {EWake::PAUSE};
+    Watch(std::vector<CAnswer>(2, Answer("ONLINE")));
+    EXPECT_EQ(m_View.m_Leaves, 1);
+    EXPECT_EQ(m_Clock.m_Pauses, 1);
+    EXPECT_THAT(m_View.m_Refreshes, ElementsAre(EWake::PAUSE));
+}
+
+TEST_F(WatchTest, EndBetweenRequestsIsThatOfTheLastOne) {
+    m_Clock.m_Wakes = {EWake::TIME, EWake::TERMINAL};
+    EXPECT_EQ(Watch(std::vector<CAnswer>(9, Answer("ONLINE"))), 0);
+    EXPECT_EQ(m_View.m_Ticks.size(), 2U);
+    EXPECT_EQ(m_View.m_Ends, 1);
+}
+
+TEST_F(WatchTest, EndDuringTheFirstRequestIsAFailure) {
+    m_Clock.m_Wakes = {EWake::TERMINAL};
+    m_Input = 7;
+    EXPECT_EQ(Watch({Answer("ONLINE")}), 1);
+    EXPECT_EQ(m_View.m_Ticks.size(), 0U);
+    EXPECT_EQ(m_View.m_Ends, 1);
+}
+
+TEST_F(WatchTest, LastWordsThatAreLostAreAFailure) {
+    m_View.m_CanEnd = false;
+    EXPECT_EQ(Watch({Answer("ONLINE")}), 1);
 }
 
 TEST_F(WatchTest, ViewThatCannotShowEndsIt) {
