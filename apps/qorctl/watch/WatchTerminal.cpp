@@ -262,7 +262,6 @@ std::optional<int> CSignalClock::StopStatus() const {
 std::unique_ptr<CTerminalView> CTerminalView::Open(int64_t interval) {
     std::setlocale(LC_CTYPE, "");  // of the texts that are drawn
     tcgetattr(STDOUT_FILENO, &g_Shell);
-    use_env(FALSE);  // the size is asked for here
     if (newterm(nullptr, stdout, stdin) == nullptr) {
         return nullptr;
     }

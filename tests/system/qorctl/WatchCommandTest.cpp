@@ -232,6 +232,17 @@ TEST_F(WatchCommandTest, ScreenIsDrawnAndComesBackAtTheEnd) {
     EXPECT_TRUE(session.IsUsable());
 }
 
+TEST_F(WatchCommandTest, EveryKindOfTerminalThatIsDescribedHasTheScreen) {
+    Answer(Drive("ONLINE"));
+    // The description of "linux" has no size, that of "vt100" no colours and no way back.
+    for (const char* type : {"linux", "vt100", "screen", "xterm-256color"}) {
+        m_Environment["TERM"] = type;
+        CSession session(Watch({"--count", "1"}), m_Environment);
+        EXPECT_EQ(session.End().status, 0) << type;
+        EXPECT_THAT(session.Output(), AllOf(HasSubstr("q ends"), EndsWith(LAST_WORDS))) << type;
+    }
+}
+
 TEST_F(WatchCommandTest, LastWordsHaveTheChangesAndTheirTimes) {
     AnswerTo(1, Drive("ONLINE"));
     AnswerTo(2, Drive("FAILED"));
