@@ -315,7 +315,8 @@ CCheckResult Check(CAnswer answer, const CCheckOptions& options, int64_t now) {
         JudgeAnswer(answer, options.health,
                     options.statePath.empty() ? CCountersJudge(JudgeCounters) : byState);
     CCheckResult result;
-    Narrow(answer, verdict, {options.filter.controller, options.filter.enclosure});
+    Narrow(answer, verdict,
+           {.controller = options.filter.controller, .enclosure = options.filter.enclosure});
     if (answer.reason == REASON_JUDGED) {
         result.performance =
             MeasureInventory(answer.inventory, options.health, options.performance);

@@ -119,6 +119,7 @@ void AddWatchCommand(CLI::App& app, int& status) {
                      "End after so many requests; 0, when not given: go on until interrupted")
         ->transform(qorapps::NumberFromTo(0, MAX_COUNT))
         ->type_name("NUMBER");
+    AddFilter(command, line->options.filter);
     command->callback([line, &status] { status = RunWatch(*line); });
 }
 

@@ -366,7 +366,7 @@ void AddCardGap(CAnswer& answer, size_t controllers) {
 }
 
 std::string DescribeNoAnswer(const CAnswer& answer) {
-    return "no answer: " + answer.sentence +
+    return (answer.outcome == EOutcome::TIME_OVER ? "" : "no answer: ") + answer.sentence +
            (answer.command.empty() ? "" : " (" + answer.command + ")");
 }
 

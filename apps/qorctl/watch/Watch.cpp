@@ -134,7 +134,8 @@ bool CWatch::Show(CAnswer answer) {
 
 void CWatch::Judge(CTick& tick) {
     CVerdict verdict = JudgeAnswer(tick.answer);
-    tick.health = std::move(verdict.health);
+    const CInventoryFilter& filter = m_Options.filter;
+    Narrow(tick.answer, verdict, {.controller = filter.controller, .enclosure = filter.enclosure});
     tick.status = verdict.status;
     tick.isFirstAnswer = !m_Before;
     tick.answersAgain = !m_Answered;
@@ -144,6 +145,9 @@ void CWatch::Judge(CTick& tick) {
     }
     m_Before = tick.answer.inventory;
     m_Status = tick.status;
+    // A problem that ends is a change of the device, not its end.
+    Narrow(tick.answer, verdict, {.problems = filter.problems});
+    tick.health = std::move(verdict.health);
 }
 
 CMoment CWatch::Moment() {

@@ -15,6 +15,7 @@
 #include "health/Health.h"
 #include "host/Answer.h"
 #include "model/InventoryDiff.h"
+#include "model/InventoryFilter.h"
 #include "watch/WatchClock.h"
 
 namespace qorctl {
@@ -22,6 +23,7 @@ namespace qorctl {
 struct CWatchOptions {
     int64_t interval = 60;  // seconds, above 0
     int64_t count = 0;      // requests; 0: until somebody wants an end
+    CInventoryFilter filter = {};
 };
 
 // One request and what it told.

@@ -68,10 +68,6 @@ std::string StateOf(const CPhysicalDrive& drive) {
     return (drive.statusDetail ? drive.statusDetail : drive.status).value_or("");
 }
 
-bool IsWorse(const CHealthFinding& one, const CHealthFinding& other) {
-    return one.health != other.health && Worse(one.health, other.health) == one.health;
-}
-
 }  // namespace
 
 void CWatchScreen::Take(const CTick& tick) {
@@ -84,8 +80,6 @@ void CWatchScreen::Take(const CTick& tick) {
     }
     if (tick.answer.IsAnswered()) {
         m_Answer = tick;
-        std::stable_sort(m_Answer->health.findings.begin(), m_Answer->health.findings.end(),
-                         IsWorse);
         TakePaces();
     }
     m_Last = tick;

@@ -12,8 +12,9 @@ constexpr const char* FENCE = "```";
 constexpr const char* INDENT = "    ";
 constexpr const char* PROMPT = "$ ";
 constexpr const char* ELLIPSIS = "…";
-constexpr std::array<const char*, 11> DATA_KINDS = {
-    "cpp", "cmake", "json", "xml", "ini", "text", "report", "items", "hex", "decoded", "jsonl"};
+constexpr std::array<const char*, 12> DATA_KINDS = {"cpp", "cmake",   "json",   "xml",
+                                                    "ini", "text",    "report", "items",
+                                                    "hex", "decoded", "jsonl",  "terminal"};
 
 using CLines = std::vector<std::string>;
 

@@ -10,7 +10,7 @@
 #include <sstream>
 
 #include "Process.h"
-#include "ServerFixture.h"
+#include "TerminalFixture.h"
 
 namespace fs = std::filesystem;
 
@@ -22,8 +22,6 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr const char* RED = "\x1b[31m";
-constexpr const char* MARK = "QOR_TERMINAL_TEST";
-constexpr std::chrono::seconds PATIENCE(60);  // a broken program is given up after that
 
 // The characters of a UTF-8 text, each of which is one column wide here.
 std::ptrdiff_t Columns(const std::string& text) {
@@ -31,72 +29,7 @@ std::ptrdiff_t Columns(const std::string& text) {
                          [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; });
 }
 
-class TerminalTest : public qortest::CServerFixture {
-protected:
-    void SetUp() override {
-        CServerFixture::SetUp();
-        qortest::ProvideTerminals();
-    }
-    void TearDown() override {
-        Tmux({"kill-server"});
-        fs::remove(Folder() / "tmux");
-        CServerFixture::TearDown();
-    }
-
-    qortest::CEnd Tmux(const CStrings& arguments) const {
-        CStrings command = {"tmux", "-u", "-S", Folder() / "tmux", "-f", "/dev/null"};
-        command.insert(command.end(), arguments.begin(), arguments.end());
-        return qortest::RunProgram(command);
-    }
-
-    // Starts the command on `host` in a terminal of its own, which stays when the command has
-    // ended.
-    void Start(const std::string& options, const std::string& command, int width,
-               int height) const {
-        StartProgram(options, QORCTL_PROGRAM " " + command, width, height);
-    }
-    void StartProgram(const std::string& options, const std::string& command, int width,
-                      int height) const {
-        const std::string line = std::string(MARK) + "=" + Folder().string() + " " QORSIM_PROGRAM +
-                                 " run " + options + " -- " + command +
-                                 "; echo status=$?; exec cat";
-        // A server that ends with its last terminal takes one along that comes while it does.
-        const qortest::CEnd end =
-            Tmux({"new-session", "-d", "-x", std::to_string(width), "-y", std::to_string(height),
-                  line, ";", "set-option", "-s", "exit-empty", "off"});
-        EXPECT_EQ(end.status, 0) << end.err;
-    }
-
-    // What the terminal shows once `text` is there; with control sequences where `options` say so.
-    // A line that was longer than the terminal is wide is one line here.
-    std::string Await(const std::string& text, const CStrings& options = {}) const {
-        CStrings capture = {"capture-pane", "-p", "-J", "-S", "-"};
-        capture.insert(capture.end(), options.begin(), options.end());
-        const auto end = std::chrono::steady_clock::now() + PATIENCE;
-        std::string shown;
-        while (shown.find(text) == std::string::npos) {
-            if (std::chrono::steady_clock::now() > end) {
-                ADD_FAILURE() << '"' << text << "\" does not come: " << shown;
-                break;
-            }
-            shown = Tmux(capture).out;
-        }
-        return shown;
-    }
-
-    // Processes of the command, all of its descendants included.
-    size_t CountProcesses() const {
-        const std::string mark = std::string(MARK) + "=" + Folder().string();
-        size_t count = 0;
-        for (const fs::directory_entry& entry : fs::directory_iterator("/proc")) {
-            std::ifstream file(entry.path() / "environ");
-            std::stringstream text;
-            text << file.rdbuf();
-            count += text.str().find(mark) == std::string::npos ? 0U : 1U;
-        }
-        return count;
-    }
-};
+using TerminalTest = qortest::CTerminalFixture;
 
 TEST_F(TerminalTest, NothingIsWiderThanTheTerminal) {
     for (const int width : {60, 200}) {

@@ -114,13 +114,13 @@ TEST(WatchScreenTest, AgeOfTheDataAndTheWaitAreShown) {
               "the data is 2 min 13 s old; asking for 130 s");
 }
 
-TEST(WatchScreenTest, WorstProblemsComeFirst) {
+TEST(WatchScreenTest, ProblemsComeFirst) {
     CTick tick = Answer();
-    tick.health.findings = {{qorctl::EHealth::WARNING, "", "a", "1"},
+    tick.health.findings = {{qorctl::EHealth::CRITICAL, "", "c", "3"},
+                            {qorctl::EHealth::CRITICAL, "", "e", "5"},
                             {qorctl::EHealth::UNKNOWN, "", "b", "2"},
-                            {qorctl::EHealth::CRITICAL, "", "c", "3"},
-                            {qorctl::EHealth::WARNING, "", "d", "4"},
-                            {qorctl::EHealth::CRITICAL, "", "e", "5"}};
+                            {qorctl::EHealth::WARNING, "", "a", "1"},
+                            {qorctl::EHealth::WARNING, "", "d", "4"}};
     qorctl::CWatchScreen screen(10);
     screen.Take(tick);
     std::vector<std::string> lines = Lines(screen, LARGE, UTF8);

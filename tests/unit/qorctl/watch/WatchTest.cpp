@@ -109,12 +109,15 @@ protected:
             m_Clock.m_Now += m_Duration;
             return answers.at(asked++);
         };
-        return qorctl::CWatch({.interval = interval, .count = static_cast<int64_t>(answers.size())},
+        return qorctl::CWatch({.interval = interval,
+                               .count = static_cast<int64_t>(answers.size()),
+                               .filter = m_Filter},
                               ask, m_Clock, m_View)
             .Run();
     }
 
-    int64_t m_Duration = 0;   // milliseconds
+    int64_t m_Duration = 0;  // milliseconds
+    qorctl::CInventoryFilter m_Filter;
     int m_Input = -1;         // what a request waits for, if it does
     int64_t m_Patience = -1;  // and for how long
     CTestClock m_Clock;
@@ -125,6 +128,23 @@ TEST_F(WatchTest, RequestsDoNotDriftWhateverTheyTake) {
     m_Duration = 700;
     Watch(std::vector<CAnswer>(4, Answer("ONLINE")), 10);
     EXPECT_THAT(m_Clock.m_Waits, ElementsAre(10000, 20000, 30000));
+}
+
+TEST_F(WatchTest, ProblemsAreShownAndTheirEndsAreChanges) {
+    m_Filter.problems = true;
+    Watch({Answer("ONLINE"), Answer("FAILED"), Answer("ONLINE")});
+    EXPECT_TRUE(m_View.m_Ticks[0].answer.inventory.physicalDrives.empty());
+    EXPECT_EQ(m_View.m_Ticks[1].answer.inventory.physicalDrives.size(), 1U);
+    EXPECT_THAT(m_View.m_Text, testing::HasSubstr("controller 0 drive PD3: ONLINE -> FAILED"));
+    EXPECT_THAT(m_View.m_Text, testing::HasSubstr("controller 0 drive PD3: FAILED -> ONLINE"));
+}
+
+TEST_F(WatchTest, PlaceThatIsNotReportedIsUnknown) {
+    m_Filter.controller = 7;
+    Watch({Answer("FAILED")});
+    EXPECT_EQ(m_View.m_Ticks[0].status, qorctl::EHealth::UNKNOWN);
+    ASSERT_EQ(m_View.m_Ticks[0].health.findings.size(), 1U);
+    EXPECT_EQ(m_View.m_Ticks[0].health.findings[0].rule, "no-such-controller");
 }
 
 TEST_F(WatchTest, TimesThatALongRequestMissedAreLeftOut) {
