@@ -11,8 +11,10 @@
 #include <stdexcept>
 #include <utility>
 
+#include "base/ServerPaths.h"
 #include "cli/ProductVersion.h"
 #include "host/Ask.h"
+#include "host/PathTrouble.h"
 #include "util/FileIo.h"
 #include "util/UniqueFd.h"
 
@@ -44,6 +46,13 @@ std::string ReadWhole(const util::CUniqueFd& file, std::string& problem) {
         return "";
     }
     return text;
+}
+
+// The plug-in takes a tool that this user may not see for one that is missing.
+std::string ExplainMissingTool() {
+    const CPathTrouble trouble = ExaminePath(KRZ_CLI_PATH, EPathKind::FILE, X_OK);
+    return trouble.remedy.empty() ? fmt::format("the RAID tool is not installed ({})", KRZ_CLI_PATH)
+                                  : trouble.reason;
 }
 
 }  // namespace
@@ -86,7 +95,7 @@ std::string ExplainToolRun(const CToolRun& run) {
         case EToolResult::NOT_RUN:
             return "the RAID tool could not be run, or was killed";
         case EToolResult::NOT_INSTALLED:
-            return "the RAID tool is not installed (/opt/tarmica/krz/cli/krzcli)";
+            return ExplainMissingTool();
         case EToolResult::TIME_OUT:
             return "the RAID tool did not end in time and was killed";
     }

@@ -55,7 +55,7 @@ TEST_F(BashCompletionTest, ValuesOfAnOptionAreOffered) {
 }
 
 TEST_F(BashCompletionTest, ValuesAreThoseOfTheHelp) {
-    const CStrings forms = {"tree", "table", "json", "csv", "xml"};
+    const CStrings forms = {"status", "tree", "table", "json", "csv", "xml"};
     EXPECT_EQ(Complete("qorctl", "raid --format \"\""), forms);
     EXPECT_EQ(Complete("qorctl", "raid --format = \"\""), forms);
     EXPECT_EQ(Complete("qorctl", "raid --format ="), forms);

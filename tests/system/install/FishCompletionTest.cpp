@@ -39,7 +39,7 @@ TEST_F(FishCompletionTest, SubcommandsOptionsAndValuesAreOffered) {
 
 TEST_F(FishCompletionTest, ValuesHostsAndFaultsAreOffered) {
     qortest::WriteFile(Folder() / "unique.so", "");
-    EXPECT_EQ(Complete("qorctl", "qorctl raid --format "), "csv\njson\ntable\ntree\nxml\n");
+    EXPECT_EQ(Complete("qorctl", "qorctl raid --format "), "csv\njson\nstatus\ntable\ntree\nxml\n");
     EXPECT_EQ(Complete("qorctl", "qorctl xml --of "), "drive\nraid\nstorage\n");
     EXPECT_EQ(Complete("qorctl", "qorctl check --perfdata "), "all\ncounts\nnone\n");
     EXPECT_THAT(Complete("qorctl", "qorctl raid --plugin uni"), HasSubstr("unique.so"));

@@ -34,12 +34,14 @@ TEST_F(ZshCompletionTest, SubcommandsOptionsAndValuesAreOffered) {
     EXPECT_THAT(Complete("qorctl", "\"\""), HasSubstr("doctor:Examine "));
     EXPECT_THAT(Complete("qorctl", "doctor --"), HasSubstr("--format\n"));
     EXPECT_EQ(Complete("qorctl", "doctor --format \"\""), "tree\njson\n");
-    EXPECT_EQ(Complete("qorctl", "raid \"\""), "--help\n--plugin\n--timeout\n--format\n--output\n");
+    EXPECT_EQ(
+        Complete("qorctl", "raid \"\""),
+        "--help\n--plugin\n--timeout\n--format\n--output\n--problems\n--controller\n--enclosure\n");
     EXPECT_EQ(Complete("qorsim", "run --host small -- q"), "PROGRAMS\n");
 }
 
 TEST_F(ZshCompletionTest, ValuesHostsAndFaultsAreOffered) {
-    EXPECT_EQ(Complete("qorctl", "raid --format \"\""), "tree\ntable\njson\ncsv\nxml\n");
+    EXPECT_EQ(Complete("qorctl", "raid --format \"\""), "status\ntree\ntable\njson\ncsv\nxml\n");
     EXPECT_EQ(Complete("qorctl", "xml --of \"\""), "raid\nstorage\ndrive\n");
     EXPECT_EQ(Complete("qorctl", "check --perfdata \"\""), "none\ncounts\nall\n");
     EXPECT_EQ(Complete("qorctl", "raid --plugin \"\""), "FILES\n");

@@ -85,14 +85,15 @@ TEST_F(CommandLineTest, OptionOfAnotherCommandNamesThatOne) {
                  R"(raid has no option "--perfdata", but check has)",
                  "qorctl raid --help"});
     const CEnd outcome = Run({"svp", "--format", "json"});
-    EXPECT_THAT(outcome.err, HasSubstr("svp has no option \"--format\", but raid, storage, "));
+    EXPECT_THAT(outcome.err,
+                HasSubstr("svp has no option \"--format\", but status, raid, storage, "));
 }
 
 TEST_F(CommandLineTest, OptionInFrontOfItsCommandIsSentBehindIt) {
     ExpectWrong({{"--format", "json", "raid"},
                  R"("--format" stands behind the command that it is for: qorctl raid --format)"});
     ExpectWrong({{"--format=json"},
-                 R"("--format" stands behind the command that it is for: qorctl raid --format)"});
+                 R"("--format" stands behind the command that it is for: qorctl status --format)"});
 }
 
 TEST_F(CommandLineTest, MissingValueIsNamed) {
@@ -102,13 +103,13 @@ TEST_F(CommandLineTest, MissingValueIsNamed) {
                  "--format: its value is missing: text|json",
                  "qorctl watch --help"});
     ExpectWrong({{"raid", "--format="},
-                 "--format: its value is missing: tree|table|json|csv|xml",
+                 "--format: its value is missing: status|tree|table|json|csv|xml",
                  "qorctl raid --help"});
 }
 
 TEST_F(CommandLineTest, WrongValueIsRefusedWithTheRightOnes) {
     ExpectWrong({{"raid", "--format", "yaml"},
-                 R"(--format: "yaml" is none of: tree, table, json, csv, xml)",
+                 R"(--format: "yaml" is none of: status, tree, table, json, csv, xml)",
                  "qorctl raid --help"});
     ExpectWrong({{"watch", "--format", "xml"},
                  R"(--format: "xml" is none of: text, json)",

@@ -70,7 +70,8 @@ TEST_F(StatusCommandTest, FailureIsAVerdictToo) {
                              "--", QORCTL_PROGRAM, "status", "--output", log});
     EXPECT_EQ(end.status, 1);
     EXPECT_EQ(qortest::ReadFile(log),
-              "UNKNOWN: no answer: the RAID tool reported an error, or could not be run (krzcli "
+              "UNKNOWN: no answer: the RAID tool reported an error, or could not be run: Error - "
+              "Simulated fault. (krzcli "
               "-pdinfo -nosmart -a0)\n");
     EXPECT_THAT(end.err, HasSubstr("error code 01"));
 }

@@ -26,6 +26,10 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr const char* NO_FAULT = "none";
+// Takes the rights to the file $0 away and runs the command as somebody who has no others.
+constexpr const char* CLOSE =
+    "chmod 0 $0; exec setpriv --bounding-set -dac_override,-dac_read_search "
+    "--inh-caps -dac_override,-dac_read_search \"$@\"";
 constexpr const char* BEGIN = "<!-- begin of what the test writes -->\n";
 constexpr const char* END = "<!-- end of what the test writes -->\n";
 
@@ -36,12 +40,18 @@ struct CCase {
     int clock = 10;
     // A tool that ends and leaves a process of its own is no business of the plug-in.
     const char* left = "";
-    // A shipped host without a fault, in place of the usual one with a fault.
+    // A row that is not named after its fault: the host, the fault (or ""), what the verbs are
+    // given, and a file that is closed to a user who asks without root's rights.
     const char* host = RELIABILITY_HOST;
+    const char* strikes = nullptr;
+    const char* options = "";
+    const char* closed = "";
+
+    std::string Strikes() const { return strikes == nullptr ? fault : strikes; }
 };
 
 constexpr CCase CASES[] = {
-    {NO_FAULT},
+    {.fault = NO_FAULT, .strikes = ""},
     {"hang", 300},
     {"hang-term", 300},
     {"hang-child", 10, "process\n"},
@@ -79,8 +89,13 @@ constexpr CCase CASES[] = {
     {"nul@-pdinfo"},
     {"mutate=1@-pdinfo"},
     {"vanish#3"},
-    {.fault = "host no-controller", .host = "no-controller"},
-    {.fault = "host tool-6.8", .host = "tool-6.8"},
+    {.fault = "host no-controller", .host = "no-controller", .strikes = ""},
+    {.fault = "host tool-6.8", .host = "tool-6.8", .strikes = ""},
+    {.fault = "hang, --timeout 60", .clock = 300, .strikes = "hang", .options = "--timeout 60"},
+    {.fault = "no right to the device list",
+     .strikes = "",
+     .closed = "/opt/tarmica/qor/kam/work/devices.tmp"},
+    {.fault = "no right to the RAID tool", .strikes = "", .closed = "/opt/tarmica/krz/cli"},
 };
 
 // Names of tests have letters, digits and underscores only.
@@ -223,6 +238,8 @@ protected:
         CStrings command = {QORCTL_PROGRAM};
         std::istringstream words(verb.name);
         command.insert(command.end(), std::istream_iterator<std::string>(words), {});
+        std::istringstream options(GetParam().options);
+        command.insert(command.end(), std::istream_iterator<std::string>(options), {});
         command.insert(command.end(), verb.arguments.begin(), verb.arguments.end());
         const CEnd end = Run(verb.name, command);
         const std::string message = CellText(verb.message(end));
@@ -233,9 +250,8 @@ private:
     // Runs a command on a fresh server with the fault, and looks at what it leaves.
     CEnd Run(const std::string& question, const CStrings& command) const {
         CStrings whole = {QORSIM_PROGRAM, "run", "--host", GetParam().host};
-        if (GetParam().host == std::string(RELIABILITY_HOST) &&
-            GetParam().fault != std::string(NO_FAULT)) {
-            whole.insert(whole.end(), {"--fault", GetParam().fault});
+        if (!GetParam().Strikes().empty()) {
+            whole.insert(whole.end(), {"--fault", GetParam().Strikes()});
         }
         const fs::path facts = Folder() / (FileName(question) + ".facts");
         whole.insert(
@@ -243,6 +259,9 @@ private:
             {"--", PROBE_PROGRAM, facts, "env", "LC_ALL=C.UTF-8",
              "QOR_TRACE=file:" + Trace(question).string() + ":3", "QOR_PLUGIN=" QOR_PLUGIN_PATH,
              "QOR_FAST_CLOCK=" + std::to_string(GetParam().clock), "LD_PRELOAD=" FAST_CLOCK});
+        if (GetParam().closed != std::string()) {
+            whole.insert(whole.end(), {"sh", "-c", CLOSE, GetParam().closed});
+        }
         whole.insert(whole.end(), command.begin(), command.end());
         WriteFile(Trace(question), "");
         const CEnd end = RunProgram(whole);
@@ -302,7 +321,7 @@ TEST_P(CReliabilityPageTest, TablesAreMadeOfTheRows) {
 TEST_P(CReliabilityPageTest, EachKindOfFaultHasARow) {
     CStrings faults;
     for (const CCase& one : CASES) {
-        faults.push_back(std::regex_replace(one.fault, std::regex("[=@#].*"), ""));
+        faults.push_back(std::regex_replace(one.Strikes(), std::regex("[=@#].*"), ""));
     }
     const std::string list = Qorsim({"list"}).out;
     size_t kinds = 0;
