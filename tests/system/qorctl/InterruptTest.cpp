@@ -161,6 +161,7 @@ TEST_F(RequestEndTest, TimeLimitEndsTheToolWhateverIsAsked) {
         int status;
         std::string says;
     } rows[] = {
+        {{"status"}, 1, "UNKNOWN: there was no answer within 1 s (krzcli -v)\n"},
         {{"raid"}, 1, "qorctl: there was no answer within 1 s\n"},
         {{"storage"}, 1, "qorctl: there was no answer within 1 s\n"},
         {{"drive", "0", "252", "3"}, 1, "the command that failed: krzcli -ldpdinfo -a0\n"},
@@ -170,7 +171,7 @@ TEST_F(RequestEndTest, TimeLimitEndsTheToolWhateverIsAsked) {
         {{"exec", "--", "krzcli", "-v"}, 124, "the RAID tool did not end in time and was killed"},
         {{"version"}, 0, "unknown (the RAID tool did not end in time and was killed)\n"},
         {{"doctor"}, 1, "krzcli -v: the RAID tool did not end in time and was killed\n"},
-        {{"watch", "--count", "1"}, 1, "no answer: there was no answer within 1 s"},
+        {{"watch", "--count", "1"}, 1, "Z there was no answer within 1 s (krzcli -v)\n"},
     };
     for (const auto& row : rows) {
         std::vector<std::string> arguments = row.arguments;
