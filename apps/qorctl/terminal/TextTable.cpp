@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <sstream>
 
 namespace qorctl {
 namespace {
@@ -123,7 +124,12 @@ std::string LeftOutText(std::span<const CTableColumn> columns, const CWidths& na
             names += (names.empty() ? "Not shown: " : ", ") + std::string(columns[i].title);
         }
     }
-    return names.empty() ? "" : Coloured(WrapText(names, style.width, 0, GAP), DIM, style) + '\n';
+    std::istringstream lines(WrapText(names, style.width, 0, GAP));
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+        text += Coloured(line, DIM, style) + '\n';
+    }
+    return text;
 }
 
 }  // namespace

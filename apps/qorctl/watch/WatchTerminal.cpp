@@ -145,8 +145,10 @@ struct CColour {
 };
 
 // What Style.h has for a line, in the order of the pairs of colours, from 1 on.
-constexpr CColour COLOURS[] = {
-    {RED, COLOR_RED, A_NORMAL}, {YELLOW, COLOR_YELLOW, A_NORMAL}, {BOLD, -1, A_BOLD}};
+constexpr CColour COLOURS[] = {{RED, COLOR_RED, A_NORMAL},
+                               {YELLOW, COLOR_YELLOW, A_NORMAL},
+                               {BOLD, -1, A_BOLD},
+                               {DIM, -1, A_DIM}};
 
 void MakeColours() {
     start_color();

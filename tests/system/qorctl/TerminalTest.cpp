@@ -80,6 +80,7 @@ TEST_F(TerminalTest, WatchFitsTheTerminalAndLeavesItAsItWas) {
     Start("--host lifecycle --start-at 1000000", "watch --interval 3600", 60, 40);
     const std::string shown = Await("Unconfig GOOD");
     EXPECT_THAT(shown, HasSubstr("CRITICAL  qorctl watch, every 3600 s: "));
+    EXPECT_THAT(shown, AllOf(HasSubstr("\nNot shown: "), Not(HasSubstr("^["))));
     for (const std::string& line : qortest::Lines(shown)) {
         EXPECT_LE(Columns(line), 60);
     }
