@@ -24,6 +24,7 @@ namespace {
 
 constexpr mode_t ANY_MODE = 0666;
 constexpr mode_t PRIVATE_MODE = 0600;
+constexpr mode_t READABLE_MODE = 0644;
 constexpr mode_t KEPT_MODE = 0755;
 constexpr mode_t KEPT_FOR_OTHERS = 0705;  // all but the group's
 constexpr const char* ACCESS_LIST = "system.posix_acl_access";
@@ -151,9 +152,10 @@ bool Fill(const util::CFilePlace& place, const std::string& text, EFileMode mode
         return false;
     }
     if (!isNew) {
-        const mode_t kept =
-            mode == EFileMode::PRIVATE ? PRIVATE_MODE : KeptMode(place, *old, file.Get());
-        if (fchmod(file.Get(), kept) != 0) {
+        const mode_t wanted = mode == EFileMode::PRIVATE    ? PRIVATE_MODE
+                              : mode == EFileMode::READABLE ? READABLE_MODE
+                                                            : KeptMode(place, *old, file.Get());
+        if (fchmod(file.Get(), wanted) != 0) {
             return false;
         }
     }

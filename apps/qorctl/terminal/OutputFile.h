@@ -13,7 +13,8 @@ enum class EFileMode {
     // old file of the caller's: its rights to read, write and execute, without those of others to
     // write, and those of its group only where the new file has it too and the old one had no list.
     KEPT,
-    PRIVATE,  // 0600
+    PRIVATE,   // 0600
+    READABLE,  // 0644, whatever the umask and the old file say: another user's program reads it
 };
 
 // Replaces the file `path` by one that holds `text`: written to a temporary file in the same

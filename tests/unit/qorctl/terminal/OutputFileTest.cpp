@@ -37,6 +37,10 @@ protected:
         return WriteOutputFile(path, text, EFileMode::KEPT, m_Problem);
     }
 
+    bool WriteReadable(const fs::path& path) {
+        return WriteOutputFile(path, "new\n", EFileMode::READABLE, m_Problem);
+    }
+
     size_t FilesInFolder() const {
         return static_cast<size_t>(
             std::distance(fs::directory_iterator(m_Folder), fs::directory_iterator()));
@@ -103,6 +107,18 @@ TEST_F(OutputFileTest, OldFileIsReplacedAndItsModeKept) {
     EXPECT_TRUE(Write(m_File));
     EXPECT_EQ(qortest::ReadFile(m_File), "new\n");
     EXPECT_EQ(Mode(m_File), 0400U);
+}
+
+TEST_F(OutputFileTest, ReadableFileIsReadableForAllWhateverWasThere) {
+    const mode_t before = umask(077);
+    EXPECT_TRUE(WriteReadable(m_File)) << m_Problem;
+    umask(before);
+    EXPECT_EQ(Mode(m_File), 0644U);
+    for (const mode_t old : {0400U, 0666U}) {
+        ASSERT_EQ(chmod(m_File.c_str(), old), 0);
+        EXPECT_TRUE(WriteReadable(m_File)) << m_Problem;
+        EXPECT_EQ(Mode(m_File), 0644U);
+    }
 }
 
 TEST_F(OutputFileTest, SetUserIdAndWhatOthersMayWriteAreNotKept) {
