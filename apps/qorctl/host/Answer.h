@@ -52,6 +52,8 @@ struct CAnswer : CReply {
     std::string command;     // the tool's command that failed; empty: none to name
     std::vector<CGap> gaps;  // what is left out of the devices that there are
 
+    size_t toolRuns = 0;  // commands of the RAID tool, repeats not counted; 0: none is known of
+
     CInventory inventory;  // empty unless the plug-in answered
 };
 

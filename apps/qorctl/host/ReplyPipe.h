@@ -19,7 +19,7 @@
 namespace qorctl {
 
 enum class EFrame : char {
-    COMMAND = 'C',  // the command that runs now
+    COMMAND = 'C',  // a command that begins to run
     ITEM = 'I',     // parent name, item name, value, enable flag
     REPLY = 'R',    // the last one of a request that came to its end; see Request.cpp
     ENDED = 'E',    // how the process that held the plug-in ended, in words

@@ -128,6 +128,7 @@ void CRequestProcess::TakeFrame(EFrame kind, const CReplyReader::CFields& fields
     }
     switch (kind) {
         case EFrame::COMMAND:
+            ++m_ToolRuns;
             m_Command = fields[0];
             m_Progress = fields[1];
             break;
@@ -151,8 +152,10 @@ void CRequestProcess::End() {
 }
 
 CAnswer CRequestProcess::TakeAnswer() {
-    return m_IsTimeOver ? TimeIsOver(*m_Plugin.timeout, m_Command)
-                        : MakeAnswer(m_Request, std::move(m_Result), std::move(m_Items));
+    CAnswer answer = m_IsTimeOver ? TimeIsOver(*m_Plugin.timeout, m_Command)
+                                  : MakeAnswer(m_Request, std::move(m_Result), std::move(m_Items));
+    answer.toolRuns = m_ToolRuns;
+    return answer;
 }
 
 }  // namespace qorctl

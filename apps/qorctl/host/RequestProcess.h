@@ -58,6 +58,7 @@ private:
     CTime m_End = CTime::max();
     bool m_IsTimeOver = false;
     std::string m_Command;
+    size_t m_ToolRuns = 0;
     std::string m_Progress;
     CReply m_Result;
     std::shared_ptr<CItemListOwner> m_Items = std::make_shared<CItemListOwner>();

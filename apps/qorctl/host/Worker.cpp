@@ -127,9 +127,9 @@ void CTraceWatch::OnLine(void* context, const char* /*module*/,
         watch.m_Printed = WhatTheToolComplainedOf();
         return;
     }
-    const std::string before = watch.m_Reader.Command();
+    const size_t before = watch.m_Reader.Commands();
     watch.m_Reader.Take({message, length});
-    if (watch.m_Reader.Command() != before) {
+    if (watch.m_Reader.Commands() != before) {
         watch.m_Writer.Write(EFrame::COMMAND, {watch.m_Reader.Command(), watch.m_Reader.Text()});
         watch.m_Writer.Flush();
     }
@@ -182,8 +182,10 @@ void AskSafely(const CPluginLibrary& library, const CRequest& request, CReplyWri
 void CTraceReader::Take(std::string_view message) {
     if (auto command = Between(message, COMMAND_HEAD, COMMAND_TAIL)) {
         m_Command = *std::move(command);
+        ++m_Commands;
     } else if (auto utility = Between(message, UTILITY_HEAD, "")) {
         m_Command = *std::move(utility);
+        ++m_Commands;
     } else if (auto version = Between(message, VERSION_HEAD, VERSION_TAIL)) {
         m_ToolVersion = version->empty() ? std::nullopt : std::move(version);
     } else if (m_Command.empty() && message.starts_with(CARD_HEAD)) {

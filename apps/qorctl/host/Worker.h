@@ -2,6 +2,7 @@
 #ifndef QORCTL_HOST_WORKER_H
 #define QORCTL_HOST_WORKER_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +19,8 @@ public:
 
     // The command that runs; empty before the first one.
     const std::string& Command() const { return m_Command; }
+    // How many there were.
+    size_t Commands() const { return m_Commands; }
     // "krzcli -pdinfo -nosmart -a1 (controller 2 of 4)". The number of controllers is that of the
     // supported cards in the server, and is left out once it turns out to be too low.
     std::string Text() const;
@@ -25,6 +28,7 @@ public:
 
 private:
     std::string m_Command;
+    size_t m_Commands = 0;
     std::optional<std::string> m_ToolVersion;
     long long m_Cards = 0;
 };

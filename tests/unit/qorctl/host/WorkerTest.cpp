@@ -26,6 +26,16 @@ TEST(TraceReaderTest, CommandAndControllerAreTold) {
     EXPECT_EQ(reader.Text(), "storcli show");
 }
 
+TEST(TraceReaderTest, CommandsAreCountedAlsoTheSameAgain) {
+    CTraceReader reader;
+    EXPECT_EQ(reader.Commands(), 0U);
+    reader.Take("execute krzcli command.(krzcli -ldpdinfo -a0)");
+    reader.Take("execute krzcli command.(krzcli -ldpdinfo -a0)");
+    reader.Take("KRZ Version is 7.0.");
+    reader.Take("Execute LSI RAID Utilty command. storcli show");
+    EXPECT_EQ(reader.Commands(), 3U);
+}
+
 TEST(TraceReaderTest, CardsFoundLaterAreNoControllers) {
     CTraceReader reader;
     reader.Take("execute krzcli command.(krzcli -v)");
