@@ -89,6 +89,13 @@ constexpr CStateKey STATE_KEYS[] = {
     {"Status", SSD_STATES},
 };
 
+// None for a key that tells no state.
+std::span<const CState> StatesOf(std::string_view key) {
+    const auto* row = std::find_if(std::begin(STATE_KEYS), std::end(STATE_KEYS),
+                                   [key](const CStateKey& each) { return each.key == key; });
+    return row == std::end(STATE_KEYS) ? std::span<const CState>() : row->states;
+}
+
 // What is judged and measured of an error counter.
 struct CCounterRule {
     CCounter counter;
@@ -350,13 +357,20 @@ EHealth CHealth::Overall() const {
 }
 
 EHealth JudgeState(std::string_view key, const std::string& value) {
-    const auto* row = std::find_if(std::begin(STATE_KEYS), std::end(STATE_KEYS),
-                                   [key](const CStateKey& each) { return each.key == key; });
-    if (row == std::end(STATE_KEYS)) {
+    const std::span<const CState> states = StatesOf(key);
+    if (states.empty()) {
         return EHealth::OK;
     }
-    const CState* state = FindState(value, row->states);
+    const CState* state = FindState(value, states);
     return state == nullptr ? EHealth::UNKNOWN : state->health;
+}
+
+std::vector<std::string_view> KnownStates(std::string_view key) {
+    std::vector<std::string_view> texts;
+    for (const CState& state : StatesOf(key)) {
+        texts.push_back(state.text);
+    }
+    return texts;
 }
 
 CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options) {

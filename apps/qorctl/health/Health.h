@@ -70,6 +70,10 @@ struct CHealth {
 // tells no state, UNKNOWN for a value without a known meaning.
 EHealth JudgeState(std::string_view key, const std::string& value);
 
+// The values of such a key that have a meaning, in the order of docs/health.md; none for another
+// key.
+std::vector<std::string_view> KnownStates(std::string_view key);
+
 // Everything but the counters.
 CHealth JudgeHealth(const CInventory& inventory, const CHealthOptions& options);
 

@@ -131,6 +131,13 @@ TEST(HealthTest, DriveStatesHaveTheirSeverity) {
     }
 }
 
+TEST(HealthTest, KnownStatesAreThoseThatHaveASeverity) {
+    EXPECT_THAT(qorctl::KnownStates("State"),
+                testing::ElementsAre("Optimal", "Partially Degraded", "Degraded", "Offline"));
+    EXPECT_EQ(qorctl::KnownStates("PD Status(Detail)").size(), 10U);
+    EXPECT_THAT(qorctl::KnownStates("Temperature"), testing::IsEmpty());
+}
+
 TEST(HealthTest, DriveStateWithoutAKnownMeaningIsUnknown) {
     for (const char* state : {"Online", "ONLINE ", "Predicted Failure", ""}) {
         CPhysicalDrive drive = GoodDrive();
