@@ -12,6 +12,7 @@
 #include "commands/CommonOptions.h"
 #include "commands/DoctorCommand.h"
 #include "commands/ExecCommand.h"
+#include "commands/MetricsCommand.h"
 #include "commands/ReportCommand.h"
 #include "commands/SvpCommand.h"
 #include "commands/VersionCommand.h"
@@ -50,7 +51,8 @@ int main(int argc, char** argv) {
          {qorctl::AddStatusCommand, qorctl::AddRaidCommand, qorctl::AddStorageCommand,
           qorctl::AddDriveCommand, qorctl::AddXmlCommand, qorctl::AddSvpCommand,
           qorctl::AddDoctorCommand, qorctl::AddExecCommand, qorctl::AddVersionCommand,
-          qorctl::AddCheckCommand, qorctl::AddWatchCommand, qorapps::AddHelpCommand}) {
+          qorctl::AddCheckCommand, qorctl::AddWatchCommand, qorctl::AddMetricsCommand,
+          qorapps::AddHelpCommand}) {
         add(app, status);
     }
     try {

@@ -33,6 +33,8 @@ const std::vector<std::vector<std::string>> OUTPUTS = {
     {"check", "--perfdata", "all"},
     {"check", "--format", "json"},
     {"check", "--state", "/opt/tarmica/ctl/health.json"},
+    {"metrics"},
+    {"metrics", "--smart"},
     {"watch", "--count", "1"},
     {"watch", "--count", "1", "--format", "json"},
 };

@@ -168,6 +168,14 @@ std::string WithoutTime(const CEnd& end) {
     return std::regex_replace(FirstLine(end.out), std::regex("^[0-9TZ:-]+ "), "");
 }
 
+// "success 0, no-tool": the reason in a word
+std::string CollectionResult(const CEnd& end) {
+    std::string reason = LineBehind(end.out, "qor_collection_result_info{reason=\"");
+    reason.erase(std::min(reason.find('"'), reason.size()));
+    return "success " + LineBehind(end.out, "qor_collection_success ") + ", complete " +
+           LineBehind(end.out, "qor_collection_complete ") + ", " + reason;
+}
+
 std::string FailedCheck(const CEnd& end) {
     for (const std::string& line : Lines(end.out)) {
         const size_t verdict = line.find("FAIL ");
@@ -217,6 +225,7 @@ const std::vector<CVerb>& Verbs() {
         {"check", {}, Summary},
         {"check --no-hardware ok", {}, Summary},
         {"watch", {"--count", "1"}, WithoutTime},
+        {"metrics", {}, CollectionResult},
         {"doctor", {}, FailedCheck},
         {"exec", {"--", "krzcli", "-ctrlinfo", "-aAll"}, Complaint},
         {"version", {}, ToolVersion},

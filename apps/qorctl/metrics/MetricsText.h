@@ -1,0 +1,63 @@
+// The text that node_exporter's textfile collector reads, version 0.0.4 of the format:
+//
+//     text      = { family }
+//     family    = "# HELP " name " " help LF "# TYPE " name " " type LF { series }
+//     series    = name [ "{" label { "," label } "}" ] " " number LF
+//     label     = name "=" '"' { character | "\\" | "\"" } '"'
+//
+// The series of a family stand together, and no two of a text are the same: a reader refuses a
+// whole text for one such pair. There is neither a time stamp, which the collector refuses, nor a
+// type beyond these two.
+#ifndef QORCTL_METRICS_METRICSTEXT_H
+#define QORCTL_METRICS_METRICSTEXT_H
+
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qorctl {
+
+struct CLabel {
+    std::string_view name;
+    std::string value;  // any bytes: what is not printable UTF-8 is made visible
+};
+
+using CLabels = std::vector<CLabel>;
+
+// `labels` and one more, unless its value is not there or empty, or they have one of that name.
+CLabels With(CLabels labels, std::string_view name, const std::optional<std::string>& value);
+
+enum class EMetric { GAUGE, COUNTER };
+
+struct CFamily {
+    std::string_view name;
+    EMetric type = EMetric::GAUGE;
+    std::string_view help;  // without a line feed or a backslash
+};
+
+class CMetricsText {
+public:
+    // The series that follow are of this family. One that gets none is left out of the text.
+    void Begin(const CFamily& family);
+
+    // A series of the family, unless it has one with these labels.
+    void Add(const CLabels& labels, long long number);
+    void AddReal(const CLabels& labels, double number);
+
+    const std::string& Text() const { return m_Text; }
+    size_t Series() const { return m_Count; }
+
+private:
+    void AddSeries(const CLabels& labels, const std::string& number);
+
+    CFamily m_Family;
+    std::set<std::string> m_Series;  // of the family, by their labels
+    std::string m_Text;
+    size_t m_Count = 0;
+};
+
+}  // namespace qorctl
+
+#endif  // QORCTL_METRICS_METRICSTEXT_H
