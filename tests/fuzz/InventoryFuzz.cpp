@@ -10,6 +10,7 @@
 #include "Fuzz.h"
 #include "ItemListInput.h"
 #include "ItemReading.h"
+#include "MetricsReading.h"
 #include "MonitoringGrammar.h"
 #include "commands/CheckCommand.h"
 #include "format/Csv.h"
@@ -18,6 +19,7 @@
 #include "format/Table.h"
 #include "format/Tree.h"
 #include "health/Verdict.h"
+#include "metrics/Metrics.h"
 #include "model/Inventory.h"
 #include "model/ItemTree.h"
 
@@ -273,9 +275,29 @@ void LookAtCheck(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
     }
 }
 
+void LookAtMetrics(const qorctl::CItemTree&, const qorctl::CInventory& inventory,
+                   const CItemReading* reading) {
+    const std::string text = qorctl::FormatMetrics(
+        {.answer = AnswerOf(inventory), .smart = qorctl::CSmartRequests(), .version = "1"});
+    const qortest::CMetricsReading read = qortest::ReadMetrics(text);
+    Demand(read.problem.empty(), "every line is one that a reader takes", read.problem);
+    if (reading == nullptr) {
+        return;
+    }
+    for (const auto& [family, count] :
+         {std::pair("qor_controller_info", reading->Count(ERoot::CONTROLLER)),
+          std::pair("qor_logical_drive_info", reading->logicalDrives.size()),
+          std::pair("qor_physical_drive_info", reading->Count(ERoot::DRIVE)),
+          std::pair("qor_pcie_ssd_info", reading->Count(ERoot::SSD))}) {
+        const auto found = read.families.find(family);
+        Demand((found == read.families.end() ? 0 : found->second.series) == count,
+               "every device has its series", family);
+    }
+}
+
 void Fuzz(const std::string& text) {
-    static constexpr CForm FORMS[] = {LookAtJson, LookAtCsv,      LookAtTable,
-                                      LookAtTree, LookAtOverview, LookAtCheck};
+    static constexpr CForm FORMS[] = {LookAtJson,     LookAtCsv,   LookAtTable,  LookAtTree,
+                                      LookAtOverview, LookAtCheck, LookAtMetrics};
     CItemListOwner items;
     ReadItems(text, items);
     const qorctl::CItemTree tree(items);
