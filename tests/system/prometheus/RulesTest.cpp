@@ -1,0 +1,343 @@
+// The alerting rules for Prometheus, in its own promtool: each alert fires when it should, does not
+// one step below, and ends. What promtool is given are the metrics of simulated servers.
+#include <gmock/gmock.h>
+
+#include <map>
+#include <regex>
+#include <set>
+
+#include "SimFixture.h"
+
+namespace qortest {
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr int MINUTES = 90;              // of each phase: before, while, and after
+constexpr const char* ABSENT = "stale";  // what a series is after its last sample
+
+struct CCase {
+    const char* alert;
+    const char* host;     // that is well
+    const char* trouble;  // the patch that should fire; empty: the fault
+    const char* near;     // one step below; empty: there is none
+    const char* fault = "";
+    int minutes = MINUTES;    // that the trouble lasts, and that of the phase after it
+    int seen = MINUTES / 2;   // minutes after its begin when the alert fires
+    const char* always = "";  // a patch of all servers of the case
+};
+
+#define REPLACE(path, value) R"({"op": "replace", "path": ")" path R"(", "value": )" value "}"
+#define ADD(path, value) R"({"op": "add", "path": ")" path R"(", "value": )" value "}"
+#define REMOVE(path) R"({"op": "remove", "path": ")" path R"("})"
+#define DRIVE "/controllers/0/drives/3"
+#define NEW_TOOL REPLACE("/tool/version", R"("7.0")")
+#define LOGICAL "/controllers/0/groups/1/lds/0/state"
+
+constexpr CCase CASES[] = {
+    {.alert = "QorCollectionFails", .host = "sas", .trouble = "", .near = "", .fault = "error"},
+    {.alert = "QorCollectionIncomplete",
+     .host = "sas",
+     .trouble = "",
+     .near = "",
+     .fault = "truncate=1500@-pdinfo"},
+    {.alert = "QorStateUnknown",
+     .host = "sas",
+     .trouble = REPLACE(LOGICAL, R"("Odd")"),
+     .near = REPLACE(LOGICAL, R"("Partially Degraded")")},
+    {.alert = "QorToolTooOld",
+     .host = "sas",
+     .trouble = REPLACE("/tool/version", R"("4.3")"),
+     .near = REPLACE("/tool/version", R"("4.4")"),
+     .minutes = 150,
+     .seen = 100},
+    {.alert = "QorControllerGone",
+     .host = "large",
+     .trouble = REMOVE("/controllers/3"),
+     .near = ""},
+    {.alert = "QorDrivesMissing",
+     .host = "sas",
+     .trouble = "",
+     .near = "",
+     .fault = "truncate=1500@-pdinfo"},
+    {.alert = "QorBatteryBad",
+     .host = "sas",
+     .trouble = REPLACE("/controllers/0/battery/status", R"("Low")"),
+     .near = REPLACE("/controllers/0/battery/status", R"("Learning")")},
+    {.alert = "QorBatteryGone",
+     .host = "sas",
+     .trouble = REMOVE("/controllers/0/battery"),
+     .near = REPLACE("/controllers/0/battery/charge", "0")},
+    {.alert = "QorLogicalDriveDegraded",
+     .host = "sas",
+     .trouble = REPLACE(LOGICAL, R"("Partially Degraded")"),
+     .near = REPLACE(LOGICAL, R"("Optimal")")},
+    {.alert = "QorLogicalDriveOffline",
+     .host = "sas",
+     .trouble = REPLACE(LOGICAL, R"("Offline")"),
+     .near = REPLACE(LOGICAL, R"("Degraded")")},
+    {.alert = "QorPhysicalDriveFailed",
+     .host = "sas",
+     .trouble = REPLACE(DRIVE "/status", R"("FAILED")"),
+     .near = REPLACE(DRIVE "/status", R"("REBUILD")")},
+    {.alert = "QorPhysicalDriveGone",
+     .host = "sas",
+     .trouble = REMOVE("/controllers/0/drives/6"),
+     .near = ""},
+    {.alert = "QorPredictiveFailure",
+     .host = "small",
+     .trouble = ADD(DRIVE "/predictiveFailures", "1"),
+     .near = ADD(DRIVE "/mediaErrors", "1"),
+     .minutes = 1600},
+    {.alert = "QorDriveErrorsGrow",
+     .host = "small",
+     .trouble = ADD(DRIVE "/otherErrors", "1"),
+     .near = ADD(DRIVE "/predictiveFailures", "1"),
+     .minutes = 1600},
+    {.alert = "QorPhysicalDriveTooHot",
+     .host = "sas",
+     .trouble = REPLACE(DRIVE "/temperature", "61"),
+     .near = REPLACE(DRIVE "/temperature", "60")},
+    {.alert = "QorRebuildTooLong",
+     .host = "sas",
+     .trouble = REPLACE(DRIVE "/status", R"("COPYBACK")"),
+     .near = REPLACE(DRIVE "/status", R"("HOT SPARE")"),
+     .minutes = 1600,
+     .seen = 1500},
+    {.alert = "QorPcieSsdBad",
+     .host = "tool-6.8",
+     .trouble = REPLACE("/pcieSsds/0/status", R"("Warning")"),
+     .near = REPLACE("/pcieSsds/0/temperature", "81"),
+     .always = NEW_TOOL},
+    {.alert = "QorPcieSsdWorn",
+     .host = "tool-6.8",
+     .trouble = REPLACE("/pcieSsds/0/lifeUsed", "91"),
+     .near = REPLACE("/pcieSsds/0/lifeUsed", "90"),
+     .minutes = 150,
+     .seen = 100,
+     .always = NEW_TOOL},
+    {.alert = "QorPcieSsdTooHot",
+     .host = "tool-6.8",
+     .trouble = REPLACE("/pcieSsds/0/temperature", "81"),
+     .near = REPLACE("/pcieSsds/0/temperature", "80"),
+     .always = NEW_TOOL},
+};
+
+void PrintTo(const CCase& one, std::ostream* stream) {
+    *stream << one.alert;
+}
+
+// What a server tells: the value of each series.
+using CSamples = std::map<std::string, std::string>;
+
+struct CPhase {
+    const CSamples* samples;
+    int minutes;
+};
+
+// The text of an alert in the rules.
+std::string RuleOf(const std::string& alert) {
+    const std::string rules = ReadFile(RULES_FILE);
+    const size_t begin = rules.find("- alert: " + alert + "\n");
+    return rules.substr(begin, rules.find("- alert: ", begin + 1) - begin);
+}
+
+// Those that the rule speaks of.
+CSamples ReadSamples(const std::string& text, const std::string& rule) {
+    CSamples samples;
+    for (const std::string& line : Lines(text)) {
+        const size_t blank = line.rfind(' ');
+        const std::string family = line.substr(0, line.find_first_of("{ "));
+        if (!line.starts_with("#") && rule.find(family) != std::string::npos) {
+            samples[line.substr(0, blank)] = line.substr(blank + 1);
+        }
+    }
+    return samples;
+}
+
+std::string WithInstance(const std::string& series) {
+    const size_t brace = series.find('{');
+    return brace == std::string::npos
+               ? series + "{instance=\"srv1\"}"
+               : series.substr(0, brace + 1) + "instance=\"srv1\"," + series.substr(brace + 1);
+}
+
+// YAML's own quotes: what a series has in single ones is doubled.
+std::string Quoted(const std::string& text) {
+    return '\'' + std::regex_replace(text, std::regex("'"), "''") + '\'';
+}
+
+// The values of a series, one a minute.
+std::string ValuesOf(const std::string& series, const std::vector<CPhase>& phases) {
+    std::string values;
+    bool wasThere = false;
+    for (const CPhase& phase : phases) {
+        const auto found = phase.samples->find(series);
+        const std::string count = std::to_string(phase.minutes - 1);
+        if (found != phase.samples->end()) {
+            values += ' ' + found->second + "+0x" + count;
+        } else {
+            values += std::string(" ") + (wasThere ? ABSENT : "_") + " _x" + count;
+        }
+        wasThere = found != phase.samples->end();
+    }
+    return values;
+}
+
+std::string InputOf(const std::vector<CPhase>& phases) {
+    std::set<std::string> names;
+    for (const CPhase& phase : phases) {
+        for (const auto& [series, value] : *phase.samples) {
+            names.insert(series);
+        }
+    }
+    std::string text = "    input_series:\n";
+    for (const std::string& series : names) {
+        text += "      - series: " + Quoted(WithInstance(series)) + "\n        values: '" +
+                ValuesOf(series, phases).substr(1) + "'\n";
+    }
+    return text;
+}
+
+// The number of alerts of that name that fire at a minute.
+std::string Expectation(const std::string& alert, int minute, bool fires) {
+    std::string text =
+        "      - expr: 'count(ALERTS{alertname=\"" + alert +
+        "\",alertstate=\"firing\",instance=\"srv1\"}) > bool 0'\n        eval_time: " +
+        std::to_string(minute) + "m\n        exp_samples:";
+    return text + (fires ? "\n          - value: 1\n            labels: '{}'\n" : " []\n");
+}
+
+class CRulesTest : public CSimFixture, public testing::WithParamInterface<CCase> {
+protected:
+    CSamples Metrics(const std::string& host, const std::string& fault = "") const {
+        CStrings command = {"run", "--host", host};
+        if (!fault.empty()) {
+            command.insert(command.end(), {"--fault", fault});
+        }
+        command.insert(command.end(),
+                       {"--", "env", "QOR_PLUGIN=" QOR_PLUGIN_PATH, QORCTL_PROGRAM, "metrics"});
+        const CEnd end = Qorsim(command);
+        EXPECT_EQ(end.status, 0) << end.err;
+        return ReadSamples(end.out, RuleOf(GetParam().alert));
+    }
+
+    CSamples Patched(const std::string& patch) const {
+        const CCase& one = GetParam();
+        json all = json::parse(std::string("[") + one.always + "]");
+        for (const json& operation : json::parse('[' + patch + ']')) {
+            all.push_back(operation);
+        }
+        return Metrics(WriteProfile({{"extends", one.host}, {"patch", all}}));
+    }
+
+    CSamples Trouble() const {
+        const CCase& one = GetParam();
+        return *one.trouble == '\0' ? Metrics(one.host, one.fault) : Patched(one.trouble);
+    }
+
+    CEnd Promtool(const std::string& tests) const {
+        const std::string file = Folder() / "test.yml";
+        WriteFile(file,
+                  "rule_files: ['" RULES_FILE "']\nevaluation_interval: 1m\ntests:\n" + tests);
+        return RunProgram({"/usr/bin/promtool", "test", "rules", file});
+    }
+
+    static std::string Test(const std::vector<CPhase>& phases, const std::string& expectations) {
+        return "  - interval: 1m\n" + InputOf(phases) + "    promql_expr_test:\n" + expectations;
+    }
+};
+
+TEST_P(CRulesTest, FiresNotBelowAndEnds) {
+    const CCase& one = GetParam();
+    const CSamples well = Patched("");
+    const CSamples trouble = Trouble();
+    ASSERT_NE(well, trouble);
+    const int end = MINUTES + one.minutes;
+    std::string tests = Test({{&well, MINUTES}, {&trouble, one.minutes}, {&well, one.minutes}},
+                             Expectation(one.alert, MINUTES - 1, false) +
+                                 Expectation(one.alert, MINUTES + one.seen, true) +
+                                 Expectation(one.alert, end + one.minutes - 1, false));
+    CSamples near;
+    if (*one.near != '\0') {
+        near = Patched(one.near);
+        ASSERT_FALSE(near.empty());
+        tests += Test({{&well, MINUTES}, {&near, one.minutes}},
+                      Expectation(one.alert, MINUTES + one.seen, false) +
+                          Expectation(one.alert, end - 1, false));
+    }
+    const CEnd told = Promtool(tests);
+    EXPECT_EQ(told.status, 0) << told.out << told.err;
+}
+
+std::string TestName(const testing::TestParamInfo<CCase>& one) {
+    return one.param.alert;
+}
+
+INSTANTIATE_TEST_SUITE_P(Alert, CRulesTest, testing::ValuesIn(CASES), TestName);
+
+class RulesFileTest : public CSimFixture {};
+
+// Its time is that of the test, so it is made here and not by a server.
+TEST_F(RulesFileTest, CollectionThatStandsStillIsStale) {
+    const std::string file = Folder() / "test.yml";
+    WriteFile(file, "rule_files: ['" RULES_FILE
+                    "']\nevaluation_interval: 1m\ntests:\n"
+                    "  - interval: 1m\n    input_series:\n"
+                    "      - series: 'qor_collection_timestamp_seconds{instance=\"srv1\"}'\n"
+                    "        values: '0+60x60 3600+0x40 6120+60x60'\n"
+                    "    promql_expr_test:\n" +
+                        Expectation("QorCollectionStale", 60, false) +
+                        Expectation("QorCollectionStale", 70, false) +
+                        Expectation("QorCollectionStale", 90, true) +
+                        Expectation("QorCollectionStale", 110, false));
+    const CEnd told = RunProgram({"/usr/bin/promtool", "test", "rules", file});
+    EXPECT_EQ(told.status, 0) << told.out << told.err;
+}
+
+// The names of all alerts in the rules.
+CStrings Alerts() {
+    CStrings alerts;
+    for (const std::string& line : Lines(ReadFile(RULES_FILE))) {
+        std::smatch match;
+        if (std::regex_search(line, match, std::regex("- alert: (\\w+)"))) {
+            alerts.push_back(match[1]);
+        }
+    }
+    return alerts;
+}
+
+TEST_F(RulesFileTest, PromtoolFindsNothingWrong) {
+    const CEnd told = RunProgram({"/usr/bin/promtool", "check", "rules", RULES_FILE});
+    EXPECT_EQ(told.status, 0) << told.out << told.err;
+}
+
+TEST_F(RulesFileTest, EachAlertHasItsTestAndItsPlaceOnThePage) {
+    std::set<std::string> tested = {"QorCollectionStale"};
+    for (const CCase& one : CASES) {
+        tested.insert(one.alert);
+    }
+    const std::string page = ReadFile(ALERTS_PAGE);
+    const CStrings alerts = Alerts();
+    EXPECT_EQ(alerts.size(), tested.size());
+    for (const std::string& alert : alerts) {
+        EXPECT_THAT(tested, testing::Contains(alert));
+        EXPECT_THAT(page, HasSubstr("\n## " + alert + "\n"));
+    }
+}
+
+TEST_F(RulesFileTest, EachAlertNamesTheServerAndItsRunbook) {
+    for (const std::string& alert : Alerts()) {
+        const std::string rule = RuleOf(alert);
+        std::string anchor = alert;
+        std::transform(anchor.begin(), anchor.end(), anchor.begin(), ::tolower);
+        EXPECT_THAT(rule, HasSubstr("docs/alerts.md#" + anchor + "\"\n"));
+        EXPECT_THAT(rule, HasSubstr("summary: \"{{ $labels.instance }}: "));
+        EXPECT_THAT(rule, HasSubstr("labels: {severity: "));
+    }
+}
+
+}  // namespace
+}  // namespace qortest
