@@ -20,7 +20,8 @@ struct CGap {
 // "controller 0 states 240 drives, 112 reported"
 std::string GapText(const CGap& gap);
 
-// The physical and logical drives that a controller states and the report does not have.
+// The physical and logical drives that a controller or RAID group states, or that another one
+// names, and the report does not have; and controllers that hide each other behind one number.
 std::vector<CGap> FindMissingDrives(const CInventory& inventory);
 
 }  // namespace qorctl

@@ -77,6 +77,7 @@ constexpr CTextRow<CRaidGroup> GROUP_TEXTS[] = {
 };
 constexpr CMeasureRow<CRaidGroup> GROUP_MEASURES[] = {
     {GENERAL, "Total Size", ReadBinaryBytes, &CRaidGroup::size},
+    {GENERAL, "# of LD", ReadCount, &CRaidGroup::logicalDriveCount},
 };
 
 // The group's keys stand behind its first LD List where the tool printed that first.

@@ -109,9 +109,10 @@ struct CGroupMember {
 struct CRaidGroup {
     size_t root = 0;  // its node in the tree of items
     CNumber controller;
-    CText name;       // "RG0"; "sRG0" of a spanned, "scRG0" of a cache group
-    CText raidLevel;  // "RAID 5"
-    CMeasure size;    // bytes
+    CText name;                  // "RG0"; "sRG0" of a spanned, "scRG0" of a cache group
+    CText raidLevel;             // "RAID 5"
+    CMeasure size;               // bytes
+    CMeasure logicalDriveCount;  // as the tool states it
     std::vector<long long> logicalDrives;
     std::vector<CGroupMember> members;
     CSections sections;  // what stands before the group's first logical drive
