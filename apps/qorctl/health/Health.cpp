@@ -134,6 +134,9 @@ private:
     void Add(EHealth health, std::string_view rule, const CSubject& subject, std::string message);
     void JudgeState(const CText& text, std::span<const CState> states, const CSubject& subject,
                     const CMeasure& progress = std::nullopt);
+    void JudgeBattery(const CController& controller);
+    void JudgeStated(const CMeasure& stated, std::string_view what, const CController& controller);
+    void AddUnreadable(std::string_view what, const CQuantity& value, const CSubject& subject);
     void JudgeMeasure(const CMeasure& measure, const CThresholds& limits, std::string_view rule,
                       std::string_view what, const CSubject& subject);
 
@@ -164,6 +167,11 @@ void CJudge::JudgeState(const CText& text, std::span<const CState> states, const
         (state == nullptr ? UnknownStateText(text) : *text) + ProgressText(progress));
 }
 
+void CJudge::AddUnreadable(std::string_view what, const CQuantity& value, const CSubject& subject) {
+    Add(EHealth::UNKNOWN, "unreadable-value", subject,
+        fmt::format("unreadable {} \"{}\"", what, value.text));
+}
+
 void CJudge::JudgeMeasure(const CMeasure& measure, const CThresholds& limits, std::string_view rule,
                           std::string_view what, const CSubject& subject) {
     if (!measure) {
@@ -171,8 +179,7 @@ void CJudge::JudgeMeasure(const CMeasure& measure, const CThresholds& limits, st
         return;
     }
     if (!measure->number) {
-        Add(EHealth::UNKNOWN, "unreadable-value", subject,
-            fmt::format("unreadable {} \"{}\"", what, measure->text));
+        AddUnreadable(what, *measure, subject);
         return;
     }
     const bool critical = *measure->number > limits.critical;
@@ -183,12 +190,30 @@ void CJudge::JudgeMeasure(const CMeasure& measure, const CThresholds& limits, st
     }
 }
 
-// Many controllers have no battery by design; one that is said to be there must have a status.
 void CJudge::Judge(const CController& controller) {
-    if (!controller.batteryStatus && controller.batteryPresence != "Present") {
+    JudgeBattery(controller);
+    JudgeStated(controller.logicalDriveCount, "logical drives", controller);
+    JudgeStated(controller.physicalDriveCount, "drives", controller);
+}
+
+// Many controllers have no battery by design; one that is said to be there must have a status. What
+// else is said of its presence than that is judged in its place.
+void CJudge::JudgeBattery(const CController& controller) {
+    const CText& presence = controller.batteryPresence;
+    const CText& status = controller.batteryStatus;
+    if (!status && (!presence || presence == "Absent")) {
         return;
     }
-    JudgeState(controller.batteryStatus, BATTERY_STATES, {.name = BatteryName(controller)});
+    JudgeState(!status && presence != "Present" ? presence : status, BATTERY_STATES,
+               {.name = BatteryName(controller)});
+}
+
+// What cannot be read cannot be compared with what is reported either.
+void CJudge::JudgeStated(const CMeasure& stated, std::string_view what,
+                         const CController& controller) {
+    if (stated && !stated->number) {
+        AddUnreadable(fmt::format("number of {}", what), *stated, {.name = ObjectName(controller)});
+    }
 }
 
 void CJudge::Judge(const CLogicalDrive& drive) {

@@ -201,6 +201,25 @@ TEST(HealthTest, BatteryStatesHaveTheirSeverity) {
                   "battery-status", "controller 2 battery", "the tool reports no state");
 }
 
+// Only "Absent" says that there is none by design.
+TEST(HealthTest, BatteryThatIsNeitherThereNorAbsentIsNotWell) {
+    ExpectFinding(JudgeHealth(WithBattery("Missing", std::nullopt), {}), EHealth::WARNING,
+                  "battery-status", "controller 2 battery", "Missing");
+    ExpectFinding(JudgeHealth(WithBattery("present", std::nullopt), {}), EHealth::UNKNOWN,
+                  "battery-status", "controller 2 battery", "unknown state \"present\"");
+}
+
+TEST(HealthTest, CountOfDrivesThatIsNoNumberIsUnknown) {
+    CInventory inventory = WithBattery("Absent", std::nullopt);
+    inventory.controllers[0].physicalDriveCount = CQuantity{"9 (8 shown)", std::nullopt};
+    ExpectFinding(JudgeHealth(inventory, {}), EHealth::UNKNOWN, "unreadable-value", "controller 2",
+                  "unreadable number of drives \"9 (8 shown)\"");
+    inventory.controllers[0].physicalDriveCount.reset();
+    inventory.controllers[0].logicalDriveCount = CQuantity{"many", std::nullopt};
+    ExpectFinding(JudgeHealth(inventory, {}), EHealth::UNKNOWN, "unreadable-value", "controller 2",
+                  "unreadable number of logical drives \"many\"");
+}
+
 TEST(HealthTest, ControllerWithoutABatteryIsNotJudged) {
     EXPECT_THAT(JudgeHealth(WithBattery("Absent", std::nullopt), {}).findings, IsEmpty());
     EXPECT_THAT(JudgeHealth(WithBattery(std::nullopt, std::nullopt), {}).findings, IsEmpty());
