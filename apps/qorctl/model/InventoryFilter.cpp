@@ -58,18 +58,31 @@ void KeepController(CInventory& inventory, long long number) {
     Keep(inventory.physicalDrives, isThere);
 }
 
+// A group's list may name its members without their places: then the drives say it.
+CGroupNames GroupsIn(const CInventory& inventory, long long enclosure) {
+    CGroupNames groups;
+    for (const CPhysicalDrive& drive : inventory.physicalDrives) {
+        if (drive.place.enclosure == enclosure && drive.group &&
+            drive.role != EDriveRole::DEDICATED_SPARE) {
+            groups.emplace(drive.controller, drive.group);
+        }
+    }
+    for (const CRaidGroup& group : inventory.raidGroups) {
+        if (std::any_of(group.members.begin(), group.members.end(),
+                        [enclosure](const CGroupMember& member) {
+                            return member.place.enclosure == enclosure;
+                        })) {
+            groups.emplace(group.controller, group.name);
+        }
+    }
+    return groups;
+}
+
 void KeepEnclosure(CInventory& inventory, long long number) {
+    const CGroupNames groups = GroupsIn(inventory, number);
     Keep(inventory.physicalDrives,
          [number](const CPhysicalDrive& drive) { return drive.place.enclosure == number; });
-    Keep(inventory.raidGroups, [number](const CRaidGroup& group) {
-        return std::any_of(
-            group.members.begin(), group.members.end(),
-            [number](const CGroupMember& member) { return member.place.enclosure == number; });
-    });
-    CGroupNames groups;
-    for (const CRaidGroup& group : inventory.raidGroups) {
-        groups.emplace(group.controller, group.name);
-    }
+    KeepGroups(inventory, groups);
     Keep(inventory.logicalDrives, [&](const CLogicalDrive& drive) {
         return groups.contains({drive.controller, drive.group});
     });

@@ -98,6 +98,27 @@ TEST(VerdictTest, PlaceThatIsNotReportedIsAGap) {
     EXPECT_EQ(answer.messages[0].text, "no enclosure 7 is reported; there is 8, 9");
 }
 
+// A list of a group's members may be without their places.
+TEST(VerdictTest, GroupOfADriveInTheEnclosureStays) {
+    CAnswer answer = TwoControllers();
+    answer.inventory.physicalDrives[3].group = "RG0";
+    qorctl::CRaidGroup& group = answer.inventory.raidGroups.emplace_back();
+    group.controller = 1;
+    group.name = "RG0";
+    group.members = {{.drive = 4, .place = {}}};
+    qorctl::CLogicalDrive& drive = answer.inventory.logicalDrives.emplace_back();
+    drive.controller = 1;
+    drive.number = 0;
+    drive.group = "RG0";
+    drive.state = "Offline";
+    CVerdict verdict = qorctl::JudgeAnswer(answer);
+    Narrow(answer, verdict, {.enclosure = 9});
+    EXPECT_EQ(answer.inventory.logicalDrives.size(), 1U);
+    EXPECT_EQ(answer.inventory.raidGroups.size(), 1U);
+    EXPECT_EQ(Severities(verdict).front(), EHealth::CRITICAL);
+    EXPECT_EQ(verdict.health.findings.front().rule, "logical-drive-offline");
+}
+
 TEST(VerdictTest, ProblemsStayWithWhatTheyBelongTo) {
     CAnswer answer = TwoControllers();
     CVerdict verdict = qorctl::JudgeAnswer(answer);
