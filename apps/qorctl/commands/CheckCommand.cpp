@@ -323,7 +323,9 @@ CCheckResult Check(CAnswer answer, const CCheckOptions& options, int64_t now) {
     }
     Narrow(answer, verdict, {.problems = options.filter.problems});
     const bool isNothingThere = answer.IsAnswered() && answer.reason != REASON_JUDGED;
-    result.status = isNothingThere ? options.noHardware : verdict.status;
+    // A controller that is asked for is to be there.
+    result.status =
+        isNothingThere ? Worse(options.noHardware, verdict.health.Overall()) : verdict.status;
     result.health = std::move(verdict.health);
     if (answer.IsFromOldTool()) {
         result.health.notes.emplace_back(OLD_TOOL);

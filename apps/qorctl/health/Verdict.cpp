@@ -101,7 +101,9 @@ void NarrowToPlace(CAnswer& answer, CVerdict& verdict, const CInventoryFilter& f
                   [&](const CNotReported& each) { return !names.contains(each.object); });
     JudgeGaps(missing, verdict.health);
     AddGaps(answer, std::move(missing));
-    verdict.status = verdict.health.Overall();
+    if (answer.reason == REASON_JUDGED) {
+        verdict.status = verdict.health.Overall();
+    }
 }
 
 }  // namespace
@@ -120,7 +122,7 @@ CVerdict JudgeAnswer(const CAnswer& answer, const CHealthOptions& options,
 }
 
 void Narrow(CAnswer& answer, CVerdict& verdict, const CInventoryFilter& filter) {
-    if (answer.reason != REASON_JUDGED) {
+    if (!answer.IsAnswered()) {
         return;
     }
     if (filter.HasPlace()) {

@@ -367,6 +367,8 @@ TEST_F(CheckCommandTest, ServerWithoutHardwareIsWhatTheOptionSays) {
         EXPECT_EQ(Check(noDrives, {"--no-hardware", words[status]}).status, status);
     }
     EXPECT_EQ(Check({{"result", "0"}, {"error", "02"}}, {"--no-hardware", "ok"}).status, 3);
+    EXPECT_EQ(Check({}, {"--no-hardware", "ok", "--controller", "1"}).status, 3);
+    EXPECT_EQ(Check({}, {"--no-hardware", "critical", "--controller", "1"}).status, 2);
     EXPECT_EQ(Check({}, {"--no-hardware", "ok"}).out,
               "RAID OK - no RAID controller or PCIe SSD was found\n");
 }

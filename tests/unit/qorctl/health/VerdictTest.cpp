@@ -98,6 +98,18 @@ TEST(VerdictTest, PlaceThatIsNotReportedIsAGap) {
     EXPECT_EQ(answer.messages[0].text, "no enclosure 7 is reported; there is 8, 9");
 }
 
+TEST(VerdictTest, PlaceOnAServerWithoutHardwareIsAGapToo) {
+    CAnswer answer;
+    answer.outcome = qorctl::EOutcome::ANSWERED;
+    answer.reason = qorctl::REASON_NO_HARDWARE;
+    CVerdict verdict = qorctl::JudgeAnswer(answer);
+    Narrow(answer, verdict, {.controller = 1});
+    EXPECT_EQ(verdict.status, EHealth::UNKNOWN);
+    EXPECT_FALSE(answer.IsWhole());
+    EXPECT_THAT(Severities(verdict), ElementsAre(EHealth::UNKNOWN));
+    EXPECT_THAT(Codes(answer), ElementsAre("no-such-controller"));
+}
+
 // A list of a group's members may be without their places.
 TEST(VerdictTest, GroupOfADriveInTheEnclosureStays) {
     CAnswer answer = TwoControllers();
