@@ -8,6 +8,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <sstream>
 #include <utility>
 
 #include "HelpText.h"
@@ -378,7 +379,10 @@ void AddCheckCommand(CLI::App& app, int& status) {
 int ExitUnparsed(const CLI::App& app, const CLI::ParseError& error,
                  const std::vector<std::string>& words) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-        return app.exit(error);
+        std::ostringstream text;
+        std::ostringstream nothing;
+        const int status = app.exit(error, text, nothing);
+        return WriteOut(text.str()) == EXIT_SUCCESS ? status : EXIT_FAILURE;
     }
     const qorapps::CWrongLine wrong = qorapps::ExplainWrongLine(app, error, words);
     if (app.got_subcommand(CHECK)) {

@@ -35,6 +35,18 @@ protected:
     }
 };
 
+TEST_F(CommandLineTest, HelpThatCannotBeWrittenIsAFailure) {
+    for (const CStrings& words :
+         {CStrings{"--help"}, CStrings{"check", "--help"}, CStrings{"help", "raid"},
+          CStrings{"--version"}, CStrings{"raid", "--version"}}) {
+        const CEnd outcome = qortest::RunCommand({.program = QORCTL_PROGRAM,
+                                                  .arguments = words,
+                                                  .environment = m_Environment,
+                                                  .output = "/dev/full"});
+        EXPECT_NE(outcome.status, 0) << testing::PrintToString(words);
+    }
+}
+
 TEST_F(CommandLineTest, WrongCommandIsNamedWithTheNearestOne) {
     ExpectWrong({{"storge"}, R"(there is no command "storge"; did you mean "storage"?)"});
     ExpectWrong({{"dirve", "0"}, R"(there is no command "dirve"; did you mean "drive"?)"});
