@@ -1,7 +1,6 @@
 #include "host/Ask.h"
 
 #include <poll.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <algorithm>

@@ -206,7 +206,7 @@ CKeeper::CKeeper(const CKeeperWork& work) {
 }
 
 void CKeeper::End() {
-    Release();
+    m_Leash.Close();
     if (m_Keeper > 0) {
         while (waitpid(m_Keeper, nullptr, 0) < 0 && errno == EINTR) {
         }

@@ -38,9 +38,7 @@ public:
     CKeeper& operator=(const CKeeper&) = delete;
 
     bool IsRunning() const { return m_Keeper > 0; }
-    // Lets the leash go. Returns at once.
-    void Release() { m_Leash.Close(); }
-    // Releases, and waits for the keeper's end, which comes within seconds.
+    // Lets the leash go, and waits for the keeper's end, which comes within seconds.
     void End();
 
 private:
