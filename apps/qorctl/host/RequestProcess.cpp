@@ -91,12 +91,16 @@ int CRequestProcess::Patience() const {
 }
 
 bool CRequestProcess::Advance() {
+    // What came in time counts, however late it is taken: this process may have been stopped.
+    if (!Read()) {
+        return false;
+    }
     if (steady_clock::now() >= m_End) {
         End();
         m_IsTimeOver = true;
         return false;
     }
-    return Read();
+    return true;
 }
 
 // False at the end.

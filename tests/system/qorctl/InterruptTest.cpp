@@ -216,6 +216,31 @@ TEST_F(RequestEndTest, PluginThatDiesIsTold) {
 }
 
 #if !QORTEST_NEEDS_PROC
+// As Ctrl-Z does it: the limit is over when the program goes on, but the answer came before.
+TEST_F(RequestEndTest, AnswerThatCameInTimeCountsAfterAPause) {
+    PutTool(
+        "asker=$PPID\n"
+        "while [ \"$(cat /proc/$asker/comm)\" != qorctl ]; do\n"
+        "    asker=$(sed -n 's/^PPid:[^0-9]*//p' /proc/$asker/status)\n"
+        "done\n"
+        "kill -STOP $asker\n"
+        "exit 3\n");
+    const qortest::CEnd end = qortest::RunCommand(
+        {.program = "sh",
+         .arguments = {"-c",
+                       "\"$0\" raid --timeout 2 & p=$!\n"
+                       "until grep -q '^State:.T' /proc/$p/status; do sleep 0.02; done\n"
+                       "read -r keeper < /proc/$p/task/$p/children\n"
+                       "until grep -q '^State:.Z' /proc/${keeper%% *}/status; do sleep 0.02; done\n"
+                       "sleep 2\n"
+                       "kill -CONT $p; wait $p",
+                       QORCTL_PROGRAM},
+         .environment = m_Environment});
+    EXPECT_EQ(end.status, 1);
+    EXPECT_THAT(end.err, testing::HasSubstr("error code 01"));
+    EXPECT_THAT(end.err, testing::Not(testing::HasSubstr("there was no answer")));
+}
+
 TEST_F(RequestEndTest, SignalIsHeardWithoutProc) {
     PutTool(HANG);
     ASSERT_EQ(mount("none", "/proc", "tmpfs", 0, nullptr), 0);
