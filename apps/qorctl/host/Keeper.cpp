@@ -138,6 +138,9 @@ bool CKeeping::Start() {
         m_Work.work();
         _exit(EXIT_SUCCESS);
     }
+    if (m_Worker < 0) {
+        m_Status = errno;
+    }
     if (life) {
         m_Life = std::move(life->out);
     }

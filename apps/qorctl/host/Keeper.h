@@ -24,7 +24,8 @@ struct CKeeperWork {
     // Runs in the worker, which ends with status 0 after it.
     std::function<void()> work;
     // Runs in the keeper when the worker was ended or died, and all that it started is gone, or was
-    // given up after five seconds. `status` is as waitpid() gives it.
+    // given up after five seconds. `status` is as waitpid() gives it. Without a worker, -1, since
+    // no process could be made, it is the error of that.
     std::function<void(pid_t worker, int status)> clear;
 };
 

@@ -27,7 +27,14 @@ void RemoveResultFiles(pid_t worker) {
     }
 }
 
-std::string DescribeEnd(int status) {
+std::string NoProcess(int error) {
+    return fmt::format("no process for the plug-in could be made: {}", std::strerror(error));
+}
+
+std::string DescribeEnd(pid_t worker, int status) {
+    if (worker < 0) {
+        return NoProcess(status);
+    }
     return WIFSIGNALED(status)
                ? fmt::format("the plug-in ended the process that held it: {}",
                              strsignal(WTERMSIG(status)))
@@ -48,10 +55,6 @@ size_t LeastFields(EFrame kind) {
     return 0;
 }
 
-std::string SystemProblem() {
-    return fmt::format("no process for the plug-in could be made: {}", std::strerror(errno));
-}
-
 }  // namespace
 
 CRequestProcess::CRequestProcess(const CPluginChoice& plugin, const CRequest& request,
@@ -59,7 +62,7 @@ CRequestProcess::CRequestProcess(const CPluginChoice& plugin, const CRequest& re
     : m_Plugin(plugin), m_Request(request) {
     std::array<int, 2> ends = {};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-        m_Result.problem = SystemProblem();
+        m_Result.problem = NoProcess(errno);
         return;
     }
     m_Reply = util::CUniqueFd(ends[0]);
@@ -69,13 +72,15 @@ CRequestProcess::CRequestProcess(const CPluginChoice& plugin, const CRequest& re
         CKeeperWork{.work = [&] { AnswerRequest(plugin.path, request, listens, in.Get()); },
                     .clear =
                         [&](pid_t worker, int status) {
-                            RemoveResultFiles(worker);
+                            if (worker > 0) {
+                                RemoveResultFiles(worker);
+                            }
                             CReplyWriter writer(in.Get());
-                            writer.Write(EFrame::ENDED, {DescribeEnd(status)});
+                            writer.Write(EFrame::ENDED, {DescribeEnd(worker, status)});
                             writer.Flush();
                         }});
     if (!m_Keeper->IsRunning()) {
-        m_Result.problem = SystemProblem();
+        m_Result.problem = NoProcess(errno);
     }
     if (plugin.timeout) {
         m_End = steady_clock::now() + *plugin.timeout;

@@ -215,6 +215,27 @@ TEST_F(RequestEndTest, PluginThatDiesIsTold) {
     EXPECT_TRUE(NothingIsLeft());
 }
 
+// With too few descriptors no process can be made at one point or another.
+TEST_F(RequestEndTest, ProcessThatCannotBeMadeIsNotThePluginsFault) {
+    PutTool("exit 3");
+    int notMade = 0;
+    for (int files = 5; files < 16; ++files) {
+        const qortest::CEnd end =
+            qortest::RunCommand({.program = "sh",
+                                 .arguments = {"-c", "ulimit -n \"$1\"; exec \"$0\" raid",
+                                               QORCTL_PROGRAM, std::to_string(files)},
+                                 .environment = m_Environment});
+        EXPECT_NE(end.status, 0) << files;
+        EXPECT_THAT(end.err, testing::Not(testing::HasSubstr("the plug-in ended"))) << files;
+        notMade += end.err ==
+                           "qorctl: no process for the plug-in could be made: Too many open "
+                           "files\n"
+                       ? 1
+                       : 0;
+    }
+    EXPECT_GE(notMade, 2);
+}
+
 #if !QORTEST_NEEDS_PROC
 // As Ctrl-Z does it: the limit is over when the program goes on, but the answer came before.
 TEST_F(RequestEndTest, AnswerThatCameInTimeCountsAfterAPause) {
