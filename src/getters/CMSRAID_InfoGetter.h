@@ -20,6 +20,7 @@
 #include <string>
 
 #include "base/ItemList.h"
+#include "base/ServerPaths.h"
 #include "cli/ResultFile.h"
 #include "getters/Text.h"
 
@@ -28,9 +29,9 @@ struct CReportTooLarge {};
 
 class CMSRAID_InfoGetter {
 public:
-    static constexpr const char* PROVIDER_TMP_DIR = "tmp";
-    static constexpr const char* MSRAID_DIR = "MSRAID";
-    static constexpr const char* KRZ_RSLT_FILE = "MngSrvRaid.txt";
+    static constexpr const char* PROVIDER_TMP_DIR = PROVIDER_TMP_DIRECTORY;
+    static constexpr const char* MSRAID_DIR = RESULT_DIRECTORY_NAME;
+    static constexpr const char* KRZ_RSLT_FILE = RESULT_FILE_END;
     static constexpr const char* GENERAL_INFO_TITLE_NAME = "### General Information ###";
     static constexpr const char* TITLE_BEGIN_NAME = "### ";
     static constexpr const char* TITLE_END_NAME = " ###";

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "base/ServerPaths.h"
 #include "doctor/Checks.h"
 #include "doctor/ServerFacts.h"
 #include "host/PathTrouble.h"
@@ -22,7 +23,6 @@ namespace fs = std::filesystem;
 namespace qorctl::doctor {
 namespace {
 
-constexpr const char* RESULT_FILE_END = "MngSrvRaid.txt";
 constexpr mode_t OWNER_ONLY = 0700;
 constexpr size_t TRIAL_SIZE = 65536;
 constexpr unsigned long long LARGEST_REPORT = 16ULL << 20U;

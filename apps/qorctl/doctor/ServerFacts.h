@@ -15,6 +15,7 @@
 #include "doctor/SupportedList.h"
 #include "host/DeviceWords.h"
 #include "host/PluginLibrary.h"
+#include "host/ResultFiles.h"
 #include "host/ToolRun.h"
 
 namespace qorctl::doctor {
@@ -32,7 +33,7 @@ public:
 
     // The provider's install directory; empty when it is not known.
     const std::string& InstallPath() const { return m_InstallPath; }
-    std::string ResultDirectory() const { return m_InstallPath + "/tmp/MSRAID"; }
+    std::string ResultDirectory() const { return ResultDirectoryIn(m_InstallPath); }
 
     const CSupportedList& RaidList() const { return m_RaidList; }
     const CSupportedList& SsdList() const { return m_SsdList; }

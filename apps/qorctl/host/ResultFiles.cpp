@@ -7,6 +7,7 @@
 #include <array>
 #include <filesystem>
 
+#include "base/ServerPaths.h"
 #include "plugin/ComLib.h"
 #include "util/UniqueFd.h"
 
@@ -14,9 +15,6 @@ namespace fs = std::filesystem;
 
 namespace qorctl {
 namespace {
-
-constexpr const char* RESULT_DIRECTORY = "/tmp/MSRAID";
-constexpr const char* RESULT_FILE_END = "MngSrvRaid.txt";
 
 constexpr const char* ERROR_HEAD = "Error - ";
 
@@ -55,12 +53,16 @@ std::string Complaint(std::string_view printed) {
 
 }  // namespace
 
+std::string ResultDirectoryIn(const std::string& installPath) {
+    return fmt::format("{}/{}/{}", installPath, PROVIDER_TMP_DIRECTORY, RESULT_DIRECTORY_NAME);
+}
+
 // The plug-in puts the number of its thread into the names.
 std::vector<std::string> ResultFilesOf(pid_t worker) {
     const std::string head = fmt::format("{:08x}_", worker);
     std::vector<std::string> paths;
     std::error_code error;
-    fs::directory_iterator entries(CFileUtility::GetInstallPath(0) + RESULT_DIRECTORY, error);
+    fs::directory_iterator entries(ResultDirectoryIn(CFileUtility::GetInstallPath(0)), error);
     for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
         const std::string name = entries->path().filename();
         if (name.starts_with(head) && name.ends_with(RESULT_FILE_END)) {

@@ -9,6 +9,9 @@
 
 namespace qorctl {
 
+// The directory that they are in, below the provider's install directory.
+std::string ResultDirectoryIn(const std::string& installPath);
+
 // Those of the plug-in in that process.
 std::vector<std::string> ResultFilesOf(pid_t worker);
 
