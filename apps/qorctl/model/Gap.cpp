@@ -138,8 +138,13 @@ void AddRepeated(std::vector<CGap>& gaps, const std::vector<CController>& contro
 CKind LogicalDrivesOf(const CInventory& inventory) {
     CKind kind = {.noun = "logical drives", .head = "LD"};
     AddReported(kind, inventory.logicalDrives);
+    std::set<CNumber> withGroups;
+    for (const CRaidGroup& group : inventory.raidGroups) {
+        withGroups.insert(group.controller);
+    }
+    // Without a single group, what the controller states has to say whether there are any.
     for (const CPhysicalDrive& drive : inventory.physicalDrives) {
-        if (drive.logicalDrive) {
+        if (drive.logicalDrive && withGroups.contains(drive.controller)) {
             kind.named[drive.controller].insert(*drive.logicalDrive);
         }
     }
