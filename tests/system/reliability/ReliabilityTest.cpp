@@ -91,7 +91,7 @@ constexpr CCase CASES[] = {
     {"vanish#3"},
     {.fault = "host no-controller", .host = "no-controller", .strikes = ""},
     {.fault = "host tool-6.8", .host = "tool-6.8", .strikes = ""},
-    {.fault = "hang, --timeout 60", .clock = 300, .strikes = "hang", .options = "--timeout 60"},
+    {.fault = "hang, --timeout 60", .clock = 30, .strikes = "hang", .options = "--timeout 60"},
     {.fault = "no right to the device list",
      .strikes = "",
      .closed = "/opt/tarmica/qor/kam/work/devices.tmp"},
