@@ -47,7 +47,7 @@ void AddFilter(CLI::App* command, CInventoryFilter& filter) {
                      "Only drives of this enclosure, with their RAID groups and controllers")}) {
         command
             ->add_option_function<int64_t>(
-                name, [number](int64_t value) { *number = value; }, what)
+                name, [target = number](int64_t value) { *target = value; }, what)
             ->transform(qorapps::NumberFromTo(0, MAX_ADDRESS))
             ->type_name("NUMBER");
     }

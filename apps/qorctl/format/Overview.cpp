@@ -21,10 +21,10 @@ namespace {
 constexpr size_t MAX_SENTENCES = 10;
 constexpr size_t MAX_HEALTHY = 18;
 
-constexpr CTableColumn COLUMNS[] = {{"", 0, 0, EAlign::LEFT},
-                                    {"NAME", 0, 0, EAlign::LEFT},
-                                    {"STATE", 0, 0, EAlign::LEFT},
-                                    {"DETAILS", 1, 16, EAlign::LEFT}};
+constexpr CTableColumn OVERVIEW_COLUMNS[] = {{"", 0, 0, EAlign::LEFT},
+                                             {"NAME", 0, 0, EAlign::LEFT},
+                                             {"STATE", 0, 0, EAlign::LEFT},
+                                             {"DETAILS", 1, 16, EAlign::LEFT}};
 
 // How much of what is healthy has a line of its own.
 enum class EDetail { GROUPS, CONTROLLERS, NOTHING };
@@ -357,7 +357,7 @@ std::string LinesText(const std::vector<CLine>& lines, const CTextStyle& style) 
                                   MakeVisible(line.state, style), MakeVisible(line.details, style)},
                         .colour = ColourOf(line.health)});
     }
-    return FormatTextTable(COLUMNS, rows, style);
+    return FormatTextTable(OVERVIEW_COLUMNS, rows, style);
 }
 
 // Of each object the worst: the table tells the others.
