@@ -49,6 +49,7 @@ void AddWordOption(CLI::App* command, const std::string& name, VALUE& value,
                    const std::string& description,
                    const std::vector<std::pair<std::string, VALUE>>& words) {
     std::vector<std::string> names;
+    names.reserve(words.size());
     for (const auto& word : words) {
         names.push_back(word.first);
     }

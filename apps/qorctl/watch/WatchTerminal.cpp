@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -102,7 +103,8 @@ int KeepByte(int byte) {
 // The sequence of the terminal's kind; null where it has none.
 const char* Sequence(const char* name) {
     const char* sequence = tigetstr(name);
-    return sequence == reinterpret_cast<const char*>(-1) ? nullptr : sequence;
+    const bool isNoString = reinterpret_cast<intptr_t>(sequence) == -1;
+    return isNoString ? nullptr : sequence;
 }
 
 void KeepLeaveScreen() {
