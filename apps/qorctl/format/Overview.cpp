@@ -351,6 +351,7 @@ std::vector<CLine> LinesThatFit(const CInventory& inventory, const CProblemMarks
 
 std::string LinesText(const std::vector<CLine>& lines, const CTextStyle& style) {
     std::vector<CTableRow> rows;
+    rows.reserve(lines.size());
     for (const CLine& line : lines) {
         rows.push_back({.cells = {std::string(MarkOf(line.health)),
                                   std::string(2 * line.depth, ' ') + MakeVisible(line.name, style),
