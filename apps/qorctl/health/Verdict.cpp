@@ -40,15 +40,14 @@ std::set<std::string> NamesOf(const CInventory& inventory) {
     return names;
 }
 
-CGap NoSuch(std::string_view rule, std::string_view noun, long long number,
-            const std::set<CNumber>& there) {
+CGap NoSuch(std::string_view rule, const std::string& place, const std::set<CNumber>& there) {
     std::string others;
     for (const CNumber& each : there) {
         others += (others.empty() ? "; there is " : ", ") + NumberText(each);
     }
     return {.rule = rule,
             .object = "",
-            .text = fmt::format("no {} {} is reported{}", noun, number, others),
+            .text = fmt::format("no {} is reported{}", place, others),
             .remedy = ""};
 }
 
@@ -60,13 +59,19 @@ void AddMissingPlace(std::vector<CGap>& gaps, const CInventory& inventory,
         controllers.insert(controller.number);
     }
     for (const CPhysicalDrive& drive : inventory.physicalDrives) {
-        enclosures.insert(drive.place.enclosure);
+        if (!filter.controller || drive.controller == filter.controller) {
+            enclosures.insert(drive.place.enclosure);
+        }
     }
     enclosures.erase(std::nullopt);
     if (filter.controller && !controllers.contains(filter.controller)) {
-        gaps.push_back(NoSuch("no-such-controller", "controller", *filter.controller, controllers));
+        const std::string controller = fmt::format("controller {}", *filter.controller);
+        gaps.push_back(NoSuch("no-such-controller", controller, controllers));
     } else if (filter.enclosure && !enclosures.contains(filter.enclosure)) {
-        gaps.push_back(NoSuch("no-such-enclosure", "enclosure", *filter.enclosure, enclosures));
+        const std::string enclosure =
+            fmt::format("enclosure {}{}", *filter.enclosure,
+                        filter.controller ? " of controller " + NumberText(filter.controller) : "");
+        gaps.push_back(NoSuch("no-such-enclosure", enclosure, enclosures));
     }
 }
 

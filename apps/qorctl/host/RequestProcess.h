@@ -20,7 +20,8 @@ namespace qorctl {
 class CRequestProcess {
 public:
     // Loads the plug-in there and asks. Both must outlive the object. Without a progress that is to
-    // be shown, or a time limit, nobody listens to what the plug-in traces, which takes time.
+    // be shown, or a time limit, only failures are listened to in what the plug-in traces: the rest
+    // takes time.
     CRequestProcess(const CPluginChoice& plugin, const CRequest& request, EProgress progress);
     // Ends it.
     ~CRequestProcess() { End(); }
@@ -35,7 +36,7 @@ public:
     bool Advance();
 
     // What runs: "krzcli -pdinfo -nosmart -a1 (controller 2 of 4)". Empty before the first command,
-    // where nobody listens, or where the common library tells nothing.
+    // where only failures are listened to, or where the common library tells nothing.
     const std::string& Progress() const { return m_Progress; }
 
     // Ends the request, the tool included; that takes seconds where the kernel cannot end it.

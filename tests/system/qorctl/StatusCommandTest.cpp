@@ -140,7 +140,8 @@ TEST_F(StatusCommandTest, PlaceThatIsNotThereIsUnknown) {
     const CEnd status = Shell("large", "qorctl status --enclosure 9 --controller 2");
     EXPECT_EQ(status.status, 1);
     EXPECT_THAT(status.out, StartsWith("UNKNOWN: 0 controllers"));
-    EXPECT_THAT(status.err, StartsWith("qorctl: no enclosure 9 is reported; there is 0, 1"));
+    EXPECT_THAT(status.err,
+                StartsWith("qorctl: no enclosure 9 of controller 2 is reported; there is 0, 1"));
 }
 
 TEST_F(StatusCommandTest, PluginsOwnDocumentIsWholeOrRefused) {

@@ -131,6 +131,16 @@ TEST(VerdictTest, GroupOfADriveInTheEnclosureStays) {
     EXPECT_EQ(verdict.health.findings.front().rule, "logical-drive-offline");
 }
 
+// Nothing to complain of where nothing is would be a false OK.
+TEST(VerdictTest, EnclosureOfAnotherControllerIsAGap) {
+    CAnswer answer = TwoControllers();
+    CVerdict verdict = qorctl::JudgeAnswer(answer);
+    Narrow(answer, verdict, {.controller = 1, .enclosure = 8});
+    EXPECT_EQ(verdict.status, EHealth::UNKNOWN);
+    EXPECT_THAT(Codes(answer), ElementsAre("no-such-enclosure"));
+    EXPECT_EQ(answer.messages[0].text, "no enclosure 8 of controller 1 is reported; there is 9");
+}
+
 TEST(VerdictTest, ProblemsStayWithWhatTheyBelongTo) {
     CAnswer answer = TwoControllers();
     CVerdict verdict = qorctl::JudgeAnswer(answer);
