@@ -188,6 +188,10 @@ void CKeeping::Reap() {
     }
 }
 
+// The program's ends of all leashes: a keeper that held that of another one would keep it from
+// ending.
+std::vector<int> g_Leashes;
+
 }  // namespace
 
 CKeeper::CKeeper(const CKeeperWork& work) {
@@ -202,13 +206,18 @@ CKeeper::CKeeper(const CKeeperWork& work) {
     m_Keeper = fork();
     if (m_Keeper == 0) {
         leash->in.Close();
+        for (const int other : g_Leashes) {
+            close(other);
+        }
         CKeeping(work, std::move(leash->out)).Run();
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
     m_Leash = std::move(leash->in);
+    g_Leashes.push_back(m_Leash.Get());
 }
 
 void CKeeper::End() {
+    std::erase(g_Leashes, m_Leash.Get());
     m_Leash.Close();
     if (m_Keeper > 0) {
         while (waitpid(m_Keeper, nullptr, 0) < 0 && errno == EINTR) {
