@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 #include "terminal/OutputFile.h"
@@ -17,6 +18,7 @@ namespace {
 constexpr const char* LOCK_END = ".lock";
 constexpr const char* IN_USE = "another process is using it";
 constexpr int LOCK_TRIES = 3;  // others may make it anew at the same time
+constexpr int BESIDE_TRIES = 100;
 constexpr int LOCK_FLAGS = O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 constexpr int READ_FLAGS = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
@@ -131,6 +133,33 @@ CStateFile::ERead CStateFile::Read(std::string& text) {
     }
     Fail(m_Path, problem);
     return ERead::FAILED;
+}
+
+bool CStateFile::KeepBeside(const std::string& end, std::string& path) {
+    std::string problem;
+    const auto place = util::CFilePlace::Find(m_Path, util::ELastLink::FOLLOWED, problem);
+    if (!place) {
+        Fail(m_Path, problem);
+        return false;
+    }
+    for (int i = 1; i <= BESIDE_TRIES; ++i) {
+        const std::string number = i > 1 ? "-" + std::to_string(i) : "";
+        const std::string name = place->Name() + end + number;
+        path = m_Path + end + number;
+        // A second name takes no room. Where a file has but one, it is given up for the other.
+        if (linkat(place->Directory(), place->Name().c_str(), place->Directory(), name.c_str(),
+                   0) == 0 ||
+            ((errno == EPERM || errno == EOPNOTSUPP) &&
+             renameat2(place->Directory(), place->Name().c_str(), place->Directory(), name.c_str(),
+                       RENAME_NOREPLACE) == 0)) {
+            return true;
+        }
+        if (errno != EEXIST) {
+            break;
+        }
+    }
+    Fail(path, std::strerror(errno));
+    return false;
 }
 
 bool CStateFile::Write(const std::string& text) {

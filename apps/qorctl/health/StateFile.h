@@ -45,6 +45,10 @@ public:
     // a text above MAX_SIZE, which could not be read again.
     bool Write(const std::string& text);
 
+    // Keeps the file under a second name, its own with `end` behind it, and a number where others
+    // have that; sets `path` to it. The file itself stays until Write() replaces it.
+    bool KeepBeside(const std::string& end, std::string& path);
+
     // Why the last operation failed, in words, the path included.
     const std::string& Problem() const { return m_Problem; }
 

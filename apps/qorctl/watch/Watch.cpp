@@ -12,64 +12,13 @@
 #include "health/Verdict.h"
 #include "model/ObjectNames.h"
 #include "terminal/TerminalText.h"
+#include "watch/TickEvents.h"
 
 namespace qorctl {
 namespace {
 
 constexpr int64_t NEVER = std::numeric_limits<int64_t>::max();
 constexpr int NO_INPUT = -1;
-
-CJson Event(const CTick& tick, const char* event) {
-    CJson json = NewDocument("watch");
-    json["time"] = FormatTime(tick.wallTime);
-    json["event"] = event;
-    return json;
-}
-
-CJson StartEvent(const CTick& tick) {
-    const CInventory& inventory = tick.answer.inventory;
-    CJson json = Event(tick, "start");
-    json["status"] = HealthName(tick.status);
-    json["controllers"] = inventory.controllers.size();
-    json["logical_drives"] = inventory.logicalDrives.size();
-    json["drives"] = inventory.physicalDrives.size();
-    json["pcie_ssds"] = inventory.pcieSsds.size();
-    return json;
-}
-
-CJson NoAnswerEvent(const CTick& tick) {
-    CJson json = Event(tick, "no-answer");
-    json["reason"] = tick.answer.reason;
-    json["message"] = tick.answer.sentence;
-    json["failed_command"] = tick.answer.command;
-    return json;
-}
-
-void AddProgress(CJson& json, const CChange& change) {
-    if (change.progress && change.progress->number) {
-        json["progress_percent"] = *change.progress->number;
-    }
-}
-
-CJson ChangeEvent(const CTick& tick, const CChange& change) {
-    if (change.kind == EChange::CHANGED) {
-        CJson json = Event(tick, "change");
-        json["object"] = change.object;
-        AddDrive(json, change.drive);
-        json["what"] = change.what;
-        json["before"] = ValueOrNull(change.before);
-        json["after"] = ValueOrNull(change.after);
-        AddProgress(json, change);
-        return json;
-    }
-    const bool appeared = change.kind == EChange::APPEARED;
-    CJson json = Event(tick, appeared ? "appeared" : "gone");
-    json["object"] = change.object;
-    AddDrive(json, change.drive);
-    json["state"] = ValueOrNull(appeared ? change.after : change.before);
-    AddProgress(json, change);
-    return json;
-}
 
 // A measurement can change the status without a change of its own.
 void AddStatusChange(EHealth before, CTick& tick) {
@@ -94,7 +43,7 @@ std::string Line(const CJson& json) {
 int CWatch::Run() {
     const bool shown = Watch();
     const bool ended = m_View.End(Moment());
-    return shown && ended && m_Answered && m_Before ? EXIT_SUCCESS : EXIT_FAILURE;
+    return shown && ended && m_Answered && m_HasAnswer ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 // False when an answer could not be shown.
@@ -137,7 +86,7 @@ void CWatch::Judge(CTick& tick) {
     const CInventoryFilter& filter = m_Options.filter;
     Narrow(tick.answer, verdict, {.controller = filter.controller, .enclosure = filter.enclosure});
     tick.status = verdict.status;
-    tick.isFirstAnswer = !m_Before;
+    tick.isFirstAnswer = !m_HasAnswer;
     tick.answersAgain = !m_Answered;
     if (m_Before) {
         tick.changes = CompareInventories(*m_Before, tick.answer.inventory);
@@ -145,6 +94,8 @@ void CWatch::Judge(CTick& tick) {
     }
     m_Before = tick.answer.inventory;
     m_Status = tick.status;
+    m_HasAnswer = true;
+    tick.seen = &*m_Before;
     // A problem that ends is a change of the device, not its end.
     Narrow(tick.answer, verdict, {.problems = filter.problems});
     tick.health = std::move(verdict.health);
@@ -202,7 +153,7 @@ std::string FormatTickJson(const CTick& tick) {
     if (!tick.answer.IsAnswered()) {
         text += Line(NoAnswerEvent(tick));
     } else if (tick.answersAgain) {
-        text += Line(Event(tick, "answers-again"));
+        text += Line(AnswersAgainEvent(tick));
     }
     if (tick.isFirstAnswer) {
         text += Line(StartEvent(tick));

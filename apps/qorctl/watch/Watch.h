@@ -20,10 +20,18 @@
 
 namespace qorctl {
 
+// What an earlier watch knew when it ended.
+struct CPast {
+    std::optional<CInventory> inventory = std::nullopt;  // of its last answer, whole
+    EHealth status = EHealth::UNKNOWN;                   // likewise
+    bool answered = true;                                // its last request
+};
+
 struct CWatchOptions {
     int64_t interval = 60;  // seconds, above 0
     int64_t count = 0;      // requests; 0: until somebody wants an end
     CInventoryFilter filter = {};
+    CPast past = {};  // what the first answer is compared with
 };
 
 // One request and what it told.
@@ -36,6 +44,9 @@ struct CTick {
     std::vector<CChange> changes;  // since the answer before
     bool isFirstAnswer = false;
     bool answersAgain = false;  // the request before had no answer
+    // What the next answer is compared with, while the tick is shown; null without an answer.
+    // Unlike that of `answer` it holds what has no problem, too.
+    const CInventory* seen = nullptr;
 };
 
 // When a view is looked at, in milliseconds of IWatchClock::Now().
@@ -73,7 +84,13 @@ public:
 
     // The references must outlive the object.
     CWatch(const CWatchOptions& options, CAsk ask, IWatchClock& clock, IWatchView& view)
-        : m_Options(options), m_Ask(std::move(ask)), m_Clock(clock), m_View(view) {}
+        : m_Options(options),
+          m_Ask(std::move(ask)),
+          m_Clock(clock),
+          m_View(view),
+          m_Before(options.past.inventory),
+          m_Status(options.past.status),
+          m_Answered(options.past.answered) {}
 
     // Asks at once and then at every interval after that, until `count` requests were made,
     // somebody wants an end or nothing can be shown. Times that a long request missed are left
@@ -92,10 +109,11 @@ private:
     const CAsk m_Ask;
     IWatchClock& m_Clock;
     IWatchView& m_View;
-    std::optional<CInventory> m_Before;   // of the last answer
-    EHealth m_Status = EHealth::UNKNOWN;  // likewise
-    bool m_Answered = true;               // the last request
-    std::optional<int64_t> m_AskedAt;     // the request that goes on
+    std::optional<CInventory> m_Before;  // of the last answer
+    EHealth m_Status;                    // likewise
+    bool m_Answered;                     // the last request
+    bool m_HasAnswer = false;            // there was one to a request of this object
+    std::optional<int64_t> m_AskedAt;    // the request that goes on
 };
 
 // The lines of a tick, each ended: see docs/health.md.

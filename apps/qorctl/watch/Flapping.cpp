@@ -1,0 +1,93 @@
+#include "watch/Flapping.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qorctl {
+namespace {
+
+void KeepRecent(std::vector<int64_t>& times, int64_t now) {
+    std::erase_if(times, [now](int64_t time) {
+        return time <= now - CFlapping::WINDOW || time > now;  // the clock was set back
+    });
+    if (times.size() > CFlapping::MOST_CHANGES) {
+        times.erase(times.begin());
+    }
+}
+
+void Hold(CFlapping::CHeld& held, const CJson& event, const CJson& before, const CJson& after) {
+    if (held.count++ == 0) {
+        held.before = before;
+    }
+    held.after = after;
+    held.last = event;
+}
+
+}  // namespace
+
+CFlapping::CVerdict CFlapping::Take(const std::string& key, const CJson& event, const CJson& before,
+                                    const CJson& after, int64_t now) {
+    CRecord& record = m_Records[key];
+    KeepRecent(record.times, now);
+    record.times.push_back(now);
+    if (!record.isDamped && record.times.size() <= MOST_CHANGES) {
+        return {};
+    }
+    Hold(record.held, event, before, after);
+    if (record.isDamped) {
+        return {.isTold = false};
+    }
+    record.isDamped = true;
+    record.toldAt = now;
+    return {.isTold = false, .held = std::exchange(record.held, CHeld())};
+}
+
+std::vector<CFlapping::CHeld> CFlapping::Due(int64_t now) {
+    std::vector<CHeld> due;
+    for (auto each = m_Records.begin(); each != m_Records.end();) {
+        CRecord& record = each->second;
+        KeepRecent(record.times, now);
+        record.toldAt = std::min(record.toldAt, now);
+        const bool isSettled = record.times.empty();
+        if (record.held.count > 0 && (isSettled || now - record.toldAt >= TELL_AFTER)) {
+            record.held.isSettled = isSettled;
+            due.push_back(std::exchange(record.held, CHeld()));
+            record.toldAt = now;
+        }
+        each = isSettled ? m_Records.erase(each) : std::next(each);
+    }
+    return due;
+}
+
+CJson CFlapping::ToJson() const {
+    CJson json = CJson::array();
+    for (const auto& [key, record] : m_Records) {
+        json.push_back({{"key", key},
+                        {"times", record.times},
+                        {"damped", record.isDamped},
+                        {"told", record.toldAt},
+                        {"count", record.held.count},
+                        {"before", record.held.before},
+                        {"after", record.held.after},
+                        {"last", record.held.last}});
+    }
+    return json;
+}
+
+CFlapping CFlapping::FromJson(const CJson& json) {
+    CFlapping flapping;
+    for (const CJson& each : json) {
+        CRecord record;
+        record.times = each.at("times").get<std::vector<int64_t>>();
+        record.isDamped = each.at("damped").get<bool>();
+        record.toldAt = each.at("told").get<int64_t>();
+        record.held = {.before = each.at("before"),
+                       .after = each.at("after"),
+                       .last = each.at("last"),
+                       .count = each.at("count").get<uint64_t>()};
+        flapping.m_Records[each.at("key").get<std::string>()] = std::move(record);
+    }
+    return flapping;
+}
+
+}  // namespace qorctl
