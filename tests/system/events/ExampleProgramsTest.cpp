@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "EventsFixture.h"
 
 namespace {
@@ -116,12 +118,9 @@ TEST_F(ExampleProgramsTest, WebHookGetsEachEventAndARefusedOneAgain) {
 
 // Its own words, with the program that was built in place of an installed one.
 TEST_F(ExampleProgramsTest, UnitOfTheServiceIsWellFormed) {
-    std::string text = ReadFile(WATCH_UNIT);
-    const std::string word = "ExecStart=qorctl ";
-    ASSERT_NE(text.find(word), std::string::npos);
-    text.replace(text.find(word), word.size(), "ExecStart=" QORCTL_PROGRAM " ");
     const std::string unit = Folder() / "qor-watch.service";
-    WriteFile(unit, text);
+    WriteFile(unit, std::regex_replace(ReadFile(WATCH_UNIT), std::regex("ExecStart=\\S+"),
+                                       "ExecStart=" QORCTL_PROGRAM));
     const CEnd end = qortest::RunProgram({"systemd-analyze", "verify", "--man=no", unit});
     EXPECT_EQ(end.status, 0) << end.err;
     EXPECT_EQ(end.out + end.err, "");
