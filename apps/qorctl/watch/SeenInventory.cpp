@@ -30,11 +30,11 @@ std::string BytesToUtf8(std::string_view bytes) {
 std::string Utf8ToBytes(const std::string& text) {
     std::string bytes;
     for (size_t i = 0; i < text.size(); ++i) {
-        const auto lead = static_cast<unsigned char>(text[i]);
+        const unsigned lead = static_cast<unsigned char>(text[i]);
         if (lead < ASCII_END || i + 1 == text.size()) {
             bytes += text[i];
         } else {
-            const auto low = static_cast<unsigned char>(text[++i]);
+            const unsigned low = static_cast<unsigned char>(text[++i]);
             bytes += static_cast<char>((lead << HIGH_BITS) | (low & LOW_MASK));
         }
     }

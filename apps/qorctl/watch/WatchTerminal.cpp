@@ -107,6 +107,17 @@ const char* Sequence(const char* name) {
     return isNoString ? nullptr : sequence;
 }
 
+// On any other kind the library begins in vain, and keeps the memory.
+bool CanHaveScreen() {
+    int error = 0;
+    if (setupterm(nullptr, STDOUT_FILENO, &error) != OK) {
+        return false;
+    }
+    const bool canMove = Sequence("cup") != nullptr;
+    del_curterm(cur_term);
+    return canMove;
+}
+
 void KeepLeaveScreen() {
     for (const char* name : {"sgr0", "rmkx", "smam", "cnorm", "rmcup"}) {
         if (const char* sequence = Sequence(name)) {
@@ -266,14 +277,10 @@ std::optional<int> CSignalClock::StopStatus() const {
 std::unique_ptr<CTerminalView> CTerminalView::Open(int64_t interval) {
     std::setlocale(LC_CTYPE, "");  // of the texts that are drawn
     tcgetattr(STDOUT_FILENO, &g_Shell);
-    if (newterm(nullptr, stdout, stdin) == nullptr) {
+    if (!CanHaveScreen() || newterm(nullptr, stdout, stdin) == nullptr) {
         return nullptr;
     }
-    std::unique_ptr<CTerminalView> view(new CTerminalView(interval));
-    if (Sequence("cup") == nullptr) {
-        return nullptr;
-    }
-    return view;
+    return std::unique_ptr<CTerminalView>(new CTerminalView(interval));
 }
 
 CTerminalView::CTerminalView(int64_t interval)

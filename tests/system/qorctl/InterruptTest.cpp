@@ -215,7 +215,8 @@ TEST_F(RequestEndTest, PluginThatDiesIsTold) {
     EXPECT_TRUE(NothingIsLeft());
 }
 
-// With too few descriptors no process can be made at one point or another.
+// With too few descriptors no process can be made at one point or another. A sanitizer looks at
+// memory through a pipe, and ends the process when it gets none: that is its own affair.
 TEST_F(RequestEndTest, ProcessThatCannotBeMadeIsNotThePluginsFault) {
     PutTool("exit 3");
     int notMade = 0;
@@ -226,7 +227,9 @@ TEST_F(RequestEndTest, ProcessThatCannotBeMadeIsNotThePluginsFault) {
                                                QORCTL_PROGRAM, std::to_string(files)},
                                  .environment = m_Environment});
         EXPECT_NE(end.status, 0) << files;
-        EXPECT_THAT(end.err, testing::Not(testing::HasSubstr("the plug-in ended"))) << files;
+        EXPECT_THAT(end.err, testing::AnyOf(testing::Not(testing::HasSubstr("the plug-in ended")),
+                                            testing::HasSubstr("<memory cannot be printed>")))
+            << files;
         notMade += end.err ==
                            "qorctl: no process for the plug-in could be made: Too many open "
                            "files\n"
