@@ -37,6 +37,10 @@ void AddDrive(CJson& json, const std::optional<CDriveIdentity>& drive);
 // hold, become U+FFFD; characters that are not printable stand as "\u009b".
 std::string JsonText(const CJson& json, int indentation);
 
+// The value that the text is; a discarded one when it is no JSON, or has objects and arrays in each
+// other more than `deepest` times: what is nested without end ends whoever writes it again.
+CJson ParseJson(const std::string& text, int deepest);
+
 // The text as such a document has it: UTF-8.
 std::string ValidUtf8(std::string_view text);
 

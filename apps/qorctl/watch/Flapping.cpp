@@ -16,11 +16,20 @@ void KeepRecent(std::vector<int64_t>& times, int64_t now) {
 }
 
 void Hold(CFlapping::CHeld& held, const CJson& event, const CJson& before, const CJson& after) {
-    if (held.count++ == 0) {
+    if (held.count == 0) {
         held.before = before;
     }
+    CountOn(held.count);
     held.after = after;
     held.last = event;
+}
+
+// What the last one of held changes is looked at for.
+void DemandEvent(const CJson& event) {
+    for (const char* name : {"event", "object", "severity"}) {
+        static_cast<void>(event.at(name).get_ref<const std::string&>());
+    }
+    static_cast<void>(event.value("what", ""));
 }
 
 }  // namespace
@@ -47,7 +56,7 @@ std::vector<CFlapping::CHeld> CFlapping::Due(int64_t now) {
     for (auto each = m_Records.begin(); each != m_Records.end();) {
         CRecord& record = each->second;
         KeepRecent(record.times, now);
-        record.toldAt = std::min(record.toldAt, now);
+        record.toldAt = std::clamp(record.toldAt, int64_t{0}, now);
         const bool isSettled = record.times.empty();
         if (record.held.count > 0 && (isSettled || now - record.toldAt >= TELL_AFTER)) {
             record.held.isSettled = isSettled;
@@ -78,13 +87,19 @@ CFlapping CFlapping::FromJson(const CJson& json) {
     CFlapping flapping;
     for (const CJson& each : json) {
         CRecord record;
-        record.times = each.at("times").get<std::vector<int64_t>>();
+        record.times.reserve(each.at("times").size());
+        for (const CJson& time : each.at("times")) {
+            record.times.push_back(WholeNumber(time));
+        }
         record.isDamped = each.at("damped").get<bool>();
-        record.toldAt = each.at("told").get<int64_t>();
+        record.toldAt = WholeNumber(each.at("told"));
         record.held = {.before = each.at("before"),
                        .after = each.at("after"),
                        .last = each.at("last"),
-                       .count = each.at("count").get<uint64_t>()};
+                       .count = CountOf(each.at("count"))};
+        if (record.held.count > 0) {
+            DemandEvent(record.held.last);
+        }
         flapping.m_Records[each.at("key").get<std::string>()] = std::move(record);
     }
     return flapping;

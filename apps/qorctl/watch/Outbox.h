@@ -26,7 +26,8 @@ public:
     // An outbox whose events have ids of their own.
     COutbox();
 
-    // Puts the event at the end, with its id, and makes room at `wallTime`, seconds since 1970.
+    // Puts the event at the end, with its id, and makes room at `wallTime`, seconds since 1970,
+    // with an event of the same "host".
     void Add(CJson event, int64_t wallTime);
 
     bool IsEmpty() const { return m_Entries.empty(); }
@@ -58,7 +59,7 @@ private:
     explicit COutbox(std::string source) : m_Source(std::move(source)) {}
 
     CEntry MakeEntry(CJson event, uint64_t lost);
-    void MakeRoom(int64_t wallTime);
+    void MakeRoom(const CJson& host, int64_t wallTime);
 
     std::string m_Source;
     uint64_t m_Next = 1;

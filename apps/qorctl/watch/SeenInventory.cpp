@@ -5,6 +5,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "watch/TickEvents.h"
+
 namespace qorctl {
 namespace {
 
@@ -68,7 +70,7 @@ void Get(const CJson& json, const std::string& name, CText& value) {
 
 void Get(const CJson& json, const std::string& name, CNumber& value) {
     if (json.contains(name)) {
-        value = json.at(name).get<long long>();
+        value = WholeNumber(json.at(name));
     }
 }
 

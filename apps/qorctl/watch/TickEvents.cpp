@@ -1,9 +1,13 @@
 #include "watch/TickEvents.h"
 
+#include <algorithm>
+
 #include "watch/WatchClock.h"
 
 namespace qorctl {
 namespace {
+
+constexpr uint64_t LARGEST_COUNT = uint64_t{1} << 53U;
 
 void AddProgress(CJson& json, const CChange& change) {
     if (change.progress && change.progress->number) {
@@ -18,6 +22,18 @@ CJson NewEvent(int64_t wallTime, const char* event) {
     json["time"] = FormatTime(wallTime);
     json["event"] = event;
     return json;
+}
+
+int64_t WholeNumber(const CJson& json) {
+    return json.get_ref<const CJson::number_integer_t&>();
+}
+
+uint64_t CountOf(const CJson& json) {
+    return std::min(json.get_ref<const CJson::number_unsigned_t&>(), LARGEST_COUNT);
+}
+
+void CountOn(uint64_t& count, uint64_t by) {
+    count = std::min(count + by, LARGEST_COUNT);
 }
 
 CJson StartEvent(const CTick& tick) {

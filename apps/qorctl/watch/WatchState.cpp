@@ -13,6 +13,7 @@ namespace {
 
 constexpr const char* FORMAT = "qorctl-watch-state";
 constexpr int VERSION = 1;
+constexpr int DEEPEST = 5;  // the capacity of a drive of the drives that were seen
 constexpr const char* SERVER = "server";
 constexpr const char* PRESENCE = "presence";
 constexpr const char* ANSWERS = "answer";
@@ -31,9 +32,8 @@ CJson NumberOrNull(const std::optional<NUMBER>& number) {
     return number ? CJson(*number) : CJson(nullptr);
 }
 
-template <typename NUMBER>
-std::optional<NUMBER> OptionalNumber(const CJson& json) {
-    return json.is_null() ? std::nullopt : std::make_optional(json.get<NUMBER>());
+std::optional<int64_t> OptionalNumber(const CJson& json) {
+    return json.is_null() ? std::nullopt : std::make_optional(WholeNumber(json));
 }
 
 void Tell(CJson& event, EHealth severity, const std::string& object, const std::string& summary) {
@@ -112,7 +112,7 @@ std::vector<CFound> FindingsByObject(const std::vector<CHealthFinding>& findings
 }  // namespace
 
 CWatchState::EParse CWatchState::Parse(const std::string& text) {
-    const CJson json = CJson::parse(text, nullptr, false);
+    const CJson json = ParseJson(text, DEEPEST);
     const auto format = json.is_object() ? json.find("format") : json.end();
     if (!json.is_object() || format == json.end()) {
         return EParse::CORRUPT;
@@ -131,9 +131,9 @@ CWatchState::EParse CWatchState::Parse(const std::string& text) {
 }
 
 void CWatchState::Read(const CJson& json) {
-    m_Controller = OptionalNumber<long long>(json.at("controller"));
-    m_Enclosure = OptionalNumber<long long>(json.at("enclosure"));
-    m_AnsweredAt = OptionalNumber<int64_t>(json.at("answered"));
+    m_Controller = OptionalNumber(json.at("controller"));
+    m_Enclosure = OptionalNumber(json.at("enclosure"));
+    m_AnsweredAt = OptionalNumber(json.at("answered"));
     m_Past.answered = json.at("answers").get<bool>();
     m_Past.status = HealthOf(json.at("status").get<std::string>());
     if (!json.at("seen").is_null()) {

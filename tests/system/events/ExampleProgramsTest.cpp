@@ -44,15 +44,20 @@ protected:
 
 TEST_F(ExampleProgramsTest, MailArrivesWithAllFacts) {
     const std::string sendmail = Folder() / "sendmail";
-    WriteFile(sendmail, "#!/bin/sh\nexec " + Receiver() + "sendmail '" +
-                            (Folder() / "received").string() + "' \"$@\"\n");
+    WriteFile(sendmail, "#!/bin/sh\nexec msmtp --host=127.0.0.1 --port=\"$(cat '" +
+                            (Folder() / "port").string() + "')\" --from=qor@example.org \"$@\"\n");
     fs::permissions(sendmail, fs::perms::owner_all);
-    const CEnd end = Watch("failed-drive", Example("mail", "sendmail", sendmail));
-    EXPECT_EQ(end.status, 0) << end.err;
+    const CEnd end =
+        Shell("failed-drive", WatchBy(Example("mail", "sendmail", sendmail)) + Receiver() +
+                                  "smtp '" + (Folder() / "received").string() + "' '" +
+                                  (Folder() / "port").string() +
+                                  "' & receiver=$!; until [ -e port ]; do sleep 0.05; done; "
+                                  "watch --count 1; echo $?; kill $receiver; wait $receiver");
+    EXPECT_THAT(end.out, testing::EndsWith("0\n")) << end.err;
     const std::vector<json> mails = Received();
     ASSERT_THAT(mails, SizeIs(4));
     const json& mail = mails[0];
-    EXPECT_EQ(mail["arguments"], json({"-i", "-t"}));
+    EXPECT_EQ(mail["for"], json({"root"}));
     EXPECT_EQ(mail["to"], "root");
     EXPECT_THAT(mail["subject"].get<std::string>(), StartsWith("[CRITICAL] "));
     EXPECT_THAT(mail["subject"].get<std::string>(),

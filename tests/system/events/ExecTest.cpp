@@ -72,6 +72,51 @@ TEST_F(ExecTest, ProgramGetsTheFactsAndNothingElse) {
     EXPECT_THAT(end.out, Not(HasSubstr("to-out")));
 }
 
+// A tool that says what it likes: control characters, bytes that are no text, a shell's own.
+TEST_F(ExecTest, HostileTextsStayOneLine) {
+    const std::string program = Program(
+        "case $QOR_SUMMARY in *PD3*) ;; *) exit 0 ;; esac\n"
+        "env | grep -c = > count; env | grep ^QOR_SUMMARY > summary; "
+        "cat > event; exit 1\n");
+    const std::string tool = "/opt/tarmica/krz/cli/krzcli";
+    const std::string real = "/opt/tarmica/krz/real";
+    WriteFile(
+        Folder() / "tool",
+        "#!/bin/sh\n" + real + "/krzcli \"$@\" | sed 's/KESTREL/De\x1b[31m\"$(id)\rX\xff/'\n");
+    const CEnd end = Shell("failed-drive", "mkdir " + real + "; mv " + tool + ' ' + real +
+                                               "; install '" + (Folder() / "tool").string() + "' " +
+                                               tool + "; " + WatchBy(program) + "watch --count 1");
+    EXPECT_EQ(end.status, 1);
+    EXPECT_EQ(ReadFile(Folder() / "count"), "9\n") << end.err;
+    EXPECT_THAT(ReadFile(Folder() / "summary"), HasSubstr("De\\x1b[31m\"$(id)\\rX"));
+    const std::string line = ReadFile(Folder() / "event");
+    EXPECT_EQ(line.find('\n') + 1, line.size());
+    EXPECT_TRUE(json::accept(line)) << line;
+}
+
+// In and out of its state eight times in less than ten minutes.
+TEST_F(ExecTest, FlappingIsToldOnceAndThenHeldBack) {
+    const std::string program = TakingProgram();
+    for (int i = 0; i <= 8; ++i) {
+        const CEnd end = Watch(i % 2 == 0 ? "small" : "failed-drive", program);
+        ASSERT_EQ(end.status, 0) << end.err;
+    }
+    std::vector<json> drive;
+    for (const json& event : Events()) {
+        if (event["object"] == "controller 0 logical drive LD1" &&
+            event.value("what", "") == "state") {
+            drive.push_back(event);
+        }
+    }
+    ASSERT_EQ(drive.size(), 6U);
+    for (size_t i = 0; i < 5; ++i) {
+        EXPECT_EQ(drive[i]["event"], "change");
+    }
+    EXPECT_EQ(drive[5]["event"], "flapping");
+    EXPECT_EQ(drive[5]["settled"], false);
+    EXPECT_THAT(drive[5]["summary"].get<std::string>(), HasSubstr("changes again and again"));
+}
+
 TEST_F(ExecTest, EventThatWasNotTakenComesAgainAndTheOthersWait) {
     const std::string program = Program(
         "echo \"$QOR_EVENT_ID\" >> tries\n"

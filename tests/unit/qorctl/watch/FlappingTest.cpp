@@ -15,7 +15,8 @@ class FlappingTest : public testing::Test {
 protected:
     // ONLINE and FAILED by turns.
     CFlapping::CVerdict Turn(const std::string& key = "drive") {
-        const CJson event = {{"event", "change"}, {"number", ++m_Turns}};
+        const CJson event = {
+            {"event", "change"}, {"object", key}, {"severity", "OK"}, {"number", ++m_Turns}};
         const bool odd = m_Turns % 2 != 0;
         return m_Flapping.Take(key, event, odd ? "ONLINE" : "FAILED", odd ? "FAILED" : "ONLINE",
                                m_Now);

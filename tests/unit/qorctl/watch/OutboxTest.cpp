@@ -17,6 +17,7 @@ CJson Event(const std::string& summary) {
     event["severity"] = "OK";
     event["object"] = "server";
     event["summary"] = summary;
+    event["host"] = "server1";
     return event;
 }
 
@@ -89,6 +90,7 @@ TEST(OutboxTest, OldestEventsBecomeOneThatCountsThem) {
     outbox = ReadBack(outbox);
     EXPECT_EQ(Head(outbox)["event"], "lost");
     EXPECT_EQ(Head(outbox)["severity"], "UNKNOWN");
+    EXPECT_EQ(Head(outbox)["host"], "server1");
     lost = Head(outbox)["count"];
     EXPECT_EQ(lost + outbox.Size() - 1, MANY);
     outbox.Strike();

@@ -233,6 +233,15 @@ TEST_F(WatchStateTest, WhatIsNoStateIsCorruptAndWhatIsAnothersIsForeign) {
     }
 }
 
+TEST_F(WatchStateTest, NestedTextIsCorrupt) {
+    See(Inventory("FAILED"));
+    std::string text = m_State.Format();
+    const size_t end = text.rfind('}');
+    constexpr size_t DEEP = 1000000;
+    text.insert(end, ",\"x\":" + std::string(DEEP, '[') + std::string(DEEP, ']'));
+    EXPECT_EQ(m_State.Parse(text), CWatchState::EParse::CORRUPT);
+}
+
 TEST_F(WatchStateTest, StateOfAPartOfTheServerIsForThatPartOnly) {
     const qorctl::CInventoryFilter part = {.controller = 1};
     CWatchState state(part, "server1");
