@@ -47,6 +47,8 @@ TEST_F(InstallTest, EverythingIsWhereItBelongs) {
              Share() / "qor/monitoring/nagios-nrpe.cfg",
              Share() / "qor/monitoring/nrpe.cfg",
              Share() / "qor/monitoring/icinga2.conf",
+             Share() / "qor/prometheus/qor.rules.yml",
+             Share() / "qor/grafana/qor.json",
              Share() / "qor/hosts/small.json",
          }) {
         EXPECT_TRUE(fs::is_regular_file(file)) << file;

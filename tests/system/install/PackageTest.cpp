@@ -49,6 +49,7 @@ TEST_F(PackageTest, PackageOfTheLibrariesHoldsWhatAServerNeeds) {
          {"./usr/bin/qorctl\n", "/libqor_MngSrv_QorLib.so\n", "/libqor_ComLib.so\n",
           "./usr/share/qor/RaidVCFac.ini\n", "./usr/share/qor/PciessdVCFac.ini\n",
           "./usr/share/qor/qorctl.schema.json\n", "./usr/share/qor/monitoring/qorctl.sudoers\n",
+          "./usr/share/qor/prometheus/qor.rules.yml\n", "./usr/share/qor/grafana/qor.json\n",
           "./usr/share/qor/events/mail\n", "./usr/lib/systemd/system/qor-watch.service\n",
           "./usr/share/man/man1/qorctl.1\n", "./usr/share/man/man7/qor.7\n",
           "./usr/share/bash-completion/completions/qorctl\n"}) {
