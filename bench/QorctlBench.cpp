@@ -18,32 +18,43 @@ void RegisterStart(const std::string& who, const std::vector<std::string>& progr
     RegisterWay("start/--version/" + who, 100, [=] { qorbench::RunProgram(program, "/dev/null"); });
 }
 
-std::vector<std::string> Commands() {
-    const std::string tool = "/opt/tarmica/krz/cli/krzcli ";
-    std::vector<std::string> commands = {tool + "-v", tool + "-ctrlinfo -aAll"};
+// The runs of the tool that a request for the RAID controllers takes, and for the storage.
+std::vector<std::string> RaidCommands() {
+    std::vector<std::string> commands = {"-v", "-ctrlinfo -aAll"};
     for (int i = 0; i < CONTROLLERS; ++i) {
         const std::string which = " -a" + std::to_string(i);
         for (const char* verb : {"-ctrlinfo", "-ldpdinfo", "-ldpdinfo", "-pdinfo -nosmart"}) {
-            commands.push_back(tool + verb + which);
+            commands.push_back(verb + which);
         }
     }
     return commands;
 }
 
-}  // namespace
+std::vector<std::string> StorageCommands() {
+    std::vector<std::string> commands = RaidCommands();
+    commands.insert(commands.end(), {"-v", "-pssdinfo -aAll"});
+    return commands;
+}
 
-int main(int argc, char** argv) {
+void RegisterRequest(const std::string& name, const std::vector<std::string>& options,
+                     const std::vector<std::string>& commands) {
     const std::string output = qorbench::ScratchDir() + "/output";
-    const std::vector<std::string> commands = Commands();
-    RegisterWay("qorctl raid/240 drives/ours", 15, [=] {
-        qorbench::RunProgram({QORBENCH_QORCTL, "raid", "--format", "json"}, output);
-    });
-    RegisterWay("qorctl raid/240 drives/floor", 15, [=] {
+    std::vector<std::string> program = {QORBENCH_QORCTL};
+    program.insert(program.end(), options.begin(), options.end());
+    RegisterWay(name + "/240 drives/ours", 15, [=] { qorbench::RunProgram(program, output); });
+    RegisterWay(name + "/240 drives/floor", 15, [=] {
         for (const std::string& command : commands) {
-            qorbench::RunShell(command, output);
+            qorbench::RunShell("/opt/tarmica/krz/cli/krzcli " + command, output);
         }
         qorbench::RunProgram({"/bin/true"}, output);
     });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    RegisterRequest("qorctl raid", {"raid", "--format", "json"}, RaidCommands());
+    RegisterRequest("qorctl metrics", {"metrics"}, StorageCommands());
     RegisterStart("ours", {QORBENCH_QORCTL, "--version"});
     RegisterStart("peer:smartctl", {"/usr/sbin/smartctl", "--version"});
     RegisterStart("peer:lsblk", {"lsblk", "-J"});

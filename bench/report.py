@@ -31,6 +31,7 @@ MEASURES = {
     "command": Measure("run of a command", WALL, "posix_spawn and wait", 1.05, None),
     "request": Measure("whole request", WALL, "the tool runs", 1.10, None),
     "qorctl raid": Measure("`qorctl raid --format json`", WALL, "the tool runs, `true`", 1.15, None),
+    "qorctl metrics": Measure("`qorctl metrics`", WALL, "the tool runs, `true`", 1.15, None),
     "start": Measure("start of `qorctl`", WALL, None, None, 1),
     "presence": Measure("presence check", CPU, "the two files read", 5.0, None),
     "trace off": Measure("trace switched off", CPU, "no trace call built in", 1.03, None),
@@ -205,7 +206,7 @@ def chart(results, measures, path):
 CHARTS = {
     "getters": ("Getters", ["getter ctrl", "getter ld", "getter pd", "getter smart", "getter pssd"]),
     "documents": ("XML and the form", ["xml", "form", "form from items"]),
-    "processes": ("Commands and requests", ["command", "request", "qorctl raid"]),
+    "processes": ("Commands and requests", ["command", "request", "qorctl raid", "qorctl metrics"]),
 }
 
 
