@@ -3,14 +3,12 @@
 #include <chrono>
 #include <cstdlib>
 #include <memory>
-#include <optional>
 #include <string>
-#include <utility>
 
 #include "commands/CommonOptions.h"
+#include "commands/SmartRequests.h"
 #include "host/Ask.h"
 #include "metrics/Metrics.h"
-#include "model/DriveSearch.h"
 #include "terminal/Output.h"
 #include "terminal/OutputFile.h"
 
@@ -45,52 +43,6 @@ struct CMetricsLine {
     std::string output;  // empty or "-": standard output
     bool smart = false;
 };
-
-// The time limit of a command that makes several requests.
-class CTimeLimit {
-public:
-    explicit CTimeLimit(const CPluginChoice& plugin) : m_Plugin(plugin) {}
-
-    // What is left for the next request, in whole seconds; nothing when there is none.
-    std::optional<CPluginChoice> Rest() const {
-        CPluginChoice rest = m_Plugin;
-        if (m_Plugin.timeout) {
-            const auto used = steady_clock::now() - m_Start;
-            rest.timeout = std::chrono::floor<std::chrono::seconds>(*m_Plugin.timeout - used);
-            if (rest.timeout->count() <= 0) {
-                return std::nullopt;
-            }
-        }
-        return rest;
-    }
-
-private:
-    const CPluginChoice& m_Plugin;
-    const steady_clock::time_point m_Start = steady_clock::now();
-};
-
-// False when the drive gave no answer.
-bool AskForSmart(const CTimeLimit& limit, CPhysicalDrive& drive, size_t& toolRuns) {
-    const std::optional<CDriveAddress> address = AddressOf(drive);
-    const std::optional<CPluginChoice> plugin = limit.Rest();
-    if (!address || !plugin) {
-        return false;
-    }
-    CAnswer answer = Ask(*plugin, DriveRequest(*address), EProgress::SHOWN);
-    toolRuns += answer.toolRuns;
-    for (CPhysicalDrive& told : answer.inventory.physicalDrives) {
-        drive.smart = std::move(told.smart);
-    }
-    return answer.IsAnswered();
-}
-
-CSmartRequests AskForAllSmart(const CTimeLimit& limit, CInventory& inventory) {
-    CSmartRequests requests;
-    for (CPhysicalDrive& drive : inventory.physicalDrives) {
-        requests.failures += AskForSmart(limit, drive, requests.toolRuns) ? 0U : 1U;
-    }
-    return requests;
-}
 
 CCollection Collect(const CMetricsLine& line) {
     const steady_clock::time_point start = steady_clock::now();
