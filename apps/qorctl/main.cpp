@@ -13,6 +13,7 @@
 #include "commands/DoctorCommand.h"
 #include "commands/ExecCommand.h"
 #include "commands/MetricsCommand.h"
+#include "commands/PageCommand.h"
 #include "commands/ReportCommand.h"
 #include "commands/SvpCommand.h"
 #include "commands/VersionCommand.h"
@@ -52,7 +53,7 @@ int main(int argc, char** argv) {
           qorctl::AddDriveCommand, qorctl::AddXmlCommand, qorctl::AddSvpCommand,
           qorctl::AddDoctorCommand, qorctl::AddExecCommand, qorctl::AddVersionCommand,
           qorctl::AddCheckCommand, qorctl::AddWatchCommand, qorctl::AddMetricsCommand,
-          qorapps::AddHelpCommand}) {
+          qorctl::AddPageCommand, qorapps::AddHelpCommand}) {
         add(app, status);
     }
     try {

@@ -61,7 +61,7 @@ TEST_F(CommandLineTest, CommandThatIsNearNothingListsAll) {
         EXPECT_THAT(outcome.err,
                     StartsWith("qorctl: there is no command \"" + word + "\"; the commands are "));
         for (const char* name : {"raid", "storage", "drive", "xml", "svp", "doctor", "exec",
-                                 "version", "check", "watch", "metrics", "help"}) {
+                                 "version", "check", "watch", "metrics", "page", "help"}) {
             EXPECT_THAT(outcome.err, HasSubstr(name));
         }
     }
