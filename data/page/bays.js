@@ -100,6 +100,19 @@ function tell(row, line, drives, quiet, event) {
     new CustomEvent('pointed', { detail: bay ? bay.dataset.group : undefined }));
 }
 
+// Rows of the same length, as the front of an enclosure has them.
+const balance = new ResizeObserver((entries) => {
+  const rem = parseFloat(getComputedStyle(document.documentElement).fontSize);
+  const gap = 0.375;
+  for (const { target, contentRect } of entries) {
+    const row = target.querySelector('.bays');
+    const count = row.children.length;
+    const most = Math.max(1, Math.floor((contentRect.width / rem + gap) / (3.5 + gap)));
+    const columns = Math.ceil(count / Math.ceil(count / most));
+    row.style.setProperty('--columns', `repeat(${columns}, minmax(0, 4.5rem))`);
+  }
+});
+
 export function enclosureView(enclosure, server, groupIndexOf, show) {
   const quiet = summary(enclosure);
   const firstDrive = enclosure.bays.find((bay) => !bay.isEmpty);
@@ -107,7 +120,6 @@ export function enclosureView(enclosure, server, groupIndexOf, show) {
     element('li', { class: bay.isEmpty && bay.first !== bay.last ? 'is-wide' : null },
       bay.isEmpty ? emptyBay(bay) : driveBay(bay, bay === firstDrive, groupIndexOf(bay), show)));
   const row = element('ul', { class: 'bays' }, bays);
-  row.style.setProperty('--count', bays.length);
   const line = element('p', { class: 'readout' }, quiet);
   row.addEventListener('keydown', (event) => onKey(row, event));
   for (const event of ['pointerover', 'focusin']) {
@@ -116,7 +128,9 @@ export function enclosureView(enclosure, server, groupIndexOf, show) {
   for (const event of ['pointerleave', 'focusout']) {
     row.addEventListener(event, () => tell(row, line, server.drives, quiet, { target: row }));
   }
-  return element('section', { class: 'enclosure' }, element('h3', {}, enclosure.title), row, line);
+  const view = element('section', { class: 'enclosure' }, element('h3', {}, enclosure.title), row, line);
+  balance.observe(view);
+  return view;
 }
 
 // Lights the drives of a group and dims all others; all are as they were without one.

@@ -120,9 +120,9 @@ function controllerView(controller, server) {
   return view;
 }
 
-function wearBar(percent) {
+function wearBar(percent, health) {
   const part = Math.min(100, Math.max(0, percent));
-  return drawing('svg', { class: 'bar', viewBox: '-1 0 102 12', preserveAspectRatio: 'none', 'aria-hidden': 'true' },
+  return drawing('svg', { class: `bar ${healthClass(health)}`, viewBox: '-1 0 102 12', preserveAspectRatio: 'none', 'aria-hidden': 'true' },
     drawing('rect', { class: 'track', y: 4, width: 100, height: 4 }),
     drawing('rect', { class: 'part', y: 4, width: part, height: 4 }));
 }
@@ -130,7 +130,7 @@ function wearBar(percent) {
 function ssdView({ device, health }) {
   return element('li', { class: `ssd ${healthClass(health)}` },
     element('h3', {}, sign(health), element('span', {}, textOf(device.product) || 'PCIe SSD')),
-    element('p', { class: 'wear' }, Number.isFinite(device.used_percent) && wearBar(device.used_percent),
+    element('p', { class: 'wear' }, Number.isFinite(device.used_percent) && wearBar(device.used_percent, health),
       element('span', {}, textOf(device.used) && `${textOf(device.used)} of its rated endurance used`)),
     facts([
       ['Status', textOf(device.status)],

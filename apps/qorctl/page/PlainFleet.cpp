@@ -126,10 +126,12 @@ std::string StripOf(const CReadJson& drives) {
     for (const CStroke& stroke : STROKES) {
         paths += StrokesOf(drives, count, stroke);
     }
+    const int width = std::min(count, MAX_COLUMNS) * STROKE_WIDTH;
+    const int height = (count - 1) / MAX_COLUMNS * ROW_DISTANCE + ROW_HEIGHT;
     return fmt::format(
-        "<svg class=\"strip\" aria-hidden=\"true\" width=\"{}\" height=\"{}\">{}</svg>",
-        std::min(count, MAX_COLUMNS) * STROKE_WIDTH,
-        (count - 1) / MAX_COLUMNS * ROW_DISTANCE + ROW_HEIGHT, paths);
+        "<svg class=\"strip\" aria-hidden=\"true\" width=\"{0}\" height=\"{1}\" "
+        "viewBox=\"0 0 {0} {1}\">{2}</svg>",
+        width, height, paths);
 }
 
 std::string LineHtml(const CFleetLine& line) {

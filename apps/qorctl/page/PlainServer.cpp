@@ -113,7 +113,8 @@ std::string TableHtml(const CReadJson& report, const CTable& table) {
         return "";
     }
     std::string html = fmt::format(
-        "<h2>{}</h2>\n<div class=\"scroll\" tabindex=\"0\" role=\"region\" aria-label=\"{}\">"
+        "<section>\n<h2>{}</h2>\n<div class=\"scroll\" tabindex=\"0\" role=\"region\" "
+        "aria-label=\"{}\">"
         "<table>\n<thead><tr><th scope=\"col\">Health</th>",
         table.title, table.title);
     for (const CColumn& column : table.columns) {
@@ -123,7 +124,7 @@ std::string TableHtml(const CReadJson& report, const CTable& table) {
     for (const CReadJson& device : devices) {
         html += RowHtml(device, table);
     }
-    return html + "</tbody></table></div>\n";
+    return html + "</tbody></table></div>\n</section>\n";
 }
 
 std::string EntryHtml(const std::string& health, const std::string& text) {
@@ -206,7 +207,8 @@ std::string PlainServer(const CServerReport& report) {
         HtmlText(CountsText(content)), TimeHtml(report.time));
     const std::string problems = ProblemEntries(content);
     if (!problems.empty()) {
-        html += "<h2>What to do</h2>\n<ul class=\"problems\">\n" + problems + "</ul>\n";
+        html += "<section class=\"advice\">\n<h2>What to do</h2>\n<ul class=\"problems\">\n" +
+                problems + "</ul>\n</section>\n";
     }
     for (const CTable& table : Tables()) {
         html += TableHtml(content, table);
