@@ -114,7 +114,7 @@ export function showRecord(drive) {
     element('p', { class: 'serial' }, element('span', {}, 'Serial number'),
       element('strong', {}, textOf(device.serial) || 'not told')),
     element('ul', { class: 'problems' }, drive.findings.map((finding) =>
-      element('li', { class: healthClass(textOf(finding.severity)) }, sign(textOf(finding.severity)),
+      element('li', { class: healthClass(textOf(finding.severity)) },
         element('span', {}, ownSentence(drive, textOf(finding.sentence)))))),
     facts(driveFacts(drive)),
     element('h3', {}, 'SMART'), smartView(device),

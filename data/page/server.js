@@ -27,8 +27,7 @@ function problemEntry({ health, sentence, drive }, at) {
   const text = drive
     ? element('button', { type: 'button', on: { click: () => showRecord(drive) } }, sentence)
     : element('span', {}, sentence);
-  return element('li', { class: joined([healthClass(health), at >= SHOWN_PROBLEMS && 'is-more'], ' ') },
-    sign(health), text);
+  return element('li', { class: joined([healthClass(health), at >= SHOWN_PROBLEMS && 'is-more'], ' ') }, text);
 }
 
 function problemsView({ problems }) {

@@ -128,8 +128,8 @@ std::string TableHtml(const CReadJson& report, const CTable& table) {
 }
 
 std::string EntryHtml(const std::string& health, const std::string& text) {
-    return fmt::format("<li class=\"{}\">{}<span>{}</span></li>\n", HealthClass(health),
-                       HealthSign(health), HtmlText(text));
+    return fmt::format("<li class=\"{}\"><span>{}</span></li>\n", HealthClass(health),
+                       HtmlText(text));
 }
 
 // An error of the request is as bad as not to know. What is only to be noted is told where nothing
