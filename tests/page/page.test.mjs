@@ -1,0 +1,264 @@
+// The pages of qorctl in a real browser.
+import assert from 'node:assert/strict';
+import { readFileSync, writeFileSync } from 'node:fs';
+import { after, before, test } from 'node:test';
+import { file, hosts, onHost, open, pageOfHost, pageOfReports, printed, reportOf, start, stop, textsOf,
+  violations, workOf } from './browser.mjs';
+
+before(start);
+after(stop);
+
+const CLASSES = { OK: 'is-ok', WARNING: 'is-warning', CRITICAL: 'is-critical', UNKNOWN: 'is-unknown' };
+const LETTERS = { ONLINE: 'O', 'HOT SPARE': 'S', 'Unconfig GOOD': 'U', JBOD: 'J', REBUILD: 'R', COPYBACK: 'C',
+  FAILED: 'F', OFFLINE: 'X', 'Unconfig BAD': 'B', Foreign: 'E' };
+
+// What a bay is to say of a drive.
+const bayOf = (drive) => ({
+  health: CLASSES[drive.health.status],
+  letter: LETTERS[drive.status_detail],
+  slot: String(drive.slot),
+  group: drive.raid_group ?? (drive.role === 'global_spare' ? 'global' : ''),
+  percent: drive.progress_percent === undefined ? '' : `${drive.progress_percent}%`,
+  told: [drive.serial, drive.status_detail, drive.product],
+});
+
+const byPlace = (a, b) => a.controller - b.controller || a.enclosure - b.enclosure || a.slot - b.slot;
+
+const baysIn = (page) => page.$$eval('button.bay', (bays) => bays.map((bay) => ({
+  health: [...bay.classList].find((name) => name.startsWith('is-')),
+  letter: bay.querySelector('.sign text').textContent,
+  slot: bay.querySelector('.slot').textContent,
+  group: bay.querySelector('.group').textContent,
+  percent: bay.querySelector('.progress') ? bay.querySelector('.word').textContent : '',
+  told: bay.querySelector('.unseen').textContent,
+})));
+
+function expectBays(bays, report) {
+  const drives = [...report.physical_drives].sort(byPlace);
+  assert.equal(bays.length, drives.length);
+  drives.map(bayOf).forEach(({ told, ...expected }, i) => {
+    const { told: words, ...shown } = bays[i];
+    assert.deepEqual(shown, expected);
+    told.forEach((word) => assert.ok(words.includes(word), `${word} in ${words}`));
+  });
+}
+
+// The first sentence of each object.
+function sentencesOf(report) {
+  const { findings } = report.health;
+  return findings
+    .filter(({ object }, i) => !object || findings.findIndex((other) => other.object === object) === i)
+    .map(({ sentence }) => sentence);
+}
+
+test('every host agrees with its JSON, in light and dark, narrow and wide', async (t) => {
+  for (const host of hosts) {
+    await t.test(host, async () => {
+      const report = reportOf(host);
+      const path = pageOfHost(host);
+      for (const look of [{ width: 360 }, { width: 1920, dark: true }]) {
+        const page = await open(path, look);
+        assert.deepEqual(await textsOf(page, '.verdict strong'), [report.health.status]);
+        expectBays(await baysIn(page), report);
+        const problems = (await textsOf(page, '.problems li')).join('\n');
+        sentencesOf(report).forEach((sentence) => assert.ok(problems.includes(sentence), sentence));
+        assert.equal(await page.evaluate(() =>
+          document.documentElement.scrollWidth > document.documentElement.clientWidth), false);
+        assert.deepEqual(await violations(page), []);
+        assert.deepEqual(page.said, []);
+        await page.close();
+      }
+    });
+  }
+});
+
+test('without scripts there are verdict, problems and tables', async () => {
+  const report = reportOf('failed-drive');
+  const page = await open(pageOfHost('failed-drive'), { scripts: false });
+  const text = await page.$eval('main', (main) => main.innerText);
+  for (const part of ['CRITICAL', ...sentencesOf(report), ...report.physical_drives.map(({ serial }) => serial)]) {
+    assert.ok(text.includes(part), part);
+  }
+  await page.close();
+});
+
+test('the keys go through bays and records', async () => {
+  const page = await open(pageOfHost('failed-drive'));
+  const focused = () => page.evaluate(() => document.activeElement.closest('button.bay')?.querySelector('.slot').textContent);
+  for (let i = 0; i < 20 && (await focused()) === undefined; ++i) {
+    await page.keyboard.press('Tab');
+  }
+  assert.equal(await focused(), '0');
+  for (const [key, slot] of [['ArrowRight', '1'], ['End', '8'], ['ArrowRight', '8'], ['ArrowLeft', '6'],
+    ['Home', '0'], ['ArrowRight', '1'], ['ArrowRight', '2'], ['ArrowRight', '3']]) {
+    await page.keyboard.press(key);
+    assert.equal(await focused(), slot);
+  }
+  assert.match((await textsOf(page, '.readout'))[0], /252:3 · FAILED · RG1 .* serial K4H1R12B/);
+  await page.keyboard.press('Enter');
+  assert.deepEqual(await textsOf(page, 'dialog[open] .serial strong'), ['K4H1R12B']);
+  assert.deepEqual(await violations(page), []);
+  await page.keyboard.press('Escape');
+  await page.waitForSelector('dialog', { hidden: true });
+  assert.equal(await focused(), '3');
+  await page.keyboard.press('Tab');
+  assert.notEqual(await focused(), '4');
+  await page.close();
+});
+
+test('a sentence, a bay and a group lead to the drive', async () => {
+  const page = await open(pageOfHost('failed-drive'));
+  await page.click('.problems button');
+  assert.deepEqual(await textsOf(page, 'dialog[open] .serial strong'), ['K4H1R12B']);
+  await page.click('dialog .close');
+  const lit = () => textsOf(page, '.bay.is-lit .slot');
+  await page.click('.group-card:nth-child(2) button');
+  assert.deepEqual(await lit(), ['2', '3', '4', '5']);
+  await page.click('.group-card:nth-child(2) button');
+  assert.deepEqual(await lit(), []);
+  await page.hover('button.bay');
+  assert.deepEqual(await textsOf(page, '.group-card.is-pointed .name'), ['RG0', 'LD0 System']);
+  await page.close();
+});
+
+test('a record has SMART attributes as bars', async () => {
+  const page = await open(pageOfHost('failed-drive', '--smart'));
+  const smart = JSON.parse(onHost('failed-drive', 'drive', '0', '252', '0', '--format', 'json'))
+    .physical_drives[0].smart;
+  await page.click('button.bay');
+  const rows = await textsOf(page, '.smart tbody th');
+  assert.deepEqual(rows, smart.attributes.map(({ id, name }) => (id === undefined ? name : `${id} ${name}`)));
+  assert.equal((await page.$$('.smart .threshold')).length,
+    smart.attributes.filter(({ threshold }) => threshold > 0).length);
+  await page.close();
+});
+
+test('the list of servers is filtered, sorted and opened', async () => {
+  const page = await open(pageOfReports('fleet', {
+    bad: reportOf('failed-drive'), 'broken-file': '{"a', good: reportOf('sas'), odd: reportOf('small'),
+  }));
+  const shown = () => textsOf(page, '.fleet tbody tr:not([hidden]) th');
+  assert.deepEqual(await shown(), ['bad', 'broken-file', 'odd', 'good']);
+  await page.click('.states [data-state="none"] button');
+  assert.deepEqual(await shown(), ['broken-file']);
+  await page.click('.states [data-state="ok"] button');
+  assert.deepEqual(await shown(), ['broken-file', 'good']);
+  await page.click('.states [data-state="none"] button');
+  await page.click('.states [data-state="ok"] button');
+  await page.type('input[type="search"]', 'K4H1R1QC');
+  assert.deepEqual(await shown(), ['odd']);
+  await page.$eval('input[type="search"]', (field) => {
+    field.value = '';
+    field.dispatchEvent(new Event('input'));
+  });
+  await page.click('.fleet thead th:nth-child(2) button');
+  assert.deepEqual(await shown(), ['bad', 'broken-file', 'good', 'odd']);
+  await page.click('.fleet thead th:nth-child(2) button');
+  assert.deepEqual(await shown(), ['odd', 'good', 'broken-file', 'bad']);
+  assert.deepEqual(await violations(page), []);
+  await page.click('.fleet tbody tr:last-child a');
+  await page.waitForSelector('.chosen h1');
+  assert.deepEqual(await textsOf(page, '.chosen h1'), ['bad']);
+  expectBays(await baysIn(page), reportOf('failed-drive'));
+  await page.goBack();
+  await page.waitForSelector('.list:not([hidden])');
+  assert.equal(await page.evaluate(() => document.activeElement.textContent), 'bad');
+  assert.deepEqual(page.said, []);
+  await page.close();
+});
+
+test('all problems are on paper', async () => {
+  for (const host of ['failed-drive', 'large']) {
+    const page = await open(pageOfHost(host), { dark: true });
+    const text = await printed(page, host);
+    sentencesOf(reportOf(host)).forEach((sentence) => assert.ok(text.includes(sentence), sentence));
+    await page.close();
+  }
+  const page = await open(pageOfReports('paper', { a: reportOf('failed-drive'), b: reportOf('large') }));
+  const text = await printed(page, 'fleet');
+  for (const host of ['failed-drive', 'large']) {
+    sentencesOf(reportOf(host)).forEach((sentence) => assert.ok(text.includes(sentence), sentence));
+  }
+  await page.close();
+});
+
+const HOSTILE = {
+  markup: ['<img src=x onerror=window.hit=1><script>window.hit=1</script>'],
+  end: ['</script><script>window.hit=1</script>'],
+  quotes: ['" onmouseover="window.hit=1" \' `${window.hit=1}`'],
+  link: ['javascript:window.hit=1'],
+  long: ['x'.repeat(10000)],
+  controls: ['a\u0000b\u001b[31m\u200b', 'a\\x00b\\x1b[31m\\u{200b}'],
+  turned: ['\u202eabc', '\\u{202e}abc'],
+  arabic: ['مرحبا بالعالم'],
+  replaced: ['\ufffd\ufffd'],
+};
+
+const filled = (value, text) =>
+  Array.isArray(value) ? value.map((entry) => filled(entry, text))
+    : typeof value === 'object' && value !== null
+      ? Object.fromEntries(Object.entries(value).map(([name, entry]) => [name, filled(entry, text)]))
+      : typeof value === 'string' ? text : value;
+
+test('hostile texts are shown as they are, and nothing runs', async (t) => {
+  const report = reportOf('failed-drive');
+  const reports = Object.fromEntries(Object.entries(HOSTILE).map(([name, [text]]) => {
+    const hostile = { ...filled(report, text), command: 'storage' };
+    hostile.health.status = report.health.status;
+    hostile.controllers[0].sections = { [text]: { [text]: text }, __proto__: null };
+    return [name, hostile];
+  }));
+  const path = pageOfReports('hostile', reports);
+  for (const [i, [name, [text, visible = text]]] of Object.entries(HOSTILE).entries()) {
+    await t.test(name, async () => {
+      const page = await open(path, { hash: `#server-${i}` });
+      assert.deepEqual(await textsOf(page, '.chosen h1'), [name]);
+      assert.deepEqual(await textsOf(page, '.controller .product'), [visible]);
+      await page.click('button.bay');
+      assert.deepEqual(await textsOf(page, 'dialog[open] .serial strong'), [visible]);
+      await page.hover('dialog .close');
+      assert.equal(await page.evaluate(() => window.hit), undefined);
+      assert.equal((await page.$$('main :is(img, script, iframe, object, style)')).length, 0);
+      assert.deepEqual(page.said, []);
+      await page.close();
+    });
+  }
+});
+
+test('a page runs no script but its own', async () => {
+  const path = file('foreign.html');
+  writeFileSync(path, readFileSync(pageOfHost('small'), 'utf8')
+    .replace('</main>', '</main><script>window.hit = 1</script><img src="x" onerror="window.hit = 1">'));
+  const page = await open(path);
+  assert.equal(await page.evaluate(() => window.hit), undefined);
+  assert.notDeepEqual(page.said, []);
+  await page.close();
+});
+
+test('a thousand servers of 24 drives open in three seconds', async () => {
+  const report = reportOf('large');
+  const mine = ({ controller }) => controller === 0;
+  report.physical_drives = report.physical_drives.filter(mine).slice(0, 24);
+  for (const list of ['logical_drives', 'raid_groups']) {
+    report[list] = report[list].filter(mine);
+  }
+  const text = JSON.stringify(report, null, 2);
+  const path = pageOfReports('thousand',
+    Object.fromEntries(Array.from({ length: 1000 }, (_, i) => [`web${i}`, text])));
+  assert.ok(readFileSync(path).length < 2 * 1000 * text.length);
+  let page;
+  const opening = await workOf(async () => {
+    page = await open(path);
+  });
+  assert.ok(opening < 3000, `opening took ${opening} ms`);
+  assert.equal((await page.$$('.fleet tbody tr')).length, 1000);
+  const FRAMES = 60;
+  const scrolling = await workOf(() => page.evaluate(async (frames) => {
+    for (let i = 0; i < frames; ++i) {
+      window.scrollBy(0, 400);
+      await new Promise(requestAnimationFrame);
+    }
+  }, FRAMES));
+  assert.ok(scrolling / FRAMES < 33, `a frame took ${scrolling / FRAMES} ms`);
+  await page.close();
+});
