@@ -5,7 +5,7 @@
 #include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 #include "format/JsonDocument.h"
 #include "page/PageTemplate.h"
@@ -17,21 +17,25 @@ namespace {
 
 struct CPart {
     std::string_view mark;  // in the template
-    const std::string& text;
+    const std::vector<std::string>& texts;
 };
 
 // The parts stand in the template in this order, each once.
 std::string Filled(std::string_view page, std::initializer_list<CPart> parts) {
     size_t size = page.size();
     for (const CPart& part : parts) {
-        size += part.text.size();
+        for (const std::string& text : part.texts) {
+            size += text.size();
+        }
     }
     std::string filled;
     filled.reserve(size);
     for (const CPart& part : parts) {
         const size_t place = page.find(part.mark);
         filled += page.substr(0, place);
-        filled += part.text;
+        for (const std::string& text : part.texts) {
+            filled += text;
+        }
         page.remove_prefix(place + part.mark.size());
     }
     return filled.append(page);
@@ -63,15 +67,15 @@ void CPage::Add(const CServerReport& report) {
         m_PlainServer = PlainServer(report);
         m_Title = HtmlText(report.name + ": " + FieldText(report.content["health"], "status"));
     }
-    m_Data += DataHtml(report, m_Lines.size());
+    m_Data.push_back(DataHtml(report, m_Lines.size()));
     m_Lines.push_back(FleetLine(report, m_Lines.size()));
 }
 
 std::string CPage::Text() {
     const bool isFleet = m_PlainServer.empty();
-    const std::string title = isFleet ? FleetVerdict(m_Lines) : m_Title;
-    const std::string plain = isFleet ? PlainFleet(m_Lines) : std::exchange(m_PlainServer, "");
-    const std::string kind = isFleet ? "fleet" : "server";
+    const std::vector<std::string> title = {isFleet ? FleetVerdict(m_Lines) : m_Title};
+    const std::vector<std::string> plain = {isFleet ? PlainFleet(m_Lines) : m_PlainServer};
+    const std::vector<std::string> kind = {isFleet ? "fleet" : "server"};
     return Filled(PAGE_TEMPLATE, {{"<!-- title -->", title},
                                   {"<!-- kind -->", kind},
                                   {"<!-- plain -->", plain},

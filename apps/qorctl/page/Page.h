@@ -26,8 +26,8 @@ public:
     std::string Text();
 
 private:
-    std::string m_Data;
-    std::string m_PlainServer;  // of the first, while it is the only one
+    std::vector<std::string> m_Data;  // of each server: one text would be copied as it grows
+    std::string m_PlainServer;        // of the first, while it is the only one
     std::string m_Title;
     std::vector<CFleetLine> m_Lines;
 };

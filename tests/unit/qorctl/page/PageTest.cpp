@@ -110,6 +110,13 @@ TEST(PageTest, OneReportIsThePageOfItsServer) {
     EXPECT_EQ(data["time"], "2026-11-20T10:00:00Z");
 }
 
+TEST(PageTest, TextIsTheSameEachTime) {
+    CPage page;
+    page.Add(Report(Document("OK")));
+    const std::string text = page.Text();
+    EXPECT_EQ(page.Text(), text);
+}
+
 TEST(PageTest, WorstOfEachObjectIsTold) {
     const std::string page = PageOf({Report(Document(
         "CRITICAL", {Finding("CRITICAL", "drive 1", "FAILED"), Finding("WARNING", "drive 1", "hot"),
