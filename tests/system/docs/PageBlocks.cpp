@@ -12,9 +12,9 @@ constexpr const char* FENCE = "```";
 constexpr const char* INDENT = "    ";
 constexpr const char* PROMPT = "$ ";
 constexpr const char* ELLIPSIS = "…";
-constexpr std::array<const char*, 13> DATA_KINDS = {"cpp", "cmake",   "json",   "xml",
-                                                    "ini", "text",    "report", "items",
-                                                    "hex", "decoded", "jsonl",  "terminal", "yaml"};
+constexpr std::array<const char*, 13> DATA_KINDS = {"cpp",   "cmake",    "json",  "xml", "ini",
+                                                    "text",  "report",   "items", "hex", "decoded",
+                                                    "jsonl", "terminal", "yaml"};
 
 using CLines = std::vector<std::string>;
 
