@@ -40,6 +40,32 @@ protected:
         return received;
     }
     static std::string Receiver() { return std::string("'" PYTHON "' '") + RECEIVER + "' "; }
+    // What `example` does with an event of its own that has these facts, and `text` before that.
+    CEnd Run(const std::string& example, const std::string& host, const std::string& summary,
+             const std::string& text = "") const {
+        WriteFile(Folder() / "one.json", "{\"summary\":\"" + summary + "\"}\n");
+        return qortest::RunProgram(
+            {"/bin/sh", "-c",
+             "cd \"$1\"; " + text +
+                 "QOR_EVENT_ID=0123456789abcdef-18 QOR_SEVERITY=CRITICAL QOR_OBJECT=server "
+                 "QOR_HOST=$2 QOR_SUMMARY=$3 \"$0\" < one.json",
+             example, Folder(), host, summary});
+    }
+    // The web hook's receiver, which answers the first event with `status`.
+    CEnd WatchWebHook(const std::string& status) const {
+        const std::string example =
+            Example("webhook", "url",
+                    "\"http://127.0.0.1:$(cat '" + (Folder() / "port").string() + "')/events\"");
+        return Shell("failed-drive",
+                     Receiver() + "http '" + (Folder() / "received").string() + "' '" +
+                         (Folder() / "port").string() + "' " + status + " & receiver=$!; " +
+                         WatchBy(example) +
+                         "until [ -e port ]; do sleep 0.05; done; "
+                         "watch & watch=$!; until [ -e received ] && "
+                         "[ $(wc -l < received) -ge 4 ] && grep -q '\"outbox\":\\[\\]' state; "
+                         "do sleep 0.05; done; "
+                         "kill $watch; wait $watch; kill $receiver; wait $receiver");
+    }
 };
 
 TEST_F(ExampleProgramsTest, MailArrivesWithAllFacts) {
@@ -98,16 +124,7 @@ TEST_F(ExampleProgramsTest, JournalGetsALineOfEachEvent) {
 }
 
 TEST_F(ExampleProgramsTest, WebHookGetsEachEventAndARefusedOneAgain) {
-    const std::string example =
-        Example("webhook", "url",
-                "\"http://127.0.0.1:$(cat '" + (Folder() / "port").string() + "')/events\"");
-    const CEnd end = Shell(
-        "failed-drive", Receiver() + "http '" + (Folder() / "received").string() + "' '" +
-                            (Folder() / "port").string() + "' & receiver=$!; " + WatchBy(example) +
-                            "until [ -e port ]; do sleep 0.05; done; "
-                            "watch & watch=$!; until [ -e received ] && "
-                            "[ $(wc -l < received) -eq 5 ]; do sleep 0.05; done; "
-                            "kill $watch; wait $watch; kill $receiver; wait $receiver");
+    const CEnd end = WatchWebHook("503");
     EXPECT_THAT(end.err, HasSubstr("503"));
     EXPECT_THAT(end.err, HasSubstr("the same event comes again in 1 s"));
     const std::vector<json> posts = Received();
@@ -119,6 +136,53 @@ TEST_F(ExampleProgramsTest, WebHookGetsEachEventAndARefusedOneAgain) {
         EXPECT_EQ(post["key"], json::parse(post["body"].get<std::string>(), nullptr, false)["id"]);
     }
     EXPECT_NE(posts[1]["key"], posts[2]["key"]);
+}
+
+// Whoever sends it elsewhere has not taken it.
+TEST_F(ExampleProgramsTest, WebHookThatRedirectsGetsTheEventAgain) {
+    const CEnd end = WatchWebHook("301");
+    EXPECT_THAT(end.err, HasSubstr("answered 301"));
+    EXPECT_THAT(end.err, HasSubstr("the same event comes again in 1 s"));
+    const std::vector<json> posts = Received();
+    ASSERT_THAT(posts, SizeIs(5));
+    EXPECT_EQ(posts[0], posts[1]);
+}
+
+// The longest summary that there is, of letters beyond ASCII, on a host whose name is none.
+TEST_F(ExampleProgramsTest, MailIsOneWhateverTheSummaryAndTheHostHold) {
+    const std::string sendmail = Folder() / "sendmail";
+    WriteFile(sendmail, "#!/bin/sh\ncat > mail.out\n");
+    fs::permissions(sendmail, fs::perms::owner_all);
+    std::string summary;
+    while (summary.size() < 1000) {
+        summary += "\u00fc";
+    }
+    const CEnd end = Run(Example("mail", "sendmail", sendmail), "s\u00fcd>:<1", summary);
+    EXPECT_EQ(end.status, 0) << end.err;
+    const std::string mail = ReadFile(Folder() / "mail.out");
+    const std::string head = mail.substr(0, mail.find("\n\n"));
+    for (const std::string& line : qortest::Lines(mail)) {
+        EXPECT_LE(line.size(), 998U) << line;
+    }
+    EXPECT_TRUE(std::regex_match(head, std::regex("[\n -~]*"))) << head;
+    EXPECT_THAT(head, HasSubstr("\nSubject: [CRITICAL] s??d>:<1: ??"));
+    EXPECT_THAT(head, HasSubstr("\nMessage-ID: <0123456789abcdef-18@s__d___1>\n"));
+    // What is in the lines of the body is whole.
+    EXPECT_THAT(std::regex_replace(mail.substr(head.size()), std::regex("\n"), ""),
+                StartsWith(summary));
+}
+
+TEST_F(ExampleProgramsTest, LongestLineOfTheJournalHasItsId) {
+    const std::string socket = Folder() / "log";
+    const CEnd end = Run(Example("journal", "socket", socket), "srv", std::string(1000, 'x'),
+                         Receiver() +
+                             "syslog received log & trap 'until [ -s received ]; do sleep "
+                             "0.05; done; kill $!' 0; until [ -S log ]; do sleep 0.05; "
+                             "done; ");
+    EXPECT_EQ(end.status, 0) << end.err;
+    const std::vector<json> lines = Received();
+    ASSERT_THAT(lines, SizeIs(1));
+    EXPECT_THAT(lines[0]["line"].get<std::string>(), testing::EndsWith("x [0123456789abcdef-18]"));
 }
 
 // Its own words, with the program that was built in place of an installed one.
