@@ -185,6 +185,16 @@ TEST_F(ExampleProgramsTest, LongestLineOfTheJournalHasItsId) {
     EXPECT_THAT(lines[0]["line"].get<std::string>(), testing::EndsWith("x [0123456789abcdef-18]"));
 }
 
+// The status that a stop by systemd ends in is no failure of the service.
+TEST_F(ExampleProgramsTest, StoppedServiceHasNotFailed) {
+    const CEnd end = Shell("small", WatchBy("/bin/true") +
+                                        "watch & watch=$!; until [ -s state ]; do sleep 0.05; "
+                                        "done; kill $watch; wait $watch; echo $? > status");
+    EXPECT_EQ(end.status, 0) << end.err;
+    const std::string status = qortest::Lines(ReadFile(Folder() / "status")).at(0);
+    EXPECT_THAT(ReadFile(WATCH_UNIT), HasSubstr("\nSuccessExitStatus=" + status + "\n"));
+}
+
 // Its own words, with the program that was built in place of an installed one.
 TEST_F(ExampleProgramsTest, UnitOfTheServiceIsWellFormed) {
     const std::string unit = Folder() / "qor-watch.service";
