@@ -53,11 +53,11 @@ void CStateFile::Fail(const std::string& path, const std::string& what) {
 }
 
 // A private file, made anew if need be. False, with m_Problem set, when there can be none.
-bool CStateFile::OpenLock(const util::CFilePlace& place) {
+bool CStateFile::OpenLock(const util::CFilePlace& place, const std::string& name) {
     const std::string path = m_Path + LOCK_END;
     for (int i = 0; i < LOCK_TRIES; ++i) {
         m_Lock = util::CUniqueFd(
-            openat(place.Directory(), place.Name().c_str(), LOCK_FLAGS, S_IRUSR | S_IWUSR));
+            openat(place.Directory(), name.c_str(), LOCK_FLAGS, S_IRUSR | S_IWUSR));
         struct stat status = {};
         if (!m_Lock.IsOpen() || fstat(m_Lock.Get(), &status) != 0) {
             Fail(path, std::strerror(errno));
@@ -70,7 +70,7 @@ bool CStateFile::OpenLock(const util::CFilePlace& place) {
         if (IsPrivate(status)) {
             return true;
         }
-        if (unlinkat(place.Directory(), place.Name().c_str(), 0) != 0 && errno != ENOENT) {
+        if (unlinkat(place.Directory(), name.c_str(), 0) != 0 && errno != ENOENT) {
             break;
         }
     }
@@ -81,7 +81,8 @@ bool CStateFile::OpenLock(const util::CFilePlace& place) {
 CStateFile::ELock CStateFile::Lock() {
     const std::string path = m_Path + LOCK_END;
     std::string problem;
-    const auto place = util::CFilePlace::Find(path, util::ELastLink::KEPT, problem);
+    // The file may have several names, symbolic links, and has one lock.
+    const auto place = util::CFilePlace::Find(m_Path, util::ELastLink::FOLLOWED, problem);
     if (place) {
         problem = place->Danger();
     }
@@ -89,7 +90,8 @@ CStateFile::ELock CStateFile::Lock() {
         Fail(path, problem);
         return ELock::FAILED;
     }
-    if (!OpenLock(*place)) {
+    const std::string name = place->Name() + LOCK_END;
+    if (!OpenLock(*place, name)) {
         return ELock::FAILED;
     }
     if (flock(m_Lock.Get(), LOCK_EX | LOCK_NB) != 0) {
@@ -101,7 +103,7 @@ CStateFile::ELock CStateFile::Lock() {
     struct stat held = {};
     struct stat named = {};
     if (fstat(m_Lock.Get(), &held) != 0 ||
-        fstatat(place->Directory(), place->Name().c_str(), &named, AT_SYMLINK_NOFOLLOW) != 0 ||
+        fstatat(place->Directory(), name.c_str(), &named, AT_SYMLINK_NOFOLLOW) != 0 ||
         !IsSameFile(held, named)) {
         Fail(m_Path, IN_USE);
         return ELock::BUSY;

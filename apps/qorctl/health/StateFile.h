@@ -1,7 +1,8 @@
 // A small file of this program's own that several processes may want at the same time.
 //
 // The file is replaced as a whole (see OutputFile.h). A lock file beside it, which stays, keeps
-// writers apart from before reading until after writing.
+// writers apart from before reading until after writing; where `path` is a symbolic link, it is
+// beside what that names.
 //
 // Owner: the object holds the lock; its destructor gives it back.
 // Thread rule: one thread at a time.
@@ -32,7 +33,7 @@ public:
     CStateFile& operator=(const CStateFile&) = delete;
 
     // Takes the lock, making "PATH.lock" with mode 0600 if it is not there. Does not wait: BUSY
-    // when another process holds it. A symbolic link in its place is not followed. A lock that
+    // when another process holds it. A symbolic link in the lock's place is not followed. A lock that
     // another user could hold, since it is that user's or has another mode, is made anew. Fails
     // where another user may write into the directory.
     ELock Lock();
@@ -54,7 +55,7 @@ public:
 
 private:
     void Fail(const std::string& path, const std::string& what);
-    bool OpenLock(const util::CFilePlace& place);
+    bool OpenLock(const util::CFilePlace& place, const std::string& name);
 
     std::string m_Path;
     std::string m_Problem;

@@ -165,14 +165,25 @@ TEST_F(StateFileTest, WhatAnotherUserPutThereIsNotBelieved) {
               m_Path + ".lock: its directory is not safe: it belongs to another user");
 }
 
-// The lock stands beside the link, where nobody else may write.
+TEST_F(StateFileTest, FileWithTwoNamesHasOneLock) {
+    const std::string link = m_Folder / "link.json";
+    fs::create_symlink(m_Path, link);
+    CStateFile first(m_Path);
+    ASSERT_EQ(first.Lock(), CStateFile::ELock::TAKEN);
+    CStateFile second(link);
+    EXPECT_EQ(second.Lock(), CStateFile::ELock::BUSY);
+    EXPECT_EQ(second.Problem(), link + ": another process is using it");
+}
+
 TEST_F(StateFileTest, LinkIntoADirectoryThatOthersMayWriteIntoIsNotRead) {
     const fs::path open = "/opt/tarmica/open";
     qortest::WriteFile(open / "health.json", "prepared");
     fs::permissions(open, fs::perms(0775));
     fs::create_symlink(open / "health.json", m_Path);
     CStateFile file(m_Path);
-    EXPECT_EQ(file.Lock(), CStateFile::ELock::TAKEN);
+    EXPECT_EQ(file.Lock(), CStateFile::ELock::FAILED);
+    EXPECT_EQ(file.Problem(),
+              m_Path + ".lock: its directory is not safe: other users may write in it");
     std::string text;
     EXPECT_EQ(file.Read(text), CStateFile::ERead::FAILED);
     EXPECT_EQ(file.Problem(), m_Path + ": its directory is not safe: other users may write in it");
