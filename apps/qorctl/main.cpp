@@ -1,3 +1,6 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
@@ -32,10 +35,26 @@ constexpr const char* FOOTER =
     "Example:\n"
     "  qorctl raid | less";
 
+// A stream that is closed would be the next file that is opened, and get what is said. In its place
+// is what fails as a closed one does; for standard error, of which nobody hears, what takes all.
+void FillClosedStreams() {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        const int mode = stream == STDIN_FILENO    ? O_WRONLY
+                         : stream == STDOUT_FILENO ? O_RDONLY
+                                                   : O_RDWR;
+        if (fcntl(stream, F_GETFD) < 0) {
+            // The lowest number that is free is the stream's. Without the device it stays closed.
+            static_cast<void>(open("/dev/null", mode));
+        }
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+    FillClosedStreams();
     std::signal(SIGCHLD, SIG_DFL);  // an inherited "ignore" would throw the tool's end away
+    std::signal(SIGXFSZ, SIG_IGN);  // what is too large for a file is told as a full disk is
     // Scripts that ask for nothing else need not wait for the whole command line to be made.
     const std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
     if (words == std::vector<std::string>{"--version"} || words == std::vector<std::string>{"-V"}) {

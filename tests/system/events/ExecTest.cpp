@@ -18,7 +18,17 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-class ExecTest : public qortest::CEventsFixture {};
+class ExecTest : public qortest::CEventsFixture {
+protected:
+    // The names of what is beside the state.
+    qortest::CStrings Files() const {
+        qortest::CStrings names;
+        for (const auto& file : fs::directory_iterator(Folder())) {
+            names.push_back(file.path().filename());
+        }
+        return names;
+    }
+};
 
 TEST_F(ExecTest, FirstStartTellsWhatIsNotWellAndTheNextOneWhatChanged) {
     const std::string program = TakingProgram();
@@ -293,6 +303,31 @@ kill $watch; wait $watch; echo $?; umount -l disk)");
     EXPECT_EQ(end.status, 0) << end.err;
     EXPECT_THAT(end.out, HasSubstr("waiting\n"));
     EXPECT_THAT(Events(), SizeIs(4));
+}
+
+// The signal of the limit would end watch where an error can be told.
+TEST_F(ExecTest, LimitOfFileSizesIsToldAsAFullDisk) {
+    const CEnd end =
+        Shell("failed-drive", "QORCTL='" QORCTL_PROGRAM "'; " + WatchBy(TakingProgram()) +
+                                  "qorctl() { (ulimit -f 8; exec \"$QORCTL\" \"$@\"); }; "
+                                  "watch --count 1; echo $?");
+    EXPECT_THAT(end.out, testing::EndsWith("\n1\n"));
+    EXPECT_THAT(end.err,
+                HasSubstr("could not be written: File too large; no event is handed over"));
+    EXPECT_FALSE(fs::exists(Taken()));
+    EXPECT_THAT(Files(), Not(Contains(testing::StartsWith(".qorctl-"))));
+}
+
+// What is opened first must not be taken for a stream that is closed.
+TEST_F(ExecTest, ClosedStreamsAreNoOtherFile) {
+    const std::string program = Program("echo said; echo said >&2; cat >> taken\n");
+    for (const std::string closed : {"2>&-", ">&- 2>&-", "<&- >&- 2>&-"}) {
+        const CEnd end = Shell(
+            "failed-drive", WatchBy(program) + "rm -f state taken; watch " + "--count 1 " + closed);
+        EXPECT_THAT(Events(), SizeIs(4)) << closed;
+        EXPECT_EQ(fs::file_size(State() + ".lock"), 0U) << closed;
+        EXPECT_EQ(end.status, closed.starts_with("2") ? 0 : 1) << closed;
+    }
 }
 
 TEST_F(ExecTest, NoAnswerIsToldWhenItBeginsAndEnds) {
