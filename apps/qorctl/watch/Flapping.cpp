@@ -36,6 +36,9 @@ void DemandEvent(const CJson& event) {
 
 CFlapping::CVerdict CFlapping::Take(const std::string& key, const CJson& event, const CJson& before,
                                     const CJson& after, int64_t now) {
+    if (m_Records.size() >= MOST_THINGS && !m_Records.contains(key)) {
+        return {};
+    }
     CRecord& record = m_Records[key];
     KeepRecent(record.times, now);
     record.times.push_back(now);

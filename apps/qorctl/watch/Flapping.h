@@ -26,6 +26,8 @@ public:
     static constexpr size_t MOST_CHANGES = 5;
     static constexpr int64_t WINDOW = 600;       // seconds
     static constexpr int64_t TELL_AFTER = 3600;  // seconds
+    // What changes beyond these is told each time: what is remembered must fit into its file.
+    static constexpr size_t MOST_THINGS = 5000;
 
     // Changes that were held back, or the first one of them.
     struct CHeld {

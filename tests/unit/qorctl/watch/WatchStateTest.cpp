@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "health/StateFile.h"
 #include "model/InventoryDiff.h"
 #include "watch/SeenInventory.h"
 #include "watch/WatchState.h"
@@ -184,6 +185,28 @@ TEST_F(WatchStateTest, NoAnswerIsToldOnceAcrossStarts) {
     EXPECT_THAT(Told(),
                 ElementsAre("no-answer UNKNOWN no answer: the RAID tool did not answer in time",
                             "answers-again OK answers again"));
+}
+
+// A loose cable of a server with all the drives that there may be: what is remembered must still fit
+// into the file, or nothing would be handed over any more.
+TEST_F(WatchStateTest, StateOfManyDrivesThatFlapFitsIntoItsFile) {
+    CInventory inventory = Inventory("ONLINE");
+    const qorctl::CPhysicalDrive drive = inventory.physicalDrives.front();
+    inventory.physicalDrives.clear();
+    for (int i = 0; i < 10000; ++i) {
+        inventory.physicalDrives.push_back(drive);
+        inventory.physicalDrives.back().number = i;
+    }
+    for (int i = 0; i < 10; ++i) {
+        for (qorctl::CPhysicalDrive& each : inventory.physicalDrives) {
+            each.statusDetail = i % 2 == 0 ? "FAILED" : "ONLINE";
+            each.mediaErrors = CQuantity{std::to_string(i), i};
+            each.use = i % 2 == 0 ? "LD1" : "LD2";
+        }
+        See(inventory);
+        EXPECT_LE(m_State.Format().size(), qorctl::CStateFile::MAX_SIZE) << i;
+    }
+    Restart();
 }
 
 TEST_F(WatchStateTest, FlappingIsDampedAcrossStartsAndSaidSo) {
