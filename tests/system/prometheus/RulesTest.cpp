@@ -278,23 +278,115 @@ std::string TestName(const testing::TestParamInfo<CCase>& one) {
 
 INSTANTIATE_TEST_SUITE_P(Alert, CRulesTest, testing::ValuesIn(CASES), TestName);
 
-class RulesFileTest : public CSimFixture {};
+// Values of series, one a minute, in promtool's words.
+using CSeries = std::map<std::string, std::string>;
+
+class RulesFileTest : public CSimFixture {
+protected:
+    void Expect(const CSeries& series, const std::string& expectations) const {
+        const std::string file = Folder() / "test.yml";
+        std::string text = "rule_files: ['" RULES_FILE
+                           "']\nevaluation_interval: 1m\ntests:\n"
+                           "  - interval: 1m\n    input_series:\n";
+        for (const auto& [name, values] : series) {
+            text += "      - series: " + Quoted(WithInstance(name)) + "\n        values: '" +
+                    values + "'\n";
+        }
+        WriteFile(file, text + "    promql_expr_test:\n" + expectations);
+        const CEnd told = RunProgram({"/usr/bin/promtool", "test", "rules", file});
+        EXPECT_EQ(told.status, 0) << told.out << told.err;
+    }
+};
 
 // Its time is that of the test, so it is made here and not by a server.
 TEST_F(RulesFileTest, CollectionThatStandsStillIsStale) {
-    const std::string file = Folder() / "test.yml";
-    WriteFile(file, "rule_files: ['" RULES_FILE
-                    "']\nevaluation_interval: 1m\ntests:\n"
-                    "  - interval: 1m\n    input_series:\n"
-                    "      - series: 'qor_collection_timestamp_seconds{instance=\"srv1\"}'\n"
-                    "        values: '0+60x60 3600+0x40 6120+60x60'\n"
-                    "    promql_expr_test:\n" +
-                        Expectation("QorCollectionStale", 60, false) +
-                        Expectation("QorCollectionStale", 70, false) +
-                        Expectation("QorCollectionStale", 90, true) +
-                        Expectation("QorCollectionStale", 110, false));
-    const CEnd told = RunProgram({"/usr/bin/promtool", "test", "rules", file});
-    EXPECT_EQ(told.status, 0) << told.out << told.err;
+    Expect({{"qor_collection_timestamp_seconds", "0+60x60 3600+0x40 6120+60x60"}},
+           Expectation("QorCollectionStale", 60, false) +
+               Expectation("QorCollectionStale", 70, false) +
+               Expectation("QorCollectionStale", 90, true) +
+               Expectation("QorCollectionStale", 110, false));
+}
+
+TEST_F(RulesFileTest, CollectionThatStandsStillIsStaleByAnyClock) {
+    Expect({{"qor_collection_timestamp_seconds", "315360000+60x60 315363600+0x40 315366120+60x60"}},
+           Expectation("QorCollectionStale", 60, false) +
+               Expectation("QorCollectionStale", 70, false) +
+               Expectation("QorCollectionStale", 90, true) +
+               Expectation("QorCollectionStale", 120, false));
+}
+
+// That takes minutes, and --smart is for each quarter of an hour.
+TEST_F(RulesFileTest, CollectionEachQuarterOfAnHourIsNotStale) {
+    Expect({{"qor_collection_timestamp_seconds", "0+0x15 960+0x13 1800+0x16 2820+0x60"}},
+           Expectation("QorCollectionStale", 15, false) +
+               Expectation("QorCollectionStale", 29, false) +
+               Expectation("QorCollectionStale", 46, false) +
+               Expectation("QorCollectionStale", 60, false) +
+               Expectation("QorCollectionStale", 80, true));
+}
+
+// A server that is switched off, or whose exporter is.
+TEST_F(RulesFileTest, ServerThatSaysNothingHasNoControllerGone) {
+    Expect({{"qor_collection_timestamp_seconds", "0+60x60 stale _x60"},
+            {"qor_collection_success", "1+0x60 stale _x60"},
+            {"qor_controller_info{controller=\"0\",serial=\"1\"}", "1+0x60 stale _x60"}},
+           Expectation("QorControllerGone", 59, false) +
+               Expectation("QorControllerGone", 75, false) +
+               Expectation("QorControllerGone", 110, false));
+}
+
+TEST_F(RulesFileTest, CollectionFailsWhateverTheReasonIs) {
+    const std::string result = "qor_collection_result_info{reason=\"";
+    Expect(
+        {{"qor_collection_success", "1+0x10 0+0x60 1+0x20"},
+         {result + "judged\"}", "1+0x10 stale _x60 1+0x20"},
+         {result + "tool-error\"}", "_x11 1+0x2 stale _x2 1+0x2 stale _x2 1+0x2 stale"},
+         {result + "time-limit\"}", "_x14 1+0x2 stale _x2 1+0x2 stale _x2 1+0x45 stale"}},
+        Expectation("QorCollectionFails", 11, false) + Expectation("QorCollectionFails", 20, true) +
+            Expectation("QorCollectionFails", 60, true) +
+            Expectation("QorCollectionFails", 75, false) +
+            "    alert_rule_test:\n      - eval_time: 60m\n        alertname: QorCollectionFails\n"
+            "        exp_alerts:\n          - exp_labels: {instance: srv1, severity: warning}\n"
+            "            exp_annotations:\n"
+            "              summary: 'srv1: no answer about the storage (time-limit)'\n"
+            "              runbook_url: "
+            "'file:///usr/share/doc/qor/docs/alerts.md#qorcollectionfails'\n");
+}
+
+// Drives whose enclosure and slot the tool did not tell.
+TEST_F(RulesFileTest, DriveWithoutAPlaceIsGoneToo) {
+    CSeries series = {{"qor_controller_info{controller=\"0\"}", "1+0x150"}};
+    for (const std::string family : {"info", "state"}) {
+        const std::string name = "qor_physical_drive_" + family + "{controller=\"0\",pd=\"";
+        series[name + "7\"" + (family == "state" ? ",state=\"ONLINE\"" : "") + "}"] = "1+0x150";
+        series[name + "8\"" + (family == "state" ? ",state=\"ONLINE\"" : "") + "}"] =
+            "1+0x60 stale _x89";
+    }
+    Expect(series, Expectation("QorPhysicalDriveGone", 59, false) +
+                       Expectation("QorPhysicalDriveGone", 90, true) +
+                       Expectation("QorPhysicalDriveGone", 140, false));
+}
+
+// A spare part takes the place of a drive that had errors, which is no growth; then it has its own.
+TEST_F(RulesFileTest, ErrorsGrowFromTheFirstOneOfASparePart) {
+    const std::string drive = "{controller=\"0\",enclosure=\"252\",slot=\"3\"}";
+    for (const auto& [alert, family] :
+         {std::pair("QorDriveErrorsGrow", "qor_physical_drive_media_errors_total"),
+          std::pair("QorDriveErrorsGrow", "qor_physical_drive_other_errors_total"),
+          std::pair("QorPredictiveFailure", "qor_physical_drive_predictive_failures_total")}) {
+        Expect({{family + drive, "120+0x60 0+0x60 1+0x1600"}},
+               Expectation(alert, 60, false) + Expectation(alert, 62, false) +
+                   Expectation(alert, 121, false) + Expectation(alert, 124, true) +
+                   Expectation(alert, 1400, true) + Expectation(alert, 1580, false));
+    }
+}
+
+// While the server was off for hours, or Prometheus.
+TEST_F(RulesFileTest, ErrorsGrowWhileNobodyLooks) {
+    const std::string drive = "{controller=\"0\",enclosure=\"252\",slot=\"3\"}";
+    Expect({{"qor_physical_drive_media_errors_total" + drive, "2+0x60 stale _x238 3+0x1600"}},
+           Expectation("QorDriveErrorsGrow", 60, false) +
+               Expectation("QorDriveErrorsGrow", 303, true));
 }
 
 // The names of all alerts in the rules.
