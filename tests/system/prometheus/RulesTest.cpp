@@ -381,12 +381,26 @@ TEST_F(RulesFileTest, ErrorsGrowFromTheFirstOneOfASparePart) {
     }
 }
 
-// While the server was off for hours, or Prometheus.
-TEST_F(RulesFileTest, ErrorsGrowWhileNobodyLooks) {
+// Fewer than the drive before are the spare part's own, old ones.
+TEST_F(RulesFileTest, SparePartWithFewerOldErrorsIsNoGrowth) {
     const std::string drive = "{controller=\"0\",enclosure=\"252\",slot=\"3\"}";
-    Expect({{"qor_physical_drive_media_errors_total" + drive, "2+0x60 stale _x238 3+0x1600"}},
+    Expect({{"qor_physical_drive_media_errors_total" + drive, "120+0x60 5+0x1600"}},
+           Expectation("QorDriveErrorsGrow", 62, false) +
+               Expectation("QorDriveErrorsGrow", 1510, false));
+}
+
+// While the server was off for hours; of one that is new, a day after it was first seen.
+TEST_F(RulesFileTest, ErrorsGrowWhileNobodyLooks) {
+    const std::string series =
+        "qor_physical_drive_media_errors_total{controller=\"0\",enclosure=\"252\",slot=\"3\"}";
+    Expect({{series, "2+0x1500 stale _x238 3+0x1600"}},
+           Expectation("QorDriveErrorsGrow", 1500, false) +
+               Expectation("QorDriveErrorsGrow", 1742, true) +
+               Expectation("QorDriveErrorsGrow", 3300, false));
+    Expect({{series, "2+0x60 stale _x238 3+0x1600"}},
            Expectation("QorDriveErrorsGrow", 60, false) +
-               Expectation("QorDriveErrorsGrow", 303, true));
+               Expectation("QorDriveErrorsGrow", 1445, true) +
+               Expectation("QorDriveErrorsGrow", 1800, false));
 }
 
 // The names of all alerts in the rules.
