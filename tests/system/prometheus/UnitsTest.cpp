@@ -40,6 +40,18 @@ TEST_F(UnitsTest, ServiceIsAsShutAsThePageSays) {
     EXPECT_EQ(end.status, 0) << end.out;
 }
 
+// Each of these lets systemd deny the devices that it does not name, the controllers' among them.
+// ProtectClock= does by its DeviceAllow= of the clocks; what else it does is here without it.
+TEST_F(UnitsTest, ServiceReachesTheControllers) {
+    const std::string service = Service();
+    for (const std::string setting :
+         {"PrivateDevices=yes", "ProtectClock=yes", "DeviceAllow=", "DevicePolicy="}) {
+        EXPECT_THAT(service, testing::Not(HasSubstr("\n" + setting))) << setting;
+    }
+    EXPECT_THAT(service, testing::Not(HasSubstr("CAP_SYS_TIME")));
+    EXPECT_THAT(service, HasSubstr("\nSystemCallFilter=@system-service @raw-io\n"));
+}
+
 // systemd puts the variables in and leaves out what is empty, as a shell does here.
 TEST_F(UnitsTest, CommandOfTheServiceWritesTheMetrics) {
     std::smatch match;
