@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include "terminal/OutputFile.h"
 #include "util/FileIo.h"
@@ -46,6 +48,16 @@ bool IsSameFile(const struct stat& one, const struct stat& other) {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
+// Where a symbolic link leads, in words for people.
+std::string PathBehindLink(const std::string& path) {
+    std::error_code error;
+    if (!std::filesystem::is_symlink(path, error)) {
+        return path;
+    }
+    const std::filesystem::path named = std::filesystem::weakly_canonical(path, error);
+    return error ? path : named.string();
+}
+
 }  // namespace
 
 void CStateFile::Fail(const std::string& path, const std::string& what) {
@@ -56,8 +68,8 @@ void CStateFile::Fail(const std::string& path, const std::string& what) {
 bool CStateFile::OpenLock(const util::CFilePlace& place, const std::string& name) {
     const std::string path = m_Path + LOCK_END;
     for (int i = 0; i < LOCK_TRIES; ++i) {
-        m_Lock = util::CUniqueFd(
-            openat(place.Directory(), name.c_str(), LOCK_FLAGS, S_IRUSR | S_IWUSR));
+        m_Lock =
+            util::CUniqueFd(openat(place.Directory(), name.c_str(), LOCK_FLAGS, S_IRUSR | S_IWUSR));
         struct stat status = {};
         if (!m_Lock.IsOpen() || fstat(m_Lock.Get(), &status) != 0) {
             Fail(path, std::strerror(errno));
@@ -144,10 +156,11 @@ bool CStateFile::KeepBeside(const std::string& end, std::string& path) {
         Fail(m_Path, problem);
         return false;
     }
+    const std::string named = PathBehindLink(m_Path);
     for (int i = 1; i <= BESIDE_TRIES; ++i) {
         const std::string number = i > 1 ? "-" + std::to_string(i) : "";
         const std::string name = place->Name() + end + number;
-        path = m_Path + end + number;
+        path = named + end + number;
         // A second name takes no room. Where a file has but one, it is given up for the other.
         if (linkat(place->Directory(), place->Name().c_str(), place->Directory(), name.c_str(),
                    0) == 0 ||

@@ -181,15 +181,20 @@ bool WriteToPlace(const std::string& path, const std::string& text, EFileMode mo
         return false;
     }
     const std::optional<struct stat> status = StatusOf(*place);
-    return status && !S_ISREG(status->st_mode) ? WriteInPlace(*place, text, problem)
-                                               : Replace(*place, text, mode, problem);
+    const bool isInPlace = status && !S_ISREG(status->st_mode);
+    if (mode == EFileMode::PRIVATE) {
+        problem = isInPlace && !S_ISDIR(status->st_mode) ? "not a regular file" : place->Danger();
+        return problem.empty() && Replace(*place, text, mode, problem);
+    }
+    return isInPlace ? WriteInPlace(*place, text, problem) : Replace(*place, text, mode, problem);
 }
 
 }  // namespace
 
 bool WriteOutputFile(const std::string& path, const std::string& text, EFileMode mode,
                      std::string& problem) {
-    const std::optional<int> descriptor = DescriptorNumber(path);
+    const std::optional<int> descriptor =
+        mode == EFileMode::PRIVATE ? std::nullopt : DescriptorNumber(path);
     std::string reason;
     const bool written = descriptor ? WriteAsItStands(*descriptor, text, reason)
                                     : WriteToPlace(path, text, mode, reason);

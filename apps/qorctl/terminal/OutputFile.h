@@ -13,7 +13,10 @@ enum class EFileMode {
     // old file of the caller's: its rights to read, write and execute, without those of others to
     // write, and those of its group only where the new file has it too and the old one had no list.
     KEPT,
-    PRIVATE,   // 0600
+    // 0600. What is to be read again: never a device, a pipe or a descriptor, nor in a directory
+    // where
+    // others may write.
+    PRIVATE,
     READABLE,  // 0644, whatever the umask and the old file say: another user's program reads it
 };
 

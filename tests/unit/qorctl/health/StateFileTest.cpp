@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <filesystem>
 
 #include "PrivateServerFixture.h"
@@ -187,6 +188,44 @@ TEST_F(StateFileTest, LinkIntoADirectoryThatOthersMayWriteIntoIsNotRead) {
     std::string text;
     EXPECT_EQ(file.Read(text), CStateFile::ERead::FAILED);
     EXPECT_EQ(file.Problem(), m_Path + ": its directory is not safe: other users may write in it");
+}
+
+// An output may go into a device, a state would be gone.
+TEST_F(StateFileTest, WhatIsNoFileIsNotWritten) {
+    fs::create_symlink("/dev/null", m_Path);
+    CStateFile file(m_Path);
+    EXPECT_FALSE(file.Write("state"));
+    EXPECT_EQ(file.Problem(), m_Path + " could not be written: not a regular file");
+    std::array<int, 2> ends = {};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    EXPECT_FALSE(CStateFile("/proc/self/fd/" + std::to_string(ends[1])).Write("state"));
+    close(ends[1]);
+    char byte = 0;
+    EXPECT_EQ(read(ends[0], &byte, 1), 0);
+    close(ends[0]);
+}
+
+TEST_F(StateFileTest, FolderThatOthersMayWriteIntoByNowIsNotWrittenTo) {
+    CStateFile file(m_Path);
+    ASSERT_EQ(file.Lock(), CStateFile::ELock::TAKEN);
+    ASSERT_TRUE(file.Write("old"));
+    fs::permissions(m_Folder, fs::perms(0775));
+    EXPECT_FALSE(file.Write("new"));
+    EXPECT_EQ(file.Problem(),
+              m_Path +
+                  " could not be written: its directory is not safe: other users may write "
+                  "in it");
+    EXPECT_EQ(qortest::ReadFile(m_Path), "old");
+}
+
+TEST_F(StateFileTest, WhatIsKeptBesideIsNamedWhereItIs) {
+    qortest::WriteFile("/opt/tarmica/real/file", "corrupt");
+    fs::create_symlink("/opt/tarmica/real/file", m_Path);
+    CStateFile file(m_Path);
+    std::string aside;
+    ASSERT_TRUE(file.KeepBeside(".corrupt", aside)) << file.Problem();
+    EXPECT_EQ(aside, "/opt/tarmica/real/file.corrupt");
+    EXPECT_EQ(qortest::ReadFile(aside), "corrupt");
 }
 
 TEST_F(StateFileTest, LockThatAGroupOrOthersMayOpenIsMadeAnew) {
