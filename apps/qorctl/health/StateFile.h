@@ -33,9 +33,9 @@ public:
     CStateFile& operator=(const CStateFile&) = delete;
 
     // Takes the lock, making "PATH.lock" with mode 0600 if it is not there. Does not wait: BUSY
-    // when another process holds it. A symbolic link in the lock's place is not followed. A lock that
-    // another user could hold, since it is that user's or has another mode, is made anew. Fails
-    // where another user may write into the directory.
+    // when another process holds it. A symbolic link in the lock's place is not followed. A lock
+    // that another user could hold, since it is that user's or has another mode, is made anew.
+    // Fails where another user may write into the directory.
     ELock Lock();
 
     // The whole file. Fails for anything but a regular file, for one above MAX_SIZE, and for what

@@ -187,8 +187,8 @@ TEST_F(WatchStateTest, NoAnswerIsToldOnceAcrossStarts) {
                             "answers-again OK answers again"));
 }
 
-// A loose cable of a server with all the drives that there may be: what is remembered must still fit
-// into the file, or nothing would be handed over any more.
+// A loose cable of a server with all the drives that there may be: what is remembered must still
+// fit into the file, or nothing would be handed over any more.
 TEST_F(WatchStateTest, StateOfManyDrivesThatFlapFitsIntoItsFile) {
     CInventory inventory = Inventory("ONLINE");
     const qorctl::CPhysicalDrive drive = inventory.physicalDrives.front();
