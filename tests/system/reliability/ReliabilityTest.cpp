@@ -207,6 +207,17 @@ std::string JsonVerdict(const CEnd& end) {
            (said.empty() ? "" : " " + said.front());
 }
 
+// "UNKNOWN: the RAID tool is missing, ...": the verdict at the page's top, and the first problem.
+std::string PageVerdict(const CEnd& end) {
+    const auto behind = [&](const std::string& start) {
+        const size_t found = end.out.find(start);
+        const size_t begin = found == std::string::npos ? end.out.size() : found + start.size();
+        return end.out.substr(begin, end.out.find('<', begin) - begin);
+    };
+    const std::string problem = behind("<ul class=\"problems\">\n<li class=\"is-");
+    return behind("<strong>") + ": " + (problem.empty() ? "" : behind(problem + "<span>"));
+}
+
 struct CVerb {
     const char* name;  // of the column: it begins with the sub-command
     CStrings arguments;
@@ -226,6 +237,7 @@ const std::vector<CVerb>& Verbs() {
         {"check --no-hardware ok", {}, Summary},
         {"watch", {"--count", "1"}, WithoutTime},
         {"metrics", {}, CollectionResult},
+        {"page", {}, PageVerdict},
         {"doctor", {}, FailedCheck},
         {"exec", {"--", "krzcli", "-ctrlinfo", "-aAll"}, Complaint},
         {"version", {}, ToolVersion},
