@@ -201,7 +201,7 @@ function messagesOf(report, isNoted) {
     .filter((message) => message.severity !== 'info' || isNoted)
     .map((message) => ({
       health: message.severity === 'warning' ? 'WARNING' : 'UNKNOWN',
-      sentence: joined([textOf(message.text), textOf(message.remedy)], ': '),
+      sentence: joined([textOf(message.text), textOf(message.remedy)], '. '),
       drive: null,
     }));
 }

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -139,9 +140,10 @@ std::string MessageEntry(const CReadJson& message, bool isNoted) {
     if (severity == "info" && !isNoted) {
         return "";
     }
-    const std::string remedy = FieldText(message, "remedy");
+    std::string remedy = FieldText(message, "remedy");
+    std::replace(remedy.begin(), remedy.end(), '\n', ' ');  // a paragraph here
     return EntryHtml(severity == "warning" ? "WARNING" : "UNKNOWN",
-                     FieldText(message, "text") + (remedy.empty() ? "" : ": " + remedy));
+                     FieldText(message, "text") + (remedy.empty() ? "" : ". " + remedy));
 }
 
 std::string Counted(size_t count, std::string_view noun) {
