@@ -12,6 +12,7 @@ namespace {
 constexpr int64_t LONGEST_PAUSE = 60;  // seconds
 constexpr int MOST_DOUBLINGS = 6;      // 1, 2, 4 ... 64
 constexpr int NO_INPUT = -1;
+constexpr size_t SHARE_TWICE = 100;  // of those that wait, one of so many may come twice
 
 int64_t PauseAfter(int failures) {
     return std::min(int64_t{1} << std::min(failures - 1, MOST_DOUBLINGS), LONGEST_PAUSE);
@@ -24,6 +25,17 @@ bool CEventView::Show(const CTick& tick) {
     Save();
     Advance(m_Clock.Now());
     return m_View.Show(tick);
+}
+
+void CEventView::Save() {
+    m_IsSaved = m_File.Save();
+    m_Struck = m_IsSaved ? 0 : m_Struck;
+}
+
+void CEventView::SaveStruck() {
+    if (!m_IsSaved || m_Struck > 0) {
+        Save();
+    }
 }
 
 bool CEventView::Refresh(EWake why, const CMoment& moment) {
@@ -44,7 +56,7 @@ void CEventView::Advance(int64_t now) {
         }
         TakeResult(*isTaken, now);
     }
-    if (!m_IsSaved) {
+    if (!m_IsSaved || m_Struck * SHARE_TWICE > outbox.Size()) {
         Save();
     }
     if (outbox.IsHeadKept() && now >= m_NextTry) {
@@ -61,11 +73,12 @@ void CEventView::TakeResult(bool isTaken, int64_t now) {
     outbox.Hold(false);
     if (isTaken) {
         outbox.Strike();
-        m_IsSaved = false;
+        ++m_Struck;
         m_Failures = 0;
         m_NextTry = now;
         return;
     }
+    SaveStruck();
     const int64_t pause = PauseAfter(++m_Failures);
     m_NextTry = now + pause * MILLISECONDS;
     Report(fmt::format("the program for events {}; the same event comes again in {} s",
@@ -97,9 +110,7 @@ bool CEventView::End(const CMoment& moment) {
         }
         goesOn = IsWaitedFor(now);
     }
-    if (!m_IsSaved) {
-        Save();
-    }
+    SaveStruck();
     if (!outbox.IsEmpty()) {
         Report(fmt::format("{} events are left, which the next start hands over", outbox.Size()));
     }

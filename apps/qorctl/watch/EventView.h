@@ -1,9 +1,10 @@
 // Shows each request by another view, and hands its events over to a program while watching goes
 // on.
 //
-// The events of a request are in the state file before the first of them is handed over; one that
-// was taken is struck out there. So each one is handed over, in order, whatever ends this program;
-// one may be handed over a second time, with the same id.
+// The events of a request are in the state file before the first of them is handed over; what was
+// taken is struck out there, one by one, or a hundredth of those that wait at once, which spares
+// writing all of a long list as many times. So each one is handed over, in order, whatever ends
+// this program; one, or that hundredth, may be handed over a second time, with the same ids.
 //
 // Thread rule: one thread at a time.
 #ifndef QORCTL_WATCH_EVENTVIEW_H
@@ -35,13 +36,15 @@ private:
     void Advance(int64_t now);
     void TakeResult(bool isTaken, int64_t now);
     bool IsWaitedFor(int64_t now);
-    void Save() { m_IsSaved = m_File.Save(); }
+    void Save();
+    void SaveStruck();
 
     IWatchView& m_View;
     CWatchFile& m_File;
     CEventProgram& m_Program;
     IWatchClock& m_Clock;
     bool m_IsSaved = true;
+    size_t m_Struck = 0;    // events that were taken, and still are in the file
     int m_Failures = 0;     // of the first event, one after the other
     int64_t m_NextTry = 0;  // when it may be handed over again
 };

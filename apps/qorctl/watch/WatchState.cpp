@@ -84,6 +84,14 @@ std::string HeldSummary(const CJson& event, const CFlapping::CHeld& held, bool b
                               held.isSettled ? " and has settled" : "");
 }
 
+// Of half an answer: what it leaves out need not be gone.
+std::string ChangeSummary(const CChange& change, const CAnswer& answer) {
+    const std::string summary = DescribeChange(change);
+    return change.kind == EChange::GONE && !answer.IsWhole()
+               ? fmt::format("{} (or left out: {})", summary, GapText(answer.gaps.front()))
+               : summary;
+}
+
 struct CFound {
     EHealth severity = EHealth::OK;
     std::string object;
@@ -192,7 +200,11 @@ void CWatchState::TakeChanges(const CTick& tick) {
     const CProblemMarks marks(tick.health.findings);
     for (const CChange& change : tick.changes) {
         CJson event = ChangeEvent(tick, change);
-        Tell(event, SeverityOf(change, tick.status, marks), change.object, DescribeChange(change));
+        Tell(event, SeverityOf(change, tick.status, marks), change.object,
+             ChangeSummary(change, tick.answer));
+        if (!tick.answer.IsWhole()) {
+            event["incomplete"] = true;
+        }
         if (tick.isFirstAnswer && m_AnsweredAt) {
             event["since"] = FormatTime(*m_AnsweredAt);
         }

@@ -104,6 +104,35 @@ TEST_F(ExecTest, HostileTextsStayOneLine) {
     EXPECT_TRUE(json::accept(line)) << line;
 }
 
+// The file is not written anew for each of many events.
+TEST_F(ExecTest, ManyEventsThatWaitAreStruckOutTogether) {
+    constexpr size_t MANY = 500;
+    EXPECT_EQ(Watch("failed-drive", Program("exit 1\n")).status, 1);
+    json state = StateJson();
+    const json event = state["outbox"][0];
+    state["outbox"].clear();
+    for (size_t i = 0; i < MANY; ++i) {
+        state["outbox"].push_back(event);
+        state["outbox"].back()["id"] = "many-" + std::to_string(i);
+    }
+    WriteFile(State(), state.dump());
+    const std::string program = Program("echo \"$QOR_EVENT_ID $(stat -c %i state)\" >> taken\n");
+    EXPECT_EQ(Watch("failed-drive", program).status, 0);
+    const auto lines = qortest::Lines(ReadFile(Taken()));
+    ASSERT_EQ(lines.size(), MANY);
+    size_t writes = 0;
+    std::string file;
+    for (size_t i = 0; i < MANY; ++i) {
+        const size_t blank = lines[i].find(' ');
+        EXPECT_EQ(lines[i].substr(0, blank), "many-" + std::to_string(i));
+        writes += static_cast<size_t>(file != lines[i].substr(blank));
+        file = lines[i].substr(blank);
+    }
+    EXPECT_GE(writes, 100U);
+    EXPECT_LE(writes, 300U);
+    EXPECT_THAT(StateJson()["outbox"], IsEmpty());
+}
+
 // In and out of its state eight times in less than ten minutes.
 TEST_F(ExecTest, FlappingIsToldOnceAndThenHeldBack) {
     const std::string program = TakingProgram();

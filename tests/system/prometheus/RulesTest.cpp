@@ -335,6 +335,19 @@ TEST_F(RulesFileTest, ServerThatSaysNothingHasNoControllerGone) {
                Expectation("QorControllerGone", 110, false));
 }
 
+// The request failed, which is an alert of its own; but it fails, too, when the only one is gone.
+TEST_F(RulesFileTest, FailedRequestHasAControllerGoneOnlyWhereNoneIsReported) {
+    for (const bool isGone : {false, true}) {
+        const std::string reason = isGone ? "no-controller" : "tool-timeout";
+        Expect({{"qor_collection_timestamp_seconds", "0+60x120"},
+                {"qor_collection_success", "1+0x60 0+0x60"},
+                {"qor_collection_result_info{reason=\"" + reason + "\"}", "_x61 1+0x60"},
+                {"qor_controller_info{controller=\"0\",serial=\"1\"}", "1+0x60 stale _x60"}},
+               Expectation("QorControllerGone", 59, false) +
+                   Expectation("QorControllerGone", 75, isGone));
+    }
+}
+
 TEST_F(RulesFileTest, CollectionFailsWhateverTheReasonIs) {
     const std::string result = "qor_collection_result_info{reason=\"";
     Expect(

@@ -86,6 +86,7 @@ protected:
         tick.wallTime = m_Time++;
         tick.answer.outcome = qorctl::EOutcome::ANSWERED;
         tick.answer.inventory = inventory;
+        tick.answer.gaps = m_Gaps;
         tick.seen = &inventory;
         tick.isFirstAnswer = m_IsStarted;
         tick.status = qorctl::EHealth::OK;
@@ -129,6 +130,7 @@ protected:
 
     int64_t m_Time = NOVEMBER;
     bool m_IsStarted = true;
+    std::vector<qorctl::CGap> m_Gaps;
     CWatchState m_State{{}, "server1"};
 };
 
@@ -173,6 +175,28 @@ TEST_F(WatchStateTest, GoneDeviceIsAWarning) {
     without.pcieSsds.clear();
     See(without);
     EXPECT_THAT(Told(), ElementsAre("gone WARNING PCIe SSD 177: gone, Healthy"));
+}
+
+// Half an answer: nobody knows whether the drive is gone.
+TEST_F(WatchStateTest, GoneInHalfAnAnswerMayBeLeftOut) {
+    CInventory inventory = Inventory("ONLINE");
+    See(inventory);
+    inventory.physicalDrives.clear();
+    m_Gaps = {{.rule = "drives-missing",
+               .object = "controller 0",
+               .text = "states 2 drives, 0 reported",
+               .remedy = ""}};
+    See(inventory);
+    const std::vector<CJson> events = Events();
+    ASSERT_EQ(events.size(), 2U);
+    EXPECT_EQ(events[0]["event"], "gone");
+    EXPECT_EQ(events[0]["incomplete"], true);
+    EXPECT_THAT(events[0]["summary"].get<std::string>(),
+                testing::EndsWith(
+                    ": gone, ONLINE (or left out: controller 0 states 2 drives, 0 reported)"));
+    m_Gaps.clear();
+    See(Inventory("ONLINE"));
+    EXPECT_FALSE(Events().at(0).contains("incomplete"));
 }
 
 TEST_F(WatchStateTest, NoAnswerIsToldOnceAcrossStarts) {
