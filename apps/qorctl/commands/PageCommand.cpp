@@ -1,8 +1,5 @@
 #include "commands/PageCommand.h"
 
-#include <unistd.h>
-
-#include <array>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
@@ -14,6 +11,7 @@
 #include "format/Json.h"
 #include "health/Verdict.h"
 #include "host/Ask.h"
+#include "host/HostName.h"
 #include "page/Page.h"
 #include "terminal/Output.h"
 #include "terminal/OutputFile.h"
@@ -52,11 +50,6 @@ struct CPageLine {
     std::vector<std::string> files;  // none: this server
     bool smart = false;
 };
-
-std::string HostName() {
-    std::array<char, 256> name = {};
-    return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
-}
 
 CServerReport AskThisServer(const CPageLine& line) {
     const CTimeLimit limit(line.plugin);

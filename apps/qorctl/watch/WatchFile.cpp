@@ -2,11 +2,10 @@
 
 #include <fmt/format.h>
 #include <poll.h>
-#include <unistd.h>
 
-#include <array>
 #include <chrono>
 
+#include "host/HostName.h"
 #include "terminal/Output.h"
 #include "watch/WatchClock.h"
 
@@ -18,11 +17,6 @@ using std::chrono::steady_clock;
 // A keeper takes five seconds at most (see host/Keeper.h).
 constexpr std::chrono::seconds LOCK_PATIENCE(6);
 constexpr int LOCK_PAUSE = 50;  // milliseconds
-
-std::string HostName() {
-    std::array<char, 256> name = {};
-    return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
-}
 
 }  // namespace
 
