@@ -1,13 +1,15 @@
 // A browser on the pages that qorctl writes of simulated servers. Whatever a page says on the
 // console, or asks for, is kept, and is a failure where a test looks at it.
 import { execFileSync } from 'node:child_process';
-import { mkdtempSync, readdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { existsSync, mkdtempSync, readdirSync, readFileSync, rmSync, utimesSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
-import { pathToFileURL } from 'node:url';
+import { fileURLToPath, pathToFileURL } from 'node:url';
 
 const { QORCTL, QORSIM, QOR_PLUGIN, HOSTS, MODULES } = process.env;
+const FONTS = fileURLToPath(new URL('fonts.conf', import.meta.url));
+const WRITTEN = new Date('2026-11-20T10:00:00Z');
 const modules = createRequire(join(MODULES, 'package.json'));
 const { default: puppeteer } = await import(pathToFileURL(modules.resolve('puppeteer-core')));
 const AXE = readFileSync(modules.resolve('axe-core/axe.min.js'), 'utf8');
@@ -30,33 +32,61 @@ export function onHost(host, ...words) {
   }
 }
 
-export const reportOf = (host) => JSON.parse(onHost(host, 'storage', '--format', 'json'));
+const jsons = new Map();
+
+// The host's report, anew at each call; the host is asked once.
+export function reportOf(host) {
+  if (!jsons.has(host)) {
+    jsons.set(host, onHost(host, 'storage', '--format', 'json'));
+  }
+  return JSON.parse(jsons.get(host));
+}
 
 export function pageOfHost(host, ...options) {
   const path = file(`${host}${options.join('')}.html`);
-  onHost(host, 'page', '--output', path, ...options);
+  if (!existsSync(path)) {
+    onHost(host, 'page', '--output', path, ...options);
+  }
   return path;
 }
 
-// The page of reports: objects, or texts of files. Their names are those of the object.
+// The report that stands in a page.
+export function reportInPage(path) {
+  const [, data] = /<script type="application\/json" id="data-0">(.*)<\/script>/.exec(readFileSync(path, 'utf8'));
+  return JSON.parse(data).report;
+}
+
+// The page of reports: objects, or texts of files. Their names are those of the object; all were
+// written at the same time.
 export function pageOfReports(name, reports) {
-  const paths = Object.entries(reports).map(([server, report]) => {
+  const names = Object.entries(reports).map(([server, report]) => {
     const path = file(`${server}.json`);
     writeFileSync(path, typeof report === 'string' ? report : JSON.stringify(report));
-    return path;
+    utimesSync(path, WRITTEN, WRITTEN);
+    return `${server}.json`;
   });
-  const path = file(`${name}.html`);
-  execFileSync(QORCTL, ['page', ...paths, '--output', path], PIPES);
-  return path;
+  execFileSync(QORCTL, ['page', '--output', `${name}.html`, '--', ...names], { ...PIPES, cwd: folder });
+  return file(`${name}.html`);
+}
+
+// What it keeps goes into our folder, not into somebody's home.
+const launch = (fonts, flags = []) => puppeteer.launch({
+  executablePath: '/usr/bin/chromium',
+  args: ['--no-sandbox', '--disable-gpu', ...flags],
+  env: { ...process.env, FONTCONFIG_FILE: fonts, HOME: folder, XDG_CACHE_HOME: folder, XDG_CONFIG_HOME: folder },
+});
+
+// A browser that draws letters as a screen of its own would, with coloured edges.
+export function launchOnOtherScreen() {
+  const fonts = file('screen.conf');
+  writeFileSync(fonts, readFileSync(FONTS, 'utf8').replace('<const>none', '<const>rgb'));
+  return launch(fonts, ['--enable-lcd-text']);
 }
 
 let browser;
 
 export async function start() {
-  browser = await puppeteer.launch({
-    executablePath: '/usr/bin/chromium',
-    args: ['--no-sandbox', '--disable-gpu'],
-  });
+  browser = await launch(FONTS);
 }
 
 export async function stop() {
@@ -64,8 +94,8 @@ export async function stop() {
   rmSync(folder, { recursive: true });
 }
 
-export async function open(path, { width = 1280, height = 900, dark = false, scripts = true, hash = '' } = {}) {
-  const page = await browser.newPage();
+export async function open(path, { width = 1280, height = 900, dark = false, scripts = true, hash = '', on = browser } = {}) {
+  const page = await on.newPage();
   page.said = [];
   page.on('console', (message) => page.said.push(message.text()));
   page.on('pageerror', (error) => page.said.push(String(error)));
