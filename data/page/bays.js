@@ -133,14 +133,15 @@ export function enclosureView(enclosure, server, groupIndexOf, show) {
   return view;
 }
 
-// Lights the drives of a group and dims all others; all are as they were without one.
-export function light(view, groupIndex) {
-  view.classList.toggle('is-lighting', groupIndex !== undefined);
+// Lights the drives of the group that a button stands for and dims all others; pressed again, all
+// are as they were.
+export function light(view, pressed) {
+  const isOn = pressed.getAttribute('aria-pressed') === 'false';
+  view.classList.toggle('is-lighting', isOn);
   for (const part of view.querySelectorAll('[data-group]')) {
-    part.classList.toggle('is-lit', part.dataset.group === groupIndex);
+    part.classList.toggle('is-lit', isOn && part.dataset.group === pressed.dataset.group);
   }
   for (const button of view.querySelectorAll('button[aria-pressed]')) {
-    const isOn = button.dataset.group === groupIndex;
-    button.setAttribute('aria-pressed', String(isOn));
+    button.setAttribute('aria-pressed', String(isOn && button === pressed));
   }
 }

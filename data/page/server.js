@@ -66,25 +66,28 @@ function controllerFacts({ device }) {
   ]);
 }
 
-function logicalDriveView({ device, health }) {
-  return element('li', { class: healthClass(health) }, sign(health),
-    element('span', { class: 'name' }, joined([`LD${textOf(device.number)}`, textOf(device.name)], ' ')),
-    element('span', { class: 'state' }, textOf(device.state)),
-    element('span', { class: 'size' }, textOf(device.capacity)));
+// Pressed, it lights the drives of the group.
+function lightButton(index, view, attributes, ...children) {
+  const button = element('button', { type: 'button', 'aria-pressed': 'false', 'data-group': index, ...attributes,
+    on: { click: () => light(view(), button) } }, children);
+  return button;
 }
 
-// Pressed, it lights its drives.
+function logicalDriveView({ device, health }, index, view) {
+  return element('li', {}, lightButton(index, view, { class: healthClass(health) }, sign(health),
+    element('span', { class: 'name' }, joined([`LD${textOf(device.number)}`, textOf(device.name)], ' ')),
+    element('span', { class: 'state' }, textOf(device.state)),
+    element('span', { class: 'size' }, textOf(device.capacity))));
+}
+
 function groupView(group, index, view) {
   const { device } = group;
-  const isOn = (button) => button.getAttribute('aria-pressed') === 'true';
-  const button = element('button', { type: 'button', 'aria-pressed': 'false', 'data-group': index, on: {
-    click: () => light(view(), isOn(button) ? undefined : String(index)),
-  } },
-    element('span', { class: 'name' }, group.name || 'No group'),
-    element('span', { class: 'level' }, textOf(device.raid_level)),
-    element('span', { class: 'size' }, joined([textOf(device.size), counted(group.drives.length, 'drive')])));
-  return element('li', { class: 'group-card', 'data-group': index }, button,
-    element('ul', { class: 'logical' }, group.logicalDrives.map(logicalDriveView)));
+  return element('li', { class: 'group-card', 'data-group': index },
+    lightButton(index, view, {},
+      element('span', { class: 'name' }, group.name || 'No group'),
+      element('span', { class: 'level' }, textOf(device.raid_level)),
+      element('span', { class: 'size' }, joined([textOf(device.size), counted(group.drives.length, 'drive')]))),
+    element('ul', { class: 'logical' }, group.logicalDrives.map((drive) => logicalDriveView(drive, index, view))));
 }
 
 function groupsView(groups, view) {
@@ -112,8 +115,8 @@ function controllerView(controller, server) {
       groupsView(groups, () => view)),
     sections(device, 'All that the RAID tool says of this controller'));
   view.addEventListener('pointed', ({ detail }) => {
-    for (const card of view.querySelectorAll('.group-card')) {
-      card.classList.toggle('is-pointed', card.dataset.group === detail);
+    for (const part of view.querySelectorAll('.groups [data-group]')) {
+      part.classList.toggle('is-pointed', part.dataset.group === detail);
     }
   });
   return view;

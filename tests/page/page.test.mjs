@@ -121,6 +121,36 @@ test('a sentence, a bay and a group lead to the drive', async () => {
   await page.close();
 });
 
+test('a logical drive lights the drives of its group, and a drive its own', async () => {
+  const page = await open(pageOfHost('failed-drive'));
+  const lit = () => textsOf(page, '.bay.is-lit .slot');
+  const pressed = () => textsOf(page, '[aria-pressed="true"] .name');
+  const focus = (selector) => page.focus(selector);
+  await focus('.group-card:nth-child(2) .logical li:nth-child(2) button');
+  await page.keyboard.press('Enter');
+  assert.deepEqual(await lit(), ['2', '3', '4', '5']);
+  assert.deepEqual(await pressed(), ['LD2 Backup, weekly']);
+  assert.deepEqual(await violations(page), []);
+  await page.keyboard.press('Space');
+  assert.deepEqual([await lit(), await pressed()], [[], []]);
+  await page.click('.group-card:nth-child(1) .logical button');
+  await page.click('.group-card:nth-child(2) > button');
+  assert.deepEqual(await pressed(), ['RG1']);
+  assert.deepEqual(await lit(), ['2', '3', '4', '5']);
+  await page.click('.group-card:nth-child(2) > button');
+  assert.deepEqual(await pressed(), []);
+  // The other way round: a drive points at its group and logical drives.
+  const pointed = () => textsOf(page, '.is-pointed > .name, .is-pointed > button > .name');
+  await focus('button.bay[data-drive="2"]');
+  assert.deepEqual(await pointed(), ['RG1', 'LD1 Data', 'LD2 Backup, weekly']);
+  await page.keyboard.press('Home');
+  assert.deepEqual(await pointed(), ['RG0', 'LD0 System']);
+  await page.keyboard.press('End');
+  assert.deepEqual(await pointed(), []);
+  assert.deepEqual(page.said, []);
+  await page.close();
+});
+
 test('a record has SMART attributes as bars', async () => {
   const page = await open(pageOfHost('failed-drive', '--smart'));
   const smart = JSON.parse(onHost('failed-drive', 'drive', '0', '252', '0', '--format', 'json'))
