@@ -12,11 +12,32 @@ const SORTS = [
 function readRow(line, order) {
   const [, name, drives, what, time] = [...line.cells].map((cell) => cell.textContent);
   return { line, order, name, drives: Number(drives), what, time,
-    state: line.dataset.state, text: `${name}\n${what}`.toLowerCase() };
+    state: line.dataset.state, text: `${name}\n${what}`.toLowerCase(), isFound: true,
+    data: document.getElementById(`data-${line.dataset.server}`) };
 }
 
 function compare(one, other) {
   return typeof one === 'number' ? one - other : one.localeCompare(other, 'en', { numeric: true });
+}
+
+// A text as the JSON in the page has it, for whatever case.
+function pattern(words) {
+  const json = JSON.stringify(words).slice(1, -1)
+    .replace(/[<>&]/g, (character) => `\\u00${character.charCodeAt(0).toString(16)}`);
+  return new RegExp(json.replace(/[.*+?^${}()|[\]\\]/g, '\\$&'), 'giu');
+}
+
+// Whether a value of the JSON has the text. Names do not count: behind their quotes stands a colon.
+// The JSON is not read for that, which would take seconds for a thousand servers.
+function hasValue(json, words) {
+  for (const { index } of json.matchAll(words)) {
+    const end = /(?:[^"\\]|\\.)*"(.)/ys;
+    end.lastIndex = index;
+    if (',}]'.includes(end.exec(json)?.[1] ?? ':')) {
+      return true;
+    }
+  }
+  return false;
 }
 
 class Fleet {
@@ -24,7 +45,7 @@ class Fleet {
     this.table = page.querySelector('table.fleet');
     this.rows = [...this.table.tBodies[0].rows].map(readRow);
     this.states = new Set();
-    this.words = '';
+    this.counts = new Map();
     this.shown = element('output', { class: 'shown' });
     page.querySelector('header').append(this.searchView());
     page.querySelectorAll('.states li').forEach((entry) => this.makeStateButton(entry));
@@ -36,14 +57,18 @@ class Fleet {
   }
 
   searchView() {
-    const field = element('input', { type: 'search', placeholder: 'Name or problem', autocomplete: 'off',
+    const field = element('input', { type: 'search', placeholder: 'Name, problem, serial number, product', autocomplete: 'off',
       on: { input: () => this.search(field.value) } });
     return element('p', { class: 'search' },
       element('label', {}, element('span', {}, 'Find'), field), this.shown);
   }
 
   search(words) {
-    this.words = words.trim().toLowerCase();
+    const wanted = words.trim().toLowerCase();
+    const sought = pattern(wanted);
+    for (const row of this.rows) {
+      row.isFound = row.text.includes(wanted) || hasValue(row.data.textContent, sought);
+    }
     this.filter();
   }
 
@@ -61,6 +86,7 @@ class Fleet {
     } });
     button.append(...entry.childNodes);
     entry.append(button);
+    this.counts.set(state, button.querySelector('strong'));
   }
 
   makeSortButtons() {
@@ -83,14 +109,20 @@ class Fleet {
     this.table.tBodies[0].append(...this.rows.map(({ line }) => line));
   }
 
+  // The counts are of what was found; the states choose from that.
   filter() {
-    let count = 0;
+    const counts = new Map();
+    let shown = 0;
     for (const row of this.rows) {
-      const isShown = (this.states.size === 0 || this.states.has(row.state)) && row.text.includes(this.words);
+      const isShown = row.isFound && (this.states.size === 0 || this.states.has(row.state));
       row.line.hidden = !isShown;
-      count += isShown ? 1 : 0;
+      shown += isShown ? 1 : 0;
+      counts.set(row.state, (counts.get(row.state) ?? 0) + (row.isFound ? 1 : 0));
     }
-    this.shown.textContent = count === this.rows.length ? '' : `${count} of ${this.rows.length} shown`;
+    for (const [state, text] of this.counts) {
+      text.textContent = counts.get(state);
+    }
+    this.shown.textContent = shown === this.rows.length ? '' : `${shown} of ${this.rows.length} shown`;
   }
 }
 

@@ -176,7 +176,7 @@ test('the list of servers is filtered, sorted and opened', async () => {
   await page.click('.states [data-state="none"] button');
   await page.click('.states [data-state="ok"] button');
   await page.type('input[type="search"]', 'K4H1R1QC');
-  assert.deepEqual(await shown(), ['odd']);
+  assert.deepEqual(await shown(), ['bad', 'odd']);
   await page.$eval('input[type="search"]', (field) => {
     field.value = '';
     field.dispatchEvent(new Event('input'));
@@ -193,6 +193,44 @@ test('the list of servers is filtered, sorted and opened', async () => {
   await page.goBack();
   await page.waitForSelector('.list:not([hidden])');
   assert.equal(await page.evaluate(() => document.activeElement.textContent), 'bad');
+  assert.deepEqual(page.said, []);
+  await page.close();
+});
+
+test('the list of servers is searched for what its reports say', async () => {
+  const odd = reportOf('sas');
+  odd.physical_drives[0].product = 'a "quoted" \\ <b>&amp; ürsula';
+  const page = await open(pageOfReports('search', {
+    bad: reportOf('failed-drive'), 'broken-file': '{"a', good: reportOf('sas'), odd, ssd: reportOf('pssd-only'),
+  }));
+  const shown = () => textsOf(page, '.fleet tbody tr:not([hidden]) th');
+  const find = (words) => page.$eval('input[type="search"]', (field, value) => {
+    field.value = value;
+    field.dispatchEvent(new Event('input'));
+  }, words);
+  const counts = () => textsOf(page, '.states strong');
+  for (const [words, servers] of [
+    [reportOf('failed-drive').controllers[0].serial.toLowerCase(), ['bad', 'good', 'odd']],  // in all profiles
+    ['btlj93940bqr4p0d', ['ssd']],                                 // serial number of a PCIe SSD
+    ['Cobalt cb2', ['ssd']],                                       // product
+    ['VDV10131', ['ssd']],                                         // firmware
+    ['k4h1r12b', ['bad']],                                         // a drive that failed
+    ['"quoted" \\ <B>&amp; ÜRSULA', ['odd']],
+    ['firmware_version', []],                                      // a name in the JSON, no value
+    ['","', []],
+    ['not JSON, or', ['broken-file']],
+  ]) {
+    await find(words);
+    assert.deepEqual(await shown(), servers, words);
+  }
+  await find('');
+  assert.deepEqual(await counts(), ['2', '1', '2']);
+  await find('BTLJ93940BQR4P0D');
+  assert.deepEqual(await counts(), ['1', '0', '0']);
+  assert.deepEqual(await textsOf(page, '.shown'), ['1 of 5 shown']);
+  await page.click('.states [data-state="ok"] button');
+  assert.deepEqual(await shown(), []);
+  assert.deepEqual(await textsOf(page, '.shown'), ['0 of 5 shown']);
   assert.deepEqual(page.said, []);
   await page.close();
 });
@@ -290,5 +328,13 @@ test('a thousand servers of 24 drives open in three seconds', async () => {
     }
   }, FRAMES));
   assert.ok(scrolling / FRAMES < 33, `a frame took ${scrolling / FRAMES} ms`);
+  // Of text that all have, of a name that all have often, and of none: each is looked through whole.
+  for (const words of ['e', 'capacity_bytes', 'nothing has this']) {
+    const searching = await workOf(() => page.$eval('input[type="search"]', (field, value) => {
+      field.value = value;
+      field.dispatchEvent(new Event('input'));
+    }, words));
+    assert.ok(searching < 500, `looking for ${words} took ${searching} ms`);
+  }
   await page.close();
 });
