@@ -58,6 +58,7 @@ class Results:
     def __init__(self, directory):
         self.cases = collections.defaultdict(lambda: collections.defaultdict(list))
         self.counters = collections.defaultdict(list)
+        self.pages = collections.defaultdict(list)
         for path in sorted(glob.glob(os.path.join(directory, "*.json"))):
             with open(path, encoding="utf-8") as file:
                 self.take(json.load(file)["benchmarks"])
@@ -65,6 +66,8 @@ class Results:
     def take(self, benchmarks):
         for entry in benchmarks:
             measure, size, who = entry["run_name"].split("/")[:3]
+            if measure == "page":
+                self.pages[size].append(entry)
             if measure not in MEASURES:
                 continue
             if "peak" in entry:
@@ -154,6 +157,15 @@ def memory_rows(results):
                f"{left:.0f} B", f"≤ {goal:g} × the items, none left", verdict(met))
 
 
+def page_rows(results):
+    def middle(entries, name):
+        return statistics.median(entry[name] for entry in entries)
+
+    for size, entries in results.pages.items():
+        yield (size, f"{middle(entries, 'read') / 1e6:.3g} MB", f"{middle(entries, 'written') / 1e6:.3g} MB",
+               time_unit(middle(entries, "seconds")), f"{middle(entries, 'peak') / 2**20:.1f} MiB")
+
+
 def table(header, rows):
     lines = ["| " + " | ".join(header) + " |", "|" + "---|" * len(header)]
     lines += ["| " + " | ".join(row) + " |" for row in rows]
@@ -229,6 +241,8 @@ def main(directory, page):
                        drift_rows(results)),
         "MEMORY": table(("Report", "Peak ÷ items", "Items", "Left after freeing", "Goal", ""),
                         memory_rows(results)),
+        "PAGES": table(("Page of", "Files", "Page", "Time of a processor", "Peak of memory"),
+                       page_rows(results)),
         "MACHINE": machine(),
         "CHARTS": charts,
     }

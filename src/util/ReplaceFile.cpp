@@ -54,8 +54,12 @@ CReplacement::~CReplacement() {
     }
 }
 
-bool CReplacement::Write(std::string_view text) {
-    return WriteAll(m_Fd.Get(), text) && fsync(m_Fd.Get()) == 0 && m_Fd.Close();
+bool CReplacement::Append(std::string_view text) {
+    return WriteAll(m_Fd.Get(), text);
+}
+
+bool CReplacement::Finish() {
+    return fsync(m_Fd.Get()) == 0 && m_Fd.Close();
 }
 
 bool CReplacement::TakePlace(const std::string& name) {

@@ -29,9 +29,13 @@ public:
     // Of the new file, as long as it has no place.
     const std::string& Name() const { return m_Name; }
 
-    // Writes the content and puts it on disk: a power failure must not leave an empty file under
-    // the name. False, with errno set, on failure.
-    bool Write(std::string_view text);
+    // Writes the next part of the content. False, with errno set, on failure.
+    bool Append(std::string_view text);
+    // Puts what was written on disk: a power failure must not leave an empty file under the name.
+    // False, with errno set, on failure.
+    bool Finish();
+    // The whole content at once.
+    bool Write(std::string_view text) { return Append(text) && Finish(); }
     // Gives the file its name, in the same directory. False, with errno set, on failure.
     bool TakePlace(const std::string& name);
 

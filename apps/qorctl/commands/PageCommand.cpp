@@ -66,12 +66,13 @@ CServerReport AskThisServer(const CPageLine& line) {
     return report;
 }
 
-int Deliver(const CPageLine& line, const std::string& html) {
+int Deliver(const CPageLine& line, CPage& page) {
+    const CGivePieces give = [&page](const CTakePiece& take) { return page.Give(take); };
     if (line.output.empty() || line.output == "-") {
-        return WriteBytes(html);
+        return WriteBytes(give);
     }
     std::string problem;
-    if (!WriteOutputFile(line.output, html, EFileMode::KEPT, problem)) {
+    if (!WriteOutputFile(line.output, give, EFileMode::KEPT, problem)) {
         Report(problem);
         return EXIT_FAILURE;
     }
@@ -90,7 +91,7 @@ int RunPage(const CPageLine& line) {
         }
         page.Add(report);
     }
-    return Deliver(line, page.Text());
+    return Deliver(line, page);
 }
 
 void DemandOneSource(const CPageLine& line) {

@@ -1,36 +1,25 @@
 #include "host/ToolRun.h"
 
-#include <fcntl.h>
 #include <fmt/format.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <sstream>
 #include <stdexcept>
-#include <utility>
 
 #include "base/ServerPaths.h"
 #include "cli/ProductVersion.h"
 #include "host/Ask.h"
 #include "host/PathTrouble.h"
+#include "terminal/NamelessFile.h"
 #include "util/FileIo.h"
 #include "util/UniqueFd.h"
 
 namespace qorctl {
 namespace {
 
-constexpr const char* FOLDER = "/var/tmp";
-constexpr mode_t OWNER_ONLY = 0600;
 constexpr size_t MAX_OUTPUT = size_t{64} << 20;
-
-// In memory only where no disk takes it: a tool that prints without end would fill the machine's.
-util::CUniqueFd OpenNamelessFile() {
-    util::CUniqueFd file(open(FOLDER, O_TMPFILE | O_RDWR | O_CLOEXEC, OWNER_ONLY));
-    return file.IsOpen() ? std::move(file)
-                         : util::CUniqueFd(memfd_create("qorctl-tool-output", MFD_CLOEXEC));
-}
 
 // Other processes of the same user reach the file by this path while it is open.
 std::string PathOf(const util::CUniqueFd& file) {

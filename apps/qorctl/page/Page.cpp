@@ -5,7 +5,6 @@
 #include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <string_view>
-#include <vector>
 
 #include "format/JsonDocument.h"
 #include "page/PageTemplate.h"
@@ -17,28 +16,23 @@ namespace {
 
 struct CPart {
     std::string_view mark;  // in the template
-    const std::vector<std::string>& texts;
+    CGivePieces give;
 };
 
+CGivePieces Whole(const std::string& text) {
+    return [&text](const CTakePiece& take) { return take(text); };
+}
+
 // The parts stand in the template in this order, each once.
-std::string Filled(std::string_view page, std::initializer_list<CPart> parts) {
-    size_t size = page.size();
-    for (const CPart& part : parts) {
-        for (const std::string& text : part.texts) {
-            size += text.size();
-        }
-    }
-    std::string filled;
-    filled.reserve(size);
+bool GiveFilled(std::string_view page, std::initializer_list<CPart> parts, const CTakePiece& take) {
     for (const CPart& part : parts) {
         const size_t place = page.find(part.mark);
-        filled += page.substr(0, place);
-        for (const std::string& text : part.texts) {
-            filled += text;
+        if (!take(page.substr(0, place)) || !part.give(take)) {
+            return false;
         }
         page.remove_prefix(place + part.mark.size());
     }
-    return filled.append(page);
+    return take(page);
 }
 
 // What is told of a server beside its report.
@@ -67,19 +61,25 @@ void CPage::Add(const CServerReport& report) {
         m_PlainServer = PlainServer(report);
         m_Title = HtmlText(report.name + ": " + FieldText(report.content["health"], "status"));
     }
-    m_Data.push_back(DataHtml(report, m_Lines.size()));
+    m_Data.Append(DataHtml(report, m_Lines.size()));
     m_Lines.push_back(FleetLine(report, m_Lines.size()));
 }
 
-std::string CPage::Text() {
+bool CPage::GivePlain(const CTakePiece& take) {
+    return m_PlainServer.empty() ? GivePlainFleet(m_Lines, take) : take(m_PlainServer);
+}
+
+bool CPage::Give(const CTakePiece& take) {
     const bool isFleet = m_PlainServer.empty();
-    const std::vector<std::string> title = {isFleet ? FleetVerdict(m_Lines) : m_Title};
-    const std::vector<std::string> plain = {isFleet ? PlainFleet(m_Lines) : m_PlainServer};
-    const std::vector<std::string> kind = {isFleet ? "fleet" : "server"};
-    return Filled(PAGE_TEMPLATE, {{"<!-- title -->", title},
-                                  {"<!-- kind -->", kind},
-                                  {"<!-- plain -->", plain},
-                                  {"<!-- data -->", m_Data}});
+    const std::string title = isFleet ? FleetVerdict(m_Lines) : m_Title;
+    const std::string kind = isFleet ? "fleet" : "server";
+    return GiveFilled(
+        PAGE_TEMPLATE,
+        {{"<!-- title -->", Whole(title)},
+         {"<!-- kind -->", Whole(kind)},
+         {"<!-- plain -->", [this](const CTakePiece& taker) { return GivePlain(taker); }},
+         {"<!-- data -->", [this](const CTakePiece& taker) { return m_Data.Give(taker); }}},
+        take);
 }
 
 }  // namespace qorctl

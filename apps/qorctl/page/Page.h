@@ -4,9 +4,12 @@
 // The reports stand in it as JSON, each in an element of its own that a browser does not look into
 // before somebody opens the server. Beside them stands plain HTML for those without scripts.
 //
+// The reports stand behind the list of servers, which is known when the last one was added: they
+// wait on disk, and the memory is that of one report and of the list.
+//
 //     CPage page;
 //     page.Add(ReadServerReport("web01.json"));
-//     WriteOut(page.Text());
+//     page.Give(take);
 #ifndef QORCTL_PAGE_PAGE_H
 #define QORCTL_PAGE_PAGE_H
 
@@ -15,6 +18,8 @@
 
 #include "page/PlainFleet.h"
 #include "page/ServerReport.h"
+#include "page/Spool.h"
+#include "terminal/Pieces.h"
 
 namespace qorctl {
 
@@ -22,12 +27,15 @@ class CPage {
 public:
     void Add(const CServerReport& report);
 
-    // One report is the page of that server; otherwise a list of all.
-    std::string Text();
+    // One report is the page of that server; otherwise a list of all. Any number of times. False,
+    // with errno set, when a piece is not taken, or a report is lost because no disk took it.
+    bool Give(const CTakePiece& take);
 
 private:
-    std::vector<std::string> m_Data;  // of each server: one text would be copied as it grows
-    std::string m_PlainServer;        // of the first, while it is the only one
+    bool GivePlain(const CTakePiece& take);
+
+    CSpool m_Data;
+    std::string m_PlainServer;  // of the first, while it is the only one
     std::string m_Title;
     std::vector<CFleetLine> m_Lines;
 };

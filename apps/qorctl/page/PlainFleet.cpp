@@ -161,18 +161,20 @@ std::string CountsHtml(const std::vector<CFleetLine>& lines) {
     return html;
 }
 
-std::string ProblemsHtml(const std::vector<CFleetLine>& lines) {
-    std::string html;
-    for (const CFleetLine& line : lines) {
-        if (!line.problems.empty()) {
-            html +=
-                fmt::format("<h3 id=\"problems-{}\">{}</h3>\n<ul class=\"problems\">\n{}</ul>\n",
-                            line.index, line.name, line.problems);
-        }
+bool GiveProblems(const std::vector<CFleetLine>& lines, const CTakePiece& take) {
+    const auto hasProblems = [](const CFleetLine& line) { return !line.problems.empty(); };
+    if (std::none_of(lines.begin(), lines.end(), hasProblems)) {
+        return true;
     }
-    return html.empty()
-               ? ""
-               : "<section class=\"all-problems\">\n<h2>What to do</h2>\n" + html + "</section>\n";
+    return take("<section class=\"all-problems\">\n<h2>What to do</h2>\n") &&
+           std::all_of(lines.begin(), lines.end(),
+                       [&](const CFleetLine& line) {
+                           return !hasProblems(line) ||
+                                  take(fmt::format("<h3 id=\"problems-{}\">{}</h3>\n"
+                                                   "<ul class=\"problems\">\n{}</ul>\n",
+                                                   line.index, line.name, line.problems));
+                       }) &&
+           take("</section>\n");
 }
 
 }  // namespace
@@ -206,21 +208,21 @@ std::string FleetVerdict(const std::vector<CFleetLine>& lines) {
                                      all - well == 1 ? "is" : "are");
 }
 
-std::string PlainFleet(std::vector<CFleetLine>& lines) {
+bool GivePlainFleet(std::vector<CFleetLine>& lines, const CTakePiece& take) {
     std::sort(lines.begin(), lines.end(), [](const CFleetLine& one, const CFleetLine& other) {
         return std::tie(one.state, one.name, one.index) <
                std::tie(other.state, other.name, other.index);
     });
-    std::string html = fmt::format(
+    const std::string head = fmt::format(
         "<header class=\"top\">\n<h1>{}</h1>\n<ul class=\"states\">\n{}</ul>\n</header>\n"
         "<table class=\"fleet\">\n<thead><tr><th scope=\"col\">State</th>"
         "<th scope=\"col\">Server</th><th scope=\"col\">Drives</th><th scope=\"col\">What</th>"
         "<th scope=\"col\">Time</th></tr></thead>\n<tbody>\n",
         FleetVerdict(lines), CountsHtml(lines));
-    for (const CFleetLine& line : lines) {
-        html += LineHtml(line);
-    }
-    return html + "</tbody></table>\n" + ProblemsHtml(lines);
+    return take(head) &&
+           std::all_of(lines.begin(), lines.end(),
+                       [&take](const CFleetLine& line) { return take(LineHtml(line)); }) &&
+           take("</tbody></table>\n") && GiveProblems(lines, take);
 }
 
 }  // namespace qorctl

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "page/ServerReport.h"
+#include "terminal/Pieces.h"
 
 namespace qorctl {
 
@@ -32,8 +33,8 @@ CFleetLine FleetLine(const CServerReport& report, size_t index);
 // "5 of 9 servers are not well"
 std::string FleetVerdict(const std::vector<CFleetLine>& lines);
 
-// Sorts the lines.
-std::string PlainFleet(std::vector<CFleetLine>& lines);
+// Sorts the lines, and gives the list.
+bool GivePlainFleet(std::vector<CFleetLine>& lines, const CTakePiece& take);
 
 }  // namespace qorctl
 

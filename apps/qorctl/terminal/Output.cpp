@@ -15,6 +15,18 @@ namespace {
 constexpr std::string_view PROGRAM = "qorctl: ";
 constexpr std::string_view INDENT = "  ";
 
+int ReportFailure() {
+    Report(std::string("standard output could not be written: ") + std::strerror(errno));
+    return EXIT_FAILURE;
+}
+
+int GiveOut(const CGivePieces& give) {
+    const bool isWhole = give([](std::string_view piece) {
+        return std::fwrite(piece.data(), 1, piece.size(), stdout) == piece.size();
+    });
+    return isWhole && std::fflush(stdout) == 0 ? EXIT_SUCCESS : ReportFailure();
+}
+
 }  // namespace
 
 void Report(std::string_view text) {
@@ -35,18 +47,25 @@ void ReportLines(const std::string& text) {
 }
 
 int WriteOut(const std::string& text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
-        std::fflush(stdout) == 0) {
-        return EXIT_SUCCESS;
-    }
-    Report(std::string("standard output could not be written: ") + std::strerror(errno));
-    return EXIT_FAILURE;
+    return GiveOut([&text](const CTakePiece& take) { return take(text); });
 }
 
 int WriteBytes(const std::string& bytes) {
     return WriteOut(isatty(STDOUT_FILENO) == 1
                         ? MakeLinesVisible(bytes, DetectTextStyle(STDOUT_FILENO))
                         : bytes);
+}
+
+int WriteBytes(const CGivePieces& give) {
+    if (isatty(STDOUT_FILENO) != 1) {
+        return GiveOut(give);
+    }
+    std::string bytes;
+    const bool isWhole = give([&bytes](std::string_view piece) {
+        bytes += piece;
+        return true;
+    });
+    return isWhole ? WriteBytes(bytes) : ReportFailure();
 }
 
 int WriteJson(const std::string& json) {

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "terminal/Pieces.h"
+
 namespace qorctl {
 
 // Writes `text` to standard error, each line safe for a terminal, the program's name in front.
@@ -21,6 +23,7 @@ int WriteOut(const std::string& text);
 // The same for bytes of somebody else, or values for a spreadsheet: as they stand, but made visible
 // on a terminal.
 int WriteBytes(const std::string& bytes);
+int WriteBytes(const CGivePieces& give);
 
 // The same for JSON (see format/JsonDocument.h): plain ASCII on a terminal that does not know
 // UTF-8.

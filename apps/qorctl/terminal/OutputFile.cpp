@@ -73,9 +73,19 @@ std::optional<int> DescriptorNumber(std::string_view path) {
     return std::nullopt;
 }
 
-bool WriteAsItStands(int fd, const std::string& text, std::string& problem) {
-    const bool isTerminal = isatty(fd) == 1;
-    if (util::WriteAll(fd, isTerminal ? MakeLinesVisible(text, DetectTextStyle(fd)) : text)) {
+// For a terminal the pieces are put together first: what is hidden could be cut in two.
+bool GiveVisible(int fd, const CGivePieces& give) {
+    std::string text;
+    const bool isWhole = give([&text](std::string_view piece) {
+        text += piece;
+        return true;
+    });
+    return isWhole && util::WriteAll(fd, MakeLinesVisible(text, DetectTextStyle(fd)));
+}
+
+bool WriteAsItStands(int fd, const CGivePieces& give, std::string& problem) {
+    const auto take = [fd](std::string_view piece) { return util::WriteAll(fd, piece); };
+    if (isatty(fd) == 1 ? GiveVisible(fd, give) : give(take)) {
         return true;
     }
     problem = ErrorText();
@@ -111,7 +121,7 @@ mode_t KeptMode(const util::CFilePlace& place, const struct stat& old, int newFi
     return old.st_mode & (sameGroup && !ListsUsers(place) ? KEPT_MODE : KEPT_FOR_OTHERS);
 }
 
-bool WriteInPlace(const util::CFilePlace& place, const std::string& text, std::string& problem) {
+bool WriteInPlace(const util::CFilePlace& place, const CGivePieces& give, std::string& problem) {
     util::CUniqueFd fd(openat(place.Directory(), place.Name().c_str(), IN_PLACE_FLAGS));
     struct stat status = {};
     if (!fd.IsOpen() || fstat(fd.Get(), &status) != 0) {
@@ -126,7 +136,7 @@ bool WriteInPlace(const util::CFilePlace& place, const std::string& text, std::s
         problem = "it has become another file";
         return false;
     }
-    if (!WriteAsItStands(fd.Get(), text, problem)) {
+    if (!WriteAsItStands(fd.Get(), give, problem)) {
         return false;
     }
     problem = fd.Close() ? "" : ErrorText();
@@ -144,7 +154,7 @@ void SyncDirectory(const util::CFilePlace& place) {
 
 // A file that replaces none of the caller's gets the rights that the system gives a new one, by the
 // umask or by what the directory says about new files.
-bool Fill(const util::CFilePlace& place, const std::string& text, EFileMode mode) {
+bool Fill(const util::CFilePlace& place, const CGivePieces& give, EFileMode mode) {
     const std::optional<struct stat> old = OldFile(place);
     const bool isNew = mode == EFileMode::KEPT && !old;
     util::CReplacement file(place.Directory(), TEMPORARY_HEAD, isNew ? ANY_MODE : PRIVATE_MODE);
@@ -159,13 +169,14 @@ bool Fill(const util::CFilePlace& place, const std::string& text, EFileMode mode
             return false;
         }
     }
-    return file.Write(text) && file.TakePlace(place.Name());
+    return give([&file](std::string_view piece) { return file.Append(piece); }) && file.Finish() &&
+           file.TakePlace(place.Name());
 }
 
-bool Replace(const util::CFilePlace& place, const std::string& text, EFileMode mode,
+bool Replace(const util::CFilePlace& place, const CGivePieces& give, EFileMode mode,
              std::string& problem) {
     const CSignalDelay delay;
-    if (!Fill(place, text, mode)) {
+    if (!Fill(place, give, mode)) {
         problem = ErrorText();
         return false;
     }
@@ -173,7 +184,7 @@ bool Replace(const util::CFilePlace& place, const std::string& text, EFileMode m
     return true;
 }
 
-bool WriteToPlace(const std::string& path, const std::string& text, EFileMode mode,
+bool WriteToPlace(const std::string& path, const CGivePieces& give, EFileMode mode,
                   std::string& problem) {
     const std::optional<util::CFilePlace> place =
         util::CFilePlace::Find(path, util::ELastLink::FOLLOWED, problem);
@@ -184,20 +195,26 @@ bool WriteToPlace(const std::string& path, const std::string& text, EFileMode mo
     const bool isInPlace = status && !S_ISREG(status->st_mode);
     if (mode == EFileMode::PRIVATE) {
         problem = isInPlace && !S_ISDIR(status->st_mode) ? "not a regular file" : place->Danger();
-        return problem.empty() && Replace(*place, text, mode, problem);
+        return problem.empty() && Replace(*place, give, mode, problem);
     }
-    return isInPlace ? WriteInPlace(*place, text, problem) : Replace(*place, text, mode, problem);
+    return isInPlace ? WriteInPlace(*place, give, problem) : Replace(*place, give, mode, problem);
 }
 
 }  // namespace
 
 bool WriteOutputFile(const std::string& path, const std::string& text, EFileMode mode,
                      std::string& problem) {
+    const auto give = [&text](const CTakePiece& take) { return take(text); };
+    return WriteOutputFile(path, CGivePieces(give), mode, problem);
+}
+
+bool WriteOutputFile(const std::string& path, const CGivePieces& give, EFileMode mode,
+                     std::string& problem) {
     const std::optional<int> descriptor =
         mode == EFileMode::PRIVATE ? std::nullopt : DescriptorNumber(path);
     std::string reason;
-    const bool written = descriptor ? WriteAsItStands(*descriptor, text, reason)
-                                    : WriteToPlace(path, text, mode, reason);
+    const bool written = descriptor ? WriteAsItStands(*descriptor, give, reason)
+                                    : WriteToPlace(path, give, mode, reason);
     if (!written) {
         problem = fmt::format("{} could not be written: {}", path, reason);
     }

@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "terminal/Pieces.h"
+
 namespace qorctl {
 
 enum class EFileMode {
@@ -34,6 +36,10 @@ enum class EFileMode {
 // Returns true on success; otherwise sets `problem` to the reason, path included: the temporary
 // file is gone and a regular file is as it was.
 bool WriteOutputFile(const std::string& path, const std::string& text, EFileMode mode,
+                     std::string& problem);
+
+// The same of a text in pieces: one that is not given to its end is a failure, too.
+bool WriteOutputFile(const std::string& path, const CGivePieces& give, EFileMode mode,
                      std::string& problem);
 
 }  // namespace qorctl

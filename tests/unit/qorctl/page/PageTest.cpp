@@ -65,12 +65,21 @@ CServerReport Broken(const std::string& name) {
     return report;
 }
 
+std::string TextOf(CPage& page) {
+    std::string text;
+    EXPECT_TRUE(page.Give([&text](std::string_view piece) {
+        text += piece;
+        return true;
+    }));
+    return text;
+}
+
 std::string PageOf(const std::vector<CServerReport>& reports) {
     CPage page;
     for (const CServerReport& report : reports) {
         page.Add(report);
     }
-    return page.Text();
+    return TextOf(page);
 }
 
 size_t Count(const std::string& text, const std::string& part) {
@@ -113,8 +122,21 @@ TEST(PageTest, OneReportIsThePageOfItsServer) {
 TEST(PageTest, TextIsTheSameEachTime) {
     CPage page;
     page.Add(Report(Document("OK")));
-    const std::string text = page.Text();
-    EXPECT_EQ(page.Text(), text);
+    const std::string text = TextOf(page);
+    EXPECT_EQ(TextOf(page), text);
+}
+
+TEST(PageTest, PieceThatIsNotTakenEndsThePage) {
+    CPage page;
+    page.Add(Report(Document("OK"), "a"));
+    page.Add(Broken("b"));
+    size_t pieces = 0;
+    EXPECT_TRUE(page.Give([&pieces](std::string_view) { return ++pieces > 0; }));
+    for (size_t last = 1; last <= pieces; ++last) {
+        size_t taken = 0;
+        EXPECT_FALSE(page.Give([&](std::string_view) { return ++taken < last; }));
+        EXPECT_EQ(taken, last);
+    }
 }
 
 TEST(PageTest, WorstOfEachObjectIsTold) {

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <filesystem>
@@ -107,6 +108,24 @@ TEST_F(OutputFileTest, OldFileIsReplacedAndItsModeKept) {
     EXPECT_TRUE(Write(m_File));
     EXPECT_EQ(qortest::ReadFile(m_File), "new\n");
     EXPECT_EQ(Mode(m_File), 0400U);
+}
+
+TEST_F(OutputFileTest, TextInPiecesReplacesTheFileWhenAllAreGiven) {
+    const auto write = [this](bool isWhole) {
+        return WriteOutputFile(
+            m_Folder / "file",
+            [isWhole](const qorctl::CTakePiece& take) {
+                errno = ENOSPC;
+                return take("one, ") && isWhole && take("two");
+            },
+            EFileMode::KEPT, m_Problem);
+    };
+    EXPECT_TRUE(write(true));
+    EXPECT_EQ(qortest::ReadFile(m_Folder / "file"), "one, two");
+    EXPECT_FALSE(write(false));
+    EXPECT_THAT(m_Problem, testing::EndsWith("could not be written: No space left on device"));
+    EXPECT_EQ(qortest::ReadFile(m_Folder / "file"), "one, two");
+    EXPECT_EQ(FilesInFolder(), 1U);
 }
 
 TEST_F(OutputFileTest, ReadableFileIsReadableForAllWhateverWasThere) {
