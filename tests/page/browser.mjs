@@ -1,7 +1,7 @@
 // A browser on the pages that qorctl writes of simulated servers. Whatever a page says on the
 // console, or asks for, is kept, and is a failure where a test looks at it.
 import { execFileSync } from 'node:child_process';
-import { existsSync, mkdtempSync, readdirSync, readFileSync, rmSync, utimesSync, writeFileSync } from 'node:fs';
+import { existsSync, mkdirSync, mkdtempSync, readdirSync, readFileSync, rmSync, utimesSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
@@ -67,6 +67,34 @@ export function pageOfReports(name, reports) {
   });
   execFileSync(QORCTL, ['page', '--output', `${name}.html`, '--', ...names], { ...PIPES, cwd: folder });
   return file(`${name}.html`);
+}
+
+// The page of files with these names, texts or bytes, and ".json" behind them.
+export function pageOfNames(name, names, report) {
+  const place = file(`${name}.d`);
+  mkdirSync(place);
+  for (const each of names) {
+    writeFileSync(Buffer.concat([`${place}/`, each, '.json'].map((part) => Buffer.from(part))), JSON.stringify(report));
+  }
+  // A command line of Node's has no bytes that are no text.
+  execFileSync('sh', ['-c', '"$0" page --output "$1" -- *.json', QORCTL,
+    file(`${name}.html`)], { ...PIPES, cwd: place });
+  return file(`${name}.html`);
+}
+
+// The page of a host whose tool says other bytes: each text of the first column is replaced.
+export function pageOfBytes(host, replacements) {
+  const recording = file(`${host}.recording`);
+  const qorsim = (...words) => execFileSync(QORSIM, words, PIPES);
+  qorsim('record', '--host', host, recording, '--', QORCTL, 'storage', '--output', '/dev/null');
+  for (const name of readdirSync(join(recording, 'calls')).filter((entry) => entry.endsWith('.out'))) {
+    const path = join(recording, 'calls', name);
+    const text = replacements.reduce((said, [from, to]) => said.replaceAll(from, to), readFileSync(path, 'latin1'));
+    writeFileSync(path, text, 'latin1');
+  }
+  const path = file(`${host}.bytes.html`);
+  qorsim('replay', recording, '--', QORCTL, 'page', '--output', path);
+  return path;
 }
 
 // What it keeps goes into our folder, not into somebody's home.

@@ -2,8 +2,8 @@
 import assert from 'node:assert/strict';
 import { readFileSync, writeFileSync } from 'node:fs';
 import { after, before, test } from 'node:test';
-import { file, hosts, onHost, open, pageOfHost, pageOfReports, printed, reportOf, start, stop, textsOf,
-  violations, workOf } from './browser.mjs';
+import { file, hosts, onHost, open, pageOfBytes, pageOfHost, pageOfNames, pageOfReports, printed, reportOf,
+  start, stop, textsOf, violations, workOf } from './browser.mjs';
 
 before(start);
 after(stop);
@@ -291,6 +291,52 @@ test('hostile texts are shown as they are, and nothing runs', async (t) => {
       await page.close();
     });
   }
+});
+
+test('bytes of the tool that are no text are shown as such', async () => {
+  const page = await open(pageOfBytes('failed-drive', [
+    ['TRC 3108-8i', 'TRC \xff\xfe08-8i'],       // no character begins so
+    ['K4H1R12B', 'K4H\xed\xa0\x802B'],          // half a pair of UTF-16
+    ['Backup, weekly', 'Backup, we\xe2\x82ly'],  // a character that is cut
+  ]));
+  assert.match((await textsOf(page, '.controller .product'))[0], /^TRC \ufffd+08-8i 1GB$/);
+  assert.match((await textsOf(page, '.logical .name')).at(-1), /^LD2 Backup, we\ufffd+ly$/);
+  await page.click('button.bay.is-critical');
+  assert.match((await textsOf(page, 'dialog[open] .serial strong'))[0], /^K4H\ufffd+2B$/);
+  assert.deepEqual(page.said, []);
+  await page.close();
+});
+
+const NAMES = [  // of files, and what is shown in the list and above the server's page
+  ['<img src=x onerror=window.hit=1>'],
+  ['\'"`${window.hit=1}&amp;'],
+  ['-rf'],
+  ['--output=x'],
+  ['n'.repeat(250)],
+  ['#server-0'],
+  ['line\nline', 'line\\nline', 'line\\x0aline'],
+  ['\u202eturned', '\\xe2\\x80\\xaeturned', '\\u{202e}turned'],
+  [Buffer.from([0x61, 0xff, 0x62]), 'a\\xffb', 'a\ufffdb'],
+];
+
+test('names of files may be anything', async () => {
+  const list = await open(pageOfNames('names', NAMES.map(([name]) => name), reportOf('small')));
+  const listed = await list.$$eval('.fleet tbody tr', (rows) =>
+    rows.map((row) => [row.dataset.server, row.querySelector('th').textContent]));
+  assert.deepEqual(listed.map(([, name]) => name).sort(), NAMES.map(([name, shown = name]) => shown).sort());
+  assert.deepEqual(await violations(list), []);
+  for (const [server, name] of listed) {
+    const [plain, shown = plain, title = shown] = NAMES.find(([known, seen = known]) => seen === name);
+    await list.evaluate((hash) => {
+      location.hash = hash;
+    }, `server-${server}`);
+    await list.waitForFunction((text) => document.querySelector('.chosen h1')?.textContent === text, {}, title);
+    assert.ok((await textsOf(list, '.chosen .when'))[0].includes(`${title}.json`));
+    assert.equal(await list.title(), title);
+  }
+  assert.equal(await list.evaluate(() => window.hit), undefined);
+  assert.deepEqual(list.said, []);
+  await list.close();
 });
 
 test('a page runs no script but its own', async () => {
