@@ -1,5 +1,5 @@
 // An enclosure as a row of drive bays, and the light that shows what belongs together.
-import { counted, element, healthClass, joined, sign } from './text.js';
+import { counted, element, healthClass, joined, listed, sign } from './text.js';
 
 function progressBar(drive) {
   if (drive.percent === null) {
@@ -48,11 +48,11 @@ function summary({ drives, bays }) {
     states.set(drive.state, (states.get(drive.state) ?? 0) + 1);
   }
   const empty = bays.filter((bay) => bay.isEmpty).reduce((sum, gap) => sum + gap.last - gap.first + 1, 0);
-  return joined([
+  return element('span', { class: 'summary' }, listed([
     counted(drives.length, 'drive'),
     ...[...states].map(([state, count]) => `${count} ${state}`),
     empty && `${empty} empty`,
-  ]);
+  ]));
 }
 
 // Arrows, Home and End go from bay to bay; Tab leaves the row.
@@ -94,7 +94,7 @@ function tell(row, line, drives, quiet, event) {
   const bay = event.target.closest('button.bay');
   const drive = bay && drives[bay.dataset.drive];
   line.textContent = '';
-  line.append(...(drive ? [sign(drive.health), element('span', {}, joined(drive.facts))] : [quiet]));
+  line.append(...(drive ? [sign(drive.health), element('span', {}, listed(drive.facts))] : [quiet]));
   line.className = `readout ${drive ? healthClass(drive.health) : ''}`;
   row.closest('.controller').dispatchEvent(
     new CustomEvent('pointed', { detail: bay ? bay.dataset.group : undefined }));

@@ -125,7 +125,10 @@ function grouped(values, keyOf) {
   const groups = new Map();
   for (const value of values) {
     const key = keyOf(value);
-    groups.set(key, [...(groups.get(key) ?? []), value]);
+    if (!groups.has(key)) {
+      groups.set(key, []);
+    }
+    groups.get(key).push(value);
   }
   return groups;
 }
@@ -171,8 +174,9 @@ function controllersOf(report, drives) {
   for (const device of [...listOf(report.physical_drives), ...listOf(report.logical_drives)]) {
     numbers.add(textOf(device.controller));
   }
+  const drivesOf = grouped(drives, (drive) => drive.controller);
   return [...numbers].sort(byNumber).map((number) => {
-    const mine = drives.filter((drive) => drive.controller === number);
+    const mine = drivesOf.get(number) ?? [];
     const device = devices.find((entry) => textOf(entry.number) === number) ?? {};
     return {
       number,
@@ -184,15 +188,16 @@ function controllersOf(report, drives) {
   });
 }
 
+// The drives by their place: a large server has many findings, and many drives for each.
+const placed = (drives) => grouped(drives, ({ device }) => placeOf(device, textOf(device.number)));
+const placeOf = (told, number) =>
+  JSON.stringify([textOf(told.controller), number, textOf(told.enclosure), textOf(told.slot)]);
+
 // The finding's drive, if it is about one.
-function driveOf(finding, drives) {
+function driveOf(finding, places) {
   const told = objectOf(finding.physical_drive);
-  const same = (drive, name, key = name) => textOf(drive.device[key]) === textOf(told[name]);
-  const place = drives.filter((drive) => same(drive, 'controller') && same(drive, 'drive', 'number') &&
-    same(drive, 'enclosure') && same(drive, 'slot'));
-  return finding.physical_drive
-    ? (place.find((drive) => same(drive, 'serial')) ?? place[0] ?? null)
-    : null;
+  const place = finding.physical_drive ? places.get(placeOf(told, textOf(told.drive))) ?? [] : [];
+  return place.find(({ device }) => textOf(device.serial) === textOf(told.serial)) ?? place[0] ?? null;
 }
 
 // What is only to be noted is told where nothing else says why the state is not known.
@@ -206,8 +211,8 @@ function messagesOf(report, isNoted) {
     }));
 }
 
-function withDrive(finding, drives) {
-  const drive = driveOf(finding, drives);
+function withDrive(finding, places) {
+  const drive = driveOf(finding, places);
   if (drive) {
     drive.name = textOf(finding.object);
   }
@@ -224,9 +229,10 @@ function problemsOf(report, drives) {
     seen.add(object);
     return isNew;
   });
+  const places = placed(drives);
   return [
     ...messagesOf(report, all.length === 0 && healthOf(report) !== 'OK'),
-    ...findings.map((finding) => withDrive(finding, drives)),
+    ...findings.map((finding) => withDrive(finding, places)),
   ];
 }
 

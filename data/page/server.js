@@ -99,10 +99,8 @@ function groupsView(groups, view) {
 
 function controllerView(controller, server) {
   const { device, groups, enclosures, health } = controller;
-  const groupIndexOf = (drive) => {
-    const index = groups.findIndex((group) => group.drives.includes(drive));
-    return index < 0 ? null : index;
-  };
+  const groupIndexes = new Map(groups.flatMap(({ drives }, index) => drives.map((drive) => [drive, index])));
+  const groupIndexOf = (drive) => groupIndexes.get(drive) ?? null;
   const view = element('section', { class: 'controller' },
     element('h2', { class: healthClass(health) }, health && health !== 'OK' && sign(health),
       element('span', {}, `Controller ${controller.number || '?'}`),

@@ -51,5 +51,9 @@ export const healthClass = (health) =>
 
 export const counted = (count, noun) => `${count} ${noun}${count === 1 ? '' : 's'}`;
 
-// The texts that there are, a separator between them.
+// The texts that there are as parts of a line, of which none turns the order of the others.
+export const listed = (texts) =>
+  texts.filter(Boolean).flatMap((text, i) => [i > 0 && ' · ', element('bdi', {}, text)]);
+
+// The same as one text, a separator between them.
 export const joined = (texts, separator = ' · ') => texts.filter(Boolean).join(separator);

@@ -339,6 +339,51 @@ test('names of files may be anything', async () => {
   await list.close();
 });
 
+test('a server may have any number of controllers and drives', async (t) => {
+  const report = reportOf('failed-drive');
+  const drives = (count, placeOf) =>
+    Array.from({ length: count }, (_, i) => ({ ...report.physical_drives[i % 8], number: i, ...placeOf(i) }));
+  const reports = {
+    wide: { ...report, physical_drives: drives(10000, (i) => ({ enclosure: Math.floor(i / 100), slot: i % 100 })),
+      health: { status: 'CRITICAL', findings: drives(2000, (i) => ({ severity: 'CRITICAL', object: `drive ${i}`,
+        sentence: `Drive ${i} failed.`, physical_drive: { controller: 0, enclosure: Math.floor(i / 100), slot: i % 100, drive: i } })) } },
+    many: { ...report, controllers: Array.from({ length: 127 }, (_, number) => ({ ...report.controllers[0], number })),
+      physical_drives: drives(127 * 4, (i) => ({ controller: i >> 2, slot: i % 4 })) },
+    lost: { ...report, physical_drives: drives(8, () => ({ slot: undefined })) },
+    none: { ...report, physical_drives: [], logical_drives: [], raid_groups: [] },
+  };
+  for (const [name, each] of Object.entries(reports)) {
+    await t.test(name, async () => {
+      const path = pageOfReports(name, { [name]: each });
+      let page;
+      const opening = await workOf(async () => {
+        page = await open(path);
+      });
+      assert.ok(opening < 7000, `opening took ${opening} ms`);
+      const count = (selector) => page.$$eval(selector, ({ length }) => length);
+      assert.equal(await count('button.bay'), each.physical_drives.length);
+      assert.equal(await count('.controller'), each.controllers.length);
+      if (name === 'wide') {
+        assert.equal(await count('.problems button'), 2000);
+      }
+      assert.deepEqual(page.said, []);
+      await page.close();
+    });
+  }
+});
+
+test('texts from right to left turn nothing else', async () => {
+  const report = reportOf('failed-drive');
+  report.physical_drives.forEach((drive) => {
+    drive.status_detail = 'مرحبا بالعالم';
+  });
+  const page = await open(pageOfReports('turned', { turned: report }));
+  assert.deepEqual(await textsOf(page, '.readout bdi'), ['8 drives', '8 مرحبا بالعالم', '1 empty']);
+  const edges = await page.$$eval('.readout bdi', (parts) => parts.map((part) => part.getBoundingClientRect().left));
+  assert.deepEqual(edges, [...edges].sort((a, b) => a - b));
+  await page.close();
+});
+
 test('a page runs no script but its own', async () => {
   const path = file('foreign.html');
   writeFileSync(path, readFileSync(pageOfHost('small'), 'utf8')
