@@ -23,15 +23,17 @@ protected:
         return json(values).dump(1);
     }
 
-    // The server and the reason of each alert.
+    // What each alert says of its server.
     static std::map<std::string, std::string> Failing(const CPrometheusServer& prometheus) {
-        std::map<std::string, std::string> reasons;
-        for (const json& alert :
-             Ask(prometheus, R"(ALERTS{alertname="QorCollectionFails",alertstate="firing"})")) {
-            const json& labels = alert.at("metric");
-            reasons[labels.at("instance")] = labels.at("reason");
+        std::map<std::string, std::string> sentences;
+        const json answer = prometheus.Get("/api/v1/alerts");
+        for (const json& alert : answer.at("alerts")) {
+            const json& labels = alert.at("labels");
+            if (labels.at("alertname") == "QorCollectionFails" && alert.at("state") == "firing") {
+                sentences[labels.at("instance")] = alert.at("annotations").at("summary");
+            }
         }
-        return reasons;
+        return sentences;
     }
 };
 
@@ -56,11 +58,13 @@ TEST_F(SickServersTest, EachIsToldWithItsReasonAndItsNeighbourIsAsItIsAlone) {
                   {"hangs", hangs.Port()},
                   {"missing", missing.Port()},
                   {"nonsense", nonsense.Port()}});
-    ASSERT_TRUE(Eventually([&] { return Failing(prometheus).size() == 3; })) << prometheus.Output();
+    ASSERT_TRUE(Eventually([&] { return Failing(prometheus).size() == 3; }))
+        << prometheus.Get("/api/v1/alerts");
     EXPECT_EQ(Failing(prometheus),
-              (std::map<std::string, std::string>{{"hangs", "time-over"},
-                                                  {"missing", "no-tool"},
-                                                  {"nonsense", "report-not-understood"}}));
+              (std::map<std::string, std::string>{
+                  {"hangs", "hangs: no answer about the storage (time-over)"},
+                  {"missing", "missing: no answer about the storage (no-tool)"},
+                  {"nonsense", "nonsense: no answer about the storage (report-not-understood)"}}));
     EXPECT_EQ(Well(prometheus), alone);
     EXPECT_EQ(Ask(prometheus, "qor_collection_success == 0").size(), 3U);
     EXPECT_EQ(Ask(prometheus, "qor_physical_drive_info").size(),

@@ -122,7 +122,7 @@ TEST_F(ExecCommandTest, NoFileIsLeftInAnyDirectory) {
     }
     const CVarTmp readOnly(MS_RDONLY);
     tool.Play("-v", {.run = where});
-    EXPECT_EQ(Exec({"krzcli", "-v"}).out, "/memfd:qorctl-tool-output (deleted)\n");
+    EXPECT_EQ(Exec({"krzcli", "-v"}).out, "/memfd:qorctl (deleted)\n");
 }
 
 struct CResultCase {
