@@ -10,24 +10,34 @@
 namespace qorctl {
 namespace {
 
-std::string Escaped(const std::string& value) {
-    std::string out;
+bool IsPlain(char character) {
+    return character >= ' ' && character <= '~' && character != '\\' && character != '"';
+}
+
+// Nearly every value is as it is.
+void AppendEscaped(std::string& text, const std::string& value) {
+    if (std::all_of(value.begin(), value.end(), IsPlain)) {
+        text += value;
+        return;
+    }
     for (const char character : MakeVisible(value, {.utf8 = true})) {
         if (character == '\\' || character == '"') {
-            out += '\\';
+            text += '\\';
         }
-        out += character;
+        text += character;
     }
-    return out;
 }
 
 std::string LabelsText(const CLabels& labels) {
     std::string text;
     for (const CLabel& label : labels) {
-        text +=
-            fmt::format("{}{}=\"{}\"", text.empty() ? "" : ",", label.name, Escaped(label.value));
+        text += text.empty() ? '{' : ',';
+        text += label.name;
+        text += "=\"";
+        AppendEscaped(text, label.value);
+        text += '"';
     }
-    return text.empty() ? "" : '{' + text + '}';
+    return text.empty() ? text : text + '}';
 }
 
 std::string HeadOf(const CFamily& family) {
@@ -65,7 +75,7 @@ void CMetricsText::AddSeries(const CLabels& labels, const std::string& number) {
         m_Text += HeadOf(m_Family);
     }
     if (const auto [place, isNew] = m_Series.insert(std::move(text)); isNew) {
-        m_Text += fmt::format("{}{} {}\n", m_Family.name, *place, number);
+        m_Text.append(m_Family.name).append(*place).append(1, ' ').append(number).append(1, '\n');
         ++m_Count;
     }
 }

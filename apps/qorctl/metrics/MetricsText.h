@@ -12,9 +12,9 @@
 #define QORCTL_METRICS_METRICSTEXT_H
 
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace qorctl {
@@ -53,7 +53,7 @@ private:
     void AddSeries(const CLabels& labels, const std::string& number);
 
     CFamily m_Family;
-    std::set<std::string> m_Series;  // of the family, by their labels
+    std::unordered_set<std::string> m_Series;  // of the family, by their labels
     std::string m_Text;
     size_t m_Count = 0;
 };
