@@ -8,6 +8,7 @@
 
 namespace qorctl {
 
+// The end of a nested value needs memory. NOLINTNEXTLINE(bugprone-exception-escape)
 struct CServerReport {
     std::string name;        // of the server
     std::string file;        // that it was read from; empty: asked here

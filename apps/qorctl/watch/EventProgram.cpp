@@ -139,6 +139,7 @@ bool TakeStreams(int input, int reply) {
         reply = REPLY_FD;
         CloseFrom(REPLY_FD + 1);
         std::vector<char*> pointers;
+        pointers.reserve(environment.size() + 1);
         for (std::string& variable : environment) {
             pointers.push_back(variable.data());
         }
@@ -172,6 +173,12 @@ void RunProgram(const std::string& path, std::vector<std::string> environment, i
     int status = 0;
     waitpid(program, &status, 0);
     Say(reply, ENDED, status);
+}
+
+// What Say() wrote.
+int NumberBehind(std::string_view word, const std::string& text) {
+    constexpr int DECIMAL = 10;
+    return static_cast<int>(std::strtol(text.c_str() + word.size(), nullptr, DECIMAL));
 }
 
 std::string DescribeStatus(int status) {
@@ -261,15 +268,14 @@ bool CEventProgram::ReadReply() {
 
 bool CEventProgram::Judge() {
     if (m_Text.starts_with(NOT_RUN)) {
-        m_Problem = fmt::format("cannot be run: {}",
-                                std::strerror(std::atoi(m_Text.c_str() + NOT_RUN.size())));
+        m_Problem = fmt::format("cannot be run: {}", std::strerror(NumberBehind(NOT_RUN, m_Text)));
         return false;
     }
     if (!m_Text.starts_with(ENDED)) {
         m_Problem = "was ended from outside";
         return false;
     }
-    const int status = std::atoi(m_Text.c_str() + ENDED.size());
+    const int status = NumberBehind(ENDED, m_Text);
     m_Problem = status == 0 ? "" : DescribeStatus(status);
     return status == 0;
 }

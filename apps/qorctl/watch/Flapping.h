@@ -30,6 +30,7 @@ public:
     static constexpr size_t MOST_THINGS = 5000;
 
     // Changes that were held back, or the first one of them.
+    // The end of a nested value needs memory. NOLINTNEXTLINE(bugprone-exception-escape)
     struct CHeld {
         CJson before;  // the value before the first one
         CJson after;   // the value after the last one
@@ -58,6 +59,7 @@ public:
     static CFlapping FromJson(const CJson& json);
 
 private:
+    // NOLINTNEXTLINE(bugprone-exception-escape)
     struct CRecord {
         std::vector<int64_t> times;  // of the last changes, MOST_CHANGES + 1 at most
         bool isDamped = false;
