@@ -7,6 +7,7 @@
 
 #include "Depth.h"
 #include "Fuzz.h"
+#include "format/JsonScan.h"
 #include "page/Page.h"
 #include "page/PageText.h"
 

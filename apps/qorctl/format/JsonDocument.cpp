@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "format/JsonScan.h"
 #include "terminal/TerminalText.h"
 
 namespace qorctl {
@@ -12,35 +13,6 @@ namespace {
 std::string Dumped(const CJson& json, int indentation) {
     return json.dump(indentation, ' ', false, CJson::error_handler_t::replace);
 }
-
-// Stops the parser where objects and arrays are nested too deep.
-class CNesting final : public nlohmann::json_sax<CJson> {
-public:
-    explicit CNesting(int deepest) : m_Deepest(deepest) {}
-
-    bool null() override { return true; }
-    bool boolean(bool /*value*/) override { return true; }
-    bool number_integer(CJson::number_integer_t /*value*/) override { return true; }
-    bool number_unsigned(CJson::number_unsigned_t /*value*/) override { return true; }
-    bool number_float(CJson::number_float_t /*value*/, const std::string& /*text*/) override {
-        return true;
-    }
-    bool string(std::string& /*value*/) override { return true; }
-    bool binary(CJson::binary_t& /*value*/) override { return true; }
-    bool key(std::string& /*value*/) override { return true; }
-    bool start_object(size_t /*count*/) override { return ++m_Depth <= m_Deepest; }
-    bool end_object() override { return m_Depth-- > 0; }
-    bool start_array(size_t /*count*/) override { return ++m_Depth <= m_Deepest; }
-    bool end_array() override { return m_Depth-- > 0; }
-    bool parse_error(size_t /*place*/, const std::string& /*token*/,
-                     const nlohmann::detail::exception& /*error*/) override {
-        return false;
-    }
-
-private:
-    const int m_Deepest;
-    int m_Depth = 0;
-};
 
 template <typename VALUE>
 void AddTold(CJson& object, const char* name, const std::optional<VALUE>& value) {
@@ -84,10 +56,9 @@ void AddDrive(CJson& json, const std::optional<CDriveIdentity>& drive) {
     json["physical_drive"] = std::move(object);
 }
 
-CJson ParseJson(const std::string& text, int deepest) {
-    CNesting nesting(deepest);
-    return CJson::sax_parse(text, &nesting) ? CJson::parse(text, nullptr, false)
-                                            : CJson(CJson::value_t::discarded);
+CJson ParseJson(const std::string& text, size_t deepest) {
+    return JsonDepth(text) <= deepest ? CJson::parse(text, nullptr, false)
+                                      : CJson(CJson::value_t::discarded);
 }
 
 std::string JsonText(const CJson& json, int indentation) {

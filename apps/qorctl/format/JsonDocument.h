@@ -2,6 +2,7 @@
 #ifndef QORCTL_FORMAT_JSONDOCUMENT_H
 #define QORCTL_FORMAT_JSONDOCUMENT_H
 
+#include <cstddef>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
@@ -39,7 +40,7 @@ std::string JsonText(const CJson& json, int indentation);
 
 // The value that the text is; a discarded one when it is no JSON, or has objects and arrays in each
 // other more than `deepest` times: what is nested without end ends whoever writes it again.
-CJson ParseJson(const std::string& text, int deepest);
+CJson ParseJson(const std::string& text, size_t deepest);
 
 // The text as such a document has it: UTF-8.
 std::string ValidUtf8(std::string_view text);

@@ -1,7 +1,6 @@
 #include "page/PageText.h"
 
-#include <algorithm>
-
+#include "format/JsonScan.h"
 #include "terminal/TerminalText.h"
 
 namespace qorctl {
@@ -10,29 +9,6 @@ namespace {
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 constexpr std::string_view LINE_SEPARATOR = "\xE2\x80\xA8";
 constexpr std::string_view PARAGRAPH_SEPARATOR = "\xE2\x80\xA9";
-
-// Tells what stands inside the strings of a JSON text, which is given to it byte by byte.
-class CJsonStrings {
-public:
-    // Whether the byte is part of a string; its quotes are not.
-    bool IsInside(char byte) {
-        if (!m_IsInside) {
-            m_IsInside = byte == '"';
-            return false;
-        }
-        if (m_IsEscaped) {
-            m_IsEscaped = false;
-            return true;
-        }
-        m_IsEscaped = byte == '\\';
-        m_IsInside = byte != '"';
-        return m_IsInside;
-    }
-
-private:
-    bool m_IsInside = false;
-    bool m_IsEscaped = false;
-};
 
 bool IsBlank(char byte) {
     return byte == ' ' || byte == '\t' || byte == '\n' || byte == '\r';
@@ -110,23 +86,6 @@ std::string ScriptJson(std::string_view json) {
         ++i;
     }
     return text;
-}
-
-size_t JsonDepth(std::string_view json) {
-    size_t depth = 0;
-    size_t deepest = 0;
-    CJsonStrings strings;
-    for (const char byte : json) {
-        if (strings.IsInside(byte)) {
-            continue;
-        }
-        if (byte == '{' || byte == '[') {
-            deepest = std::max(deepest, ++depth);
-        } else if ((byte == '}' || byte == ']') && depth > 0) {
-            --depth;
-        }
-    }
-    return deepest;
 }
 
 }  // namespace qorctl

@@ -17,9 +17,6 @@ std::string HtmlText(std::string_view text);
 // beside those of JSON are escaped, "\u003c".
 std::string ScriptJson(std::string_view json);
 
-// How deep the lists and objects of a JSON text are nested; of any other text, some number.
-size_t JsonDepth(std::string_view json);
-
 }  // namespace qorctl
 
 #endif  // QORCTL_PAGE_PAGETEXT_H

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "format/JsonDocument.h"
+#include "format/JsonScan.h"
 #include "page/PageText.h"
 #include "terminal/TerminalText.h"
 #include "util/FileIo.h"

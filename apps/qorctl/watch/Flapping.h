@@ -59,7 +59,7 @@ public:
     static CFlapping FromJson(const CJson& json);
 
 private:
-    // NOLINTNEXTLINE(bugprone-exception-escape)
+    // Likewise, of what it holds. NOLINTNEXTLINE(bugprone-exception-escape)
     struct CRecord {
         std::vector<int64_t> times;  // of the last changes, MOST_CHANGES + 1 at most
         bool isDamped = false;

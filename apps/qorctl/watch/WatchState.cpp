@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* FORMAT = "qorctl-watch-state";
 constexpr int VERSION = 1;
-constexpr int DEEPEST = 5;  // the capacity of a drive of the drives that were seen
+constexpr size_t DEEPEST = 5;  // the capacity of a drive of the drives that were seen
 constexpr const char* SERVER = "server";
 constexpr const char* PRESENCE = "presence";
 constexpr const char* ANSWERS = "answer";

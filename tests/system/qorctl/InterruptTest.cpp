@@ -215,6 +215,14 @@ TEST_F(RequestEndTest, PluginThatDiesIsTold) {
     EXPECT_TRUE(NothingIsLeft());
 }
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool IS_SANITIZED = true;
+#elif defined(__has_feature)
+constexpr bool IS_SANITIZED = __has_feature(address_sanitizer) != 0;
+#else
+constexpr bool IS_SANITIZED = false;
+#endif
+
 // With too few descriptors no process can be made at one point or another. A sanitizer looks at
 // memory through a pipe, and ends the process when it gets none: that is its own affair.
 TEST_F(RequestEndTest, ProcessThatCannotBeMadeIsNotThePluginsFault) {
@@ -227,9 +235,9 @@ TEST_F(RequestEndTest, ProcessThatCannotBeMadeIsNotThePluginsFault) {
                                                QORCTL_PROGRAM, std::to_string(files)},
                                  .environment = m_Environment});
         EXPECT_NE(end.status, 0) << files;
-        EXPECT_THAT(end.err, testing::AnyOf(testing::Not(testing::HasSubstr("the plug-in ended")),
-                                            testing::HasSubstr("<memory cannot be printed>")))
-            << files;
+        if (!IS_SANITIZED || end.err.find("<memory cannot be printed>") == std::string::npos) {
+            EXPECT_THAT(end.err, testing::Not(testing::HasSubstr("the plug-in ended"))) << files;
+        }
         notMade += end.err ==
                            "qorctl: no process for the plug-in could be made: Too many open "
                            "files\n"

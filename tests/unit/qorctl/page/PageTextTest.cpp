@@ -7,7 +7,6 @@
 namespace {
 
 using qorctl::HtmlText;
-using qorctl::JsonDepth;
 using qorctl::ScriptJson;
 
 TEST(PageTextTest, MarkupIsText) {
@@ -48,24 +47,6 @@ TEST(PageTextTest, NothingInJsonEndsAScript) {
     EXPECT_EQ(text.find("\xe2\x80\xa8"), std::string::npos);
     EXPECT_EQ(text.find("\xe2\x80\xa9"), std::string::npos);
     EXPECT_EQ(nlohmann::json::parse(text), nlohmann::json({{value, value}}));
-}
-
-TEST(PageTextTest, DepthCountsListsAndObjectsOutsideOfTexts) {
-    const struct {
-        const char* json;
-        size_t depth;
-    } rows[] = {
-        {"", 0},
-        {"1", 0},
-        {"[]", 1},
-        {"{\"a\": [{\"b\": 1}], \"c\": [[]]}", 3},
-        {"[\"[[[[\", \"\\\"[[[\"]", 1},
-        {"]]]][", 1},
-        {"[[[[", 4},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(JsonDepth(row.json), row.depth) << row.json;
-    }
 }
 
 }  // namespace
