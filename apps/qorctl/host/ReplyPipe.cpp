@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <optional>
 
 #include "util/FileIo.h"
 
@@ -24,17 +23,17 @@ CSize SizeAt(std::string_view bytes) {
     return size;
 }
 
-// Nothing when the sizes do not fit.
-std::optional<CReplyReader::CFields> FieldsOf(std::string_view bytes) {
-    CReplyReader::CFields fields;
+// False when the sizes do not fit.
+bool ReadFields(std::string_view bytes, CReplyReader::CFields& fields) {
+    fields.clear();
     while (!bytes.empty()) {
         if (bytes.size() < sizeof(CSize) || SizeAt(bytes) > bytes.size() - sizeof(CSize)) {
-            return std::nullopt;
+            return false;
         }
         fields.push_back(bytes.substr(sizeof(CSize), SizeAt(bytes)));
         bytes.remove_prefix(sizeof(CSize) + fields.back().size());
     }
-    return fields;
+    return true;
 }
 
 }  // namespace
@@ -66,11 +65,10 @@ bool CReplyReader::Take(std::string_view bytes,
     std::string_view rest = m_Buffer;
     while (rest.size() >= HEAD && rest.size() - HEAD >= SizeAt(rest.substr(1))) {
         const CSize size = SizeAt(rest.substr(1));
-        const std::optional<CFields> fields = FieldsOf(rest.substr(HEAD, size));
-        if (!fields) {
+        if (!ReadFields(rest.substr(HEAD, size), m_Fields)) {
             return false;
         }
-        use(static_cast<EFrame>(rest.front()), *fields);
+        use(static_cast<EFrame>(rest.front()), m_Fields);
         rest.remove_prefix(HEAD + size);
     }
     m_Buffer.erase(0, m_Buffer.size() - rest.size());

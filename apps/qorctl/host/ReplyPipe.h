@@ -49,6 +49,7 @@ public:
 
 private:
     std::string m_Buffer;
+    CFields m_Fields;  // of the frame at hand
 };
 
 }  // namespace qorctl

@@ -13,32 +13,25 @@ std::optional<std::string> Digits(const CNumber& number) {
 }
 
 CLabels PlaceOf(const CController& controller) {
-    return With({}, "controller", Digits(controller.number));
+    return CLabels().With("controller", Digits(controller.number));
 }
 
 CLabels PlaceOf(const CLogicalDrive& drive) {
-    return With(With({}, "controller", Digits(drive.controller)), "ld", Digits(drive.number));
+    return CLabels().With("controller", Digits(drive.controller)).With("ld", Digits(drive.number));
 }
 
 CLabels PlaceOf(const CPhysicalDrive& drive) {
     const CDrivePlace& place = drive.place;
-    CLabels labels = With({}, "controller", Digits(drive.controller));
-    labels = With(std::move(labels), "enclosure", Digits(place.enclosure));
-    labels = With(std::move(labels), "slot", Digits(place.slot));
+    const CLabels labels = CLabels()
+                               .With("controller", Digits(drive.controller))
+                               .With("enclosure", Digits(place.enclosure))
+                               .With("slot", Digits(place.slot));
     const bool isWhole = place.enclosure && place.slot;
-    return isWhole ? labels : With(std::move(labels), "pd", Digits(drive.number));
+    return isWhole ? labels : labels.With("pd", Digits(drive.number));
 }
 
 CLabels PlaceOf(const CPcieSsd& ssd) {
-    return With({}, "bus", Digits(ssd.bus));
-}
-
-std::string KeyOf(const CLabels& labels) {
-    std::string key;
-    for (const CLabel& label : labels) {
-        key += std::string(label.name) + ' ' + label.value + ' ';
-    }
-    return key;
+    return CLabels().With("bus", Digits(ssd.bus));
 }
 
 template <class TDevice>
@@ -47,18 +40,16 @@ std::vector<CLabels> DistinctPlaces(const std::vector<TDevice>& devices) {
     std::map<std::string, size_t> seen;
     for (const TDevice& device : devices) {
         CLabels labels = PlaceOf(device);
-        if (const size_t count = ++seen[KeyOf(labels)]; count > 1) {
-            labels = With(std::move(labels), "twin", std::to_string(count));
+        if (const size_t count = ++seen[labels.Text()]; count > 1) {
+            labels = labels.With("twin", std::to_string(count));
         }
         places.push_back(std::move(labels));
     }
     return places;
 }
 
-CLabels OfKind(const char* kind, const CLabels& place) {
-    CLabels labels = {{"object", kind}};
-    labels.insert(labels.end(), place.begin(), place.end());
-    return labels;
+CLabels OfKind(std::string_view kind, const CLabels& place) {
+    return CLabels("object", kind).And(place);
 }
 
 template <class TDevice>
@@ -87,7 +78,7 @@ CDeviceLabels::CDeviceLabels(const CInventory& inventory)
 
 CLabels CDeviceLabels::OfObject(const std::string& object) const {
     const auto found = m_Objects.find(object);
-    return found == m_Objects.end() ? OfKind("server", {}) : found->second;
+    return found == m_Objects.end() ? OfKind("server", CLabels()) : found->second;
 }
 
 }  // namespace qorctl

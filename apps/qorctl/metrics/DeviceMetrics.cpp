@@ -206,12 +206,12 @@ private:
 };
 
 // The number by which the plug-in's texts name a physical drive.
-CLabels WithNumber(const CPhysicalDrive& drive, CLabels labels) {
-    return drive.number ? With(std::move(labels), "pd", std::to_string(*drive.number)) : labels;
+CLabels WithNumber(const CPhysicalDrive& drive, const CLabels& labels) {
+    return drive.number ? labels.With("pd", std::to_string(*drive.number)) : labels;
 }
 
 template <class TDevice>
-CLabels WithNumber(const TDevice& /*device*/, CLabels labels) {
+CLabels WithNumber(const TDevice& /*device*/, const CLabels& labels) {
     return labels;
 }
 
@@ -222,7 +222,7 @@ void CDevices<TDevice>::AddInfo(const CFamily& family,
     Add(family, [&](const TDevice& device, const CLabels& place) {
         CLabels labels = WithNumber(device, place);
         for (const CInfoLabel<TDevice>& row : rows) {
-            labels = With(std::move(labels), row.name, device.*row.text);
+            labels = labels.With(row.name, device.*row.text);
         }
         m_Text.Add(labels, 1);
     });
@@ -238,11 +238,11 @@ void CDevices<TDevice>::AddState(const CStateFamily<TDevice>& row) const {
             return;
         }
         for (const std::string_view each : known) {
-            m_Text.Add(With(labels, "state", std::string(each)), each == *state ? 1 : 0);
+            m_Text.Add(labels.With("state", each), each == *state ? 1 : 0);
         }
         const bool isKnown = std::find(known.begin(), known.end(), *state) != known.end();
-        m_Text.Add(With(labels, "state", std::string(UNKNOWN_STATE)), isKnown ? 0 : 1);
-        m_Text.Add(With(labels, "state", *state), 1);
+        m_Text.Add(labels.With("state", UNKNOWN_STATE), isKnown ? 0 : 1);
+        m_Text.Add(labels.With("state", *state), 1);
     });
 }
 
@@ -313,9 +313,9 @@ void AddRole(CMetricsText& text, const CPhysicalDrive& drive, const CLabels& pla
     if (!drive.use) {
         return;
     }
-    const std::string role(drive.role == EDriveRole::UNKNOWN ? UNKNOWN_STATE
-                                                             : RoleName(drive.role));
-    text.Add(With(With(place, "role", role), "group", drive.group), 1);
+    const std::string_view role =
+        drive.role == EDriveRole::UNKNOWN ? UNKNOWN_STATE : RoleName(drive.role);
+    text.Add(place.With("role", role).With("group", drive.group), 1);
 }
 
 void AddPhysicalDrives(CMetricsText& text, const CInventory& inventory,
@@ -355,9 +355,9 @@ CSmartLines LinesOf(const CInventory& inventory, const std::vector<CLabels>& pla
         for (const CSmartAttribute& attribute :
              smart ? smart->attributes : std::vector<CSmartAttribute>()) {
             if (IsOfSas(attribute) == isOfSas) {
-                CLabels labels =
-                    attribute.id ? With(places[i], "id", std::to_string(*attribute.id)) : places[i];
-                lines.labels.push_back(With(std::move(labels), "attribute", attribute.name));
+                const CLabels labels =
+                    attribute.id ? places[i].With("id", std::to_string(*attribute.id)) : places[i];
+                lines.labels.push_back(labels.With("attribute", attribute.name));
                 lines.attributes.push_back(attribute);
             }
         }

@@ -50,15 +50,16 @@ void AddOneReal(CMetricsText& text, const CFamily& family, double number) {
 
 void AddInfo(CMetricsText& text, const CFamily& family, const CLabels& labels) {
     text.Begin(family);
-    if (!labels.empty()) {
+    if (!labels.IsEmpty()) {
         text.Add(labels, 1);
     }
 }
 
 CLabels ResultLabels(const CAnswer& answer) {
-    const CLabels labels = With({}, "reason", std::string(answer.reason));
-    return With(With(labels, "error_code", answer.texts.errorCode), "notice_code",
-                answer.texts.noticeCode);
+    return CLabels()
+        .With("reason", answer.reason)
+        .With("error_code", answer.texts.errorCode)
+        .With("notice_code", answer.texts.noticeCode);
 }
 
 void AddRuns(CMetricsText& text, const CCollection& collection) {
@@ -82,8 +83,8 @@ void AddCollection(CMetricsText& text, const CCollection& collection) {
         AddOne(text, SMART_DRIVES, static_cast<long long>(answer.inventory.physicalDrives.size()));
         AddOne(text, SMART_FAILURES, static_cast<long long>(collection.smart->failures));
     }
-    AddInfo(text, BUILD, With({}, "version", collection.version));
-    AddInfo(text, TOOL, With({}, "version", answer.toolVersion));
+    AddInfo(text, BUILD, CLabels().With("version", collection.version));
+    AddInfo(text, TOOL, CLabels().With("version", answer.toolVersion));
 }
 
 void AddObjectHealth(CMetricsText& text, const CHealth& health, const CDeviceLabels& labels) {
@@ -92,9 +93,7 @@ void AddObjectHealth(CMetricsText& text, const CHealth& health, const CDeviceLab
     text.Begin(OBJECT_HEALTH);
     for (const CHealthFinding& finding : health.findings) {
         if (!finding.object.empty() && seen.emplace(finding.object, finding.health).second) {
-            text.Add(With(labels.OfObject(finding.object), "status",
-                          std::string(HealthName(finding.health))),
-                     1);
+            text.Add(labels.OfObject(finding.object).With("status", HealthName(finding.health)), 1);
         }
     }
 }
@@ -102,15 +101,17 @@ void AddObjectHealth(CMetricsText& text, const CHealth& health, const CDeviceLab
 void AddFindings(CMetricsText& text, const CHealth& health, const CDeviceLabels& labels) {
     text.Begin(FINDING);
     for (const CHealthFinding& finding : health.findings) {
-        CLabels series = With(labels.OfObject(finding.object), "rule", std::string(finding.rule));
-        text.Add(With(std::move(series), "status", std::string(HealthName(finding.health))), 1);
+        text.Add(labels.OfObject(finding.object)
+                     .With("rule", finding.rule)
+                     .With("status", HealthName(finding.health)),
+                 1);
     }
 }
 
 void AddHealth(CMetricsText& text, const CVerdict& verdict, const CDeviceLabels& labels) {
     text.Begin(HEALTH);
     for (const EHealth status : STATUSES) {
-        text.Add({{"status", std::string(HealthName(status))}}, status == verdict.status ? 1 : 0);
+        text.Add(CLabels("status", HealthName(status)), status == verdict.status ? 1 : 0);
     }
     AddObjectHealth(text, verdict.health, labels);
     AddFindings(text, verdict.health, labels);

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <utility>
 
 #include "terminal/TerminalText.h"
 
@@ -15,7 +14,7 @@ bool IsPlain(char character) {
 }
 
 // Nearly every value is as it is.
-void AppendEscaped(std::string& text, const std::string& value) {
+void AppendEscaped(std::string& text, std::string_view value) {
     if (std::all_of(value.begin(), value.end(), IsPlain)) {
         text += value;
         return;
@@ -28,16 +27,13 @@ void AppendEscaped(std::string& text, const std::string& value) {
     }
 }
 
-std::string LabelsText(const CLabels& labels) {
-    std::string text;
-    for (const CLabel& label : labels) {
-        text += text.empty() ? '{' : ',';
-        text += label.name;
-        text += "=\"";
-        AppendEscaped(text, label.value);
-        text += '"';
+// The place of the quote behind a value that AppendEscaped() wrote.
+size_t EndOfValue(std::string_view text) {
+    size_t end = text.find_first_of("\\\"");
+    while (text[end] == '\\') {
+        end = text.find_first_of("\\\"", end + 2);
     }
-    return text.empty() ? text : text + '}';
+    return end;
 }
 
 std::string HeadOf(const CFamily& family) {
@@ -47,13 +43,43 @@ std::string HeadOf(const CFamily& family) {
 
 }  // namespace
 
-CLabels With(CLabels labels, std::string_view name, const std::optional<std::string>& value) {
-    const bool isThere = std::any_of(labels.begin(), labels.end(),
-                                     [name](const CLabel& label) { return label.name == name; });
-    if (value && !value->empty() && !isThere) {
-        labels.push_back({name, *value});
+CLabels CLabels::With(std::string_view name, const std::optional<std::string_view>& value) const {
+    CLabels labels = *this;
+    if (value && !value->empty() && !Has(name)) {
+        labels.Append(name, *value);
     }
     return labels;
+}
+
+CLabels CLabels::And(const CLabels& others) const {
+    CLabels labels = *this;
+    if (!IsEmpty() && !others.IsEmpty()) {
+        labels.m_Text += ',';
+    }
+    labels.m_Text += others.m_Text;
+    return labels;
+}
+
+bool CLabels::Has(std::string_view name) const {
+    std::string_view rest = m_Text;
+    while (!rest.empty()) {
+        if (rest.substr(0, rest.find('=')) == name) {
+            return true;
+        }
+        rest.remove_prefix(rest.find('"') + 1);
+        rest.remove_prefix(EndOfValue(rest));
+        rest.remove_prefix(std::min(rest.size(), std::string_view("\",").size()));
+    }
+    return false;
+}
+
+void CLabels::Append(std::string_view name, std::string_view value) {
+    if (!IsEmpty()) {
+        m_Text += ',';
+    }
+    m_Text.append(name).append("=\"");
+    AppendEscaped(m_Text, value);
+    m_Text += '"';
 }
 
 void CMetricsText::Begin(const CFamily& family) {
@@ -69,15 +95,19 @@ void CMetricsText::AddReal(const CLabels& labels, double number) {
     AddSeries(labels, fmt::format("{}", number));
 }
 
-void CMetricsText::AddSeries(const CLabels& labels, const std::string& number) {
-    std::string text = LabelsText(labels);
+void CMetricsText::AddSeries(const CLabels& labels, std::string_view number) {
     if (m_Series.empty()) {
         m_Text += HeadOf(m_Family);
     }
-    if (const auto [place, isNew] = m_Series.insert(std::move(text)); isNew) {
-        m_Text.append(m_Family.name).append(*place).append(1, ' ').append(number).append(1, '\n');
-        ++m_Count;
+    if (!m_Series.insert(labels.Text()).second) {
+        return;
     }
+    m_Text += m_Family.name;
+    if (!labels.IsEmpty()) {
+        m_Text.append(1, '{').append(labels.Text()).append(1, '}');
+    }
+    m_Text.append(1, ' ').append(number).append(1, '\n');
+    ++m_Count;
 }
 
 }  // namespace qorctl

@@ -19,15 +19,30 @@
 
 namespace qorctl {
 
-struct CLabel {
-    std::string_view name;
-    std::string value;  // any bytes: what is not printable UTF-8 is made visible
+// The labels of a series.
+class CLabels {
+public:
+    CLabels() = default;
+    CLabels(std::string_view name, std::string_view value) { Append(name, value); }
+
+    // These and one more, unless its value is not there or empty, or they have one of that name.
+    // The value is any bytes: what is not printable UTF-8 is made visible.
+    CLabels With(std::string_view name, const std::optional<std::string_view>& value) const;
+
+    // These and all of `others`, which has none of their names.
+    CLabels And(const CLabels& others) const;
+
+    bool IsEmpty() const { return m_Text.empty(); }
+
+    // As the text has them, without the braces. Different labels have different texts.
+    const std::string& Text() const { return m_Text; }
+
+private:
+    bool Has(std::string_view name) const;
+    void Append(std::string_view name, std::string_view value);
+
+    std::string m_Text;
 };
-
-using CLabels = std::vector<CLabel>;
-
-// `labels` and one more, unless its value is not there or empty, or they have one of that name.
-CLabels With(CLabels labels, std::string_view name, const std::optional<std::string>& value);
 
 enum class EMetric { GAUGE, COUNTER };
 
@@ -50,7 +65,7 @@ public:
     size_t Series() const { return m_Count; }
 
 private:
-    void AddSeries(const CLabels& labels, const std::string& number);
+    void AddSeries(const CLabels& labels, std::string_view number);
 
     CFamily m_Family;
     std::unordered_set<std::string> m_Series;  // of the family, by their labels

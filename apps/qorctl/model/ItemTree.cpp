@@ -46,30 +46,27 @@ void CItemTree::Add(const CItemDisp& item) {
         Open(node);
         return;
     }
-    const size_t parent = m_Open[position];
+    const size_t parent = m_Open[position].node;
     CloseAbove(position + 1);
     Open(Append(parent, item));
 }
 
 size_t CItemTree::FindOpen(std::string_view name) const {
     const auto found = m_OpenByName.find(name);
-    return found == m_OpenByName.end() ? NO_NODE : found->second.back();
+    return found == m_OpenByName.end() || found->second.empty() ? NO_NODE : found->second.back();
 }
 
 void CItemTree::CloseAbove(size_t count) {
     while (m_Open.size() > count) {
-        const auto found = m_OpenByName.find(m_Nodes[m_Open.back()].item->ItemName());
-        found->second.pop_back();
-        if (found->second.empty()) {
-            m_OpenByName.erase(found);
-        }
+        m_Open.back().sameName->pop_back();
         m_Open.pop_back();
     }
 }
 
 void CItemTree::Open(size_t node) {
-    m_OpenByName[m_Nodes[node].item->ItemName()].push_back(m_Open.size());
-    m_Open.push_back(node);
+    std::vector<size_t>& sameName = m_OpenByName[m_Nodes[node].item->ItemName()];
+    sameName.push_back(m_Open.size());
+    m_Open.push_back({.node = node, .sameName = &sameName});
 }
 
 size_t CItemTree::Append(size_t parent, const CItemDisp& item) {

@@ -58,6 +58,12 @@ public:
     size_t Next(size_t index) const;
 
 private:
+    // A node whose branch is open.
+    struct COpen {
+        size_t node;
+        std::vector<size_t>* sameName;  // the positions of those that have its name
+    };
+
     void Add(const CItemDisp& item);
     size_t FindOpen(std::string_view name) const;
     void CloseAbove(size_t count);
@@ -65,9 +71,9 @@ private:
     size_t Append(size_t parent, const CItemDisp& item);
 
     std::vector<CNode> m_Nodes;
-    // The nodes whose branches are open, the innermost last, and the positions there of each name.
-    std::vector<size_t> m_Open;
-    // Ordered: names with the same hash are easily made.
+    std::vector<COpen> m_Open;  // the innermost last
+    // The positions there of each name that was ever open. Ordered: names with the same hash are
+    // easily made.
     std::map<std::string_view, std::vector<size_t>> m_OpenByName;
 };
 

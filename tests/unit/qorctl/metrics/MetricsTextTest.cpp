@@ -8,12 +8,11 @@ namespace {
 using qorctl::CLabels;
 using qorctl::CMetricsText;
 using qorctl::EMetric;
-using qorctl::With;
 
 std::string Labelled(const std::string& value) {
     CMetricsText text;
     text.Begin({"a", EMetric::GAUGE, "h"});
-    text.Add({{"l", value}}, 1);
+    text.Add({"l", value}, 1);
     EXPECT_EQ(qortest::ReadMetrics(text.Text()).problem, "") << text.Text();
     const std::string head = "# HELP a h\n# TYPE a gauge\na{l=\"";
     return text.Text().substr(head.size(), text.Text().size() - head.size() - 5);
@@ -23,7 +22,7 @@ TEST(MetricsTextTest, FamilyHasItsHelpItsTypeAndItsSeries) {
     CMetricsText text;
     text.Begin({"a_total", EMetric::COUNTER, "Some help."});
     text.Add({}, 3);
-    text.Add({{"b", "1"}, {"c", "x y"}}, 4);
+    text.Add(CLabels("b", "1").With("c", "x y"), 4);
     text.Begin({"d", EMetric::GAUGE, "More."});
     text.AddReal({}, 0.5);
     EXPECT_EQ(text.Text(),
@@ -41,8 +40,8 @@ TEST(MetricsTextTest, FamilyWithoutSeriesIsLeftOut) {
 TEST(MetricsTextTest, OfEqualSeriesTheFirstCounts) {
     CMetricsText text;
     text.Begin({"a", EMetric::GAUGE, "h"});
-    text.Add({{"b", "1"}}, 1);
-    text.Add({{"b", "1"}}, 2);
+    text.Add({"b", "1"}, 1);
+    text.Add({"b", "1"}, 2);
     EXPECT_EQ(text.Text(), "# HELP a h\n# TYPE a gauge\na{b=\"1\"} 1\n");
 }
 
@@ -58,20 +57,32 @@ TEST(MetricsTextTest, QuotesBackslashesAndWhatIsNotPrintableAreEscaped) {
 TEST(MetricsTextTest, NumbersAreWholeWhateverTheirSize) {
     CMetricsText text;
     text.Begin({"a", EMetric::GAUGE, "h"});
-    text.Add({{"n", "1"}}, 9223372036854775807LL);
-    text.Add({{"n", "2"}}, -5);
-    text.AddReal({{"n", "3"}}, 1795381525.25);
-    text.AddReal({{"n", "4"}}, 33204139332677180000000.0);
+    text.Add({"n", "1"}, 9223372036854775807LL);
+    text.Add({"n", "2"}, -5);
+    text.AddReal({"n", "3"}, 1795381525.25);
+    text.AddReal({"n", "4"}, 33204139332677180000000.0);
     EXPECT_EQ(text.Text(),
               "# HELP a h\n# TYPE a gauge\na{n=\"1\"} 9223372036854775807\na{n=\"2\"} -5\n"
               "a{n=\"3\"} 1795381525.25\na{n=\"4\"} 3.320413933267718e+22\n");
 }
 
 TEST(MetricsTextTest, LabelThatIsNotThereOrThereAlreadyIsNotAdded) {
-    CLabels labels = With({}, "a", "1");
-    labels = With(With(With(labels, "b", std::nullopt), "c", ""), "a", "2");
-    ASSERT_EQ(labels.size(), 1U);
-    EXPECT_EQ(labels[0].value, "1");
+    const CLabels labels = CLabels().With("a", "1");
+    EXPECT_EQ(labels.With("b", std::nullopt).With("c", "").With("a", "2").Text(), "a=\"1\"");
+}
+
+TEST(MetricsTextTest, NameInAValueOrInAnotherNameIsNotThatLabel) {
+    const CLabels labels = CLabels().With("xa", "a=\"2\",a=\"").With("ab", ",a=");
+    EXPECT_EQ(labels.With("a", "1").Text(), labels.Text() + ",a=\"1\"");
+    EXPECT_EQ(labels.With("ab", "1").Text(), labels.Text());
+    EXPECT_EQ(labels.With("xa", "1").Text(), labels.Text());
+}
+
+TEST(MetricsTextTest, LabelsOfTwoStandOneBehindTheOther) {
+    const CLabels labels("a", "1");
+    EXPECT_EQ(labels.And({"b", "2"}).Text(), "a=\"1\",b=\"2\"");
+    EXPECT_EQ(labels.And({}).Text(), labels.Text());
+    EXPECT_EQ(CLabels().And(labels).Text(), labels.Text());
 }
 
 }  // namespace
