@@ -98,6 +98,17 @@ void RunShell(const std::string& command, const std::string& outFile) {
     RunProgram({"sh", "-c", command}, outFile);
 }
 
+void RunForReport(const std::string& command, const std::string& outFile) {
+    RunShell(command, outFile);
+    std::ifstream report(outFile, std::ios::binary);
+    std::string line;
+    while (std::getline(report, line)) {
+    }
+    if (!report.eof() || !fs::remove(outFile)) {
+        Fail(outFile);
+    }
+}
+
 void UseToolEnvironment() {
     setenv("LD_LIBRARY_PATH", "/opt/tarmica/krz/lib", 1);
 }

@@ -26,6 +26,10 @@ double RunProgram(const std::vector<std::string>& arguments, const std::string& 
 // `sh -c command`, likewise.
 void RunShell(const std::string& command, const std::string& outFile);
 
+// The same, and what else a request cannot do without: the report is a new file, whose lines are
+// read, and which is gone afterwards.
+void RunForReport(const std::string& command, const std::string& outFile);
+
 // From now on every program gets the library path that the RAID tool has to be given: the loader of
 // each shell goes through it, whoever starts the shell. (Ours adds it once more, which the loader
 // notices.)

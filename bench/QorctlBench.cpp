@@ -44,7 +44,7 @@ void RegisterRequest(const std::string& name, const std::vector<std::string>& op
     RegisterWay(name + "/240 drives/ours", 15, [=] { qorbench::RunProgram(program, output); });
     RegisterWay(name + "/240 drives/floor", 15, [=] {
         for (const std::string& command : commands) {
-            qorbench::RunShell("/opt/tarmica/krz/cli/krzcli " + command, output);
+            qorbench::RunForReport("/opt/tarmica/krz/cli/krzcli " + command, output);
         }
         qorbench::RunProgram({"/bin/true"}, output);
     });

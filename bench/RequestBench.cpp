@@ -96,7 +96,7 @@ int main(int argc, char** argv) {
         RegisterWay(name + "/ours", controllers, repetitions, Request);
         RegisterWay(name + "/floor", controllers, repetitions, [=] {
             for (std::size_t i = 0; i < commands.size(); ++i) {
-                qorbench::RunShell(commands[i], "/opt/tarmica/output" + std::to_string(i));
+                qorbench::RunForReport(commands[i], "/opt/tarmica/output" + std::to_string(i));
             }
         });
         RegisterWay(name + "/peer:shell script", controllers, repetitions, [=] {
