@@ -231,18 +231,26 @@ void CDevices<TDevice>::AddInfo(const CFamily& family,
 // A text without a known meaning is "unknown", and has a series of its own for people to see.
 template <class TDevice>
 void CDevices<TDevice>::AddState(const CStateFamily<TDevice>& row) const {
-    const std::vector<std::string_view> known = KnownStates(row.key);
+    std::vector<std::string_view> known = KnownStates(row.key);
+    known.push_back(UNKNOWN_STATE);
+    std::vector<CLabels> states;
+    states.reserve(known.size());
+    for (const std::string_view each : known) {
+        states.emplace_back("state", each);
+    }
     Add(row.family, [&](const TDevice& device, const CLabels& labels) {
         const CText& state = device.*row.state;
         if (!state) {
             return;
         }
-        for (const std::string_view each : known) {
-            m_Text.Add(labels.With("state", each), each == *state ? 1 : 0);
-        }
         const bool isKnown = std::find(known.begin(), known.end(), *state) != known.end();
-        m_Text.Add(labels.With("state", UNKNOWN_STATE), isKnown ? 0 : 1);
-        m_Text.Add(labels.With("state", *state), 1);
+        const std::string_view its = isKnown ? *state : UNKNOWN_STATE;
+        for (size_t i = 0; i < known.size(); ++i) {
+            m_Text.Add(labels.And(states[i]), known[i] == its ? 1 : 0);
+        }
+        if (!isKnown) {
+            m_Text.Add(labels.With("state", *state), 1);
+        }
     });
 }
 

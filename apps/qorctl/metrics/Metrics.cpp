@@ -129,7 +129,7 @@ std::string FormatMetrics(const CCollection& collection) {
     if (collection.smart) {
         AddSmart(text, answer.inventory, labels);
     }
-    return text.Text();
+    return text.TakeText();
 }
 
 }  // namespace qorctl

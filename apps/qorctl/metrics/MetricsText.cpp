@@ -107,7 +107,6 @@ void CMetricsText::AddSeries(const CLabels& labels, std::string_view number) {
         m_Text.append(1, '{').append(labels.Text()).append(1, '}');
     }
     m_Text.append(1, ' ').append(number).append(1, '\n');
-    ++m_Count;
 }
 
 }  // namespace qorctl

@@ -15,6 +15,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace qorctl {
@@ -62,7 +63,7 @@ public:
     void AddReal(const CLabels& labels, double number);
 
     const std::string& Text() const { return m_Text; }
-    size_t Series() const { return m_Count; }
+    std::string TakeText() { return std::move(m_Text); }
 
 private:
     void AddSeries(const CLabels& labels, std::string_view number);
@@ -70,7 +71,6 @@ private:
     CFamily m_Family;
     std::unordered_set<std::string> m_Series;  // of the family, by their labels
     std::string m_Text;
-    size_t m_Count = 0;
 };
 
 }  // namespace qorctl
