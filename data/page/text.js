@@ -49,7 +49,8 @@ const CLASSES = { OK: 'is-ok', WARNING: 'is-warning', CRITICAL: 'is-critical' };
 export const healthClass = (health) =>
   Object.hasOwn(CLASSES, health) ? CLASSES[health] : 'is-unknown';
 
-export const counted = (count, noun) => `${count} ${noun}${count === 1 ? '' : 's'}`;
+// The number stays on the line of its noun.
+export const counted = (count, noun) => `${count}\u00A0${noun}${count === 1 ? '' : 's'}`;
 
 // The texts that there are as parts of a line, of which none turns the order of the others.
 export const listed = (texts) =>

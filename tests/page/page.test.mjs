@@ -378,7 +378,7 @@ test('texts from right to left turn nothing else', async () => {
     drive.status_detail = 'مرحبا بالعالم';
   });
   const page = await open(pageOfReports('turned', { turned: report }));
-  assert.deepEqual(await textsOf(page, '.readout bdi'), ['8 drives', '8 مرحبا بالعالم', '1 empty']);
+  assert.deepEqual(await textsOf(page, '.readout bdi'), ['8\u00A0drives', '8 مرحبا بالعالم', '1 empty']);
   const edges = await page.$$eval('.readout bdi', (parts) => parts.map((part) => part.getBoundingClientRect().left));
   assert.deepEqual(edges, [...edges].sort((a, b) => a - b));
   await page.close();
