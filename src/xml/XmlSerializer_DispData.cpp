@@ -16,9 +16,15 @@ struct CTags {
 
 constexpr std::string_view LEAF_MARK = "<item/>";
 constexpr std::string_view ITEM_END = "</item>";
+constexpr std::string_view LEAF_END = "<item/></item>";
 constexpr CTags NAME = {"<item><name>", "</name>", "<item><name/>"};  // the first in every item
 constexpr CTags VALUE = {"<val>", "</val>", "<val/>"};
 constexpr CTags ENABLE = {"<enbl>", "</enbl>", "<enbl/>"};
+
+// What stands around the two texts of nearly all items.
+constexpr std::string_view BEFORE_NAME = "<item><name>";
+constexpr std::string_view AFTER_NAME = "</name><val>";
+constexpr std::string_view AFTER_VALUE = "</val><enbl>TRUE</enbl>";
 
 void AppendElement(std::string& text, const CTags& tags, const std::string& value) {
     if (value.empty()) {
@@ -135,6 +141,11 @@ unsigned int CXmlSerializer_DispData::AddItem(std::list<CItemDisp*>::iterator po
 }
 
 void CXmlSerializer_DispData::AppendItem(std::string& text, const CItemDisp& item) {
+    if (!item.ItemName().empty() && !item.ItemValue().empty() && item.Enable() == ENABLE_TRUE) {
+        text.append(BEFORE_NAME).append(item.ItemName()).append(AFTER_NAME);
+        text.append(item.ItemValue()).append(AFTER_VALUE);
+        return;
+    }
     AppendElement(text, NAME, item.ItemName());
     AppendElement(text, VALUE, item.ItemValue());
     AppendElement(text, ENABLE, item.Enable());
@@ -150,10 +161,15 @@ void CXmlSerializer_DispData::AppendItemTag(std::string& text, const CItemDisp& 
         return;
     }
     const CItemDisp& next = **std::next(position);
-    if (next.ParentName() != item.ItemName()) {
-        text.append(LEAF_MARK);
-        CloseLevelsUpTo(text, next.ParentName(), openParents);
+    if (next.ParentName() == item.ItemName()) {
+        return;
     }
+    if (openParents->empty()) {
+        text.append(LEAF_MARK);
+        return;
+    }
+    text.append(LEAF_END);
+    CloseLevelsUpTo(text, next.ParentName(), openParents);
 }
 
 void CXmlSerializer_DispData::CloseEveryLevel(std::string& text,
@@ -163,14 +179,15 @@ void CXmlSerializer_DispData::CloseEveryLevel(std::string& text,
     }
 }
 
-// The first closing tag ends the item itself, each further one an ancestor whose children have all
-// been written.
+// The item itself has its end; each closing tag is an ancestor's whose children have all been
+// written.
 void CXmlSerializer_DispData::CloseLevelsUpTo(std::string& text, const std::string& parentName,
                                               std::list<std::string>* openParents) {
-    for (; !openParents->empty(); openParents->pop_back()) {
-        text.append(ITEM_END);
-        if (openParents->back() == parentName) {
+    while (openParents->back() != parentName) {
+        openParents->pop_back();
+        if (openParents->empty()) {
             return;
         }
+        text.append(ITEM_END);
     }
 }
