@@ -9,10 +9,29 @@
 #ifndef QOR_SVP_CSVPCOMMON_H
 #define QOR_SVP_CSVPCOMMON_H
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
+
+namespace svp {
+
+using CByteDigits = std::array<char, 2>;
+
+consteval std::array<CByteDigits, 256> DigitsOfAllBytes() {
+    constexpr char DIGITS[] = "0123456789abcdef";
+    std::array<CByteDigits, 256> all = {};
+    for (std::size_t byte = 0; byte < all.size(); ++byte) {
+        all[byte] = {DIGITS[byte >> 4U], DIGITS[byte & 0x0FU]};
+    }
+    return all;
+}
+
+inline constexpr std::array<CByteDigits, 256> DIGITS_OF = DigitsOfAllBytes();
+
+}  // namespace svp
 
 class CSvpCommon {
 public:
@@ -28,10 +47,9 @@ public:
 
     // Writes the two digits of one byte to `digits` (never null); returns the place behind them.
     static char* WriteByte(char* digits, unsigned char byte) {
-        constexpr char DIGITS[] = "0123456789abcdef";
-        digits[0] = DIGITS[byte >> 4U];
-        digits[1] = DIGITS[byte & 0x0FU];
-        return digits + 2;
+        const svp::CByteDigits& pair = svp::DIGITS_OF[byte];
+        std::memcpy(digits, pair.data(), pair.size());
+        return digits + pair.size();
     }
 
     // Counts and sizes of the form are narrow and wrap; these keep what fits.

@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <chrono>
 #include <climits>
 #include <cstring>
 #include <fstream>
@@ -195,6 +196,36 @@ TEST_F(PrivateProfile, ReplacedFileIsReadAgain) {
     WriteFile(Path() + ".new", "[S]\nK=2\n");
     std::filesystem::rename(Path() + ".new", Path());
     EXPECT_EQ(Number("S", "K", 0), 2);
+}
+
+// Whatever way a program changes a file, it reads back what it wrote: in place without a change of
+// size, from an empty file on, by another file under the name. Every tenth time the file is old
+// enough for the cache to keep it.
+TEST_F(PrivateProfile, WhatWasWrittenIsReadBackHoweverOften) {
+    constexpr int FIRST = 100'000;
+    constexpr int CHANGES = 1000;
+    constexpr auto OLD_ENOUGH = std::chrono::milliseconds(21);
+    const auto text = [](int i) { return "[S]\nK=" + std::to_string(i) + "\n"; };
+    WriteIni(text(0));
+    for (int i = FIRST; i < FIRST + CHANGES; ++i) {
+        switch (i % 3) {
+            case 0:
+                std::fstream(Path(), std::ios::in | std::ios::out | std::ios::binary) << text(i);
+                break;
+            case 1:
+                WriteIni(text(i));
+                break;
+            default:
+                WriteFile(Path() + ".new", text(i));
+                std::filesystem::rename(Path() + ".new", Path());
+                break;
+        }
+        ASSERT_EQ(Number("S", "K", 0), i);
+        if (i % 10 == 0) {
+            std::this_thread::sleep_for(OLD_ENOUGH);
+        }
+        ASSERT_EQ(Number("S", "K", 0), i);
+    }
 }
 
 TEST_F(PrivateProfile, MoreFilesThanTheCacheHoldsAreAllAnswered) {
