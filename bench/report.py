@@ -38,6 +38,7 @@ MEASURES = {
     "memory": Measure("peak of memory", None, "bytes of the items", 1.3, None),
 }
 DRIFT_GOAL = 1.15
+GROWTH_LIMIT = 1.05
 
 
 def statistic_of(measure):
@@ -59,9 +60,14 @@ class Results:
         self.cases = collections.defaultdict(lambda: collections.defaultdict(list))
         self.counters = collections.defaultdict(list)
         self.pages = collections.defaultdict(list)
+        self.growth = []
         for path in sorted(glob.glob(os.path.join(directory, "*.json"))):
             with open(path, encoding="utf-8") as file:
-                self.take(json.load(file)["benchmarks"])
+                content = json.load(file)
+            if os.path.basename(path) == "growth.json":
+                self.growth = content
+            else:
+                self.take(content["benchmarks"])
 
     def take(self, benchmarks):
         for entry in benchmarks:
@@ -145,6 +151,13 @@ def drift_rows(results):
                                                         results.ratios(measure, "1MB"))]
         met = statistics.median(drifts) <= DRIFT_GOAL
         yield (facts.title, with_spread(drifts), "at most 15 % more", verdict(met))
+
+
+def growth_rows(results):
+    for row in results.growth:
+        yield (row["title"], row["unit"], f"{row['sizes'][0]:,} to {row['sizes'][-1]:,}",
+               f"{row['exponent']:.2f}", f"{row['each']:,.0f}", f"at most {GROWTH_LIMIT}",
+               verdict(row["exponent"] <= GROWTH_LIMIT))
 
 
 def memory_rows(results):
@@ -239,6 +252,8 @@ def main(directory, page):
                         "Floor", "Ours"), time_rows(results)),
         "DRIFT": table(("Measure", "Ratio at 16 MB ÷ ratio at 1 MB", "Goal", ""),
                        drift_rows(results)),
+        "GROWTH": table(("Work", "n", "from, to", "Exponent", "Instructions for one more", "Goal", ""),
+                        growth_rows(results)),
         "MEMORY": table(("Report", "Peak ÷ items", "Items", "Left after freeing", "Goal", ""),
                         memory_rows(results)),
         "PAGES": table(("Page of", "Files", "Page", "Time of a processor", "Peak of memory"),
