@@ -394,6 +394,15 @@ test('a page runs no script but its own', async () => {
   await page.close();
 });
 
+// Others on the machine make work dearer, never cheaper: the best of three counts.
+async function staysBelow(limit, what, work) {
+  let least = Infinity;
+  for (let i = 0; i < 3 && least >= limit; ++i) {
+    least = Math.min(least, await workOf(work));
+  }
+  assert.ok(least < limit, `${what} took ${least} ms`);
+}
+
 test('a thousand servers of 24 drives open in three seconds', async () => {
   const report = reportOf('large');
   const mine = ({ controller }) => controller === 0;
@@ -406,26 +415,25 @@ test('a thousand servers of 24 drives open in three seconds', async () => {
     Object.fromEntries(Array.from({ length: 1000 }, (_, i) => [`web${i}`, text])));
   assert.ok(readFileSync(path).length < 2 * 1000 * text.length);
   let page;
-  const opening = await workOf(async () => {
+  await staysBelow(3000, 'opening', async () => {
+    await page?.close();
     page = await open(path);
   });
-  assert.ok(opening < 3000, `opening took ${opening} ms`);
   assert.equal((await page.$$('.fleet tbody tr')).length, 1000);
   const FRAMES = 60;
-  const scrolling = await workOf(() => page.evaluate(async (frames) => {
+  await staysBelow(33 * FRAMES, `scrolling by ${FRAMES} frames`, () => page.evaluate(async (frames) => {
+    window.scrollTo(0, 0);
     for (let i = 0; i < frames; ++i) {
       window.scrollBy(0, 400);
       await new Promise(requestAnimationFrame);
     }
   }, FRAMES));
-  assert.ok(scrolling / FRAMES < 33, `a frame took ${scrolling / FRAMES} ms`);
   // Of text that all have, of a name that all have often, and of none: each is looked through whole.
   for (const words of ['e', 'capacity_bytes', 'nothing has this']) {
-    const searching = await workOf(() => page.$eval('input[type="search"]', (field, value) => {
+    await staysBelow(500, `looking for ${words}`, () => page.$eval('input[type="search"]', (field, value) => {
       field.value = value;
       field.dispatchEvent(new Event('input'));
     }, words));
-    assert.ok(searching < 500, `looking for ${words} took ${searching} ms`);
   }
   await page.close();
 });
