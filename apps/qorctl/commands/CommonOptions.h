@@ -22,7 +22,8 @@ inline constexpr const char* EXIT_STATUS =
     "\n";
 inline constexpr const char* PLUGIN_WHERE =
     "Without --plugin, the plug-in is the file that QOR_PLUGIN names, or libqor_MngSrv_QorLib.so\n"
-    "in ../lib beside this program, in the program's own folder, or where the loader searches.\n"
+    "in ../lib/qor, ../lib64/qor or ../lib beside this program, in the program's own folder, or\n"
+    "where the loader searches.\n"
     "\n"
     "The report goes to standard output; error and notice codes are explained on standard error.\n"
     "\n";

@@ -31,10 +31,19 @@ std::vector<fs::path> PlacesBesideProgram() {
         return {};
     }
     const fs::path own = program.parent_path();
-    const fs::path lib = own.parent_path() / "lib";
-    std::vector<fs::path> places = {lib / LIBRARY_NAME};
+    const fs::path prefix = own.parent_path();
+    // Each family of systems has its own name for the folder.
+    std::vector<fs::path> folders = {prefix / "lib"};
     if (!MULTIARCH.empty()) {
-        places.push_back(lib / MULTIARCH / LIBRARY_NAME);
+        folders.push_back(prefix / "lib" / MULTIARCH);
+    }
+    folders.push_back(prefix / "lib64");
+    // An installation has the libraries in a private folder there; a build has them there.
+    std::vector<fs::path> places;
+    for (const char* inside : {"qor", ""}) {
+        for (const fs::path& folder : folders) {
+            places.push_back(folder / inside / LIBRARY_NAME);
+        }
     }
     places.push_back(own / LIBRARY_NAME);
     return places;

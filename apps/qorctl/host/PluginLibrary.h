@@ -23,8 +23,9 @@ public:
     // Loads the plug-in. Where it is looked for, the first that applies:
     //   1. `path`, unless empty: that file only;
     //   2. the environment variable QOR_PLUGIN, unless empty: that file only;
-    //   3. libqor_MngSrv_QorLib.so beside this program, in "../lib", "../lib/<multiarch>" and the
-    //      program's own folder: the first that exists;
+    //   3. libqor_MngSrv_QorLib.so beside this program, in the folder "qor" of "../lib",
+    //      "../lib/<multiarch>" and "../lib64", then in these three and in the program's own
+    //      folder: the first that exists;
     //   4. the same name wherever the loader searches.
     // A library that exists but cannot be loaded or lacks one of the four exports ends the search.
     // On failure returns nothing and sets `problem` to a text of several lines: what was tried, and

@@ -303,7 +303,9 @@ TEST_F(RaidCommandTest, EnvironmentGoesBeforeTheProgramsPlace) {
 
 TEST_F(RaidCommandTest, PluginIsFoundInEachPlaceBesideTheProgram) {
     const std::string multiarch = QORCTL_MULTIARCH;
-    for (const std::string& place : {std::string("lib"), "lib/" + multiarch, std::string("bin")}) {
+    for (const std::string& place :
+         {std::string("lib/qor"), "lib/" + multiarch + "/qor", std::string("lib64/qor"),
+          std::string("lib"), "lib/" + multiarch, std::string("lib64"), std::string("bin")}) {
         fs::remove_all(m_Folder);
         Answer({});
         PutPlugin(m_Folder / "prefix" / place);
@@ -311,6 +313,15 @@ TEST_F(RaidCommandTest, PluginIsFoundInEachPlaceBesideTheProgram) {
         EXPECT_EQ(outcome.status, 0) << place << ": " << outcome.err;
         EXPECT_EQ(Log(), WHOLE_LIFE) << place;
     }
+}
+
+// An installation over an older one, which had its libraries there, too.
+TEST_F(RaidCommandTest, PrivateFolderGoesBeforeTheCommonOne) {
+    Answer({});
+    PutPlugin(m_Folder / "prefix/lib", UNFIT_PLUGIN);
+    PutPlugin(m_Folder / "prefix/lib/qor");
+    const CEnd outcome = RunCopy();
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
 }
 
 TEST_F(RaidCommandTest, UnfitPluginBesideTheProgramEndsTheSearch) {
@@ -335,9 +346,14 @@ TEST_F(RaidCommandTest, EveryPlaceThatWasTriedIsNamed) {
     EXPECT_EQ(
         outcome.err,
         "qorctl: the plug-in could not be loaded; tried:\n"
+        "  /opt/tarmica/ctl/prefix/lib/qor/libqor_MngSrv_QorLib.so: no such file\n"
+        "  /opt/tarmica/ctl/prefix/lib/" QORCTL_MULTIARCH
+        "/qor/libqor_MngSrv_QorLib.so: no such file\n"
+        "  /opt/tarmica/ctl/prefix/lib64/qor/libqor_MngSrv_QorLib.so: no such file\n"
         "  /opt/tarmica/ctl/prefix/lib/libqor_MngSrv_QorLib.so: no such file\n"
         "  /opt/tarmica/ctl/prefix/lib/" QORCTL_MULTIARCH
         "/libqor_MngSrv_QorLib.so: no such file\n"
+        "  /opt/tarmica/ctl/prefix/lib64/libqor_MngSrv_QorLib.so: no such file\n"
         "  /opt/tarmica/ctl/prefix/bin/libqor_MngSrv_QorLib.so: no such file\n"
         "  libqor_MngSrv_QorLib.so: cannot open shared object file: No such file or directory\n"
         "Name the plug-in with --plugin PATH or the environment variable QOR_PLUGIN.\n");
