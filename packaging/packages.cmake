@@ -1,38 +1,28 @@
-# `cpack -G DEB` makes the Debian packages, `cpack -G TGZ` the same as archives.
+# `cpack -G DEB` makes the Debian packages, `cpack -G RPM` those for the family of Red Hat, `cpack -G TGZ`
+# archives of the same. family.cmake has what is one family's own, arrange.cmake makes of the installed
+# files what that family wants in a package, seal.cmake the same bytes of the same files.
+set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME qor)
 set(CPACK_PACKAGE_VENDOR qor)
 set(CPACK_PACKAGE_CONTACT "qor maintainers <qor@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_GENERATOR DEB)
-set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL qor qorsim qor-dev)
+set(CPACK_COMPONENTS_ALL qor qor-monitoring qorsim qor-dev)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_RPM_COMPONENT_INSTALL ON)
 set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
-set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION admin)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The libraries of a build are found where they are built, not in a package.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_PROJECT_CONFIG_FILE ${CMAKE_CURRENT_SOURCE_DIR}/family.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/arrange.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_SOURCE_DIR}/seal.cmake)
 
-set(CPACK_DEBIAN_QOR_PACKAGE_NAME qor)
-set(CPACK_DEBIAN_QORSIM_PACKAGE_NAME qorsim)
-set(CPACK_DEBIAN_QORSIM_PACKAGE_DEPENDS "qor (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_QOR-DEV_PACKAGE_NAME qor-dev)
-set(CPACK_DEBIAN_QOR-DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_QOR-DEV_PACKAGE_DEPENDS "qor (= ${PROJECT_VERSION})")
-
-set(CPACK_COMPONENT_QOR_DESCRIPTION
-  "RAID information plug-in for management servers\n The plug-in, its common library and qorctl.")
-set(CPACK_COMPONENT_QORSIM_DESCRIPTION
-  "Simulated server for the RAID information plug-in\n Stand-ins of the RAID tools.")
-set(CPACK_COMPONENT_QOR-DEV_DESCRIPTION
-  "Headers for hosts of the RAID information plug-in\n CMake package and pkg-config file.")
+# For these two.
+set(CPACK_QOR_FOLDER ${CMAKE_CURRENT_SOURCE_DIR})
+set(CPACK_QOR_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+set(CPACK_QOR_LIBRARIES ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_QOR_OBJCOPY ${CMAKE_OBJCOPY})
+# Of another processor than this machine's.
+if(CMAKE_CROSSCOMPILING)
+  set(CPACK_QOR_PROCESSOR ${CMAKE_SYSTEM_PROCESSOR})
+endif()
 include(CPack)
-cpack_add_component_group(qor)
-cpack_add_component_group(qorsim)
-cpack_add_component_group(qor-dev)
-cpack_add_component(qor GROUP qor)
-cpack_add_component(qorsim GROUP qorsim)
-cpack_add_component(qor-dev GROUP qor-dev)

@@ -17,8 +17,8 @@ TEST_F(InstallTest, EverythingIsWhereItBelongs) {
     for (const fs::path& file : {
              Bin() / "qorctl",
              Bin() / "qorsim",
-             Lib() / "libqor_MngSrv_QorLib.so",
-             Lib() / "libqor_ComLib.so",
+             Lib() / "qor/libqor_MngSrv_QorLib.so",
+             Lib() / "qor/libqor_ComLib.so",
              Lib() / "cmake/qor/qorConfig.cmake",
              Lib() / "cmake/qor/qorConfigVersion.cmake",
              Lib() / "cmake/qor/qorTargets.cmake",
@@ -71,8 +71,8 @@ TEST_F(InstallTest, InstalledProgramsFindEachOther) {
 TEST_F(InstallTest, DoctorFindsTheInstalledLibraries) {
     const CEnd end = Shell("qorsim run --host small -- qorctl doctor");
     EXPECT_EQ(end.status, 0) << end.out << end.err;
-    EXPECT_THAT(end.out, HasSubstr((Lib() / "libqor_MngSrv_QorLib.so").string()));
-    EXPECT_THAT(end.out, HasSubstr((Lib() / "libqor_ComLib.so").string()));
+    EXPECT_THAT(end.out, HasSubstr((Lib() / "qor/libqor_MngSrv_QorLib.so").string()));
+    EXPECT_THAT(end.out, HasSubstr((Lib() / "qor/libqor_ComLib.so").string()));
 }
 
 class ExampleTest : public qortest::CInstallFixture {
