@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <regex>
 
 #include "InstallFixture.h"
 
@@ -102,6 +103,38 @@ TEST_F(ExampleTest, ExampleIsBuiltThroughFindPackageAndShowsTheStorage) {
     EXPECT_EQ(shown.err, "");
     EXPECT_THAT(shown.out, StartsWith(" | Controller Information | \n"));
     EXPECT_THAT(shown.out, HasSubstr("### General Information ### | Serial Number | TR45216823\n"));
+}
+
+// What package managers do to a host that runs: a file of the same name takes the place of the old
+// one, or there is none any more. Neither changes what is loaded.
+TEST_F(ExampleTest, HostKeepsThePluginWhileItsFilesAreReplacedAndRemoved) {
+    const std::string example = qortest::ReadFile(INSTALL_SOURCE_DIR "/examples/host.cpp");
+    const std::string ask = "ShowStorage(*static_cast<CMngSrv_QorLibIF*>(object))";
+    ASSERT_NE(example.find(ask), std::string::npos);
+    qortest::WriteFile(
+        Folder() / "host/host.cpp",
+        "#include <cstdlib>\n" + std::regex_replace(example, std::regex(R"(ShowStorage\(\*[^;]*)"),
+                                                    ask + " || std::system(argv[2]) || " + ask +
+                                                        " || std::system(argv[3]) || " + ask));
+    fs::copy(INSTALL_SOURCE_DIR "/examples/CMakeLists.txt", Folder() / "host/CMakeLists.txt");
+    const CEnd built = Build(Folder() / "host", Folder() / "build");
+    ASSERT_EQ(built.status, 0) << built.out << built.err;
+    const std::string lib = (Lib() / "qor").string();
+    const CEnd shown = Shell("qorsim run --host small -- build/host '" + lib +
+                             "/libqor_MngSrv_QorLib.so' 'cd " + lib +
+                             " && for file in *; do echo other > new && mv new $file; done' "
+                             "'rm -r " +
+                             lib + "'");
+    EXPECT_EQ(shown.status, 0) << shown.err;
+    EXPECT_EQ(shown.err, "");
+    const std::string first = " | Controller Information | \n";
+    size_t answers = 0;
+    for (size_t at = shown.out.find(first); at != std::string::npos;
+         at = shown.out.find(first, at + 1)) {
+        ++answers;
+    }
+    EXPECT_EQ(answers, 3U) << shown.out;
+    EXPECT_FALSE(fs::exists(lib));
 }
 
 TEST_F(ExampleTest, CommonLibraryIsATarget) {
