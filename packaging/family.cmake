@@ -55,10 +55,9 @@ else()
 endif()
 
 if(CPACK_GENERATOR STREQUAL "DEB")
-  if(CPACK_QOR_PROCESSOR STREQUAL "aarch64")
-    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
-  elseif(CPACK_QOR_PROCESSOR)
-    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${CPACK_QOR_PROCESSOR})
+  # dpkg-shlibdeps would ask for the packages of the cross compiler.
+  if(CPACK_QOR_PROCESSOR)
+    message(FATAL_ERROR "Debian packages for ${CPACK_QOR_PROCESSOR} have to be made there.")
   endif()
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
   # seal.cmake packs anew what CPack has packed.
