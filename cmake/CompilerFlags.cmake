@@ -8,7 +8,8 @@ target_compile_options(qor_flags INTERFACE
   -Wundef
   # g++ 12 sees an overlap inside libstdc++ where a literal and a temporary string are added.
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
-  $<$<BOOL:${QOR_WERROR}>:-Werror>)
+  # Without it, a -Werror for all files of a host's project is not for these.
+  $<IF:$<BOOL:${QOR_WERROR}>,-Werror,-Wno-error>)
 
 # Hardening of what is shipped. FORTIFY needs optimisation and replaces what a distribution's
 # compiler may predefine; its level 3 came with g++ 12 and clang++ 9.

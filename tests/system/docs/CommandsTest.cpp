@@ -34,6 +34,13 @@ constexpr CInstead INSTEAD[] = {
      "qorsim run --host lifecycle --start-at 8 -- qorctl watch --interval 1 --count 2 | cat",
      "takes 45 seconds"},
     {"README.md", "scripts/fleet 20", "", "builds the tree and stays; tests/system/fleet runs it"},
+    {"docs/embedding.md",
+     "cmake -G Ninja -S examples/installed -B build/host -DCMAKE_PREFIX_PATH=/usr/local && cmake "
+     "--build build/host",
+     "cmake --install build/release --prefix \"$PWD/prefix\" >/dev/null && cmake -G Ninja -S "
+     "examples/installed -B build/host -DCMAKE_PREFIX_PATH=\"$PWD/prefix\" "
+     "-DCMAKE_CXX_COMPILER=g++ >/dev/null && cmake --build build/host >/dev/null",
+     "the machine's own folders are left alone"},
     {"docs/fleet.md", "scripts/fleet 20", "",
      "builds the tree and stays; tests/system/fleet runs it"},
     {"docs/fleet.md", "scripts/fleet --measure 100 1000 3000", "", "takes half an hour"},
@@ -57,12 +64,6 @@ constexpr CInstead INSTEAD[] = {
      "the machine's own folders are left alone"},
     {"docs/install.md", "cd build/release && cpack -G DEB", "",
      "takes long, and the packages' own test does it"},
-    {"docs/install.md",
-     "cmake -G Ninja -S examples -B build/example -DCMAKE_PREFIX_PATH=/usr/local && cmake --build "
-     "build/example",
-     "cmake -G Ninja -S examples -B build/example -DCMAKE_PREFIX_PATH=\"$PWD/prefix\" "
-     "-DCMAKE_CXX_COMPILER=g++ >/dev/null && cmake --build build/example >/dev/null",
-     "the machine's own folders are left alone"},
     {"docs/monitoring.md", "visudo -c -f /usr/share/qor/monitoring/qorctl.sudoers",
      "/usr/sbin/visudo -c -f data/monitoring/qorctl.sudoers", "the file is not installed"},
     {"docs/monitoring.md",

@@ -96,7 +96,7 @@ TEST_F(ExampleTest, ExampleIsShort) {
 
 TEST_F(ExampleTest, ExampleIsBuiltThroughFindPackageAndShowsTheStorage) {
     const fs::path build = Folder() / "build";
-    const CEnd built = Build(Share() / "doc/qor-dev/examples", build);
+    const CEnd built = Build(Share() / "doc/qor-dev/examples/installed", build);
     ASSERT_EQ(built.status, 0) << built.out << built.err;
     const CEnd shown = Shell("qorsim run --host small -- '" + (build / "host").string() + "'");
     EXPECT_EQ(shown.status, 0) << shown.err;
