@@ -8,6 +8,8 @@ target_compile_options(qor_flags INTERFACE
   -Wundef
   # g++ 12 sees an overlap inside libstdc++ where a literal and a temporary string are added.
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>
+  # What is shipped names no folder of the machine where it was built.
+  $<$<CONFIG:Release>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>
   # Without it, a -Werror for all files of a host's project is not for these.
   $<IF:$<BOOL:${QOR_WERROR}>,-Werror,-Wno-error>)
 
