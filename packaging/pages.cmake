@@ -1,5 +1,5 @@
 # The pages as they are installed, for a tree PREFIX/share/doc/qor with the headers in PREFIX/include,
-# the data in PREFIX/share/qor and the example in PREFIX/share/doc/qor-dev: links to what is installed
+# the data in PREFIX/share/qor and the examples in PREFIX/share/doc/qor-dev: links to what is installed
 # elsewhere lead there, links to sources become their words.
 #
 # A page is read and changed when CMake configures; a change of one makes it configure again.
@@ -18,8 +18,8 @@ function(qor_make_page page folder)
     "](${up}../../qor/\\1)" text "${text}")
   string(REGEX REPLACE "\\]\\(${up_here}src/plugin/(ComLib|ItemDisp|MngSrv_QorLibIF)\\.h\\)"
     "](${up}../../../include/qor/\\1.h)" text "${text}")
-  string(REGEX REPLACE "\\]\\(${up_here}examples/host\\.cpp\\)"
-    "](${up}../qor-dev/examples/host.cpp)" text "${text}")
+  string(REGEX REPLACE "\\]\\(${up_here}examples([^)]*)\\)"
+    "](${up}../qor-dev/examples\\1)" text "${text}")
   set(sources "(CONTRIBUTING\\.md|(apps|bench|cmake|data|examples|packaging|scripts|src|tests)/)")
   string(REGEX REPLACE "\\[([^]]*)\\]\\(${up_here}${sources}[^)]*\\)" "\\1" text "${text}")
   file(CONFIGURE OUTPUT ${folder}/${page} CONTENT "@text@" @ONLY)

@@ -116,8 +116,8 @@ TEST_F(ExampleTest, HostKeepsThePluginWhileItsFilesAreReplacedAndRemoved) {
         "#include <cstdlib>\n" + std::regex_replace(example, std::regex(R"(ShowStorage\(\*[^;]*)"),
                                                     ask + " || std::system(argv[2]) || " + ask +
                                                         " || std::system(argv[3]) || " + ask));
-    fs::copy(INSTALL_SOURCE_DIR "/examples/CMakeLists.txt", Folder() / "host/CMakeLists.txt");
-    const CEnd built = Build(Folder() / "host", Folder() / "build");
+    fs::copy(INSTALL_SOURCE_DIR "/examples/installed", Folder() / "host/installed");
+    const CEnd built = Build(Folder() / "host/installed", Folder() / "build");
     ASSERT_EQ(built.status, 0) << built.out << built.err;
     const std::string lib = (Lib() / "qor").string();
     const CEnd shown = Shell("qorsim run --host small -- build/host '" + lib +
