@@ -217,7 +217,7 @@ TEST_F(WatchStateTest, StateOfManyDrivesThatFlapFitsIntoItsFile) {
     CInventory inventory = Inventory("ONLINE");
     const qorctl::CPhysicalDrive drive = inventory.physicalDrives.front();
     inventory.physicalDrives.clear();
-    for (int i = 0; i < 10000; ++i) {
+    for (int i = 0; i < MANY_DRIVES; ++i) {
         inventory.physicalDrives.push_back(drive);
         inventory.physicalDrives.back().number = i;
     }
