@@ -283,6 +283,7 @@ test('hostile texts are shown as they are, and nothing runs', async (t) => {
       assert.deepEqual(await textsOf(page, '.chosen h1'), [name]);
       assert.deepEqual(await textsOf(page, '.controller .product'), [visible]);
       await page.click('button.bay');
+      await page.waitForSelector('dialog[open] .serial strong');
       assert.deepEqual(await textsOf(page, 'dialog[open] .serial strong'), [visible]);
       await page.hover('dialog .close');
       assert.equal(await page.evaluate(() => window.hit), undefined);
