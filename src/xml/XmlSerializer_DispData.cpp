@@ -49,7 +49,7 @@ std::string::size_type UsualSize(const std::string& text) {
 // About what the items take, a little more than less: the first ones stand for all. Where they do
 // not, the document grows as any text does. (To look at all of them takes up to a third more time.)
 std::string::size_type GuessedSize(const std::list<CItemDisp*>& items) {
-    constexpr std::string::size_type SAMPLE = 256;
+    constexpr std::string::size_type SAMPLE = 64;
     constexpr std::string::size_type MOST = std::string::size_type{128} << 20U;
     const std::string::size_type sample = std::min(items.size(), SAMPLE);
     std::string::size_type size = 0;
@@ -76,13 +76,17 @@ unsigned int CXmlSerializer_DispData::XmlSerialize(void* data, char** out) {
     ReserveXmlData(GuessedSize(*items));
     std::list<std::string> openParents;
     const CItemDisp* previous = nullptr;
+    bool isLevelOpen = false;
     unsigned int index = 1;
     for (auto position = items->begin(); position != items->end(); ++position, ++index) {
         const unsigned int check = CheckInputData(*position, previous, &openParents);
         if (check != CHECK_OK) {
             return RESULT_MALFORMED_LIST | (check << 20U) | index;
         }
-        const unsigned int result = AddItem(position, items, &openParents);
+        if (!isLevelOpen) {
+            openParents.push_back((*position)->ParentName());
+        }
+        const unsigned int result = AddItem(position, items, &openParents, &isLevelOpen);
         if (result != RESULT_OK) {
             return result;
         }
@@ -129,14 +133,11 @@ std::string CXmlSerializer_DispData::AddItemTag(CItemDisp item,
 
 unsigned int CXmlSerializer_DispData::AddItem(std::list<CItemDisp*>::iterator position,
                                               std::list<CItemDisp*>* items,
-                                              std::list<std::string>* openParents) {
-    const CItemDisp& item = **position;
-    if (openParents->empty() || openParents->back() != item.ParentName()) {
-        openParents->push_back(item.ParentName());
-    }
+                                              std::list<std::string>* openParents,
+                                              bool* isNextLevelOpen) {
     return AppendXmlData([&](std::string& text) {
-        AppendItem(text, item);
-        AppendItemTag(text, item, position, items, openParents);
+        AppendItem(text, **position);
+        *isNextLevelOpen = AppendItemTag(text, **position, position, items, openParents);
     });
 }
 
@@ -151,25 +152,26 @@ void CXmlSerializer_DispData::AppendItem(std::string& text, const CItemDisp& ite
     AppendElement(text, ENABLE, item.Enable());
 }
 
-void CXmlSerializer_DispData::AppendItemTag(std::string& text, const CItemDisp& item,
+bool CXmlSerializer_DispData::AppendItemTag(std::string& text, const CItemDisp& item,
                                             std::list<CItemDisp*>::iterator position,
                                             std::list<CItemDisp*>* items,
                                             std::list<std::string>* openParents) {
     if (*position == items->back()) {
         text.append(LEAF_MARK);
         CloseEveryLevel(text, openParents);
-        return;
+        return false;
     }
     const CItemDisp& next = **std::next(position);
     if (next.ParentName() == item.ItemName()) {
-        return;
+        return false;
     }
     if (openParents->empty()) {
         text.append(LEAF_MARK);
-        return;
+        return false;
     }
     text.append(LEAF_END);
     CloseLevelsUpTo(text, next.ParentName(), openParents);
+    return !openParents->empty();
 }
 
 void CXmlSerializer_DispData::CloseEveryLevel(std::string& text,

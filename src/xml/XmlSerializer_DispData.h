@@ -61,9 +61,10 @@ public:
 
 private:
     unsigned int AddItem(std::list<CItemDisp*>::iterator position, std::list<CItemDisp*>* items,
-                         std::list<std::string>* openParents);
+                         std::list<std::string>* openParents, bool* isNextLevelOpen);
     static void AppendItem(std::string& text, const CItemDisp& item);
-    static void AppendItemTag(std::string& text, const CItemDisp& item,
+    // Whether the level of the next item is the innermost open one.
+    static bool AppendItemTag(std::string& text, const CItemDisp& item,
                               std::list<CItemDisp*>::iterator position,
                               std::list<CItemDisp*>* items, std::list<std::string>* openParents);
     static void CloseEveryLevel(std::string& text, std::list<std::string>* openParents);
