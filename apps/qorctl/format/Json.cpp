@@ -5,7 +5,6 @@
 #include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
-#include <set>
 #include <string_view>
 #include <utility>
 
@@ -18,25 +17,35 @@ namespace {
 
 using CObject = CJson::object_t;
 
-// Names are written once and in order, so that nothing has to be looked up.
-void Put(CObject& object, std::string_view name, CJson value) {
-    object.emplace_back(std::string(name), std::move(value));
+// The library copies the names of an object that grows.
+CObject ObjectFor(size_t values) {
+    CObject object;
+    object.reserve(values);
+    return object;
 }
 
-void Put(CObject& object, std::string_view name, const CText& text) {
+// More than the values of a device.
+constexpr size_t DEVICE_VALUES = 48;
+
+// Names are written once and in order, so that nothing has to be looked up.
+void Put(CObject& object, std::string name, CJson value) {
+    object.emplace_back(std::move(name), std::move(value));
+}
+
+void Put(CObject& object, std::string name, const CText& text) {
     if (text) {
-        Put(object, name, CJson(*text));
+        Put(object, std::move(name), CJson(*text));
     }
 }
 
-void Put(CObject& object, std::string_view name, const CNumber& number) {
+void Put(CObject& object, std::string name, const CNumber& number) {
     if (number) {
-        Put(object, name, CJson(*number));
+        Put(object, std::move(name), CJson(*number));
     }
 }
 
 // The text as it is under `name`, the number under `name` and its unit.
-void Put(CObject& object, std::string_view name, std::string_view unit, const CMeasure& measure) {
+void Put(CObject& object, const char* name, std::string_view unit, const CMeasure& measure) {
     if (measure) {
         Put(object, name, CJson(measure->text));
         Put(object, fmt::format("{}_{}", name, unit), measure->number);
@@ -44,7 +53,7 @@ void Put(CObject& object, std::string_view name, std::string_view unit, const CM
 }
 
 // A number without a unit says as much as its text.
-void PutCount(CObject& object, std::string_view name, const CMeasure& measure) {
+void PutCount(CObject& object, const char* name, const CMeasure& measure) {
     if (measure) {
         Put(object, name, measure->number);
     }
@@ -69,17 +78,18 @@ public:
     std::string Make(const std::string& name);
 
 private:
-    std::set<std::string> m_Used;
-    std::map<std::string, size_t> m_Count;  // the last number that was tried
+    std::map<std::string, size_t> m_Used;  // each with the last number that was tried for it
 };
 
 std::string CUniqueNames::Make(const std::string& name) {
-    const std::string shown = ValidUtf8(name);
-    size_t& count = m_Count[shown];
+    const auto [used, isNew] = m_Used.emplace(ValidUtf8(name), 1);
+    if (isNew) {
+        return used->first;
+    }
     std::string unique;
     do {
-        unique = ++count == 1 ? shown : fmt::format("{} ({})", shown, count);
-    } while (!m_Used.insert(unique).second);
+        unique = fmt::format("{} ({})", used->first, ++used->second);
+    } while (!m_Used.emplace(unique, 1).second);
     return unique;
 }
 
@@ -88,7 +98,7 @@ CJson RawValue(const std::optional<std::string>& value) {
 }
 
 CJson KeysObject(const CEntry& group) {
-    CObject object;
+    CObject object = ObjectFor(group.keys.size());
     CUniqueNames names;
     for (const CKeyValue& key : group.keys) {
         Put(object, names.Make(key.key), RawValue(key.value));
@@ -98,7 +108,7 @@ CJson KeysObject(const CEntry& group) {
 
 // A key is a text or null; groups of one name are an array of objects.
 CJson SectionObject(const CSection& section) {
-    CObject object;
+    CObject object = ObjectFor(section.entries.size());
     CUniqueNames names;
     std::map<std::string_view, CObject::difference_type> arrays;
     for (const CEntry& entry : section.entries) {
@@ -116,7 +126,7 @@ CJson SectionObject(const CSection& section) {
 }
 
 void PutSections(CObject& object, const CSections& sections) {
-    CObject all;
+    CObject all = ObjectFor(sections.size());
     CUniqueNames names;
     for (const CSection& section : sections) {
         Put(all, names.Make(section.name), SectionObject(section));
@@ -161,7 +171,7 @@ void PutBattery(CObject& object, const CController& controller) {
 }
 
 CJson ControllerObject(const CController& controller, const CProblemMarks& marks) {
-    CObject object;
+    CObject object = ObjectFor(DEVICE_VALUES);
     Put(object, "health",
         ObjectHealthJson(marks, {ObjectName(controller), BatteryName(controller)}));
     Put(object, "number", controller.number);
@@ -214,7 +224,7 @@ CJson LinkObject(const CLinkedDrive& drive) {
 }
 
 CJson LogicalDriveObject(const CLogicalDrive& drive, const CProblemMarks& marks) {
-    CObject object;
+    CObject object = ObjectFor(DEVICE_VALUES);
     Put(object, "health", ObjectHealthJson(marks, {ObjectName(drive)}));
     Put(object, "controller", drive.controller);
     Put(object, "number", drive.number);
@@ -266,7 +276,7 @@ void PutIdentity(CObject& object, const CPhysicalDrive& drive) {
 }
 
 CJson PhysicalDriveObject(const CPhysicalDrive& drive, const CProblemMarks& marks) {
-    CObject object;
+    CObject object = ObjectFor(DEVICE_VALUES);
     Put(object, "health", ObjectHealthJson(marks, {ObjectName(drive)}));
     Put(object, "controller", drive.controller);
     Put(object, "number", drive.number);
@@ -292,7 +302,7 @@ CJson PhysicalDriveObject(const CPhysicalDrive& drive, const CProblemMarks& mark
 }
 
 CJson SsdObject(const CPcieSsd& ssd, const CProblemMarks& marks) {
-    CObject object;
+    CObject object = ObjectFor(DEVICE_VALUES);
     Put(object, "health", ObjectHealthJson(marks, {ObjectName(ssd)}));
     Put(object, "bus", ssd.bus);
     Put(object, "product", ssd.product);
