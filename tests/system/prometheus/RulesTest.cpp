@@ -132,7 +132,7 @@ void PrintTo(const CCase& one, std::ostream* stream) {
 // What a server tells: the value of each series.
 using CSamples = std::map<std::string, std::string>;
 
-struct CPhase {
+struct CSeriesPhase {
     const CSamples* samples;
     int minutes;
 };
@@ -170,10 +170,10 @@ std::string Quoted(const std::string& text) {
 }
 
 // The values of a series, one a minute.
-std::string ValuesOf(const std::string& series, const std::vector<CPhase>& phases) {
+std::string ValuesOf(const std::string& series, const std::vector<CSeriesPhase>& phases) {
     std::string values;
     bool wasThere = false;
-    for (const CPhase& phase : phases) {
+    for (const CSeriesPhase& phase : phases) {
         const auto found = phase.samples->find(series);
         const std::string count = std::to_string(phase.minutes - 1);
         if (found != phase.samples->end()) {
@@ -186,9 +186,9 @@ std::string ValuesOf(const std::string& series, const std::vector<CPhase>& phase
     return values;
 }
 
-std::string InputOf(const std::vector<CPhase>& phases) {
+std::string InputOf(const std::vector<CSeriesPhase>& phases) {
     std::set<std::string> names;
-    for (const CPhase& phase : phases) {
+    for (const CSeriesPhase& phase : phases) {
         for (const auto& [series, value] : *phase.samples) {
             names.insert(series);
         }
@@ -245,7 +245,8 @@ protected:
         return RunProgram({"/usr/bin/promtool", "test", "rules", file});
     }
 
-    static std::string Test(const std::vector<CPhase>& phases, const std::string& expectations) {
+    static std::string Test(const std::vector<CSeriesPhase>& phases,
+                            const std::string& expectations) {
         return "  - interval: 1m\n" + InputOf(phases) + "    promql_expr_test:\n" + expectations;
     }
 };

@@ -22,20 +22,20 @@ using testing::Not;
 using testing::StartsWith;
 using CJson = nlohmann::ordered_json;
 
-constexpr const char* GENERAL = "### General Information ###";
+constexpr const char* GENERAL_TITLE = "### General Information ###";
 
 const std::vector<CRecord> FAILED_DRIVE = {
     {"item", "", "Controller Information", "", "TRUE"},
-    {"item", "Controller Information", GENERAL, "", "TRUE"},
-    {"item", GENERAL, "Controller No.", "0", "TRUE"},
-    {"item", GENERAL, "Product Name", "X\x1b[1m", "TRUE"},
+    {"item", "Controller Information", GENERAL_TITLE, "", "TRUE"},
+    {"item", GENERAL_TITLE, "Controller No.", "0", "TRUE"},
+    {"item", GENERAL_TITLE, "Product Name", "X\x1b[1m", "TRUE"},
     {"item", "", "Physical Drive Information", "", "TRUE"},
-    {"item", "Physical Drive Information", GENERAL, "", "TRUE"},
-    {"item", GENERAL, "PD No.", "PD3", "TRUE"},
-    {"item", GENERAL, "LD No.", "LD1", "TRUE"},
-    {"item", GENERAL, "PD Status", "ERROR", "TRUE"},
-    {"item", GENERAL, "PD Status(Detail)", "FAILED", "TRUE"},
-    {"item", GENERAL, "Product ID", "=1+1", "TRUE"},
+    {"item", "Physical Drive Information", GENERAL_TITLE, "", "TRUE"},
+    {"item", GENERAL_TITLE, "PD No.", "PD3", "TRUE"},
+    {"item", GENERAL_TITLE, "LD No.", "LD1", "TRUE"},
+    {"item", GENERAL_TITLE, "PD Status", "ERROR", "TRUE"},
+    {"item", GENERAL_TITLE, "PD Status(Detail)", "FAILED", "TRUE"},
+    {"item", GENERAL_TITLE, "Product ID", "=1+1", "TRUE"},
 };
 
 constexpr const char* ODD = "a\x1b[1m\x7f\u009B1m\u202E\uFEFF\xff";

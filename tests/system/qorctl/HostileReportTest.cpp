@@ -15,8 +15,8 @@ using qortest::CRecord;
 using testing::HasSubstr;
 using CRecords = std::vector<CRecord>;
 
-const char* const DRIVE = "Physical Drive Information";
-const char* const GENERAL = "### General Information ###";
+const char* const DRIVE_ROOT = "Physical Drive Information";
+const char* const DRIVE_TITLE = "### General Information ###";
 constexpr int MANY = MANY_NAMES;
 constexpr size_t LONG = LONG_TEXT_SIZE;
 
@@ -40,17 +40,17 @@ const std::vector<std::vector<std::string>> OUTPUTS = {
 };
 
 void AddKey(CRecords& records, const std::string& key, const std::string& value) {
-    records.push_back({"item", GENERAL, key, value, "TRUE"});
+    records.push_back({"item", DRIVE_TITLE, key, value, "TRUE"});
 }
 
 CRecords Drive() {
-    return {{"item", "", DRIVE, "", "TRUE"}, {"item", DRIVE, GENERAL, "", "TRUE"}};
+    return {{"item", "", DRIVE_ROOT, "", "TRUE"}, {"item", DRIVE_ROOT, DRIVE_TITLE, "", "TRUE"}};
 }
 
 // Every item below the one before.
 CRecords Deep() {
     CRecords records = Drive();
-    std::string parent = GENERAL;
+    std::string parent = DRIVE_TITLE;
     for (int level = 0; level < MANY; ++level) {
         const std::string name = std::to_string(level);
         records.push_back({"item", parent, name, "", "TRUE"});

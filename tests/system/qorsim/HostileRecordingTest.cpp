@@ -18,7 +18,7 @@ using nlohmann::json;
 using testing::EndsWith;
 using testing::StartsWith;
 
-constexpr const char* KRZCLI = "/opt/tarmica/krz/cli/krzcli";
+constexpr const char* TOOL_PATH = "/opt/tarmica/krz/cli/krzcli";
 constexpr const char* SECRET = "what nobody gave away";
 
 class CHostileRecordingTest : public CSimFixture, public testing::WithParamInterface<EKernel> {
@@ -43,11 +43,11 @@ protected:
                 {"calls", json::array({call})}};
     }
 
-    CEnd Replay(const json& index, const CStrings& command = {KRZCLI}) const {
+    CEnd Replay(const json& index, const CStrings& command = {TOOL_PATH}) const {
         WriteFile(Recording() / "index.json", index.dump());
         return ReplayWhatIsThere(command);
     }
-    CEnd ReplayWhatIsThere(const CStrings& command = {KRZCLI}) const {
+    CEnd ReplayWhatIsThere(const CStrings& command = {TOOL_PATH}) const {
         CStrings whole = {"timeout", "-k", "1", "20", QORSIM_PROGRAM, "replay", Recording(), "--"};
         whole.insert(whole.end(), command.begin(), command.end());
         return RunProgram(whole, GetParam());
@@ -245,7 +245,7 @@ TEST_P(CHostileRecordingTest, NamesAreMadeVisible) {
     EXPECT_EQ(end.err, "qorsim: cannot play back: cannot read " +
                            (Recording() / "calls/1.").string() +
                            "\\x1b[2J: No such file or directory\n");
-    const CEnd unrecorded = Replay(Index(Call("calls/1.out")), {KRZCLI, "\x1b[2J"});
+    const CEnd unrecorded = Replay(Index(Call("calls/1.out")), {TOOL_PATH, "\x1b[2J"});
     EXPECT_EQ(unrecorded.err,
               "krzcli: this command line was not recorded: krzcli \\x1b[2J\n"
               "qorsim: these command lines were not recorded:\nkrzcli \\x1b[2J\n");

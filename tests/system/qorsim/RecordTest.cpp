@@ -16,7 +16,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-constexpr const char* KRZCLI = "/opt/tarmica/krz/cli/krzcli";
+constexpr const char* RECORDED_TOOL = "/opt/tarmica/krz/cli/krzcli";
 
 class CRecordTest : public CSimFixture {
 protected:
@@ -45,7 +45,7 @@ protected:
 
     // What a shell command begins with: $K is krzcli, $U the directory of the utilities.
     static std::string Prelude() {
-        return std::string("K=") + KRZCLI + "; U=" + INSTALL_DIR + "/RAID/tool; ";
+        return std::string("K=") + RECORDED_TOOL + "; U=" + INSTALL_DIR + "/RAID/tool; ";
     }
 
     nlohmann::json Index() const {
@@ -65,8 +65,8 @@ protected:
 
     // A server whose krzcli is a script.
     static void InstallTool(const std::string& script) {
-        WriteFile(KRZCLI, "#!/bin/sh\n" + script);
-        fs::permissions(KRZCLI, fs::perms(0755));
+        WriteFile(RECORDED_TOOL, "#!/bin/sh\n" + script);
+        fs::permissions(RECORDED_TOOL, fs::perms(0755));
     }
 };
 
@@ -139,7 +139,7 @@ TEST_F(CRecordTest, RepeatedCallsGetSuccessiveRecordingsAndThenTheLast) {
 TEST_F(CRecordTest, BytesAndSignalsAreKept) {
     InstallTool("printf '\\000\\377\\r\\n no end'; kill -SEGV $$\n");
     const std::string out("\0\xff\r\n no end", 11);
-    for (const CEnd& end : {Record({}, {KRZCLI}), Replay({KRZCLI})}) {
+    for (const CEnd& end : {Record({}, {RECORDED_TOOL}), Replay({RECORDED_TOOL})}) {
         EXPECT_EQ(end.status, 128 + 11);
         EXPECT_EQ(end.out, out);
     }
@@ -149,9 +149,9 @@ TEST_F(CRecordTest, BytesAndSignalsAreKept) {
 // The tool is killed by the time limit of its caller; what it had written is known.
 TEST_F(CRecordTest, CallThatNeverEndedHangsAgain) {
     InstallTool("echo begun; exec sleep 1000\n");
-    EXPECT_EQ(Record({}, {"timeout", "0.3", KRZCLI}).status, 124);
+    EXPECT_EQ(Record({}, {"timeout", "0.3", RECORDED_TOOL}).status, 124);
     EXPECT_FALSE(Index()["calls"][0].contains("status"));
-    const CEnd end = Replay({"timeout", "0.3", KRZCLI});
+    const CEnd end = Replay({"timeout", "0.3", RECORDED_TOOL});
     EXPECT_EQ(end.status, 124);
     EXPECT_EQ(end.out, "begun\n");
 }
@@ -159,7 +159,7 @@ TEST_F(CRecordTest, CallThatNeverEndedHangsAgain) {
 // The caller gets all of it; what could not be played back is no recording.
 TEST_F(CRecordTest, OutputThatIsTooLargeIsPassedOnAndTold) {
     InstallTool("exec head -c 70000000 /dev/zero\n");
-    const CEnd end = Record({}, {KRZCLI});
+    const CEnd end = Record({}, {RECORDED_TOOL});
     EXPECT_EQ(end.out.size(), 70000000U);
     EXPECT_EQ(end.status, 125);
     EXPECT_EQ(
@@ -234,7 +234,7 @@ TEST_F(CRecordTest, RedactionIsLinearWhateverTheIdentifiers) {
         "for (i = 0; i < 20000; ++i) print \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx\" "
         "}'\n");
     const CEnd end = RunProgram({"timeout", "-k", "1", "60", QORSIM_PROGRAM, "record", Recording(),
-                                 "--redact", "--", KRZCLI, "-v"});
+                                 "--redact", "--", RECORDED_TOOL, "-v"});
     EXPECT_EQ(end.status, 0);
     EXPECT_THAT(Everything(), Not(HasSubstr(std::string(20, 'a'))));
 }
@@ -325,7 +325,7 @@ TEST_F(CRecordTest, OrdinaryUserRecordsAndReplays) {
     fs::permissions(Folder(), fs::perms(0777));
     for (const std::string verb : {"record", "replay"}) {
         CStrings whole = user;
-        whole.insert(whole.end(), {QORSIM_PROGRAM, verb, Recording(), "--", KRZCLI});
+        whole.insert(whole.end(), {QORSIM_PROGRAM, verb, Recording(), "--", RECORDED_TOOL});
         const CEnd end = RunProgram(whole);
         EXPECT_EQ(end.status, 0) << end.err;
         EXPECT_EQ(end.out, "from 65534\n");

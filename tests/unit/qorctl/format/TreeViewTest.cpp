@@ -11,7 +11,7 @@
 namespace {
 
 constexpr qorctl::CTextStyle UTF8 = {.utf8 = true, .colour = false};
-constexpr qorctl::CTextStyle ASCII = {.utf8 = false, .colour = false};
+constexpr qorctl::CTextStyle PLAIN = {.utf8 = false, .colour = false};
 constexpr qorctl::CTextStyle COLOUR = {.utf8 = true, .colour = true};
 
 struct CRow {
@@ -93,7 +93,7 @@ TEST(TreeViewTest, StateThatIsNotWellHasAColour) {
 }
 
 TEST(TreeViewTest, DriveInPlainAscii) {
-    EXPECT_EQ(Format(DRIVE, ASCII),
+    EXPECT_EQ(Format(DRIVE, PLAIN),
               "Physical Drive Information\n"
               "|- [General Information]\n"
               "|  |- PD No.      : PD3\n"
@@ -159,7 +159,7 @@ TEST(TreeViewTest, TextsFromTheToolCannotDriveTheTerminal) {
     const std::string evil = "\x1b[2J\r\n\x9b";
     const std::string text = Format(
         {{"", "Root"}, {"Root", "### " + evil + " ###"}, {"### " + evil + " ###", evil, evil}},
-        ASCII);
+        PLAIN);
     EXPECT_EQ(text,
               "Root\n"
               "`- [\\x1b[2J\\r\\n\\x9b]\n"
@@ -196,7 +196,7 @@ TEST(TreeViewTest, ValueOfWideCharactersFitsTheWidth) {
 
 TEST(TreeViewTest, OverlongKeyDoesNotPushTheOthersAway) {
     const std::string longKey(qorctl::MAX_ALIGNED_KEY + 1, 'k');
-    EXPECT_EQ(Format({{"", "R"}, {"R", longKey, "1"}, {"R", "ab", "2"}, {"R", "abc", "3"}}, ASCII),
+    EXPECT_EQ(Format({{"", "R"}, {"R", longKey, "1"}, {"R", "ab", "2"}, {"R", "abc", "3"}}, PLAIN),
               "R\n|- " + longKey + " : 1\n|- ab  : 2\n`- abc : 3\n");
 }
 
@@ -205,7 +205,7 @@ TEST(TreeViewTest, DeepLevelsStopIndentingAndSayTheirLevel) {
     for (int i = 1; i < 100'000; ++i) {
         rows.push_back({std::to_string(i - 1), std::to_string(i)});
     }
-    const std::string text = Format(rows, ASCII);
+    const std::string text = Format(rows, PLAIN);
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 100'000);
     const std::string indent(3 * (qorctl::MAX_DRAWN_DEPTH - 2), ' ');
     EXPECT_NE(text.find("\n" + indent + "`- 15\n" + indent + "`- (level 17) 16\n"),

@@ -11,7 +11,7 @@ using qorctl::CQuantity;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-CInventory Server() {
+CInventory OneController() {
     CInventory inventory;
     qorctl::CController controller;
     controller.number = 0;
@@ -48,12 +48,12 @@ std::vector<std::string> Changes(const CInventory& before, const CInventory& aft
 }
 
 TEST(InventoryDiffTest, SameServerHasNoChanges) {
-    EXPECT_THAT(Changes(Server(), Server()), IsEmpty());
+    EXPECT_THAT(Changes(OneController(), OneController()), IsEmpty());
     EXPECT_THAT(Changes({}, {}), IsEmpty());
 }
 
 TEST(InventoryDiffTest, ChangesOfEachKindOfObjectAreTold) {
-    CInventory after = Server();
+    CInventory after = OneController();
     after.controllers[0].batteryStatus = "Failed";
     after.logicalDrives[0].state = "Degraded";
     after.physicalDrives[0].statusDetail = "FAILED";
@@ -62,7 +62,7 @@ TEST(InventoryDiffTest, ChangesOfEachKindOfObjectAreTold) {
     after.physicalDrives[0].serial = "B";
     after.physicalDrives[0].mediaErrors = CQuantity{"3", 3};
     after.pcieSsds[0].status = "Warning";
-    EXPECT_THAT(Changes(Server(), after),
+    EXPECT_THAT(Changes(OneController(), after),
                 ElementsAre("controller 0: battery Normal -> Failed",
                             "controller 0 logical drive LD1: Optimal -> Degraded",
                             "controller 0 drive PD3 (serial B): ONLINE -> FAILED",
@@ -73,8 +73,8 @@ TEST(InventoryDiffTest, ChangesOfEachKindOfObjectAreTold) {
 }
 
 TEST(InventoryDiffTest, ProgressIsAChangeWhileItLasts) {
-    CInventory online = Server();
-    CInventory rebuilt = Server();
+    CInventory online = OneController();
+    CInventory rebuilt = OneController();
     rebuilt.physicalDrives[0].statusDetail = "REBUILD";
     rebuilt.physicalDrives[0].progress = CQuantity{"10%", 10};
     CInventory later = rebuilt;
@@ -88,9 +88,9 @@ TEST(InventoryDiffTest, ProgressIsAChangeWhileItLasts) {
 }
 
 TEST(InventoryDiffTest, ChangeOfADriveKnowsTheDriveAndNumbers) {
-    CInventory after = Server();
+    CInventory after = OneController();
     after.physicalDrives[0].mediaErrors = CQuantity{"3", 3};
-    const std::vector<qorctl::CChange> changes = CompareInventories(Server(), after);
+    const std::vector<qorctl::CChange> changes = CompareInventories(OneController(), after);
     ASSERT_EQ(changes.size(), 1U);
     ASSERT_TRUE(changes[0].drive);
     EXPECT_EQ(changes[0].drive->serial, "A");
@@ -99,32 +99,32 @@ TEST(InventoryDiffTest, ChangeOfADriveKnowsTheDriveAndNumbers) {
 }
 
 TEST(InventoryDiffTest, TemperatureIsNoChange) {
-    CInventory after = Server();
+    CInventory after = OneController();
     after.physicalDrives[0].temperature = CQuantity{"45C", 45};
-    EXPECT_THAT(Changes(Server(), after), IsEmpty());
+    EXPECT_THAT(Changes(OneController(), after), IsEmpty());
 }
 
 TEST(InventoryDiffTest, ValueThatIsNoLongerReportedIsAChange) {
-    CInventory after = Server();
+    CInventory after = OneController();
     after.physicalDrives[0].statusDetail.reset();
-    EXPECT_THAT(Changes(Server(), after),
+    EXPECT_THAT(Changes(OneController(), after),
                 ElementsAre("controller 0 drive PD3 (serial A): ONLINE -> (not reported)"));
 }
 
 TEST(InventoryDiffTest, ObjectsThatAppearAndGoAreToldWithTheirState) {
-    CInventory after = Server();
+    CInventory after = OneController();
     after.physicalDrives[0].number = 4;
-    EXPECT_THAT(Changes(Server(), after),
+    EXPECT_THAT(Changes(OneController(), after),
                 ElementsAre("controller 0 drive PD4 (serial A): appeared, ONLINE",
                             "controller 0 drive PD3 (serial A): gone, ONLINE"));
-    EXPECT_THAT(Changes(Server(), {}),
+    EXPECT_THAT(Changes(OneController(), {}),
                 ElementsAre("controller 0: gone", "controller 0 logical drive LD1: gone, Optimal",
                             "controller 0 drive PD3 (serial A): gone, ONLINE",
                             "PCIe SSD 177: gone, Healthy"));
 }
 
 TEST(InventoryDiffTest, ObjectsOfTheSameNameAreToldApart) {
-    CInventory before = Server();
+    CInventory before = OneController();
     before.physicalDrives.push_back(before.physicalDrives[0]);
     CInventory after = before;
     after.physicalDrives[1].statusDetail = "FAILED";

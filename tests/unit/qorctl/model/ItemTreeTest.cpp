@@ -8,7 +8,7 @@
 
 namespace {
 
-struct CRow {
+struct CItemRow {
     std::string parent;
     std::string name;
 };
@@ -16,8 +16,8 @@ struct CRow {
 // Items of a test, and the list of pointers to them that the tree is made from.
 class CItems {
 public:
-    explicit CItems(const std::vector<CRow>& rows) {
-        for (const CRow& row : rows) {
+    explicit CItems(const std::vector<CItemRow>& rows) {
+        for (const CItemRow& row : rows) {
             m_Items.push_back(
                 std::make_unique<CItemDisp>(row.parent.c_str(), row.name.c_str(), "", "TRUE"));
             m_List.push_back(m_Items.back().get());
@@ -42,7 +42,7 @@ std::vector<std::string> Walk(const qorctl::CItemTree& tree) {
     return lines;
 }
 
-std::vector<std::string> WalkRows(const std::vector<CRow>& rows) {
+std::vector<std::string> WalkRows(const std::vector<CItemRow>& rows) {
     CItems items(rows);
     return Walk(qorctl::CItemTree(items.List()));
 }
@@ -113,7 +113,7 @@ TEST(ItemTreeTest, NullPointersArePassedOver) {
 }
 
 TEST(ItemTreeTest, HundredThousandLevelsNeedNoRecursion) {
-    std::vector<CRow> rows = {{"", "0"}};
+    std::vector<CItemRow> rows = {{"", "0"}};
     for (int i = 1; i < 100'000; ++i) {
         rows.push_back({std::to_string(i - 1), std::to_string(i)});
     }
@@ -124,7 +124,7 @@ TEST(ItemTreeTest, HundredThousandLevelsNeedNoRecursion) {
 
 // A search through the open branches for each would take minutes here.
 TEST(ItemTreeTest, OrphansBelowADeepBranchStayCheap) {
-    std::vector<CRow> rows = {{"", "0"}};
+    std::vector<CItemRow> rows = {{"", "0"}};
     for (int i = 1; i < 50'000; ++i) {
         rows.push_back({std::to_string(i - 1), std::to_string(i)});
     }

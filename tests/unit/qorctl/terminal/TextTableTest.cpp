@@ -11,7 +11,7 @@ using qorctl::CTableRow;
 using qorctl::EAlign;
 using testing::StartsWith;
 
-constexpr qorctl::CTextStyle UTF8 = {.utf8 = true, .colour = false};
+constexpr qorctl::CTextStyle WIDE_STYLE = {.utf8 = true, .colour = false};
 constexpr qorctl::CTableColumn COLUMNS[] = {
     {"NO", 0, 0, EAlign::RIGHT},
     {"NAME", 1, 4, EAlign::LEFT},
@@ -26,25 +26,25 @@ std::string Format(const std::vector<CTableRow>& rows, size_t width, qorctl::CTe
 }
 
 TEST(TextTableTest, ColumnsAreAlignedAndLinesEndWithoutBlanks) {
-    EXPECT_EQ(Format(ROWS, ANY_WIDTH, UTF8),
+    EXPECT_EQ(Format(ROWS, ANY_WIDTH, WIDE_STYLE),
               "NO  NAME         EXTRA\n"
               " 1  a long name  x\n"
               "10  b            yy\n");
 }
 
 TEST(TextTableTest, TableThatJustFitsIsLeftAlone) {
-    EXPECT_EQ(Format(ROWS, 22, UTF8), Format(ROWS, ANY_WIDTH, UTF8));
+    EXPECT_EQ(Format(ROWS, 22, WIDE_STYLE), Format(ROWS, ANY_WIDTH, WIDE_STYLE));
 }
 
 TEST(TextTableTest, ColumnIsShortenedBeforeAnyIsLeftOut) {
-    EXPECT_EQ(Format(ROWS, 21, UTF8),
+    EXPECT_EQ(Format(ROWS, 21, WIDE_STYLE),
               "NO  NAME        EXTRA\n"
               " 1  a long na…  x\n"
               "10  b           yy\n");
 }
 
 TEST(TextTableTest, LeastImportantColumnIsLeftOutFirst) {
-    EXPECT_EQ(Format(ROWS, 14, UTF8),
+    EXPECT_EQ(Format(ROWS, 14, WIDE_STYLE),
               "NO  NAME\n"
               " 1  a l…\n"
               "10  b\n"
@@ -53,14 +53,14 @@ TEST(TextTableTest, LeastImportantColumnIsLeftOutFirst) {
 }
 
 TEST(TextTableTest, MostImportantColumnStaysAndIsCutToTheWidth) {
-    EXPECT_THAT(Format(ROWS, 2, UTF8), StartsWith("NO\n"
-                                                  " 1\n"
-                                                  "10\n"
-                                                  "Not"));
-    EXPECT_THAT(Format(ROWS, 1, UTF8), StartsWith("N\n"
-                                                  " \n"
-                                                  "1\n"
-                                                  "Not"));
+    EXPECT_THAT(Format(ROWS, 2, WIDE_STYLE), StartsWith("NO\n"
+                                                        " 1\n"
+                                                        "10\n"
+                                                        "Not"));
+    EXPECT_THAT(Format(ROWS, 1, WIDE_STYLE), StartsWith("N\n"
+                                                        " \n"
+                                                        "1\n"
+                                                        "Not"));
 }
 
 TEST(TextTableTest, AsciiShortensWithATilde) {
@@ -69,7 +69,7 @@ TEST(TextTableTest, AsciiShortensWithATilde) {
 
 TEST(TextTableTest, CharactersCountNotBytes) {
     const std::vector<CTableRow> rows = {{{"1", "ääääää", "x"}, ""}};
-    EXPECT_EQ(Format(rows, 16, UTF8),
+    EXPECT_EQ(Format(rows, 16, WIDE_STYLE),
               "NO  NAME   EXTRA\n"
               " 1  ääää…  x\n");
 }
@@ -79,7 +79,7 @@ TEST(TextTableTest, RowsOfAllScriptsLineUp) {
     for (const qortest::CWideName& name : qortest::WIDE_NAMES) {
         rows.push_back({{"1", name.text, "end"}, ""});
     }
-    const std::string table = qortest::Flat(Format(rows, ANY_WIDTH, UTF8));
+    const std::string table = qortest::Flat(Format(rows, ANY_WIDTH, WIDE_STYLE));
     size_t lines = 0;
     for (size_t begin = 0, end; (end = table.find('\n', begin)) != std::string::npos;
          begin = end + 1) {
@@ -94,23 +94,24 @@ TEST(TextTableTest, WideCharacterThatDoesNotFitLeavesABlank) {
     const std::vector<CTableRow> rows = {{{"1", "\u6570\u636E\u5E93", "x"}, ""},
                                          {{"2", "De\u0301mo\u0302ab", "y"}, ""},
                                          {{"3", "\u05E9\u05B8\u05DC\u05D5\u05B9\u05DD!", "z"}, ""}};
-    EXPECT_EQ(Format(rows, 15, UTF8),
+    EXPECT_EQ(Format(rows, 15, WIDE_STYLE),
               "NO  NAME  EXTRA\n"
               " 1  \u6570\u2026   x\n"
               " 2  De\u0301m\u2026  y\n"
               " 3  \u05E9\u05B8\u05DC\u05D5\u05B9\u2026  z\n");
-    EXPECT_NE(Format(rows, 16, UTF8).find("\n 1  \u6570\u636E\u2026  x\n"), std::string::npos);
+    EXPECT_NE(Format(rows, 16, WIDE_STYLE).find("\n 1  \u6570\u636E\u2026  x\n"),
+              std::string::npos);
 }
 
 TEST(TextTableTest, ColumnWithoutTextIsLeftOut) {
     const std::vector<CTableRow> rows = {{{"1", "", "x"}, ""}};
-    EXPECT_EQ(Format(rows, ANY_WIDTH, UTF8),
+    EXPECT_EQ(Format(rows, ANY_WIDTH, WIDE_STYLE),
               "NO  EXTRA\n"
               " 1  x\n");
 }
 
 TEST(TextTableTest, NoRowsNoTable) {
-    EXPECT_EQ(Format({}, ANY_WIDTH, UTF8), "");
+    EXPECT_EQ(Format({}, ANY_WIDTH, WIDE_STYLE), "");
 }
 
 TEST(TextTableTest, ColourSurroundsLinesOnlyWhereTheStyleHasIt) {
@@ -118,7 +119,7 @@ TEST(TextTableTest, ColourSurroundsLinesOnlyWhereTheStyleHasIt) {
     EXPECT_EQ(Format(rows, ANY_WIDTH, {.utf8 = true, .colour = true}),
               "\x1b[1mNO  NAME  EXTRA\x1b[0m\n"
               "\x1b[31m 1  a     x\x1b[0m\n");
-    EXPECT_EQ(Format(rows, ANY_WIDTH, UTF8).find('\x1b'), std::string::npos);
+    EXPECT_EQ(Format(rows, ANY_WIDTH, WIDE_STYLE).find('\x1b'), std::string::npos);
 }
 
 TEST(TextTableTest, WidthIsUnlimitedWithoutATerminal) {

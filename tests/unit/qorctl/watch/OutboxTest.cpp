@@ -10,10 +10,10 @@ namespace {
 using qorctl::CJson;
 using qorctl::COutbox;
 
-constexpr int64_t NOVEMBER = 1795168800;
+constexpr int64_t SENT_AT = 1795168800;
 
 CJson Event(const std::string& summary) {
-    CJson event = qorctl::NewEvent(NOVEMBER, "change");
+    CJson event = qorctl::NewEvent(SENT_AT, "change");
     event["severity"] = "OK";
     event["object"] = "server";
     event["summary"] = summary;
@@ -33,7 +33,7 @@ TEST(OutboxTest, EventsComeInTheirOrderUnderIdsOfTheirOwn) {
     COutbox outbox;
     std::set<std::string> ids;
     for (int i = 0; i < 3; ++i) {
-        outbox.Add(Event(std::to_string(i)), NOVEMBER);
+        outbox.Add(Event(std::to_string(i)), SENT_AT);
     }
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(Head(outbox)["summary"], std::to_string(i));
@@ -47,33 +47,33 @@ TEST(OutboxTest, EventsComeInTheirOrderUnderIdsOfTheirOwn) {
 TEST(OutboxTest, OutboxesHaveIdsOfTheirOwn) {
     COutbox one;
     COutbox other;
-    one.Add(Event("a"), NOVEMBER);
-    other.Add(Event("a"), NOVEMBER);
+    one.Add(Event("a"), SENT_AT);
+    other.Add(Event("a"), SENT_AT);
     EXPECT_NE(Head(one)["id"], Head(other)["id"]);
 }
 
 TEST(OutboxTest, NothingIsHandedOverBeforeItIsInTheFile) {
     COutbox outbox;
-    outbox.Add(Event("a"), NOVEMBER);
+    outbox.Add(Event("a"), SENT_AT);
     EXPECT_FALSE(outbox.IsHeadKept());
     outbox.MarkKept();
     EXPECT_TRUE(outbox.IsHeadKept());
-    outbox.Add(Event("b"), NOVEMBER);
+    outbox.Add(Event("b"), SENT_AT);
     outbox.Strike();
     EXPECT_FALSE(outbox.IsHeadKept());
 }
 
 TEST(OutboxTest, WhatIsReadBackIsTheSameAndGoesOnCounting) {
     COutbox outbox;
-    outbox.Add(Event("struck"), NOVEMBER);
-    outbox.Add(Event("a\nb \x1b \xff"), NOVEMBER);
+    outbox.Add(Event("struck"), SENT_AT);
+    outbox.Add(Event("a\nb \x1b \xff"), SENT_AT);
     outbox.Strike();
     COutbox back = ReadBack(outbox);
     EXPECT_EQ(back.Head(), outbox.Head());
     EXPECT_EQ(back.Members(), outbox.Members());
     EXPECT_TRUE(back.IsHeadKept());
     back.Strike();
-    back.Add(Event("next"), NOVEMBER);
+    back.Add(Event("next"), SENT_AT);
     const std::string id = Head(back)["id"];
     EXPECT_TRUE(id.ends_with("-3")) << id;
 }
@@ -84,7 +84,7 @@ TEST(OutboxTest, OldestEventsBecomeOneThatCountsThem) {
     uint64_t lost = 0;
     constexpr size_t MANY = 2 * COutbox::MOST_EVENTS + 500;
     for (size_t i = 0; i < MANY; ++i) {
-        outbox.Add(Event(std::to_string(i)), NOVEMBER);
+        outbox.Add(Event(std::to_string(i)), SENT_AT);
         ASSERT_LE(outbox.Size(), COutbox::MOST_EVENTS);
     }
     outbox = ReadBack(outbox);
@@ -99,10 +99,10 @@ TEST(OutboxTest, OldestEventsBecomeOneThatCountsThem) {
 
 TEST(OutboxTest, EventThatIsBeingHandedOverStays) {
     COutbox outbox;
-    outbox.Add(Event("first"), NOVEMBER);
+    outbox.Add(Event("first"), SENT_AT);
     outbox.Hold(true);
     for (size_t i = 0; i <= COutbox::MOST_EVENTS; ++i) {
-        outbox.Add(Event("other"), NOVEMBER);
+        outbox.Add(Event("other"), SENT_AT);
     }
     EXPECT_EQ(Head(outbox)["summary"], "first");
     outbox.Strike();
@@ -112,7 +112,7 @@ TEST(OutboxTest, EventThatIsBeingHandedOverStays) {
 TEST(OutboxTest, LargeEventsAreFewer) {
     COutbox outbox;
     for (int i = 0; i < 100; ++i) {
-        outbox.Add(Event(std::string(200000, 'x')), NOVEMBER);
+        outbox.Add(Event(std::string(200000, 'x')), SENT_AT);
         ASSERT_LE(outbox.Members().size(), COutbox::MOST_BYTES + 1000);
     }
     EXPECT_EQ(Head(outbox)["count"].get<size_t>() + outbox.Size() - 1, 100U);

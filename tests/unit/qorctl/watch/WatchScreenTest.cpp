@@ -9,10 +9,10 @@ namespace {
 using qorctl::CTick;
 using testing::ElementsAre;
 
-constexpr int64_t NOVEMBER = 1795168800;  // 2026-11-20T10:00:00Z
-constexpr qorctl::CTextStyle UTF8 = {.utf8 = true, .colour = false};
+constexpr int64_t SHOWN_AT = 1795168800;  // 2026-11-20T10:00:00Z
+constexpr qorctl::CTextStyle SCREEN_STYLE = {.utf8 = true, .colour = false};
 constexpr qorctl::CScreenSize LARGE = {.rows = 50, .columns = 200};
-constexpr int64_t MINUTE = 60000;
+constexpr int64_t MINUTE_ON_SCREEN = 60000;
 constexpr qorctl::CMoment AT_ONCE = {};
 
 // What a screen shows, without the lines that stay empty and the last one, which says how to go on.
@@ -27,7 +27,7 @@ std::vector<std::string> Lines(qorctl::CWatchScreen& screen, const qorctl::CScre
 
 CTick Answer() {
     CTick tick;
-    tick.wallTime = NOVEMBER;
+    tick.wallTime = SHOWN_AT;
     tick.status = qorctl::EHealth::CRITICAL;
     tick.answer.outcome = qorctl::EOutcome::ANSWERED;
     qorctl::CLogicalDrive logicalDrive;
@@ -59,7 +59,7 @@ TEST(WatchScreenTest, StatusFindingsChangesAndObjectsAreShown) {
     qorctl::CWatchScreen screen(10);
     screen.Take(Answer());
     EXPECT_THAT(
-        screen.Lines({.rows = 16, .columns = 200}, UTF8, AT_ONCE),
+        screen.Lines({.rows = 16, .columns = 200}, SCREEN_STYLE, AT_ONCE),
         ElementsAre("CRITICAL  qorctl watch, every 10 s: 2026-11-20T10:00:00Z",
                     "the data is 0 s old", "CRITICAL: controller 0 logical drive LD1: Degraded", "",
                     "Latest changes",
@@ -76,10 +76,10 @@ TEST(WatchScreenTest, FailedRequestStandsAboveTheLastAnswer) {
     qorctl::CWatchScreen screen(10);
     screen.Take(Answer());
     CTick failed;
-    failed.wallTime = NOVEMBER + 10;
+    failed.wallTime = SHOWN_AT + 10;
     failed.answer.sentence = "the RAID tool did not answer in time";
     screen.Take(failed);
-    const std::vector<std::string> lines = Lines(screen, LARGE, UTF8);
+    const std::vector<std::string> lines = Lines(screen, LARGE, SCREEN_STYLE);
     EXPECT_EQ(lines[0], "UNKNOWN  qorctl watch, every 10 s: 2026-11-20T10:00:10Z");
     EXPECT_EQ(lines[2], "no answer: the RAID tool did not answer in time");
     EXPECT_EQ(lines[3], "the last answer, of 2026-11-20T10:00:00Z:");
@@ -92,7 +92,7 @@ TEST(WatchScreenTest, FailureWithoutAnAnswerBeforeStandsAlone) {
     CTick failed;
     failed.answer.sentence = "the RAID tool is not installed";
     screen.Take(failed);
-    EXPECT_THAT(Lines(screen, LARGE, UTF8),
+    EXPECT_THAT(Lines(screen, LARGE, SCREEN_STYLE),
                 ElementsAre("UNKNOWN  qorctl watch, every 10 s: 1970-01-01T00:00:00Z",
                             "no data yet", "no answer: the RAID tool is not installed"));
 }
@@ -100,13 +100,13 @@ TEST(WatchScreenTest, FailureWithoutAnAnswerBeforeStandsAlone) {
 TEST(WatchScreenTest, AgeOfTheDataAndTheWaitAreShown) {
     qorctl::CWatchScreen screen(10);
     EXPECT_THAT(
-        screen.Lines({.rows = 3, .columns = 80}, UTF8, {.now = 7000, .askedAt = 5000}),
+        screen.Lines({.rows = 3, .columns = 80}, SCREEN_STYLE, {.now = 7000, .askedAt = 5000}),
         ElementsAre("UNKNOWN  qorctl watch, every 10 s", "no data yet; asking for 2 s", ""));
     CTick tick = Answer();
     tick.time = 10000;
     screen.Take(tick);
     const auto age = [&](const qorctl::CMoment& moment) {
-        return screen.Lines(LARGE, UTF8, moment)[1];
+        return screen.Lines(LARGE, SCREEN_STYLE, moment)[1];
     };
     EXPECT_EQ(age({.now = 12500}), "the data is 2 s old");
     EXPECT_EQ(age({.now = 13500, .askedAt = 13000}), "the data is 3 s old");
@@ -123,7 +123,7 @@ TEST(WatchScreenTest, ProblemsComeFirst) {
                             {qorctl::EHealth::WARNING, "", "d", "4"}};
     qorctl::CWatchScreen screen(10);
     screen.Take(tick);
-    std::vector<std::string> lines = Lines(screen, LARGE, UTF8);
+    std::vector<std::string> lines = Lines(screen, LARGE, SCREEN_STYLE);
     lines.resize(7);
     EXPECT_THAT(lines, ElementsAre(testing::_, testing::_, "CRITICAL: c: 3", "CRITICAL: e: 5",
                                    "UNKNOWN: b: 2", "WARNING: a: 1", "WARNING: d: 4"));
@@ -134,11 +134,11 @@ std::string ProgressLine(const std::vector<CTick>& ticks) {
     qorctl::CWatchScreen screen(10);
     int64_t now = 0;
     for (CTick tick : ticks) {
-        now += MINUTE;
+        now += MINUTE_ON_SCREEN;
         tick.time = now;
         screen.Take(tick);
     }
-    const std::vector<std::string> lines = screen.Lines(LARGE, UTF8, {.now = now});
+    const std::vector<std::string> lines = screen.Lines(LARGE, SCREEN_STYLE, {.now = now});
     return lines[lines.size() - 2];
 }
 
@@ -166,7 +166,9 @@ TEST(WatchScreenTest, RebuildTellsTheTimeThatIsLeft) {
 TEST(WatchScreenTest, BodyScrollsBetweenHeadAndProgress) {
     qorctl::CWatchScreen screen(10);
     screen.Take(Answer());
-    const auto lines = [&] { return screen.Lines({.rows = 7, .columns = 80}, UTF8, AT_ONCE); };
+    const auto lines = [&] {
+        return screen.Lines({.rows = 7, .columns = 80}, SCREEN_STYLE, AT_ONCE);
+    };
     using qorctl::EScroll;
     const std::string head = "CRITICAL  qorctl watch, every 10 s: 2026-11-20T10:00:00Z";
     const std::string age = "the data is 0 s old";
@@ -190,7 +192,8 @@ TEST(WatchScreenTest, BodyScrollsBetweenHeadAndProgress) {
     }
     screen.Scroll(EScroll::TO_END);
     EXPECT_EQ(lines()[4], "   0   3  REBUILD       42%  RG0    LD1    31C");
-    EXPECT_EQ(Lines(screen, LARGE, UTF8)[2], "CRITICAL: controller 0 logical drive LD1: Degraded");
+    EXPECT_EQ(Lines(screen, LARGE, SCREEN_STYLE)[2],
+              "CRITICAL: controller 0 logical drive LD1: Degraded");
 }
 
 TEST(WatchScreenTest, ManyRebuildsTakeHalfOfTheScreen) {
@@ -198,16 +201,17 @@ TEST(WatchScreenTest, ManyRebuildsTakeHalfOfTheScreen) {
     tick.answer.inventory.physicalDrives.resize(20, tick.answer.inventory.physicalDrives[0]);
     qorctl::CWatchScreen screen(10);
     screen.Take(tick);
-    const std::vector<std::string> lines = screen.Lines({.rows = 13, .columns = 80}, UTF8, AT_ONCE);
+    const std::vector<std::string> lines =
+        screen.Lines({.rows = 13, .columns = 80}, SCREEN_STYLE, AT_ONCE);
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "controller 0 drive PD3: REBUILD 42%"), 5);
 }
 
 TEST(WatchScreenTest, LastWordsHaveProblemsAndAllChanges) {
     qorctl::CWatchScreen screen(10);
-    EXPECT_EQ(screen.LastWords(UTF8, AT_ONCE), "");
+    EXPECT_EQ(screen.LastWords(SCREEN_STYLE, AT_ONCE), "");
     screen.Take(Answer());
     CTick failed;
-    failed.wallTime = NOVEMBER + 10;
+    failed.wallTime = SHOWN_AT + 10;
     failed.answer.sentence = "the RAID tool did not answer in time";
     screen.Take(failed);
     EXPECT_EQ(screen.LastWords({.utf8 = true, .colour = true, .width = 10}, AT_ONCE),
@@ -226,7 +230,7 @@ TEST(WatchScreenTest, LastWordsSayHowManyChangesWereForgotten) {
     for (size_t i = 0; i < qorctl::CWatchScreen::KEPT_CHANGES + 2; ++i) {
         screen.Take(Answer());
     }
-    const std::string words = screen.LastWords(UTF8, AT_ONCE);
+    const std::string words = screen.LastWords(SCREEN_STYLE, AT_ONCE);
     EXPECT_THAT(words, testing::HasSubstr("Changes\n... and 2 earlier ones\n2026-"));
     EXPECT_EQ(std::count(words.begin(), words.end(), '\n'), 1000 + 6);
 }
@@ -234,12 +238,13 @@ TEST(WatchScreenTest, LastWordsSayHowManyChangesWereForgotten) {
 TEST(WatchScreenTest, LinesFitTheScreen) {
     qorctl::CWatchScreen screen(10);
     screen.Take(Answer());
-    EXPECT_THAT(screen.Lines({.rows = 3, .columns = 12}, UTF8, AT_ONCE),
+    EXPECT_THAT(screen.Lines({.rows = 3, .columns = 12}, SCREEN_STYLE, AT_ONCE),
                 ElementsAre("CRITICAL  qo", "the data is ", "controller 0"));
-    EXPECT_THAT(screen.Lines({.rows = 1, .columns = 1}, UTF8, AT_ONCE), ElementsAre("C"));
+    EXPECT_THAT(screen.Lines({.rows = 1, .columns = 1}, SCREEN_STYLE, AT_ONCE), ElementsAre("C"));
     for (size_t rows = 1; rows < 30; ++rows) {
         for (size_t columns = 1; columns < 30; ++columns) {
-            const auto lines = screen.Lines({.rows = rows, .columns = columns}, UTF8, AT_ONCE);
+            const auto lines =
+                screen.Lines({.rows = rows, .columns = columns}, SCREEN_STYLE, AT_ONCE);
             EXPECT_EQ(lines.size(), rows);
             for (const std::string& line : lines) {
                 EXPECT_LE(qorctl::CountColumns(line), columns) << line;
@@ -261,10 +266,10 @@ TEST(WatchScreenTest, NarrowScreenLeavesTheProductOut) {
                      qorctl::CQuantity{"FAILED", std::nullopt}, std::nullopt, drive}};
     qorctl::CWatchScreen screen(10);
     screen.Take(tick);
-    std::vector<std::string> lines = Lines(screen, {.rows = 50, .columns = 67}, UTF8);
+    std::vector<std::string> lines = Lines(screen, {.rows = 50, .columns = 67}, SCREEN_STYLE);
     EXPECT_EQ(lines[2], "CRITICAL: controller 0 drive 252:3 (PD3, serial S1, ST600): FAILED");
     EXPECT_EQ(lines[4], "10:00:00Z controller 0 drive 252:3 (PD3, serial S1): gone, FAILED");
-    lines = Lines(screen, {.rows = 50, .columns = 60}, UTF8);
+    lines = Lines(screen, {.rows = 50, .columns = 60}, SCREEN_STYLE);
     EXPECT_EQ(lines[2], "CRITICAL: controller 0 drive 252:3 (PD3, serial S1): FAILED");
     EXPECT_EQ(lines[4], "10:00:00Z controller 0 drive 252:3 (PD3, serial S1): gone,");
     EXPECT_EQ(lines[5], "  FAILED");
@@ -276,8 +281,8 @@ TEST(WatchScreenTest, CharactersOfSeveralBytesAreCutWhole) {
     CTick failed;
     failed.answer.sentence = "Däta";
     screen.Take(failed);
-    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 13}, UTF8)[3], "  Däta");
-    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 4}, UTF8)[4], "  Dä");
+    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 13}, SCREEN_STYLE)[3], "  Däta");
+    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 4}, SCREEN_STYLE)[4], "  Dä");
     EXPECT_EQ(Lines(screen, LARGE, {})[2], "no answer: D\\xc3\\xa4ta");
 }
 
@@ -292,7 +297,7 @@ TEST(WatchScreenTest, LogicalDrivesNamedInAllScriptsLineUp) {
     }
     qorctl::CWatchScreen screen(10);
     screen.Take(tick);
-    const std::vector<std::string> lines = Lines(screen, LARGE, UTF8);
+    const std::vector<std::string> lines = Lines(screen, LARGE, SCREEN_STYLE);
     EXPECT_EQ(lines[6].find("STATE"), 22U);
     for (size_t i = 0; i < drives.size(); ++i) {
         EXPECT_EQ(qortest::Flat(lines[7 + i]).find("Degraded"), 22U) << lines[7 + i];
@@ -304,9 +309,10 @@ TEST(WatchScreenTest, WideCharactersAreCutAtTheEdgeOfTheScreen) {
     CTick failed;
     failed.answer.sentence = "\u6570\u636E";
     screen.Take(failed);
-    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 5}, UTF8)[4], "  \u6570");
-    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 6}, UTF8)[4], "  \u6570\u636E");
-    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 15}, UTF8)[2], "no answer: \u6570\u636E");
+    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 5}, SCREEN_STYLE)[4], "  \u6570");
+    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 6}, SCREEN_STYLE)[4], "  \u6570\u636E");
+    EXPECT_EQ(Lines(screen, {.rows = 50, .columns = 15}, SCREEN_STYLE)[2],
+              "no answer: \u6570\u636E");
 }
 
 TEST(WatchScreenTest, ProblemsHaveColoursWhereTheStyleHasThem) {
@@ -321,10 +327,10 @@ TEST(WatchScreenTest, OnlyTheLatestChangesAreShown) {
     qorctl::CWatchScreen screen(10);
     for (int i = 0; i < 12; ++i) {
         CTick tick = Answer();
-        tick.wallTime = NOVEMBER + i;
+        tick.wallTime = SHOWN_AT + i;
         screen.Take(tick);
     }
-    const std::vector<std::string> lines = Lines(screen, LARGE, UTF8);
+    const std::vector<std::string> lines = Lines(screen, LARGE, SCREEN_STYLE);
     EXPECT_THAT(lines[4], testing::StartsWith("10:00:11Z "));
     EXPECT_THAT(lines[13], testing::StartsWith("10:00:02Z "));
     EXPECT_EQ(lines[14], "0 controllers, 1 logical drive, 1 drive, 0 PCIe SSDs");

@@ -16,12 +16,12 @@ using qorctl::EWake;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr int64_t NOVEMBER = 1795168800;  // 2026-11-20T10:00:00Z
+constexpr int64_t BEGAN_AT = 1795168800;  // 2026-11-20T10:00:00Z
 
 class CTestClock : public qorctl::IWatchClock {
 public:
     int64_t Now() override { return m_Now; }
-    int64_t WallTime() override { return NOVEMBER + m_Now / 1000; }
+    int64_t WallTime() override { return BEGAN_AT + m_Now / 1000; }
     EWake WaitUntil(int64_t time, int input, const pollfd& /*terminal*/) override {
         m_Waits.push_back(time);
         m_Input = input;
@@ -350,7 +350,7 @@ TEST_F(WatchTest, TextsOfTheToolStayOnTheirLine) {
 }
 
 TEST_F(WatchTest, TimesAreUtc) {
-    EXPECT_EQ(qorctl::FormatTime(NOVEMBER), "2026-11-20T10:00:00Z");
+    EXPECT_EQ(qorctl::FormatTime(BEGAN_AT), "2026-11-20T10:00:00Z");
     EXPECT_EQ(qorctl::FormatTime(0), "1970-01-01T00:00:00Z");
     EXPECT_EQ(qorctl::FormatTime(INT64_MAX), "?");
 }
