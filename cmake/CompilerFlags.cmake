@@ -63,17 +63,6 @@ if(NOT QOR_SANITIZE)
   target_link_options(qor_no_undefined INTERFACE -Wl,-z,defs)
 endif()
 
-# qor_precompile(TARGET HEADERS...): large headers are read once for a target, not once a file. A
-# compiler cache shares objects between build folders, which a precompiled header would prevent.
-function(qor_precompile target)
-  if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    target_precompile_headers(${target} PRIVATE ${ARGN})
-    # g++ 12 then sees an overflow inside libstdc++ where a literal and a temporary string are added.
-    target_compile_options(${target} PRIVATE
-      $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds$<SEMICOLON>-Wno-stringop-overflow>)
-  endif()
-endfunction()
-
 # qor_compile_together(TARGETS...): for the checks, several files of a target are compiled as one, which
 # reads the large headers once, and optimises once what they make of them.
 function(qor_compile_together)
