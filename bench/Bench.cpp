@@ -71,7 +71,8 @@ double WallSeconds() {
     return Seconds(CLOCK_MONOTONIC);
 }
 
-double RunProgram(const std::vector<std::string>& arguments, const std::string& outFile) {
+double RunProgram(const std::vector<std::string>& arguments, const std::string& outFile,
+                  int expectedStatus) {
     std::vector<char*> pointers;
     for (const std::string& argument : arguments) {
         pointers.push_back(const_cast<char*>(argument.c_str()));
@@ -88,7 +89,8 @@ double RunProgram(const std::vector<std::string>& arguments, const std::string& 
     posix_spawn_file_actions_destroy(&actions);
     int status = 0;
     rusage usage = {};
-    if (wait4(child, &status, 0, &usage) != child || status != 0) {
+    if (wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) ||
+        WEXITSTATUS(status) != expectedStatus) {
         Fail(arguments[0]);
     }
     return Seconds(usage.ru_utime) + Seconds(usage.ru_stime);

@@ -22,7 +22,8 @@ double WallSeconds();
 
 // Starts a program with standard output in a file and nothing else, and waits for it. The program's
 // processor time, or a failure of the whole benchmark.
-double RunProgram(const std::vector<std::string>& arguments, const std::string& outFile);
+double RunProgram(const std::vector<std::string>& arguments, const std::string& outFile,
+                  int expectedStatus = 0);
 // `sh -c command`, likewise.
 void RunShell(const std::string& command, const std::string& outFile);
 

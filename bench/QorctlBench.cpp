@@ -6,6 +6,7 @@
 namespace {
 
 constexpr int CONTROLLERS = 4;
+constexpr int CRITICAL = 2;  // what `check` says of that server
 
 template <class Work>
 void RegisterWay(const std::string& name, int repetitions, Work work) {
@@ -37,11 +38,12 @@ std::vector<std::string> StorageCommands() {
 }
 
 void RegisterRequest(const std::string& name, const std::vector<std::string>& options,
-                     const std::vector<std::string>& commands) {
+                     const std::vector<std::string>& commands, int status = 0) {
     const std::string output = qorbench::ScratchDir() + "/output";
     std::vector<std::string> program = {QORBENCH_QORCTL};
     program.insert(program.end(), options.begin(), options.end());
-    RegisterWay(name + "/240 drives/ours", 15, [=] { qorbench::RunProgram(program, output); });
+    RegisterWay(name + "/240 drives/ours", 15,
+                [=] { qorbench::RunProgram(program, output, status); });
     RegisterWay(name + "/240 drives/floor", 15, [=] {
         for (const std::string& command : commands) {
             qorbench::RunForReport("/opt/tarmica/krz/cli/krzcli " + command, output);
@@ -54,6 +56,9 @@ void RegisterRequest(const std::string& name, const std::vector<std::string>& op
 
 int main(int argc, char** argv) {
     RegisterRequest("qorctl raid", {"raid", "--format", "json"}, RaidCommands());
+    RegisterRequest("qorctl svp", {"svp"}, RaidCommands());
+    RegisterRequest("qorctl status", {"status"}, StorageCommands());
+    RegisterRequest("qorctl check", {"check"}, StorageCommands(), CRITICAL);
     RegisterRequest("qorctl metrics", {"metrics"}, StorageCommands());
     RegisterStart("ours", {QORBENCH_QORCTL, "--version"});
     RegisterStart("peer:smartctl", {"/usr/sbin/smartctl", "--version"});

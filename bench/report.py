@@ -25,13 +25,16 @@ MEASURES = {
     "getter pd": Measure("physical drive getter", CPU, "the lines read, the items made", 1.5, 5),
     "getter smart": Measure("SMART getter", CPU, "the lines read, the items made", 1.5, 5),
     "getter pssd": Measure("PCIe SSD getter", CPU, "the lines read, the items made", 1.5, 5),
-    "xml": Measure("XML", CPU, "the texts and tags appended", 2.0, 1),
+    "xml": Measure("XML", CPU, "the texts and tags appended", 1.4, 1),
     "form": Measure("form to digits", CPU, "the bytes by table", 2.0, None),
     "form from items": Measure("items to form to digits", CPU, "the bytes by table", 2.0, None),
     "command": Measure("run of a command", WALL, "posix_spawn and wait", 1.05, None),
-    "request": Measure("whole request", WALL, "the tool runs, its lines read", 1.10, None),
-    "qorctl raid": Measure("`qorctl raid --format json`", WALL, "the same, `true`", 1.15, None),
-    "qorctl metrics": Measure("`qorctl metrics`", WALL, "the same, `true`", 1.15, None),
+    "request": Measure("whole request", WALL, "the tool runs, its lines read", 1.04, None),
+    "qorctl svp": Measure("`qorctl svp`", WALL, "the same, `true`", 1.10, None),
+    "qorctl raid": Measure("`qorctl raid --format json`", WALL, "the same, `true`", 1.10, None),
+    "qorctl status": Measure("`qorctl status`", WALL, "the same, `true`", 1.10, None),
+    "qorctl check": Measure("`qorctl check`", WALL, "the same, `true`", 1.10, None),
+    "qorctl metrics": Measure("`qorctl metrics`", WALL, "the same, `true`", 1.10, None),
     "start": Measure("start of `qorctl`", WALL, None, None, 1),
     "presence": Measure("presence check", CPU, "the two files read", 5.0, None),
     "trace off": Measure("trace switched off", CPU, "no trace call built in", 1.03, None),
@@ -231,7 +234,7 @@ def chart(results, measures, path):
 CHARTS = {
     "getters": ("Getters", ["getter ctrl", "getter ld", "getter pd", "getter smart", "getter pssd"]),
     "documents": ("XML and the form", ["xml", "form", "form from items"]),
-    "processes": ("Commands and requests", ["command", "request", "qorctl raid", "qorctl metrics"]),
+    "processes": ("Commands and requests", ["command", "request", "qorctl raid", "qorctl check", "qorctl metrics"]),
 }
 
 
