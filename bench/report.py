@@ -64,12 +64,14 @@ class Results:
         self.counters = collections.defaultdict(list)
         self.pages = collections.defaultdict(list)
         self.growth = []
+        self.loads = []  # of the last minute, when each program began
         for path in sorted(glob.glob(os.path.join(directory, "*.json"))):
             with open(path, encoding="utf-8") as file:
                 content = json.load(file)
             if os.path.basename(path) == "growth.json":
                 self.growth = content
             else:
+                self.loads += content.get("context", {}).get("load_avg", [])[:1]
                 self.take(content["benchmarks"])
 
     def take(self, benchmarks):
@@ -192,16 +194,15 @@ def first_line(command):
     return subprocess.run(command, check=True, capture_output=True, text=True).stdout.split("\n")[0]
 
 
-def machine():
+def machine(loads):
     with open("/proc/cpuinfo", encoding="utf-8") as file:
         model = re.search(r"model name\s*: (.*)", file.read())
     with open("/proc/meminfo", encoding="utf-8") as file:
         kib = int(file.readline().split()[1])
-    load = os.getloadavg()
     return (f"{os.cpu_count()} processors {model[1] if model else platform.machine()}, "
             f"{kib / 2**20:.0f} GiB memory, Linux {platform.release()}, "
             f"{platform.freedesktop_os_release()['PRETTY_NAME']}, {first_line(['g++', '--version'])}, "
-            f"preset `release`. Load average at the end {load[0]:.1f}, {load[1]:.1f}, {load[2]:.1f}")
+            f"preset `release`. Load average when a measure began: {min(loads):.1f} to {max(loads):.1f}")
 
 
 def chart(results, measures, path):
@@ -261,7 +262,7 @@ def main(directory, page):
                         memory_rows(results)),
         "PAGES": table(("Page of", "Files", "Page", "Time of a processor", "Peak of memory"),
                        page_rows(results)),
-        "MACHINE": machine(),
+        "MACHINE": machine(results.loads),
         "CHARTS": charts,
     }
     for name, part in parts.items():
