@@ -96,7 +96,8 @@ std::string ProblemOf(const json& call) {
 bool DemandTools(const json& tools, std::string& error) {
     const std::vector<std::string>& known = RecordableTools();
     for (size_t i = 0; i < tools.size(); ++i) {
-        if (std::find(known.begin(), known.end(), tools[i]) == known.end()) {
+        if (std::find(known.begin(), known.end(), tools[i].get_ref<const std::string&>()) ==
+            known.end()) {
             error = fmt::format("/tools/{}: the tools are krzcli, MegaCli and storcli, is \"{}\"",
                                 i, tools[i].get_ref<const std::string&>());
             return false;
