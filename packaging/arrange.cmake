@@ -45,6 +45,11 @@ function(arrange_monitoring)
   move(qor-monitoring/usr/share/qor/qor.default qor-monitoring/etc/default/qor)
   file(MAKE_DIRECTORY ${folder}/etc/qor ${folder}/var/lib/qor)
   file(COPY_FILE ${folder}/usr/share/qor/events/journal ${folder}/etc/qor/event)
+  # The build does not know where a package has its programs.
+  file(GLOB units ${folder}/usr/lib/systemd/system/*.service)
+  foreach(unit IN LISTS units)
+    run(sed -i "s,^ExecStart=[^ ]*/qorctl ,ExecStart=/usr/bin/qorctl ," ${unit})
+  endforeach()
 endfunction()
 
 # write_gzipped FILE TEXT

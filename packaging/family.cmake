@@ -31,7 +31,7 @@ set(qor_text
 set(qor-monitoring_summary "Metrics, events and checks of RAID storage")
 set(qor-monitoring_text
   "Units for systemd that write metrics for a Prometheus node exporter and pass"
-  "on events, both off at first; alerting rules, a dashboard for Grafana, and"
+  "on events, both off at first. Alerting rules, a dashboard for Grafana, and"
   "examples for Nagios, NRPE, Icinga and sudo.")
 set(qorsim_summary "Simulated server for the RAID information plug-in")
 set(qorsim_text

@@ -57,7 +57,7 @@ constexpr const char* FORMATS_ABOUT =
 
 constexpr const char* RAID_EXAMPLE =
     "Examples:\n"
-    "  qorctl raid --plugin /usr/local/lib/libqor_MngSrv_QorLib.so\n"
+    "  qorctl raid --plugin /usr/local/lib/qor/libqor_MngSrv_QorLib.so\n"
     "  qorctl raid --format json | jq '.physical_drives[] | select(.status != \"NO ERROR\")'";
 
 constexpr const char* STORAGE_EXAMPLE =

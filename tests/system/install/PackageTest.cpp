@@ -81,6 +81,11 @@ TEST_F(PackageTest, PackageForMonitoringHoldsUnitsAndExamples) {
     EXPECT_THAT(Listing("qor-monitoring"), ContainsRegex("-rwxr-xr-x [^\n]* \\./etc/qor/event\n"));
     EXPECT_EQ(Field("qor-monitoring", "Depends"), "qor (>= " INSTALL_VERSION ")\n");
     EXPECT_EQ(Field("qor-monitoring", "Architecture"), "all\n");
+    EXPECT_THAT(Field("qor-monitoring", "Description"), Not(HasSubstr("\n  ")));
+    const fs::path units = Unpack("qor-monitoring") / "usr/lib/systemd/system";
+    for (const char* unit : {"qor-watch.service", "qor-metrics.service"}) {
+        EXPECT_THAT(qortest::ReadFile(units / unit), HasSubstr("\nExecStart=/usr/bin/qorctl "));
+    }
 }
 
 TEST_F(PackageTest, PackageOfTheSimulatorHoldsItsServers) {

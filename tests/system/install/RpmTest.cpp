@@ -37,6 +37,11 @@ TEST_F(RpmTest, PackagesHoldWhatTheDebianOnesHold) {
     EXPECT_THAT(Query("qor-devel", "--list"), HasSubstr("/usr/lib64/cmake/qor/qorConfig.cmake\n"));
     EXPECT_THAT(Query("qor-monitoring", "--list"),
                 HasSubstr("/usr/lib/systemd/system/qor-watch.service\n"));
+    EXPECT_EQ(Out({"sh", "-c",
+                   "rpm2cpio '" + Package("qor-monitoring") +
+                       "' | cpio --quiet --extract --to-stdout '*.service' | grep -c "
+                       "'^ExecStart=/usr/bin/qorctl '"}),
+              "2\n");
     EXPECT_THAT(Query("qor-debuginfo", "--list"), HasSubstr("/usr/lib/debug/.build-id/"));
 }
 

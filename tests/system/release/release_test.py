@@ -251,4 +251,16 @@ class BillTest(unittest.TestCase):
                                             "qor_1.2.3_amd64.deb is not there\n")
 
 
+class Folder(unittest.TestCase):
+    def test_folder_with_more_than_a_release_is_not_replaced(self):
+        with tempfile.TemporaryDirectory() as folder:
+            photo = pathlib.Path(folder, "photo")
+            photo.write_text("mine", encoding="utf-8")
+            pathlib.Path(folder, "SHA256SUMS").write_text("0  other\n", encoding="utf-8")
+            end = run(TOP / "scripts/release", "--no-rpm", folder)
+            self.assertEqual(end.returncode, 1)
+            self.assertIn(f"{folder} holds something else than a release", end.stderr)
+            self.assertTrue(photo.exists())
+
+
 unittest.main()
