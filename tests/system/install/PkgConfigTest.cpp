@@ -30,8 +30,10 @@ TEST_F(PkgConfigTest, CommonLibraryIsLinked) {
     qortest::WriteFile(Folder() / "user.cpp",
                        "#include <qor/ComLib.h>\n"
                        "int main() { return CStringUtil::NumberToTString(7) == \"7\" ? 0 : 1; }\n");
-    const CEnd end = PkgShell("'" INSTALL_COMPILER "' " INSTALL_HOST_FLAGS
-                              " user.cpp $(pkg-config --cflags --libs qor) -o user && ./user");
+    const CEnd end =
+        PkgShell("'" INSTALL_COMPILER "' " INSTALL_HOST_FLAGS
+                 " user.cpp $(pkg-config --cflags --libs qor) -Wl,-rpath,\"$(pkg-config "
+                 "--variable=libdir qor)\" -o user && ./user");
     EXPECT_EQ(end.status, 0) << end.out << end.err;
 }
 
