@@ -90,9 +90,9 @@ if(CPACK_GENERATOR STREQUAL "DEB")
   set(CPACK_DEBIAN_QOR-MONITORING_PACKAGE_DEPENDS "qor (>= ${version})")
   set(CPACK_DEBIAN_QOR-MONITORING_PACKAGE_SUGGESTS
     "prometheus-node-exporter, nagios-nrpe-server, icinga2-bin, sudo, curl, default-mta | mail-transport-agent")
-  # Until there was a package of its own, qor had its files.
-  set(CPACK_DEBIAN_QOR-MONITORING_PACKAGE_BREAKS "qor (<< ${version})")
-  set(CPACK_DEBIAN_QOR-MONITORING_PACKAGE_REPLACES "qor (<< ${version})")
+  # Until 0.1.0, qor had its files.
+  set(CPACK_DEBIAN_QOR-MONITORING_PACKAGE_BREAKS "qor (<= 0.1.0)")
+  set(CPACK_DEBIAN_QOR-MONITORING_PACKAGE_REPLACES "qor (<= 0.1.0)")
   set(CPACK_DEBIAN_QOR-DEV_PACKAGE_SECTION libdevel)
   set(CPACK_DEBIAN_QOR-DEV_PACKAGE_DEPENDS "qor (= ${version})")
   set(CPACK_DEBIAN_QOR-SYMBOLS_PACKAGE_SECTION debug)

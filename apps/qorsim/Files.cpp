@@ -1,6 +1,8 @@
 #include "Files.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/auxv.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,9 +21,15 @@ constexpr int WRITE_FLAGS = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOC
 constexpr mode_t NEW_FILE_MODE = 0666;
 constexpr const char* SELF = "/proc/self/exe";
 
+// Where there is no /proc, the kernel still tells the path that was executed.
 std::string ReadOwnDirectory() {
     std::error_code failure;
-    return fs::read_symlink(SELF, failure).parent_path();
+    fs::path self = fs::read_symlink(SELF, failure);
+    if (failure) {
+        // Addresses are numbers there. NOLINTNEXTLINE(performance-no-int-to-ptr)
+        self = fs::canonical(reinterpret_cast<const char*>(getauxval(AT_EXECFN)), failure);
+    }
+    return self.parent_path();
 }
 
 // Read at the start: in mounts of its own, in a chroot, the kernel tells another path.

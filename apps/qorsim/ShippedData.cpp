@@ -18,15 +18,8 @@ constexpr const char* SCHEMA_NAME = "host.schema";
 
 }  // namespace
 
-// Where the program is not told its own place (without /proc), a relative path would be left, and
-// the working directory may be anybody's.
 std::string DataDirectory() {
-    if (OwnDirectory().empty()) {
-        return QORSIM_DATA_DIR;
-    }
-    const fs::path installed = fs::path(OwnDirectory()).parent_path() / "share" / "qor";
-    std::error_code failure;
-    return fs::is_directory(installed / "hosts", failure) ? installed.string() : QORSIM_DATA_DIR;
+    return fs::path(OwnDirectory()).parent_path() / "share" / "qor";
 }
 
 std::vector<std::string> ShippedHosts() {

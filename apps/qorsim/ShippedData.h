@@ -7,7 +7,7 @@
 
 namespace qorsim {
 
-// Where they are: "../share/qor" beside an installed program, else the source tree's "data".
+// Where they are: "../share/qor" beside the program's folder, installed or built.
 std::string DataDirectory();
 
 // The names of the shipped host profiles, sorted.

@@ -22,13 +22,13 @@
 // The linker's names of the calls that are redirected, and of what they were.
 extern "C" {
 int __real_open(const char* path, int flags, ...);
-FILE* __real_fopen64(const char* path, const char* mode);
+FILE* __real_fopen(const char* path, const char* mode);
 int __real_fileno(FILE* file);
 int __real_fclose(FILE* file);
 ssize_t __real_read(int fd, void* buffer, size_t size);
 ssize_t __real_pread(int fd, void* buffer, size_t size, off_t offset);
 ssize_t __real_write(int fd, const void* text, size_t size);
-off64_t __real_lseek64(int fd, off64_t offset, int whence);
+off_t __real_lseek(int fd, off_t offset, int whence);
 int __real_close(int fd);
 int __real_unlink(const char* path);
 int __real_mkdir(const char* path, mode_t mode);
@@ -36,12 +36,14 @@ bool __real__ZN4util9GetStatusEPKcR4stat(const char* path, struct stat& status);
 bool __real__ZN4util9GetStatusEiR4stat(int fd, struct stat& status);
 
 int __wrap_open(const char* path, int flags, ...);
+FILE* __wrap_fopen(const char* path, const char* mode);
 FILE* __wrap_fopen64(const char* path, const char* mode);
 int __wrap_fileno(FILE* file);
 int __wrap_fclose(FILE* file);
 ssize_t __wrap_read(int fd, void* buffer, size_t size);
 ssize_t __wrap_pread(int fd, void* buffer, size_t size, off_t offset);
 ssize_t __wrap_write(int fd, const void* text, size_t size);
+off_t __wrap_lseek(int fd, off_t offset, int whence);
 off64_t __wrap_lseek64(int fd, off64_t offset, int whence);
 int __wrap_close(int fd);
 int __wrap_unlink(const char* path);
@@ -204,10 +206,15 @@ int __wrap_open(const char* path, int flags, ...) {
     return __real_open(path, flags, mode);
 }
 
-FILE* __wrap_fopen64(const char* path, const char* mode) {
+// The C++ library calls these two, or those with 64 in their names, as its version is.
+FILE* __wrap_fopen(const char* path, const char* mode) {
     const qorfuzz::CMemoryFile* file = Files().Find(path);
     return file != nullptr ? static_cast<FILE*>(static_cast<void*>(Files().Open(*file)))
-                           : __real_fopen64(path, mode);
+                           : __real_fopen(path, mode);
+}
+
+FILE* __wrap_fopen64(const char* path, const char* mode) {
+    return __wrap_fopen(path, mode);
 }
 
 int __wrap_fileno(FILE* file) {
@@ -246,20 +253,24 @@ ssize_t __wrap_write(int fd, const void* text, size_t size) {
     return __real_write(fd, text, size);
 }
 
-off64_t __wrap_lseek64(int fd, off64_t offset, int whence) {
+off_t __wrap_lseek(int fd, off_t offset, int whence) {
     qorfuzz::CHandle* handle = Files().Handle(fd);
     if (handle == nullptr) {
-        return __real_lseek64(fd, offset, whence);
+        return __real_lseek(fd, offset, whence);
     }
-    const off64_t origin = whence == SEEK_SET   ? 0
-                           : whence == SEEK_CUR ? handle->position
-                                                : static_cast<off64_t>(handle->text->size());
+    const off_t origin = whence == SEEK_SET   ? 0
+                         : whence == SEEK_CUR ? handle->position
+                                              : static_cast<off_t>(handle->text->size());
     if (origin + offset < 0) {
         errno = EINVAL;
         return -1;
     }
     handle->position = origin + offset;
     return handle->position;
+}
+
+off64_t __wrap_lseek64(int fd, off64_t offset, int whence) {
+    return __wrap_lseek(fd, offset, whence);
 }
 
 int __wrap_close(int fd) {

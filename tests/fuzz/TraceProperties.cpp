@@ -16,7 +16,8 @@ namespace {
 constexpr unsigned ALL_LEVELS = 0x7FFFFFFF;
 
 bool IsControl(char c) {
-    return (c >= 0 && c < ' ') || c == 0x7F;
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < ' ' || byte == 0x7F;
 }
 
 __attribute__((format(printf, 3, 4))) void WriteLine(const char* module,

@@ -1,14 +1,13 @@
 // A browser on the pages that qorctl writes of simulated servers. Whatever a page says on the
 // console, or asks for, is kept, and is a failure where a test looks at it.
 import { execFileSync } from 'node:child_process';
-import { existsSync, mkdirSync, mkdtempSync, readdirSync, readFileSync, rmSync, utimesSync, writeFileSync } from 'node:fs';
+import { existsSync, mkdirSync, mkdtempSync, readdirSync, readFileSync, rmSync, symlinkSync, utimesSync, writeFileSync } from 'node:fs';
 import { createRequire } from 'node:module';
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
-import { fileURLToPath, pathToFileURL } from 'node:url';
+import { pathToFileURL } from 'node:url';
 
 const { QORCTL, QORSIM, QOR_PLUGIN, HOSTS, MODULES } = process.env;
-const FONTS = fileURLToPath(new URL('fonts.conf', import.meta.url));
 const WRITTEN = new Date('2026-11-20T10:00:00Z');
 const modules = createRequire(join(MODULES, 'package.json'));
 const { default: puppeteer } = await import(pathToFileURL(modules.resolve('puppeteer-core')));
@@ -98,6 +97,21 @@ export function pageOfBytes(host, replacements) {
 }
 
 // What it keeps goes into our folder, not into somebody's home.
+// On every machine the same two files, of the package fonts-dejavu-core. What fontconfig makes of a
+// choice among the files of a folder is not the same in all of its versions.
+function writeFonts(name, rgba) {
+  const fonts = file('fonts');
+  mkdirSync(fonts, { recursive: true });
+  for (const font of ['DejaVuSans.ttf', 'DejaVuSans-Bold.ttf']) {
+    if (!existsSync(join(fonts, font))) {
+      symlinkSync(join('/usr/share/fonts/truetype/dejavu', font), join(fonts, font));
+    }
+  }
+  const settings = readFileSync(new URL('fonts.conf', import.meta.url), 'utf8');
+  writeFileSync(file(name), settings.replace('FOLDER', fonts).replace('RGBA', rgba));
+  return file(name);
+}
+
 const launch = (fonts, flags = []) => puppeteer.launch({
   executablePath: '/usr/bin/chromium',
   args: ['--no-sandbox', '--disable-gpu', ...flags],
@@ -106,15 +120,13 @@ const launch = (fonts, flags = []) => puppeteer.launch({
 
 // A browser that draws letters as a screen of its own would, with coloured edges.
 export function launchOnOtherScreen() {
-  const fonts = file('screen.conf');
-  writeFileSync(fonts, readFileSync(FONTS, 'utf8').replace('<const>none', '<const>rgb'));
-  return launch(fonts, ['--enable-lcd-text']);
+  return launch(writeFonts('screen.conf', 'rgb'), ['--enable-lcd-text']);
 }
 
 let browser;
 
 export async function start() {
-  browser = await launch(FONTS);
+  browser = await launch(writeFonts('fonts.conf', 'none'));
 }
 
 export async function stop() {

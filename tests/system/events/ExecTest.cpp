@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "EventsFixture.h"
+#include "Rights.h"
 
 namespace {
 
@@ -318,8 +319,7 @@ TEST_F(ExecTest, StateOfSomethingElseStaysAsItIs) {
 
 // Nothing is handed over that an end of the program would forget.
 TEST_F(ExecTest, FullDiskIsToldAndTheEventsComeWhenThereIsRoom) {
-    const CEnd end = Shell("failed-drive", "mkdir disk; cd disk 2> /dev/null; cd ..; " +
-                                               WatchBy(TakingProgram()) + R"(mkdir -p disk
+    WriteFile(Folder() / "script", QORCTL + WatchBy(TakingProgram()) + R"(mkdir disk
 mount -t tmpfs -o size=64k,mode=700 tmpfs disk || exit 9
 state=$PWD/disk/state
 qorctl watch --interval 1 --exec $PWD/program --state $state 2> errors & watch=$!
@@ -329,6 +329,8 @@ until grep -q 'no event is handed over' errors; do sleep 0.05; done
 rm disk/filler
 until [ -e taken ] && [ $(wc -l < taken) -eq 4 ]; do sleep 0.05; done
 kill $watch; wait $watch; echo $?; umount -l disk)");
+    const CEnd end =
+        Shell("failed-drive", qortest::WithMounts() + "sh " + (Folder() / "script").string());
     EXPECT_EQ(end.status, 0) << end.err;
     EXPECT_THAT(end.out, HasSubstr("waiting\n"));
     EXPECT_THAT(Events(), SizeIs(4));

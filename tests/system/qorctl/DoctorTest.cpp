@@ -1,4 +1,5 @@
 // Every check of the doctor with its three verdicts, on a server that is healthy but for one thing.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/mount.h>

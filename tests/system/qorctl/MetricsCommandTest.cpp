@@ -9,6 +9,7 @@
 #include <set>
 
 #include "MetricsReading.h"
+#include "Rights.h"
 #include "ServerFixture.h"
 
 namespace {
@@ -270,11 +271,12 @@ TEST_F(MetricsCommandTest, FailureReplacesTheFileToo) {
 TEST_F(MetricsCommandTest, FileThatCannotBeWrittenIsAsItWas) {
     const std::string folder = Folder() / "full";
     const CEnd end =
-        Shell("small", "mkdir " + folder + "; mount -t tmpfs -o size=8k none " + folder + "; cd " +
-                           folder +
-                           "; echo old > qor.prom; qorctl metrics --output qor.prom; echo $?; "
-                           "cat qor.prom; ls -A; cd /; umount " +
-                           folder);
+        Shell("small", "mkdir " + folder + "; cd " + folder + "; " + qortest::WithMounts() +
+                           "sh -c 'mount -t tmpfs -o size=8k none . && cd $PWD && echo old > "
+                           "qor.prom; " QORCTL_PROGRAM
+                           " metrics --output qor.prom; echo $?; cat qor.prom; ls -A; "
+                           "cd /; umount " +
+                           folder + "'");
     EXPECT_EQ(end.out, "1\nold\nqor.prom\n") << end.err;
     EXPECT_THAT(end.err, HasSubstr("qor.prom could not be written: No space left on device"));
     EXPECT_EQ(Shell("small", "qorctl metrics > /dev/full").status, 1);

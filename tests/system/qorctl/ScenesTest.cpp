@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "GoldenFile.h"
+#include "Rights.h"
 #include "TerminalFixture.h"
 
 namespace {
@@ -16,20 +17,16 @@ struct CScene {
     const char* name;
     const char* server;   // options of the simulated server
     const char* command;  // as the page shows it
-    const char* before;   // what a shell does first
+    std::string before;   // what a shell does first
 };
 
-#define WITHOUT_RIGHTS                                                                          \
-    "setpriv --bounding-set -dac_override,-dac_read_search --inh-caps -dac_override,-dac_read_" \
-    "search "
-
-constexpr CScene SCENES[] = {
+const CScene SCENES[] = {
     {"failed-drive", "--host failed-drive", "qorctl", ""},
     {"rebuild", "--host rebuilding", "qorctl", ""},
     {"hanging-tool", "--host small --fault hang@-pdinfo", "qorctl status --timeout 2", ""},
     {"full-disk", "--host failed-drive --fault result-dir-full", "qorctl", ""},
     {"no-rights", "--host failed-drive", "qorctl",
-     "chmod 0 /opt/tarmica/qor/kam/work/devices.tmp; " WITHOUT_RIGHTS},
+     "chmod 0 /opt/tarmica/qor/kam/work/devices.tmp; " + qortest::WithoutRights()},
 };
 
 constexpr int COLUMNS = 80;

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Rights.h"
 #include "ServerFixture.h"
 
 namespace {
@@ -170,10 +171,8 @@ TEST_F(StatusCommandTest, CardOrSsdThatIsNotReportedIsNotWell) {
 
 // The plug-in counts the drives then, and takes the tool for missing.
 TEST_F(StatusCommandTest, ToolThatThisUserMayNotSeeIsNotMissing) {
-    const CEnd check = Shell("sas",
-                             "chmod 0 /opt/tarmica/krz/cli; setpriv --bounding-set "
-                             "-dac_override,-dac_read_search --inh-caps "
-                             "-dac_override,-dac_read_search " QORCTL_PROGRAM " check");
+    const CEnd check = Shell("sas", "chmod 0 /opt/tarmica/krz/cli; " + qortest::WithoutRights() +
+                                        QORCTL_PROGRAM " check");
     EXPECT_EQ(check.status, 3);
     EXPECT_EQ(check.out,
               "RAID UNKNOWN - /opt/tarmica/krz/cli/krzcli is out of reach: this user may not "

@@ -15,6 +15,7 @@
 #include <sstream>
 
 #include "GoldenFile.h"
+#include "Rights.h"
 #include "Row.h"
 #include "SimFixture.h"
 
@@ -27,9 +28,7 @@ using testing::Not;
 
 constexpr const char* NO_FAULT = "none";
 // Takes the rights to the file $0 away and runs the command as somebody who has no others.
-constexpr const char* CLOSE =
-    "chmod 0 $0; exec setpriv --bounding-set -dac_override,-dac_read_search "
-    "--inh-caps -dac_override,-dac_read_search \"$@\"";
+const std::string CLOSE = "chmod 0 $0; exec " + WithoutRights() + "\"$@\"";
 constexpr const char* BEGIN = "<!-- begin of what the test writes -->\n";
 constexpr const char* END = "<!-- end of what the test writes -->\n";
 

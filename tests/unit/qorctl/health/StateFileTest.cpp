@@ -143,7 +143,7 @@ TEST_F(StateFileTest, WhatAnotherUserPutThereIsNotBelieved) {
     if (geteuid() != 0) {
         CStateFile other("/usr/health.json");  // root's, who is another user in this namespace
         std::string text;
-        EXPECT_EQ(other.Read(text), CStateFile::ERead::MISSING);
+        EXPECT_EQ(other.Read(text), CStateFile::ERead::MISSING) << other.Problem();
         return;
     }
     constexpr uid_t SOMEBODY = 12345;
