@@ -16,9 +16,9 @@ inline std::string WithoutRights() {
                           : "";
 }
 
-// Runs the command where it may mount, which an ordinary user may as the root of a namespace alone.
+// Runs the command with mounts of its own. An ordinary user may have them as the root of a namespace.
 inline std::string WithMounts() {
-    return geteuid() == 0 ? "" : "unshare --user --map-root-user --mount ";
+    return geteuid() == 0 ? "unshare --mount " : "unshare --user --map-root-user --mount ";
 }
 
 }  // namespace qortest
