@@ -130,6 +130,7 @@ if(CPACK_GENERATOR STREQUAL "RPM")
     set(CPACK_RPM_${key}_FILE_NAME RPM-DEFAULT)
     set(CPACK_RPM_${key}_PACKAGE_SUMMARY "${${component}_summary}")
     list(JOIN ${component}_text "\n" CPACK_RPM_${key}_PACKAGE_DESCRIPTION)
+    set(CPACK_RPM_${key}_USER_FILELIST "%license /usr/share/licenses/${${component}_rpm}/copyright")
   endforeach()
   set(release ${version}-${CPACK_RPM_PACKAGE_RELEASE})
   set(CPACK_RPM_QORSIM_PACKAGE_REQUIRES "qor = ${release}")
@@ -139,7 +140,7 @@ if(CPACK_GENERATOR STREQUAL "RPM")
   set(CPACK_RPM_QOR-DEV_PACKAGE_GROUP Development/Libraries)
   set(CPACK_RPM_QOR-DEV_PACKAGE_REQUIRES "qor = ${release}")
   set(CPACK_RPM_QOR-SYMBOLS_PACKAGE_REQUIRES "qor = ${release}")
-  set(CPACK_RPM_QOR-MONITORING_USER_FILELIST
+  list(APPEND CPACK_RPM_QOR-MONITORING_USER_FILELIST
     "%config(noreplace) /etc/default/qor" "%config(noreplace) /etc/qor/event"
     "%dir %attr(0700,root,root) /var/lib/qor")
   set(CPACK_RPM_QOR-MONITORING_POST_INSTALL_SCRIPT_FILE ${CPACK_QOR_FOLDER}/rpm/monitoring-post)

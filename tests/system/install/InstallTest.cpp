@@ -62,6 +62,14 @@ TEST_F(InstallTest, NothingNamesTheSourceTree) {
     EXPECT_EQ(end.status, 1);
 }
 
+TEST_F(InstallTest, NoTextOfAProgramNamesTheSourceTree) {
+    const CEnd end = Shell("readelf --wide --string-dump=.rodata '" + Bin().string() + "'/* '" +
+                           (Lib() / "qor").string() +
+                           "'/* > texts; grep -c 'File: ' texts; "
+                           "grep -F '" INSTALL_SOURCE_DIR "' texts");
+    EXPECT_EQ(end.out, "4\n") << end.err;
+}
+
 TEST_F(InstallTest, InstalledProgramsFindEachOther) {
     const CEnd end = Shell("qorsim run --host small -- qorctl raid");
     EXPECT_EQ(end.status, 0) << end.err;
@@ -78,10 +86,10 @@ TEST_F(InstallTest, DoctorFindsTheInstalledLibraries) {
 
 class ExampleTest : public qortest::CInstallFixture {
 protected:
-    // Configures and builds a project against the installed tree.
-    CEnd Build(const fs::path& source, const fs::path& build) const {
+    // Configures and builds a project against the tree that is installed in a prefix.
+    CEnd Build(const fs::path& source, const fs::path& build, const fs::path& prefix) const {
         return Shell("'" INSTALL_CMAKE "' -G Ninja -S '" + source.string() + "' -B '" +
-                     build.string() + "' -DCMAKE_PREFIX_PATH='" + Prefix().string() +
+                     build.string() + "' -DCMAKE_PREFIX_PATH='" + prefix.string() +
                      "' -DCMAKE_CXX_COMPILER='" INSTALL_COMPILER
                      "' -DCMAKE_CXX_FLAGS='-Wall -Wextra -Werror " INSTALL_HOST_FLAGS
                      "' && '" INSTALL_CMAKE "' --build '" +
@@ -96,7 +104,7 @@ TEST_F(ExampleTest, ExampleIsShort) {
 
 TEST_F(ExampleTest, ExampleIsBuiltThroughFindPackageAndShowsTheStorage) {
     const fs::path build = Folder() / "build";
-    const CEnd built = Build(Share() / "doc/qor-dev/examples/installed", build);
+    const CEnd built = Build(Share() / "doc/qor-dev/examples/installed", build, Prefix());
     ASSERT_EQ(built.status, 0) << built.out << built.err;
     const CEnd shown = Shell("qorsim run --host small -- '" + (build / "host").string() + "'");
     EXPECT_EQ(shown.status, 0) << shown.err;
@@ -117,7 +125,7 @@ TEST_F(ExampleTest, HostKeepsThePluginWhileItsFilesAreReplacedAndRemoved) {
                                                     ask + " || std::system(argv[2]) || " + ask +
                                                         " || std::system(argv[3]) || " + ask));
     fs::copy(INSTALL_SOURCE_DIR "/examples/installed", Folder() / "host/installed");
-    const CEnd built = Build(Folder() / "host/installed", Folder() / "build");
+    const CEnd built = Build(Folder() / "host/installed", Folder() / "build", Prefix());
     ASSERT_EQ(built.status, 0) << built.out << built.err;
     const std::string lib = (Lib() / "qor").string();
     const CEnd shown = Shell("qorsim run --host small -- build/host '" + lib +
@@ -137,20 +145,39 @@ TEST_F(ExampleTest, HostKeepsThePluginWhileItsFilesAreReplacedAndRemoved) {
     EXPECT_FALSE(fs::exists(lib));
 }
 
-TEST_F(ExampleTest, CommonLibraryIsATarget) {
-    qortest::WriteFile(Folder() / "user/CMakeLists.txt",
-                       "cmake_minimum_required(VERSION 3.13)\n"
-                       "project(user LANGUAGES CXX)\n"
-                       "find_package(qor " INSTALL_VERSION
-                       " REQUIRED)\n"
-                       "add_executable(user user.cpp)\n"
-                       "target_link_libraries(user PRIVATE qor::ComLib)\n");
-    qortest::WriteFile(Folder() / "user/user.cpp",
-                       "#include <qor/ComLib.h>\n"
-                       "int main() { return CStringUtil::NumberToTString(7) == \"7\" ? 0 : 1; }\n");
-    const CEnd built = Build(Folder() / "user", Folder() / "userbuild");
+class UserOfServicesTest : public ExampleTest {
+protected:
+    void SetUp() override {
+        ExampleTest::SetUp();
+        qortest::WriteFile(Folder() / "user/CMakeLists.txt",
+                           "cmake_minimum_required(VERSION 3.13)\n"
+                           "project(user LANGUAGES CXX)\n"
+                           "find_package(qor " INSTALL_VERSION
+                           " REQUIRED)\n"
+                           "add_executable(user user.cpp)\n"
+                           "target_link_libraries(user PRIVATE qor::ComLib)\n");
+        qortest::WriteFile(
+            Folder() / "user/user.cpp",
+            "#include <qor/ComLib.h>\n"
+            "int main() { return CStringUtil::NumberToTString(7) == \"7\" ? 0 : 1; }\n");
+    }
+};
+
+TEST_F(UserOfServicesTest, CommonLibraryIsATarget) {
+    const CEnd built = Build(Folder() / "user", Folder() / "build", Prefix());
     ASSERT_EQ(built.status, 0) << built.out << built.err;
-    EXPECT_EQ(Shell("userbuild/user").status, 0);
+    EXPECT_EQ(Shell("build/user").status, 0);
+}
+
+// Where /lib is a link to /usr/lib, that is where CMake finds the package.
+TEST_F(UserOfServicesTest, PackageIsFoundThroughALinkOfTheSystem) {
+    const fs::path root = Folder() / "root";
+    fs::create_directory(root);
+    fs::create_directory_symlink(Prefix(), root / "usr");
+    fs::create_directory_symlink(fs::path("usr") / Lib().filename(), root / Lib().filename());
+    const CEnd built = Build(Folder() / "user", Folder() / "build", root);
+    ASSERT_EQ(built.status, 0) << built.out << built.err;
+    EXPECT_EQ(Shell("build/user").status, 0);
 }
 
 }  // namespace

@@ -76,6 +76,15 @@ TEST_F(RpmTest, NobodyIsOfferedThePrivateLibraries) {
         qortest::Lines(qortest::ReadFile(INSTALL_SOURCE_DIR "/packaging/licence.txt"))[0] + "\n");
 }
 
+TEST_F(RpmTest, LicenceIsInEachAndMarked) {
+    Make("RPM", ALL);
+    for (const char* package :
+         {"qor", "qor-monitoring", "qor-simulator", "qor-devel", "qor-debuginfo"}) {
+        EXPECT_EQ(Query(package, "--licensefiles"),
+                  std::string("/usr/share/licenses/") + package + "/copyright\n");
+    }
+}
+
 TEST_F(RpmTest, MadeTwiceTheyAreTheSame) {
     Make("RPM", ALL);
     Make("RPM", ALL, "other", "umask 077; export TZ=Asia/Tokyo;");
