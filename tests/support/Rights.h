@@ -16,7 +16,8 @@ inline std::string WithoutRights() {
                           : "";
 }
 
-// Runs the command with mounts of its own. An ordinary user may have them as the root of a namespace.
+// Runs the command with mounts of its own. An ordinary user may have them as the root of a
+// namespace.
 inline std::string WithMounts() {
     return geteuid() == 0 ? "unshare --mount " : "unshare --user --map-root-user --mount ";
 }

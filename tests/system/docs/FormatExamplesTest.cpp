@@ -9,6 +9,8 @@
 //     json      what `qorctl ARGUMENTS --format json` makes of the items
 //     decoded   that form as `qorctl svp --decode` shows it
 #include <algorithm>
+#include <filesystem>
+#include <regex>
 #include <sstream>
 #include <string>
 
@@ -131,6 +133,27 @@ TEST_F(FormatExamplesTest, FormIsDecoded) {
                              .environment = qortest::CEnvironment{{"LC_ALL", "C.UTF-8"}}});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.out, Example("service-processor-form.md", "decoded"));
+}
+
+// "schema_version": NUMBER, wherever it is written, and what the schema allows.
+TEST(JsonOnPages, HasTheVersionOfTheSchema) {
+    const std::string schema = qortest::ReadFile(SOURCE_DIR "/data/qorctl.schema.json");
+    std::smatch allowed;
+    ASSERT_TRUE(std::regex_search(schema, allowed,
+                                  std::regex(R"("schema_version": \{ "const": (\d+) \})")));
+    size_t found = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(DOCS_DIR)) {
+        if (entry.path().extension() != ".md") {
+            continue;
+        }
+        const std::string page = qortest::ReadFile(entry.path());
+        const std::regex version(R"("schema_version": ?(\d+))");
+        for (std::sregex_iterator match(page.begin(), page.end(), version), end; match != end;
+             ++match, ++found) {
+            EXPECT_EQ((*match)[1].str(), allowed[1].str()) << entry.path();
+        }
+    }
+    EXPECT_GT(found, 3U);
 }
 
 }  // namespace
