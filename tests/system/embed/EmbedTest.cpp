@@ -173,6 +173,25 @@ TEST_F(EmbedTest, ServicesThatAreNoTargetAreRefused) {
                 HasSubstr("QOR_COMLIB_TARGET: server_static is no shared library"));
 }
 
+// Where the host has its programs together, their data are its own business.
+TEST_F(EmbedTest, NothingIsPutBesideTheHostsOutput) {
+    for (const char* name : {"apps", "data"}) {
+        fs::copy(fs::path(EMBED_SOURCE_DIR) / name, Source() / name, fs::copy_options::recursive);
+    }
+    WriteFile(Top() / "CMakeLists.txt",
+              "cmake_minimum_required(VERSION 3.25)\n"
+              "project(server LANGUAGES CXX)\n"
+              "set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})\n"
+              "add_subdirectory(qor)\n");
+    CStrings options = {"-DQOR_BUILD_APPS=ON"};
+    for (const char* library : {"CLI11", "fmt", "nlohmann_json"}) {
+        options.push_back(std::string("-DCMAKE_DISABLE_FIND_PACKAGE_") + library + "=OFF");
+    }
+    const CEnd configured = Configure(Top(), options);
+    EXPECT_EQ(configured.status, 0) << configured.out << configured.err;
+    EXPECT_FALSE(fs::exists(Top() / "share"));
+}
+
 // A project with rules of its own, which hold for its own files, before and behind.
 TEST_F(EmbedTest, NothingOfTheHostsProjectChanges) {
     WriteFile(Top() / "CMakeLists.txt", R"cmake(
