@@ -2,6 +2,7 @@
 """What scripts/release stands on: the comparison of two releases, and the bill of materials."""
 import copy
 import gzip
+import hashlib
 import io
 import json
 import os
@@ -252,15 +253,25 @@ class BillTest(unittest.TestCase):
 
 
 class Folder(unittest.TestCase):
+    def assert_refused(self, sums):
+        """In a folder of somebody's photo, also for a caller who names it from where they are."""
+        with tempfile.TemporaryDirectory() as place:
+            folder = pathlib.Path(place, "mine")
+            folder.mkdir()
+            (folder / "photo").write_text("mine", encoding="utf-8")
+            (folder / "SHA256SUMS").write_text(sums, encoding="utf-8")
+            for command in (["release", "--no-rpm"], ["lib/release-twice"]):
+                end = subprocess.run([TOP / "scripts" / command[0], *command[1:], "mine"], cwd=place,
+                                     stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+                self.assertEqual(end.returncode, 1)
+                self.assertIn(f"{folder} ", end.stderr)
+                self.assertTrue((folder / "photo").exists())
+
     def test_folder_with_more_than_a_release_is_not_replaced(self):
-        with tempfile.TemporaryDirectory() as folder:
-            photo = pathlib.Path(folder, "photo")
-            photo.write_text("mine", encoding="utf-8")
-            pathlib.Path(folder, "SHA256SUMS").write_text("0  other\n", encoding="utf-8")
-            end = run(TOP / "scripts/release", "--no-rpm", folder)
-            self.assertEqual(end.returncode, 1)
-            self.assertIn(f"{folder} holds something else than a release", end.stderr)
-            self.assertTrue(photo.exists())
+        self.assert_refused("0  other\n")
+
+    def test_folder_with_sums_of_its_own_is_not_replaced(self):
+        self.assert_refused(hashlib.sha256(b"mine").hexdigest() + "  photo\n")
 
 
 unittest.main()
