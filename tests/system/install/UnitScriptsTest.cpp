@@ -88,4 +88,43 @@ TEST_F(UnitScriptsTest, SystemWithoutSystemdIsAskedNothing) {
     }
 }
 
+// Files that were made by hand before the package had them.
+class MadeSettingsTest : public UnitScriptsTest {
+protected:
+    void SetUp() override {
+        UnitScriptsTest::SetUp();
+        qortest::WriteFile(Settings(), "QOR_METRICS_TIMEOUT=40\n");
+        Run("preinst install");
+        EXPECT_FALSE(fs::exists(Settings()));
+    }
+    fs::path Settings() const { return Folder() / "root/etc/default/qor"; }
+    void Run(const std::string& call) const {
+        Out({"env", "DPKG_ROOT=" + (Folder() / "root").string(),
+             "PATH=" + (Folder() / "bin").string() + ":/usr/bin:/bin", "sh", "-c",
+             "sh -e " INSTALL_SOURCE_DIR "/packaging/debian/qor-monitoring/" + call});
+    }
+    void ExpectKept() const {
+        EXPECT_EQ(qortest::ReadFile(Settings()), "QOR_METRICS_TIMEOUT=40\n");
+        EXPECT_EQ(std::distance(fs::directory_iterator(Settings().parent_path()), {}), 1);
+    }
+};
+
+TEST_F(MadeSettingsTest, TheyAreKept) {
+    qortest::WriteFile(Settings(), "what dpkg puts there\n");
+    Run("postinst configure");
+    ExpectKept();
+}
+
+TEST_F(MadeSettingsTest, TheyAreThereAgainWhenThePackageCannotBeUnpacked) {
+    Run("postrm abort-install");
+    ExpectKept();
+}
+
+// dpkg knows them then, and asks nothing.
+TEST_F(MadeSettingsTest, ThoseOfThePackageStayWhereTheyAre) {
+    qortest::WriteFile(Settings(), "of the package\n");
+    Run("preinst upgrade 0.1.9");
+    EXPECT_EQ(qortest::ReadFile(Settings()), "of the package\n");
+}
+
 }  // namespace
